@@ -1,0 +1,38 @@
+#!/bin/sh
+# Installs the packages of dependencies.txt that are needed by the named parts and missing here.
+# usage: install-dependencies.sh [PART...]   (library, tool, tests, bench; none means all)
+set -eu
+
+list=$(dirname "$0")/dependencies.txt
+wanted=" ${*:-library tool tests bench} "
+for part in $wanted; do
+    case "$part" in
+    library | tool | tests | bench) ;;
+    *)
+        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, bench)" >&2
+        exit 2
+        ;;
+    esac
+done
+
+packages=$(awk -F'|' -v wanted="$wanted" '
+    /^[^#]/ && NF >= 3 {
+        gsub(/[ \t]/, "", $1); gsub(/[ \t]/, "", $2)
+        count = split($2, parts, ",")
+        for (i = 1; i <= count; i++) if (index(wanted, " " parts[i] " ")) { print $1; break }
+    }' "$list")
+
+missing=
+for package in $packages; do
+    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+        missing="$missing $package"
+    fi
+done
+[ -n "$missing" ] || exit 0
+
+sudo=
+[ "$(id -u)" = 0 ] || sudo=sudo
+echo "Installing:$missing"
+$sudo apt-get update -qq
+# shellcheck disable=SC2086  # one word a package
+$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing

@@ -1,0 +1,3 @@
+#pragma once
+
+#include "vexa/mesh/Types.h" // IWYU pragma: export
