@@ -1,0 +1,56 @@
+# The commands a person types. `make help` lists them.
+
+JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
+# Whatever calls this file reads the last lines of `make test`, which are to be those of ctest.
+MAKEFLAGS += --no-print-directory
+
+INSTALL_DEPENDENCIES = @sh cmake/install-dependencies.sh
+BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
+RUN_TESTS = ctest --preset $(1) -j $(JOBS)
+
+.DEFAULT_GOAL := help
+.PHONY: help deps demo test bench format lint install clean
+
+help: ## list these commands
+	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
+
+deps: ## install every package that the project needs (cmake/dependencies.txt)
+	$(INSTALL_DEPENDENCIES)
+
+demo: ## build the tool and show what it does to a model
+	$(INSTALL_DEPENDENCIES) library tool
+	cmake --preset release -D VEXA_BUILD_TESTS=OFF
+	cmake --build --preset release -j $(JOBS) --target vexamesh
+	sh tools/vexamesh/demo.sh build/release/tools/vexamesh/vexamesh build/demo
+
+test: ## build with g++ and clang++, run every suite, also under sanitizers and checked iterators
+	$(INSTALL_DEPENDENCIES) library tool tests
+	$(call BUILD,release)
+	$(call BUILD,clang)
+	$(call RUN_TESTS,clang)
+	$(call BUILD,asan)
+	$(call RUN_TESTS,asan)
+	$(call BUILD,debug)
+	$(call RUN_TESTS,debug)
+	$(call RUN_TESTS,release)
+
+bench: ## measure; the figures go to build/bench/results.json too
+	$(INSTALL_DEPENDENCIES) library bench
+	$(call BUILD,bench)
+	build/bench/bench/vexaMeshBench --benchmark_out=build/bench/results.json --benchmark_out_format=json
+
+format: ## lay out every source with clang-format
+	sh cmake/lint.sh format
+
+lint: ## check layout, names and suspicious code: clang-format, clang-tidy, cppcheck
+	$(INSTALL_DEPENDENCIES) library tool tests bench
+	sh cmake/lint.sh check
+
+install: ## build and install to PREFIX (/usr/local), below DESTDIR if that is set
+	$(INSTALL_DEPENDENCIES) library tool
+	$(call BUILD,install)
+	cmake --install build/install --prefix $(PREFIX)
+
+clean: ## remove everything that was built
+	rm -rf build

@@ -1,0 +1,39 @@
+#!/bin/sh
+# Layout, names and suspicious code of every source of the project.
+# usage: lint.sh check    fails when clang-format, clang-tidy or cppcheck finds something
+#        lint.sh format   rewrites the sources with clang-format
+set -eu
+cd "$(dirname "$0")/.."
+
+# shellcheck disable=SC2046  # no path of the project holds a space
+set -- "${1:-check}" $(find vexa logging tools tests examples bench fuzz -name '*.h' -o -name '*.cpp' 2>/dev/null | sort)
+command=$1
+shift
+
+case "$command" in
+format)
+    clang-format -i "$@"
+    exit 0
+    ;;
+check) ;;
+*)
+    echo "lint.sh: no command '$command' (check, format)" >&2
+    exit 2
+    ;;
+esac
+
+echo "clang-format: $# files"
+clang-format --dry-run -Werror "$@"
+
+cmake --preset lint >/dev/null
+sed -n 's/^ *"file": "\(.*\)",*$/\1/p' build/lint/compile_commands.json >build/lint/sources.txt
+echo "clang-tidy: $(wc -l <build/lint/sources.txt) sources and their headers"
+if ! xargs -P "$(nproc)" -n 1 clang-tidy -p build/lint --quiet <build/lint/sources.txt 2>build/lint/clang-tidy.log; then
+    grep -v 'warnings generated' build/lint/clang-tidy.log >&2
+    exit 1
+fi
+
+echo "cppcheck"
+cppcheck --quiet --error-exitcode=1 --inline-suppr \
+    --enable=warning,performance,portability --std=c++20 --library=googletest --template=gcc -j "$(nproc)" \
+    -I . -I build/lint/include vexa logging tools examples bench tests
