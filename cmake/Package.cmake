@@ -12,11 +12,22 @@ install(TARGETS ${VEXA_LIBRARIES} EXPORT vexaMeshTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# Of the implementation only the classes that a caller may derive from or name; the rest serves the sources alone.
+file(GLOB VEXA_DETAIL_HEADERS CONFIGURE_DEPENDS
+    ${PROJECT_SOURCE_DIR}/vexa/mesh/detail/*BufferData.h
+    ${PROJECT_SOURCE_DIR}/vexa/mesh/detail/Default*.h)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/vexa DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-    FILES_MATCHING PATTERN "*.h")
-install(FILES ${PROJECT_SOURCE_DIR}/logging/Logger.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/logging)
+    FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
 install(FILES ${PROJECT_BINARY_DIR}/include/vexa/mesh/Export.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexa/mesh)
+install(FILES ${VEXA_DETAIL_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexa/mesh/detail)
+if(NOT VEXA_LOGGING_TARGET)
+    install(FILES ${PROJECT_SOURCE_DIR}/logging/Logger.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/logging)
+endif()
+# The installed files find one another wherever the prefix is moved.
+set_target_properties(${VEXA_LIBRARIES} PROPERTIES INSTALL_RPATH "$ORIGIN")
 if(TARGET vexamesh)
+    file(RELATIVE_PATH VEXA_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(vexamesh PROPERTIES INSTALL_RPATH "$ORIGIN/${VEXA_BIN_TO_LIB}")
     install(TARGETS vexamesh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
@@ -30,12 +41,12 @@ install(FILES
     ${PROJECT_BINARY_DIR}/cmake/vexaMeshConfigVersion.cmake
     DESTINATION ${VEXA_PACKAGE_DIR})
 
-if(BUILD_SHARED_LIBS)
-    set(VEXA_PC_CFLAGS "")
-    set(VEXA_PC_PRIVATE "Libs.private")
-else()
-    set(VEXA_PC_CFLAGS "-DVEXA_MESH_STATIC_DEFINE")
-    set(VEXA_PC_PRIVATE "Libs")
+if(NOT VEXA_LOGGING_TARGET)
+    set(VEXA_PC_LOGGING -lvexaLogging)
 endif()
+if(NOT BUILD_SHARED_LIBS)
+    set(VEXA_PC_CFLAGS -DVEXA_MESH_STATIC_DEFINE)
+endif()
+file(RELATIVE_PATH VEXA_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vexaMesh.pc.in ${PROJECT_BINARY_DIR}/cmake/vexaMesh.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/cmake/vexaMesh.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,13 @@
+#!/bin/sh
+# Builds the libraries alone and installs them into an empty prefix.
+# usage: install.sh SOURCE BUILD PREFIX SHARED   (SHARED: ON or OFF)
+set -eu
+source=$1
+build=$2
+prefix=$3
+
+rm -rf "$prefix"
+cmake -G Ninja -S "$source" -B "$build" -D CMAKE_BUILD_TYPE=Release -D BUILD_SHARED_LIBS="$4" \
+    -D VEXA_BUILD_TOOL=OFF -D VEXA_BUILD_EXAMPLES=OFF -D VEXA_BUILD_TESTS=OFF
+cmake --build "$build"
+cmake --install "$build" --prefix "$prefix"

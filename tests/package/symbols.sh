@@ -1,0 +1,12 @@
+#!/bin/sh
+# Fails when a shared library shows a symbol outside its namespace.
+# usage: symbols.sh LIBRARY NAMESPACE
+set -eu
+symbols=$(nm -D --defined-only -C "$1" | cut -d ' ' -f 3-)
+test -n "$symbols"
+
+kinds='((vtable|typeinfo|typeinfo name|VTT|construction vtable) for |(non-virtual|virtual) thunk to )?'
+if echo "$symbols" | grep -Ev "^$kinds$2::"; then
+    echo "shown by $1, though not of $2" >&2
+    exit 1
+fi
