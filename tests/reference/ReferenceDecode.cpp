@@ -45,9 +45,10 @@ Indices decode(int type, const Indices& indices) {
 Indices canonical(const Indices& triangles) {
     std::vector<std::array<std::uint32_t, 3>> sorted;
     for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        std::array<std::uint32_t, 3> corners{triangles[i], triangles[i + 1], triangles[i + 2]};
-        std::rotate(corners.begin(), std::min_element(corners.begin(), corners.end()), corners.end());
-        sorted.push_back(corners);
+        const std::uint32_t a = triangles[i];
+        const std::uint32_t b = triangles[i + 1];
+        const std::uint32_t c = triangles[i + 2];
+        sorted.push_back(std::min({std::array{a, b, c}, std::array{b, c, a}, std::array{c, a, b}}));
     }
     std::sort(sorted.begin(), sorted.end());
     Indices flat;

@@ -10,8 +10,8 @@ inline constexpr std::uint32_t restartIndex = 0xffffffffU;
 /// Those with two equal corners are dropped. After a restart index the list begins anew, with fresh parity.
 Indices decode(int type, const Indices& indices);
 
-/// The same triangles, each turned to start at its lowest index, all sorted: equal for two lists exactly when these
-/// hold the same oriented triangles, each as often.
+/// The same triangles, each turned to the lowest of its three spellings, all sorted: equal for two lists exactly when
+/// these hold the same oriented triangles, each as often.
 Indices canonical(const Indices& triangles);
 
 /// The triangles without those that have two equal corners.

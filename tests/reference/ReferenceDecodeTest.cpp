@@ -31,6 +31,7 @@ TEST(ReferenceDecode, BeginsAnewAfterARestart) {
 
 TEST(ReferenceDecode, CanonicalFormForgetsOrderAndFirstCornerOnly) {
     EXPECT_EQ(canonical({5, 3, 4, 2, 0, 1}), (Indices{0, 1, 2, 3, 4, 5}));
+    EXPECT_EQ(canonical({3, 0, 0}), canonical({0, 3, 0}));
     EXPECT_NE(canonical({0, 1, 2}), canonical({0, 2, 1}));
     EXPECT_NE(canonical({0, 1, 2}), canonical({0, 1, 2, 0, 1, 2}));
 }

@@ -251,4 +251,47 @@ TEST(ReferenceAttempts, BestAndWorstAreThoseSeenSoFar) {
     EXPECT_LT(graph.best, graph.worst);
 }
 
+bool hasDoublyLinkedTriangles(const Graph& graph) {
+    for (std::uint32_t h = 0; h < graph.twin.size(); ++h) {
+        if (graph.twin[h] != none && graph.edgeTowards(Graph::triangleOf(h), graph.twinTriangle(h)) != h) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::size_t indexCount(const Result& result) {
+    std::size_t count = 0;
+    for (const Indices& indices : result.primitives) {
+        count += indices.size();
+    }
+    return count;
+}
+
+TEST(ReferenceCosts, AreTheNumbersOfIndicesEmitted) {
+    std::size_t meshCount = 0;
+    for (const meshes::NamedMesh& mesh : meshes::suite()) {
+        for (std::uint32_t iterations : {0U, 1U, 2U, 5U}) {
+            const Result result = optimised(mesh.indices, {.iterations = iterations});
+            if (!hasDoublyLinkedTriangles(result.graph)) {
+                EXPECT_EQ(result.returned, indexCount(result)) << mesh.name;
+                ++meshCount;
+            }
+        }
+    }
+    EXPECT_GT(meshCount, 4 * 50U);
+}
+
+TEST(ReferenceCosts, OfStripsAreTheirTrianglesAndSwapsAndTwo) {
+    const Graph graph = optimised(meshes::shuffled(meshes::torus(9, 8), 1), {.iterations = 5}).graph;
+    std::size_t swaps = 0;
+    for (const Entry& strip : graph.strips) {
+        const Primitive primitive = graph.indicesOfStrip(strip.triangles, strip.first != 0);
+        EXPECT_EQ(primitive.indices.size(), strip.triangles.size() + 2 + primitive.swaps);
+        EXPECT_EQ(graph.calcStripCost(strip.triangles, strip.first != 0), primitive.indices.size());
+        swaps += primitive.swaps;
+    }
+    EXPECT_GT(swaps, 0U);
+}
+
 } // namespace

@@ -1,6 +1,6 @@
 #include "support/Meshes.h"
 
-#include <algorithm>
+#include <stdexcept>
 
 namespace meshes {
 
@@ -129,18 +129,29 @@ std::vector<NamedMesh> largeMeshes() {
 
 } // namespace
 
-std::vector<NamedMesh> suite() {
-    std::vector<NamedMesh> all;
-    for (const auto& family : {plainMeshes(), knottedMeshes(), soups(), variants(), largeMeshes()}) {
-        all.insert(all.end(), family.begin(), family.end());
-    }
-    return all;
+std::vector<Family> families() {
+    return {{"Plain", plainMeshes()},
+            {"Knotted", knottedMeshes()},
+            {"Soups", soups()},
+            {"Variants", variants()},
+            {"Large", largeMeshes()}};
 }
 
-std::vector<NamedMesh> suiteUpTo(std::size_t triangleCount) {
-    std::vector<NamedMesh> small = suite();
-    std::erase_if(small, [=](const NamedMesh& mesh) { return mesh.indices.size() / 3 > triangleCount; });
-    return small;
+std::vector<NamedMesh> family(const std::string& name) {
+    for (Family& candidate : families()) {
+        if (candidate.name == name) {
+            return candidate.meshes;
+        }
+    }
+    throw std::out_of_range("no family of meshes is named " + name);
+}
+
+std::vector<NamedMesh> suite() {
+    std::vector<NamedMesh> all;
+    for (const Family& each : families()) {
+        all.insert(all.end(), each.meshes.begin(), each.meshes.end());
+    }
+    return all;
 }
 
 } // namespace meshes

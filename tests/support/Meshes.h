@@ -89,9 +89,18 @@ Indices holed(const Indices& mesh, unsigned int percent, std::uint32_t seed);
 /// All of the above at once, in moderation.
 Indices damaged(const Indices& mesh, std::uint32_t seed);
 
+struct Family {
+    std::string name;
+    std::vector<NamedMesh> meshes;
+};
+
 /// The meshes on which implementations are compared: 0 to 3,000 triangles, whole and damaged in every known way.
+/// The families are "Plain", "Knotted" (more than two triangles on an edge, shared edges in plenty, windings that
+/// disagree), "Soups", "Variants" (shuffled, flipped, holed and so on) and "Large".
+std::vector<Family> families();
+/// The meshes of one family; throws std::out_of_range for a name that is none.
+std::vector<NamedMesh> family(const std::string& name);
+/// The meshes of all families.
 std::vector<NamedMesh> suite();
-/// Those of the suite that have at most the given number of triangles.
-std::vector<NamedMesh> suiteUpTo(std::size_t triangleCount);
 
 } // namespace meshes
