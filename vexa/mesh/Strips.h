@@ -49,8 +49,9 @@ VEXA_MESH_EXPORT std::vector<IndexedPrimitive> buildPrimitives(std::span<const u
 /// Joins strips into one `TRIANGLE_STRIP` index list in which every triangle keeps its winding.
 ///
 /// \param strips primitives of type `TRIANGLE_STRIP`; those of fewer than three indices are skipped
-/// \param join   `Degenerate` repeats the last vertex of a strip and the first of the next, and one of them once more
-///               where the next strip would begin at an odd position; `Restart` puts 4294967295 between two strips
+/// \param join   `Degenerate` repeats the last vertex of a strip and the first of the next (unless they are the same),
+///               and that once more where the next strip would begin at an odd position; `Restart` puts 4294967295
+///               between two strips
 /// \throw std::invalid_argument a primitive is no `TRIANGLE_STRIP`
 /// Cost: linear.
 VEXA_MESH_EXPORT std::vector<unsigned int> joinStrips(std::span<const IndexedPrimitive> strips, StripJoin join);

@@ -1,0 +1,79 @@
+#include "vexa/mesh/detail/CompactGraph.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+constexpr std::uint64_t maxTriangles = (std::uint64_t{1} << 30) - 3;
+
+} // namespace
+
+CompactGraph::CompactGraph(std::uint64_t count) {
+    if (count > maxTriangles) {
+        throw std::length_error("Strips can be built from 1073741821 triangles at most");
+    }
+    triangles_ = std::make_unique_for_overwrite<CompactTriangle[]>(count + 2);
+    count_ = static_cast<TriangleId>(count);
+    triangles_[count_] = {{border(), border(), border()}, stateInFan, 0, false};
+    triangles_[count_ + 1] = {{claimed(), claimed(), claimed()}, stateInStrip, 0, false};
+}
+
+void CompactGraph::findIrregular() {
+    for (TriangleId id = 0; id < count_; ++id) {
+        CompactTriangle& triangle = triangles_[id];
+        triangle.isIrregular = false;
+        for (std::uint32_t place = 0; place < 3; ++place) {
+            const HalfEdgeId across = triangle.twin[place];
+            if (isSentinel(across)) {
+                continue;
+            }
+            const HalfEdgeId nextAcross = triangle.twin[(place + 1) % 3];
+            if (triangleOf(across) == triangleOf(nextAcross) || twin(across) != halfEdgeOf(id, place)) {
+                triangle.isIrregular = true;
+            }
+        }
+    }
+}
+
+void CompactGraph::countDegrees() {
+    for (TriangleId id = 0; id < count_; ++id) {
+        CompactTriangle& triangle = triangles_[id];
+        triangle.degree = static_cast<std::uint8_t>(
+            std::count_if(std::begin(triangle.twin), std::end(triangle.twin),
+                          [this](HalfEdgeId across) { return state(across) >= stateInStrip; }));
+    }
+}
+
+HalfEdgeId CompactGraph::findExit(TriangleId from, TriangleId to) const {
+    for (std::uint32_t place = 0; place < 3; ++place) {
+        if (triangleOf(triangles_[from].twin[place]) == to) {
+            return halfEdgeOf(from, place);
+        }
+    }
+    return noHalfEdge;
+}
+
+std::uint32_t stripCost(const CompactGraph& graph, std::span<const TriangleId> strip, bool reversed) {
+    if (strip.size() < 2) {
+        return strip.empty() ? 0 : 3;
+    }
+    const auto at = [&](std::size_t i) { return strip[reversed ? strip.size() - 1 - i : i]; };
+    std::uint32_t cost = 4;
+    bool isOdd = true;
+    HalfEdgeId leaving = graph.findExit(at(0), at(1));
+    for (std::size_t i = 1; i + 1 < strip.size(); ++i) {
+        const HalfEdgeId entering = leaving != noHalfEdge ? graph.twin(leaving) : noHalfEdge;
+        leaving = graph.findExit(at(i), at(i + 1));
+        const bool continues =
+            entering != noHalfEdge && leaving != noHalfEdge && leaving == (isOdd ? prevOf(entering) : nextOf(entering));
+        cost += continues ? 1 : 2;
+        isOdd ^= continues;
+    }
+    return cost;
+}
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,166 @@
+#include "vexa/mesh/detail/EdgePairing.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <numeric>
+#include <vector>
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+constexpr std::uint32_t noVertex = ~std::uint32_t{0};
+
+/// A half-edge that runs from a lower to a higher vertex, in the list of the lower one.
+struct UpwardEdge {
+    std::uint32_t to;
+    HalfEdgeId halfEdge;
+};
+
+/// The upward half-edges of a mesh by their lower vertex, each list in the order of the triangles.
+class UpwardEdges {
+public:
+    UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount);
+
+    /// Takes out the earliest half-edge from `from` to `to` that is still in; `noHalfEdge` when there is none.
+    HalfEdgeId take(std::uint32_t from, std::uint32_t to) {
+        UpwardEdge* const begin = edges_.get() + (from == 0 ? 0 : ends_[from - 1]);
+        UpwardEdge* const end = edges_.get() + ends_[from];
+        if (end - begin > longList) {
+            return takeSorted(begin, end, to);
+        }
+        for (UpwardEdge* edge = begin; edge != end; ++edge) {
+            if (edge->to == to) {
+                edge->to = noVertex;
+                return edge->halfEdge;
+            }
+        }
+        return noHalfEdge;
+    }
+
+private:
+    /// Lists beyond this length are sorted and searched by halves, so that no vertex has too many edges.
+    static constexpr std::ptrdiff_t longList = 64;
+
+    void sortLongLists();
+    HalfEdgeId takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to);
+
+    std::unique_ptr<UpwardEdge[]> edges_;
+    std::vector<std::uint32_t> ends_;  ///< per vertex, where its list ends
+    std::vector<std::uint32_t> taken_; ///< for the first edge to each vertex in a long list, how many are out
+};
+
+/// Calls `visit(halfEdge, from, to)` for every half-edge of every triangle that is not collapsed, in order.
+template <class Visit>
+void forEachHalfEdge(std::span<const unsigned int> triangles, Visit visit) {
+    for (std::size_t i = 0; i < triangles.size(); i += 3) {
+        const std::uint32_t v0 = triangles[i];
+        const std::uint32_t v1 = triangles[i + 1];
+        const std::uint32_t v2 = triangles[i + 2];
+        if (v0 == v1 || v1 == v2 || v2 == v0) {
+            continue;
+        }
+        const auto triangle = static_cast<TriangleId>(i / 3);
+        visit(halfEdgeOf(triangle, 0), v0, v1);
+        visit(halfEdgeOf(triangle, 1), v1, v2);
+        visit(halfEdgeOf(triangle, 2), v2, v0);
+    }
+}
+
+UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount) : ends_(vertexCount) {
+    forEachHalfEdge(triangles, [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to; });
+    const std::uint32_t edgeCount = std::accumulate(ends_.begin(), ends_.end(), std::uint32_t{0});
+    std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
+    edges_ = std::make_unique_for_overwrite<UpwardEdge[]>(edgeCount);
+    forEachHalfEdge(triangles, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+        if (from < to) {
+            edges_[ends_[from]++] = {to, halfEdge};
+        }
+    });
+    sortLongLists();
+}
+
+void UpwardEdges::sortLongLists() {
+    std::uint32_t begin = 0;
+    for (const std::uint32_t end : ends_) {
+        if (end - begin > longList) {
+            std::sort(edges_.get() + begin, edges_.get() + end, [](const UpwardEdge& a, const UpwardEdge& b) {
+                return a.to != b.to ? a.to < b.to : a.halfEdge < b.halfEdge;
+            });
+            taken_.resize(ends_.back());
+        }
+        begin = end;
+    }
+}
+
+HalfEdgeId UpwardEdges::takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to) {
+    const auto isBefore = [](const UpwardEdge& edge, std::uint32_t vertex) { return edge.to < vertex; };
+    const UpwardEdge* const first = std::lower_bound(begin, end, to, isBefore);
+    if (first == end) {
+        return noHalfEdge;
+    }
+    std::uint32_t& taken = taken_[static_cast<std::size_t>(first - edges_.get())];
+    const UpwardEdge* const edge = first + taken;
+    if (edge >= end || edge->to != to) {
+        return noHalfEdge;
+    }
+    ++taken;
+    return edge->halfEdge;
+}
+
+/// Number of vertex lists when a list is made for every index up to the largest; 0 when there are too few triangles for
+/// that many lists.
+std::uint32_t denseVertexCount(std::span<const unsigned int> triangles) {
+    if (triangles.empty()) {
+        return 0;
+    }
+    const std::uint32_t largest = *std::max_element(triangles.begin(), triangles.end());
+    return largest / 4 > triangles.size() ? 0 : largest + 1;
+}
+
+/// The same triangles over vertices without gaps, in the same order.
+std::vector<unsigned int> closeGaps(std::span<const unsigned int> triangles, std::uint32_t& vertexCount) {
+    std::vector<unsigned int> vertices(triangles.begin(), triangles.end());
+    std::sort(vertices.begin(), vertices.end());
+    vertices.erase(std::unique(vertices.begin(), vertices.end()), vertices.end());
+    vertexCount = static_cast<std::uint32_t>(vertices.size());
+    std::vector<unsigned int> dense(triangles.size());
+    std::transform(triangles.begin(), triangles.end(), dense.begin(), [&](unsigned int vertex) {
+        return static_cast<unsigned int>(std::lower_bound(vertices.begin(), vertices.end(), vertex) - vertices.begin());
+    });
+    return dense;
+}
+
+void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
+    graph[triangleOf(a)].twin[placeOf(a)] = b;
+    graph[triangleOf(b)].twin[placeOf(b)] = a;
+    ++graph[triangleOf(a)].state;
+    ++graph[triangleOf(b)].state;
+}
+
+} // namespace
+
+CompactGraph pairEdges(std::span<const unsigned int> triangles) {
+    CompactGraph graph(triangles.size() / 3);
+    for (TriangleId id = 0; id < graph.count(); ++id) {
+        graph[id] = {{graph.border(), graph.border(), graph.border()}, 0, 0, false};
+    }
+    std::uint32_t vertexCount = denseVertexCount(triangles);
+    std::vector<unsigned int> dense;
+    if (vertexCount == 0) {
+        dense = closeGaps(triangles, vertexCount);
+        triangles = dense;
+    }
+    UpwardEdges upward(triangles, vertexCount);
+    forEachHalfEdge(triangles, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+        if (from > to) {
+            if (const HalfEdgeId twin = upward.take(to, from); twin != noHalfEdge) {
+                link(graph, twin, halfEdge);
+            }
+        }
+    });
+    return graph;
+}
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "vexa/mesh/detail/CompactGraph.h"
+
+#include <span>
+
+namespace vexa::mesh::detail {
+
+/// The adjacency of a triangle list, straight from its indices.
+///
+/// Of the half-edges on one edge, the i-th that runs one way and the i-th that runs the other are twins. That is what
+/// comes out when the triangles are inserted in order and each half-edge takes the earliest opposite one that is still
+/// without a twin. A collapsed triangle is linked to nothing. Each state is the number of twins.
+///
+/// \param triangles three vertex indices per triangle, none of them 4294967295
+/// Cost: linear for meshes, O(n log n) for edges at a vertex that has very many.
+CompactGraph pairEdges(std::span<const unsigned int> triangles);
+
+} // namespace vexa::mesh::detail

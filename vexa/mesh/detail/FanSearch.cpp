@@ -1,0 +1,56 @@
+#include "vexa/mesh/detail/FanSearch.h"
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+/// The half-edge that leaves the same vertex in the next triangle around it.
+HalfEdgeId nextSpoke(const CompactGraph& graph, HalfEdgeId spoke) {
+    return graph.twin(prevOf(spoke));
+}
+
+/// Whether the triangles around the vertex at which a half-edge starts are all free and close a ring.
+bool isFreeRing(const CompactGraph& graph, HalfEdgeId start) {
+    // The states of the sentinels are negative: a border is no free triangle.
+    HalfEdgeId spoke = start;
+    do {
+        if (graph.state(spoke) < 0) {
+            return false;
+        }
+        spoke = nextSpoke(graph, spoke);
+    } while (spoke != start);
+    return true;
+}
+
+void claim(CompactGraph& graph, TriangleId triangle) {
+    for (const HalfEdgeId across : graph[triangle].twin) {
+        std::int8_t& state = graph[triangleOf(across)].state;
+        if (state > 0) {
+            --state;
+        }
+    }
+    graph[triangle].state = stateInFan;
+}
+
+} // namespace
+
+FanSet cutFans(CompactGraph& graph, std::span<const FanCandidate> candidates) {
+    FanSet set;
+    for (const FanCandidate& candidate : candidates) {
+        if (!isFreeRing(graph, candidate.start)) {
+            continue;
+        }
+        const auto begin = static_cast<std::uint32_t>(set.order.size());
+        HalfEdgeId spoke = candidate.start;
+        do {
+            set.order.push_back(triangleOf(spoke));
+            claim(graph, triangleOf(spoke));
+            spoke = nextSpoke(graph, spoke);
+        } while (spoke != candidate.start);
+        set.fans.push_back({candidate.centre, candidate.start, begin, static_cast<std::uint32_t>(set.order.size())});
+        set.cost += candidate.size + 2;
+    }
+    return set;
+}
+
+} // namespace vexa::mesh::detail

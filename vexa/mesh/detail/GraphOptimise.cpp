@@ -1,0 +1,183 @@
+#include "vexa/mesh/HalfEdgeGraph.h"
+#include "vexa/mesh/detail/FanSearch.h"
+#include "vexa/mesh/detail/GraphNumbering.h"
+#include "vexa/mesh/detail/LogRecord.h"
+#include "vexa/mesh/detail/StripSearch.h"
+#include "vexa/mesh/detail/TriangleLists.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+// The function that the records name; neither compiler's own text for it is this one.
+#define LOG_CALC_OPT_PRIM(severity)                                                                                    \
+    VEXA_MESH_LOG(severity, "uint32_t vexa::mesh::HalfEdgeGraph::calcOptPrim(uint32_t, bool, bool, uint32_t, bool)",   \
+                  "vexa/mesh/HalfEdgeGraph")
+
+namespace vexa::mesh {
+
+namespace {
+
+using HalfEdge = HalfEdgeGraph::HalfEdge;
+using Triangle = HalfEdgeGraph::Triangle;
+using TriangleList = HalfEdgeGraph::TriangleList;
+using Primitive = HalfEdgeGraph::Primitive;
+
+class LoggingObserver final : public detail::SearchObserver {
+public:
+    void onInvalidTriangle() override { LOG_CALC_OPT_PRIM(warning) << "INVALID TRIANGLE IN VALID TRIANGLE BAG"; }
+    void onPass(std::int32_t cost, std::int32_t best, std::int32_t worst) override {
+        LOG_CALC_OPT_PRIM(info) << " cost/best/worst: " << cost << "/" << best << "/" << worst;
+    }
+};
+
+void logRange(std::int32_t best, std::int32_t worst) {
+    const std::int64_t scaled = (std::int64_t{worst} - best) * 100;
+    // The sign of 0 / 0 differs between compilers.
+    const float percentage =
+        best != 0 ? static_cast<float>(scaled) / static_cast<float>(best) : std::numeric_limits<float>::quiet_NaN();
+    LOG_CALC_OPT_PRIM(warning) << "range: " << best << "/" << worst << " " << static_cast<double>(percentage) << "%";
+}
+
+/// Lists for primitives that are about to be stored. Freed unless they are handed over.
+class NewLists {
+public:
+    explicit NewLists(std::size_t count) : lists_(count) {
+        for (auto& list : lists_) {
+            list = std::make_unique<TriangleList>();
+        }
+    }
+    TriangleList* handOver() noexcept { return lists_[handedOver_++].release(); }
+
+private:
+    std::vector<std::unique_ptr<TriangleList>> lists_;
+    std::size_t handedOver_ = 0;
+};
+
+/// Room for some more entries, growing geometrically.
+void reserveMore(std::vector<Primitive>& primitives, std::size_t count) {
+    if (primitives.capacity() - primitives.size() < count) {
+        primitives.reserve(std::max(primitives.size() + count, 2 * primitives.capacity()));
+    }
+}
+
+/// What a search found, and its way into the graph's records.
+struct Outcome {
+    detail::FanSet fans;
+    detail::StripSet strips;
+    bool takesStripsApart; ///< the strips stored so far are in `strips` or left over
+    bool allStrips;        ///< no batch; the claimed triangles were searched too
+};
+
+void link(TriangleList& list, std::span<const detail::TriangleId> ids, const detail::GraphNumbering& numbering,
+          std::int32_t state) noexcept {
+    for (const detail::TriangleId id : ids) {
+        Triangle& triangle = *numbering.triangles[id];
+        triangle.state = state;
+        detail::append(list, triangle);
+    }
+}
+
+/// The free triangles that no primitive took, with the states that they have now.
+TriangleList linkLeftOver(const Outcome& outcome, const detail::GraphNumbering& numbering) noexcept {
+    TriangleList rest;
+    for (const detail::TriangleId id : outcome.strips.leftOver) {
+        Triangle& triangle = *numbering.triangles[id];
+        if (const std::int8_t state = numbering.graph[id].state; state >= 0) {
+            triangle.state = state;
+        }
+        detail::append(rest, triangle);
+    }
+    return rest;
+}
+
+/// Stores the outcome in the graph. Everything that can throw comes first.
+///
+/// \return number of triangles in the batch
+std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, const detail::GraphNumbering& numbering) {
+    NewLists lists(outcome.fans.fans.size() + outcome.strips.size() + 1);
+    reserveMore(graph.fans, outcome.fans.fans.size());
+    reserveMore(graph.strips, outcome.strips.size());
+    reserveMore(graph.triangleLists, 1);
+
+    graph.freeTriangles = {};
+    if (outcome.allStrips) {
+        graph.claimedTriangles = {};
+    }
+    if (outcome.takesStripsApart) {
+        for (const Primitive& strip : graph.strips) {
+            delete strip.second;
+        }
+        graph.strips.clear();
+    }
+    for (const detail::FanSet::Fan& fan : outcome.fans.fans) {
+        graph.fans.emplace_back(fan.centre, lists.handOver());
+        link(*graph.fans.back().second, outcome.fans.triangles(fan), numbering, Triangle::inFan);
+    }
+    for (std::size_t i = 0; i < outcome.strips.size(); ++i) {
+        const detail::StripSet::Strip strip = outcome.strips[i];
+        graph.strips.emplace_back(strip.isReversed ? 1 : 0, lists.handOver());
+        link(*graph.strips.back().second, strip.triangles, numbering, Triangle::inStrip);
+    }
+    TriangleList rest = linkLeftOver(outcome, numbering);
+    if (outcome.allStrips) {
+        return 0;
+    }
+    detail::splice(rest, graph.claimedTriangles);
+    std::uint32_t count = 0;
+    for (const Triangle* triangle = rest.first; triangle != nullptr; triangle = triangle->next) {
+        ++count;
+    }
+    if (count != 0) {
+        graph.triangleLists.emplace_back(0, lists.handOver());
+        *graph.triangleLists.back().second = rest;
+    }
+    return count;
+}
+
+/// The bucket in which a triangle of this state waits.
+TriangleList& bucketOf(std::int32_t state, TriangleList* buckets) {
+    return buckets[state >= 0 && state <= 3 ? state : 3];
+}
+
+} // namespace
+
+std::uint32_t HalfEdgeGraph::calcOptPrim(std::uint32_t iterations, bool buildStrips, bool buildFans,
+                                         std::uint32_t minFanTriangles, bool allStrips) {
+    detail::ProcessRandom random;
+    random.seed(1);
+    const bool isSearched = iterations != 0 && buildStrips;
+    const bool takesStripsApart = isSearched && iterations > 1;
+    detail::GraphNumbering numbering =
+        detail::numberTriangles(*this, {allStrips, takesStripsApart, buildFans, minFanTriangles});
+
+    Outcome outcome{{}, {}, takesStripsApart, allStrips};
+    outcome.fans = detail::cutFans(numbering.graph, numbering.fanCandidates);
+    if (isSearched) {
+        LoggingObserver observer;
+        outcome.strips = detail::searchStrips(
+            numbering.graph, {iterations, allStrips, numbering.freeCount, outcome.fans.cost}, random, observer);
+    } else {
+        outcome.strips = detail::leaveAll(numbering.graph);
+    }
+    if (iterations > 1) {
+        logRange(outcome.strips.best, outcome.strips.worst);
+    }
+    return outcome.strips.cost + outcome.fans.cost + 3 * commit(*this, outcome, numbering);
+}
+
+void HalfEdgeGraph::dropOutTriangle(Triangle& triangle, TriangleList* buckets) {
+    detail::unlink(bucketOf(triangle.state, buckets), triangle);
+    triangle.state = Triangle::inStrip;
+    for (const HalfEdge& halfEdge : triangle.halfEdge) {
+        if (halfEdge.twin == nullptr || halfEdge.twin->triangle->state <= 0) {
+            continue;
+        }
+        Triangle& neighbour = *halfEdge.twin->triangle;
+        detail::unlink(bucketOf(neighbour.state, buckets), neighbour);
+        --neighbour.state;
+        detail::append(bucketOf(neighbour.state, buckets), neighbour);
+    }
+}
+
+} // namespace vexa::mesh
