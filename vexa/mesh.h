@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/AttributeBuffer.h" // IWYU pragma: export
 #include "vexa/mesh/Buffer.h"          // IWYU pragma: export
 #include "vexa/mesh/HalfEdgeGraph.h"   // IWYU pragma: export
 #include "vexa/mesh/IndexBuffer.h"     // IWYU pragma: export
