@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -77,7 +78,7 @@ public:
         return primitive;
     }
 
-    [[nodiscard]] IndexedPrimitive strip(const detail::StripSet::Strip& strip) const;
+    [[nodiscard]] IndexedPrimitive strip(const detail::StripSet::Strip& strip);
 
     [[nodiscard]] IndexedPrimitive batch(std::span<const TriangleId> ids) const {
         IndexedPrimitive primitive{TRIANGLES, {}};
@@ -90,43 +91,89 @@ public:
     }
 
 private:
+    [[nodiscard]] const unsigned int* cornersOf(TriangleId triangle) const {
+        return triangles_.data() + std::size_t{3} * triangle;
+    }
     [[nodiscard]] unsigned int vertexOf(HalfEdgeId halfEdge) const {
-        return triangles_[std::size_t{3} * detail::triangleOf(halfEdge) + detail::placeOf(halfEdge)];
+        return cornersOf(detail::triangleOf(halfEdge))[detail::placeOf(halfEdge)];
     }
     [[nodiscard]] HalfEdgeId nextSpoke(HalfEdgeId spoke) const { return graph_.twin(detail::prevOf(spoke)); }
 
+    std::size_t writeForward(std::span<const detail::StripTriangle> strip, unsigned int* indices) const;
+    std::size_t writeByLinks(const detail::StripSet::Strip& strip, unsigned int* indices) const;
+
     std::span<const unsigned int> triangles_;
     const CompactGraph& graph_;
+    std::vector<unsigned int> scratch_; ///< room for the longest strip so far
 };
 
-IndexedPrimitive IndexWriter::strip(const detail::StripSet::Strip& strip) const {
-    const std::size_t count = strip.triangles.size();
-    const auto at = [&](std::size_t i) { return strip.triangles[strip.isReversed ? count - 1 - i : i]; };
-    const HalfEdgeId firstExit = count > 1 ? graph_.findExit(at(0), at(1)) : detail::halfEdgeOf(at(0), 1);
-    const HalfEdgeId start = detail::prevOf(firstExit);
+IndexedPrimitive IndexWriter::strip(const detail::StripSet::Strip& strip) {
+    // Each triangle adds one index, or two with a swap.
+    scratch_.resize(std::max(scratch_.size(), 2 * strip.triangles.size() + 3));
+    const std::size_t count = strip.isReversed || strip.isIrregular ? writeByLinks(strip, scratch_.data())
+                                                                    : writeForward(strip.triangles, scratch_.data());
+    return {TRIANGLE_STRIP, {scratch_.data(), scratch_.data() + count}};
+}
 
-    IndexedPrimitive primitive{TRIANGLE_STRIP, {}};
-    std::vector<unsigned int>& indices = primitive.indices;
-    indices.reserve(count + 2);
-    indices.assign({vertexOf(start), vertexOf(detail::nextOf(start)), vertexOf(detail::prevOf(start))});
+/// Writes a strip as it grew, which needs no more than the corners of its triangles.
+std::size_t IndexWriter::writeForward(std::span<const detail::StripTriangle> strip, unsigned int* indices) const {
+    const unsigned int* corners = cornersOf(detail::triangleOf(strip[0]));
+    const std::uint32_t exit = detail::placeOf(strip[0]);
+    // The edge from `from` to `to` is the one that the strip leaves the newest triangle by.
+    unsigned int from = corners[exit];
+    unsigned int to = corners[(exit + 1) % 3];
+    indices[0] = corners[(exit + 2) % 3];
+    indices[1] = from;
+    indices[2] = to;
+    std::size_t count = 3;
     bool isOdd = true;
-    HalfEdgeId exit = firstExit;
-    for (std::size_t i = 1; i < count; ++i) {
+    for (std::size_t i = 1; i < strip.size(); ++i) {
+        __builtin_prefetch(cornersOf(detail::triangleOf(strip.data()[i + detail::StripSet::lookAhead - 1])));
+        corners = cornersOf(detail::triangleOf(strip[i]));
+        const unsigned int apex = corners[0] ^ corners[1] ^ corners[2] ^ from ^ to;
+        indices[count++] = apex;
+        if (i + 1 == strip.size()) {
+            break;
+        }
+        const bool isBefore = detail::placeOf(strip[i]) == detail::leavesBefore;
+        const bool isSwap = isOdd != isBefore;
+        // A swap: the newest vertex is put in again behind the other one, in a degenerate triangle.
+        indices[count] = apex;
+        indices[count - 1] = !isSwap ? apex : isOdd ? from : to;
+        count += isSwap ? 1 : 0;
+        isOdd ^= !isSwap;
+        (isBefore ? from : to) = apex;
+    }
+    return count;
+}
+
+/// Writes a strip by way of the links between its triangles, in either direction.
+std::size_t IndexWriter::writeByLinks(const detail::StripSet::Strip& strip, unsigned int* indices) const {
+    const std::size_t size = strip.triangles.size();
+    const auto at = [&](std::size_t i) {
+        return detail::triangleOf(strip.triangles[strip.isReversed ? size - 1 - i : i]);
+    };
+    HalfEdgeId exit = size > 1 ? graph_.findExit(at(0), at(1)) : detail::halfEdgeOf(at(0), 1);
+    indices[0] = vertexOf(detail::prevOf(exit));
+    indices[1] = vertexOf(exit);
+    indices[2] = vertexOf(detail::nextOf(exit));
+    std::size_t count = 3;
+    bool isOdd = true;
+    for (std::size_t i = 1; i < size; ++i) {
         const HalfEdgeId entering = graph_.twin(exit);
-        indices.push_back(vertexOf(detail::prevOf(entering)));
-        if (i + 1 == count) {
+        indices[count++] = vertexOf(detail::prevOf(entering));
+        if (i + 1 == size) {
             break;
         }
         exit = graph_.findExit(at(i), at(i + 1));
         if (exit == (isOdd ? detail::prevOf(entering) : detail::nextOf(entering))) {
             isOdd = !isOdd;
         } else {
-            // A swap: the newest vertex is put in again behind the other one, in a degenerate triangle.
-            indices.back() = vertexOf(isOdd ? exit : detail::nextOf(exit));
-            indices.push_back(vertexOf(isOdd ? detail::nextOf(exit) : exit));
+            indices[count - 1] = vertexOf(isOdd ? exit : detail::nextOf(exit));
+            indices[count++] = vertexOf(isOdd ? detail::nextOf(exit) : exit);
         }
     }
-    return primitive;
+    return count;
 }
 
 /// Appends a strip such that it begins at an even position: from an odd one, each of its triangles would turn round.
@@ -202,17 +249,20 @@ std::vector<IndexedPrimitive> buildPrimitives(std::span<const unsigned int> tria
         strips = detail::leaveAll(graph);
     }
 
-    const IndexWriter writer(triangles, graph);
-    std::vector<IndexedPrimitive> primitives;
-    primitives.reserve(fans.fans.size() + strips.size() + 1);
-    for (auto fan = fans.fans.rbegin(); fan != fans.fans.rend(); ++fan) {
-        primitives.push_back(writer.fan(fan->start));
+    // The newest come first; they are written in the order in which they were found, which is the one in memory.
+    const bool hasBatch = !options.allStrips && !strips.leftOver.empty();
+    std::vector<IndexedPrimitive> primitives(fans.fans.size() + strips.size() + (hasBatch ? 1 : 0));
+    IndexWriter writer(triangles, graph);
+    auto primitive = primitives.begin() + static_cast<std::ptrdiff_t>(fans.fans.size());
+    for (const detail::FanSet::Fan& fan : fans.fans) {
+        *--primitive = writer.fan(fan.start);
     }
-    for (std::size_t i = strips.size(); i > 0; --i) {
-        primitives.push_back(writer.strip(strips[i - 1]));
+    primitive = primitives.begin() + static_cast<std::ptrdiff_t>(fans.fans.size() + strips.size());
+    for (std::size_t i = 0; i < strips.size(); ++i) {
+        *--primitive = writer.strip(strips[i]);
     }
-    if (!options.allStrips && !strips.leftOver.empty()) {
-        primitives.push_back(writer.batch(strips.leftOver));
+    if (hasBatch) {
+        primitives.back() = writer.batch(strips.leftOver);
     }
     return primitives;
 }

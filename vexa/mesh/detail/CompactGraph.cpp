@@ -16,7 +16,7 @@ CompactGraph::CompactGraph(std::uint64_t count) {
     if (count > maxTriangles) {
         throw std::length_error("Strips can be built from 1073741821 triangles at most");
     }
-    triangles_ = std::make_unique_for_overwrite<CompactTriangle[]>(count + 2);
+    triangles_ = LargeArray<CompactTriangle>(count + 2);
     count_ = static_cast<TriangleId>(count);
     triangles_[count_] = {{border(), border(), border()}, stateInFan, 0, false};
     triangles_[count_ + 1] = {{claimed(), claimed(), claimed()}, stateInStrip, 0, false};
@@ -55,25 +55,6 @@ HalfEdgeId CompactGraph::findExit(TriangleId from, TriangleId to) const {
         }
     }
     return noHalfEdge;
-}
-
-std::uint32_t stripCost(const CompactGraph& graph, std::span<const TriangleId> strip, bool reversed) {
-    if (strip.size() < 2) {
-        return strip.empty() ? 0 : 3;
-    }
-    const auto at = [&](std::size_t i) { return strip[reversed ? strip.size() - 1 - i : i]; };
-    std::uint32_t cost = 4;
-    bool isOdd = true;
-    HalfEdgeId leaving = graph.findExit(at(0), at(1));
-    for (std::size_t i = 1; i + 1 < strip.size(); ++i) {
-        const HalfEdgeId entering = leaving != noHalfEdge ? graph.twin(leaving) : noHalfEdge;
-        leaving = graph.findExit(at(i), at(i + 1));
-        const bool continues =
-            entering != noHalfEdge && leaving != noHalfEdge && leaving == (isOdd ? prevOf(entering) : nextOf(entering));
-        cost += continues ? 1 : 2;
-        isOdd ^= continues;
-    }
-    return cost;
 }
 
 } // namespace vexa::mesh::detail

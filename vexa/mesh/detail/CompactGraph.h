@@ -1,8 +1,7 @@
 #pragma once
 
+#include "vexa/mesh/detail/LargeArray.h"
 #include <cstdint>
-#include <memory>
-#include <span>
 
 namespace vexa::mesh::detail {
 
@@ -81,15 +80,10 @@ public:
     [[nodiscard]] HalfEdgeId findExit(TriangleId from, TriangleId to) const;
 
 private:
-    std::unique_ptr<CompactTriangle[]> triangles_;
+    LargeArray<CompactTriangle> triangles_;
     TriangleId count_;
 };
 
 constexpr HalfEdgeId noHalfEdge = ~HalfEdgeId{0};
-
-/// Number of indices that a strip needs, by the same walk as `HalfEdgeGraph::calcStripCost`.
-///
-/// \param strip triangles in the order in which the strip took them
-std::uint32_t stripCost(const CompactGraph& graph, std::span<const TriangleId> strip, bool reversed);
 
 } // namespace vexa::mesh::detail

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
+
 #include <numeric>
 #include <vector>
 
@@ -39,6 +39,9 @@ public:
         return noHalfEdge;
     }
 
+    /// Brings the list of a vertex near.
+    void fetch(std::uint32_t vertex) const { __builtin_prefetch(edges_.get() + ends_[vertex] - 1); }
+
 private:
     /// Lists beyond this length are sorted and searched by halves, so that no vertex has too many edges.
     static constexpr std::ptrdiff_t longList = 64;
@@ -46,15 +49,22 @@ private:
     void sortLongLists();
     HalfEdgeId takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to);
 
-    std::unique_ptr<UpwardEdge[]> edges_;
+    LargeArray<UpwardEdge> edges_;
     std::vector<std::uint32_t> ends_;  ///< per vertex, where its list ends
     std::vector<std::uint32_t> taken_; ///< for the first edge to each vertex in a long list, how many are out
 };
 
-/// Calls `visit(halfEdge, from, to)` for every half-edge of every triangle that is not collapsed, in order.
-template <class Visit>
-void forEachHalfEdge(std::span<const unsigned int> triangles, Visit visit) {
+/// Calls `visit(halfEdge, from, to)` for every half-edge of every triangle that is not collapsed, in order, and
+/// `announce(vertex)` for each of its vertices some triangles before.
+template <class Announce, class Visit>
+void forEachHalfEdge(std::span<const unsigned int> triangles, Announce announce, Visit visit) {
+    constexpr std::size_t ahead = 16 * 3;
     for (std::size_t i = 0; i < triangles.size(); i += 3) {
+        if (i + ahead < triangles.size()) {
+            announce(triangles[i + ahead]);
+            announce(triangles[i + ahead + 1]);
+            announce(triangles[i + ahead + 2]);
+        }
         const std::uint32_t v0 = triangles[i];
         const std::uint32_t v1 = triangles[i + 1];
         const std::uint32_t v2 = triangles[i + 2];
@@ -69,11 +79,14 @@ void forEachHalfEdge(std::span<const unsigned int> triangles, Visit visit) {
 }
 
 UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount) : ends_(vertexCount) {
-    forEachHalfEdge(triangles, [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to; });
+    const auto fetchEnd = [this](std::uint32_t vertex) { __builtin_prefetch(&ends_[vertex], 1); };
+    forEachHalfEdge(triangles, fetchEnd,
+                    [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
     const std::uint32_t edgeCount = std::accumulate(ends_.begin(), ends_.end(), std::uint32_t{0});
     std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
-    edges_ = std::make_unique_for_overwrite<UpwardEdge[]>(edgeCount);
-    forEachHalfEdge(triangles, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    edges_ = LargeArray<UpwardEdge>(edgeCount);
+    const auto fetchList = [this](std::uint32_t vertex) { __builtin_prefetch(edges_.get() + ends_[vertex], 1); };
+    forEachHalfEdge(triangles, fetchList, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from < to) {
             edges_[ends_[from]++] = {to, halfEdge};
         }
@@ -133,10 +146,17 @@ std::vector<unsigned int> closeGaps(std::span<const unsigned int> triangles, std
 }
 
 void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
-    graph[triangleOf(a)].twin[placeOf(a)] = b;
-    graph[triangleOf(b)].twin[placeOf(b)] = a;
-    ++graph[triangleOf(a)].state;
-    ++graph[triangleOf(b)].state;
+    CompactTriangle& one = graph[triangleOf(a)];
+    CompactTriangle& other = graph[triangleOf(b)];
+    if (std::any_of(std::begin(one.twin), std::end(one.twin),
+                    [b](HalfEdgeId across) { return triangleOf(across) == triangleOf(b); })) {
+        one.isIrregular = true;
+        other.isIrregular = true;
+    }
+    one.twin[placeOf(a)] = b;
+    other.twin[placeOf(b)] = a;
+    ++one.state;
+    ++other.state;
 }
 
 } // namespace
@@ -153,7 +173,8 @@ CompactGraph pairEdges(std::span<const unsigned int> triangles) {
         triangles = dense;
     }
     UpwardEdges upward(triangles, vertexCount);
-    forEachHalfEdge(triangles, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    const auto fetch = [&](std::uint32_t vertex) { upward.fetch(vertex); };
+    forEachHalfEdge(triangles, fetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from > to) {
             if (const HalfEdgeId twin = upward.take(to, from); twin != noHalfEdge) {
                 link(graph, twin, halfEdge);

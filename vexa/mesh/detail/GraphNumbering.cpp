@@ -111,6 +111,7 @@ GraphNumbering numberTriangles(const HalfEdgeGraph& source, const NumberingOptio
                        : id < freeCount  ? std::int8_t{0}
                                          : stateInStrip;
     }
+    numbering.graph.findIrregular();
     if (options.withFans) {
         numbering.fanCandidates = findCandidates(source, options.minFanTriangles, ids);
     }

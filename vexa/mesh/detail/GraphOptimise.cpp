@@ -69,13 +69,9 @@ struct Outcome {
     bool allStrips;        ///< no batch; the claimed triangles were searched too
 };
 
-void link(TriangleList& list, std::span<const detail::TriangleId> ids, const detail::GraphNumbering& numbering,
-          std::int32_t state) noexcept {
-    for (const detail::TriangleId id : ids) {
-        Triangle& triangle = *numbering.triangles[id];
-        triangle.state = state;
-        detail::append(list, triangle);
-    }
+void claim(TriangleList& list, Triangle& triangle, std::int32_t state) noexcept {
+    triangle.state = state;
+    detail::append(list, triangle);
 }
 
 /// The free triangles that no primitive took, with the states that they have now.
@@ -112,12 +108,16 @@ std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, const detail:
     }
     for (const detail::FanSet::Fan& fan : outcome.fans.fans) {
         graph.fans.emplace_back(fan.centre, lists.handOver());
-        link(*graph.fans.back().second, outcome.fans.triangles(fan), numbering, Triangle::inFan);
+        for (const detail::TriangleId id : outcome.fans.triangles(fan)) {
+            claim(*graph.fans.back().second, *numbering.triangles[id], Triangle::inFan);
+        }
     }
     for (std::size_t i = 0; i < outcome.strips.size(); ++i) {
         const detail::StripSet::Strip strip = outcome.strips[i];
         graph.strips.emplace_back(strip.isReversed ? 1 : 0, lists.handOver());
-        link(*graph.strips.back().second, strip.triangles, numbering, Triangle::inStrip);
+        for (const detail::StripTriangle triangle : strip.triangles) {
+            claim(*graph.strips.back().second, *numbering.triangles[detail::triangleOf(triangle)], Triangle::inStrip);
+        }
     }
     TriangleList rest = linkLeftOver(outcome, numbering);
     if (outcome.allStrips) {

@@ -6,7 +6,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+
 #include <vector>
 
 namespace vexa::mesh::detail {
@@ -19,8 +19,8 @@ class RankedBucket {
 public:
     /// \param capacity number of entries that are ever pushed between two calls of `reset`
     explicit RankedBucket(std::uint32_t capacity)
-        : log_(std::make_unique_for_overwrite<TriangleId[]>(capacity)), bits_(capacity / 64 + 1),
-          fine_(capacity / fineSize + 1), coarse_(capacity / coarseSize + 1), top_(capacity / topSize + 1) {}
+        : log_(capacity), bits_(capacity / 64 + 1), fine_(capacity / fineSize + 1), coarse_(capacity / coarseSize + 1),
+          top_(capacity / topSize + 1) {}
 
     [[nodiscard]] std::uint32_t size() const { return size_; }
 
@@ -115,7 +115,7 @@ private:
         }
     }
 
-    std::unique_ptr<TriangleId[]> log_;
+    LargeArray<TriangleId> log_;
     std::vector<std::uint64_t> bits_;
     std::vector<std::uint16_t> fine_;
     std::vector<std::uint32_t> coarse_;

@@ -16,6 +16,27 @@ constexpr std::size_t bucketOf(std::int8_t state) {
     return state >= 0 && state <= 3 ? static_cast<std::size_t>(state) : 3;
 }
 
+/// Number of indices that a strip needs from its last triangle to its first, by the same walk as
+/// `HalfEdgeGraph::calcStripCost`: right for irregular strips too.
+std::uint32_t reversedStripCost(const CompactGraph& graph, std::span<const StripTriangle> strip) {
+    if (strip.size() == 1) {
+        return 3;
+    }
+    const auto at = [&](std::size_t i) { return triangleOf(strip[strip.size() - 1 - i]); };
+    std::uint32_t cost = 4;
+    bool isOdd = true;
+    HalfEdgeId leaving = graph.findExit(at(0), at(1));
+    for (std::size_t i = 1; i + 1 < strip.size(); ++i) {
+        const HalfEdgeId entering = leaving != noHalfEdge ? graph.twin(leaving) : noHalfEdge;
+        leaving = graph.findExit(at(i), at(i + 1));
+        const bool continues =
+            entering != noHalfEdge && leaving != noHalfEdge && leaving == (isOdd ? prevOf(entering) : nextOf(entering));
+        cost += continues ? 1 : 2;
+        isOdd ^= continues;
+    }
+    return cost;
+}
+
 } // namespace
 
 /// The buckets of a single pass, which always begins with the first triangle of the lowest one.
@@ -58,14 +79,12 @@ public:
 
 private:
     struct Log {
-        std::unique_ptr<TriangleId[]> entries;
+        LargeArray<TriangleId> entries;
         std::uint32_t begin = 0;
         std::uint32_t end = 0;
     };
 
-    static Log makeLog(const CompactGraph& graph) {
-        return {std::make_unique_for_overwrite<TriangleId[]>(graph.count())};
-    }
+    static Log makeLog(const CompactGraph& graph) { return {LargeArray<TriangleId>(graph.count())}; }
 
     [[nodiscard]] bool isIn(TriangleId triangle, std::size_t bucket) const {
         const std::int8_t state = graph_[triangle].state;
@@ -84,7 +103,7 @@ public:
     explicit RankedBuckets(const CompactGraph& graph)
         : buckets_{RankedBucket(graph.count()), RankedBucket(graph.count()), RankedBucket(graph.count()),
                    RankedBucket(graph.count())},
-          positions_(std::make_unique_for_overwrite<std::uint32_t[]>(graph.count())) {}
+          positions_(graph.count()) {}
 
     void push(std::size_t bucket, TriangleId triangle) { positions_[triangle] = buckets_[bucket].push(triangle); }
     void erase(std::size_t bucket, TriangleId triangle) { buckets_[bucket].erase(positions_[triangle]); }
@@ -107,7 +126,7 @@ public:
     [[nodiscard]] std::uint32_t countWithoutNeighbours() const { return buckets_[0].size(); }
 
     /// Puts every triangle back: first those without free neighbours, then `taken`, each into the bucket of its degree.
-    void restart(CompactGraph& graph, std::span<const TriangleId> taken) {
+    void restart(CompactGraph& graph, std::span<const StripTriangle> taken) {
         std::array<std::uint32_t, 4> ends{};
         const auto put = [&](TriangleId triangle) {
             CompactTriangle& record = graph[triangle];
@@ -117,7 +136,7 @@ public:
             buckets_[bucket].log()[ends[bucket]++] = triangle;
         };
         buckets_[0].forEach(put);
-        std::for_each(taken.begin(), taken.end(), put);
+        std::for_each(taken.begin(), taken.end(), [&](StripTriangle triangle) { put(triangleOf(triangle)); });
         for (std::size_t bucket = 0; bucket <= 3; ++bucket) {
             buckets_[bucket].restart(ends[bucket]);
         }
@@ -125,17 +144,17 @@ public:
 
 private:
     std::array<RankedBucket, 4> buckets_;
-    std::unique_ptr<std::uint32_t[]> positions_;
+    LargeArray<std::uint32_t> positions_;
 };
 
 /// What the strip cost from its last triangle to its first, for either parity that it could be entered with, while the
 /// strip grows at its end: there, each new turn comes first, mirrored.
 class ReversedCost {
 public:
-    void addTurn(bool leavesBefore) {
+    void addTurn(bool isBefore) {
         const std::uint32_t first = first_;
-        first_ = leavesBefore ? first + 2 : second_ + 1;
-        second_ = leavesBefore ? first + 1 : second_ + 2;
+        first_ = isBefore ? first + 2 : second_ + 1;
+        second_ = isBefore ? first + 1 : second_ + 2;
     }
     [[nodiscard]] std::uint32_t total() const { return 4 + first_; }
 
@@ -150,19 +169,19 @@ public:
     StripSearch(CompactGraph& graph, const SearchOptions& options, RandomSource& random, SearchObserver& observer)
         : graph_(graph), options_(options), random_(random), observer_(observer), buckets_(graph),
           startBucket_(options.allStrips ? 0 : 1) {
-        set_.order_ = std::make_unique_for_overwrite<TriangleId[]>(graph.count());
+        set_.order_ = LargeArray<StripTriangle>(graph.count() + StripSet::lookAhead);
     }
 
     StripSet run() {
         fillBuckets();
         if constexpr (Buckets::isRanked) {
-            graph_.findIrregular();
             graph_.countDegrees();
             runPasses();
         } else {
             runPass(true);
         }
         buckets_.forEachWithoutNeighbours([this](TriangleId triangle) { set_.leftOver.push_back(triangle); });
+        std::fill_n(set_.order_.get() + set_.taken_, StripSet::lookAhead, StripTriangle{0});
         return std::move(set_);
     }
 
@@ -183,7 +202,7 @@ private:
     void runPasses() {
         // Strips of an earlier search are taken apart with those of the first pass.
         for (TriangleId triangle = options_.freeCount; triangle < graph_.count(); ++triangle) {
-            set_.order_[set_.taken_++] = triangle;
+            set_.order_[set_.taken_++] = halfEdgeOf(triangle, 0);
         }
         std::uint32_t bestSeed = 1;
         for (std::uint32_t remaining = options_.iterations - 1;; --remaining) {
@@ -221,7 +240,7 @@ private:
             }
             set_.cost += cost;
             if (isLast) {
-                set_.strips_.push_back({begin & 0x7fffffff, isReversed});
+                set_.strips_.push_back({begin & 0x3fffffff, isReversed, isIrregular_});
             }
         }
     }
@@ -231,10 +250,11 @@ private:
         reversedCost_ = {};
         isIrregular_ = false;
         HalfEdgeId leaving = findFirstExit(start);
-        take(start);
         if (leaving == noHalfEdge) {
+            take(start, 1);
             return 3;
         }
+        take(start, placeOf(leaving));
         std::uint32_t cost = 4;
         bool isOdd = true;
         for (;;) {
@@ -243,7 +263,7 @@ private:
             const std::int8_t state = graph_[triangle].state;
             if (state == 0) {
                 // The last one: no neighbour of it is free any more.
-                take(triangle);
+                take(triangle, leavesBehind);
                 return cost;
             }
             if (state <= stateInStrip) {
@@ -254,13 +274,14 @@ private:
             const HalfEdgeId before = prevOf(entering);
             const HalfEdgeId behind = nextOf(entering);
             const bool continues = graph_.state(graph_.twin(isOdd ? before : behind)) > 0;
-            leaving = isOdd == continues ? before : behind;
+            const bool isBefore = isOdd == continues;
+            leaving = isBefore ? before : behind;
             cost += continues ? 1 : 2;
             isOdd ^= continues;
             if constexpr (Buckets::isRanked) {
-                reversedCost_.addTurn(leaving == before);
+                reversedCost_.addTurn(isBefore);
             }
-            take(triangle);
+            take(triangle, isBefore ? leavesBefore : leavesBehind);
         }
     }
 
@@ -282,18 +303,20 @@ private:
     }
 
     /// Moves a free triangle into the current strip, and its free neighbours one bucket down.
-    void take(TriangleId triangle) {
+    void take(TriangleId triangle, std::uint32_t wayOut) {
         CompactTriangle& record = graph_[triangle];
         buckets_.erase(bucketOf(record.state), triangle);
         record.state = stateInStrip;
-        if constexpr (Buckets::isRanked) {
-            isIrregular_ |= record.isIrregular;
-        }
-        set_.order_[set_.taken_++] = triangle;
+        isIrregular_ |= record.isIrregular;
+        set_.order_[set_.taken_++] = halfEdgeOf(triangle, wayOut);
         for (const HalfEdgeId across : record.twin) {
             const TriangleId neighbour = triangleOf(across);
             std::int8_t& state = graph_[neighbour].state;
             if (state > 0) {
+                // The strip may run there next; what surrounds it is looked at then.
+                for (const HalfEdgeId beyond : graph_[neighbour].twin) {
+                    __builtin_prefetch(&graph_[triangleOf(beyond)]);
+                }
                 buckets_.erase(bucketOf(state), neighbour);
                 --state;
                 buckets_.push(bucketOf(state), neighbour);
@@ -302,9 +325,9 @@ private:
     }
 
     [[nodiscard]] std::uint32_t calcReversedCost(std::uint32_t begin) const {
-        const std::span<const TriangleId> strip(set_.order_.get() + begin, set_.taken_ - begin);
+        const std::span<const StripTriangle> strip(set_.order_.get() + begin, set_.taken_ - begin);
         if (isIrregular_) {
-            return stripCost(graph_, strip, true);
+            return reversedStripCost(graph_, strip);
         }
         return strip.size() == 1 ? 3 : reversedCost_.total();
     }

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+#include <sys/mman.h>
+
+namespace vexa::mesh::detail {
+
+/// An uninitialised array that asks for huge pages when it is large: it is read and written all over, and with pages of
+/// 4 KiB most of that would miss the translation buffer.
+template <class T>
+class LargeArray {
+    static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
+
+public:
+    LargeArray() = default;
+
+    /// \throw std::bad_alloc no memory
+    explicit LargeArray(std::size_t count) : data_(allocate(count * sizeof(T)), Free{count * sizeof(T)}) {}
+
+    [[nodiscard]] T* get() const { return data_.get(); }
+    T& operator[](std::size_t index) const { return data_.get()[index]; }
+
+private:
+    static constexpr std::size_t hugePage = std::size_t{2} << 20;
+
+    static T* allocate(std::size_t size) {
+        if (size < hugePage) {
+            return static_cast<T*>(::operator new(size));
+        }
+        void* const data =
+            mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (data == MAP_FAILED) {
+            throw std::bad_alloc();
+        }
+        madvise(data, size, MADV_HUGEPAGE);
+        return static_cast<T*>(data);
+    }
+
+    struct Free {
+        std::size_t size = 0;
+        void operator()(T* data) const {
+            if (size < hugePage) {
+                ::operator delete(data);
+            } else {
+                munmap(data, size);
+            }
+        }
+    };
+    std::unique_ptr<T, Free> data_;
+};
+
+} // namespace vexa::mesh::detail
