@@ -34,6 +34,6 @@ if ! xargs -P "$(nproc)" -n 1 clang-tidy -p build/lint --quiet <build/lint/sourc
 fi
 
 echo "cppcheck"
-cppcheck --quiet --error-exitcode=1 --inline-suppr \
+cppcheck --quiet --error-exitcode=1 --inline-suppr --suppressions-list=cmake/cppcheck-suppressions.txt \
     --enable=warning,performance,portability --std=c++20 --library=googletest --template=gcc -j "$(nproc)" \
     -I . -I build/lint/include vexa logging tools examples bench tests

@@ -1,9 +1,11 @@
 #pragma once
 
-#include "vexa/mesh/AttributeBuffer.h" // IWYU pragma: export
-#include "vexa/mesh/Buffer.h"          // IWYU pragma: export
-#include "vexa/mesh/HalfEdgeGraph.h"   // IWYU pragma: export
-#include "vexa/mesh/IndexBuffer.h"     // IWYU pragma: export
-#include "vexa/mesh/Mesh.h"            // IWYU pragma: export
-#include "vexa/mesh/Strips.h"          // IWYU pragma: export
-#include "vexa/mesh/Types.h"           // IWYU pragma: export
+// IWYU pragma: begin_exports
+#include "vexa/mesh/AttributeBuffer.h"
+#include "vexa/mesh/Buffer.h"
+#include "vexa/mesh/HalfEdgeGraph.h"
+#include "vexa/mesh/IndexBuffer.h"
+#include "vexa/mesh/Mesh.h"
+#include "vexa/mesh/Strips.h"
+#include "vexa/mesh/Types.h"
+// IWYU pragma: end_exports
