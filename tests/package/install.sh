@@ -9,5 +9,5 @@ prefix=$3
 rm -rf "$prefix"
 cmake -G Ninja -S "$source" -B "$build" -D CMAKE_BUILD_TYPE=Release -D BUILD_SHARED_LIBS="$4" \
     -D VEXA_BUILD_TOOL=OFF -D VEXA_BUILD_EXAMPLES=OFF -D VEXA_BUILD_TESTS=OFF
-cmake --build "$build"
+cmake --build "$build" -j 2
 cmake --install "$build" --prefix "$prefix"

@@ -22,3 +22,4 @@ check() {
 
 check meshUser "$outside/meshUser.cpp"
 check loggingUser "$outside/loggingUser.cpp"
+check ownLogger "$outside/ownLogger.cpp" "$outside/printingLogger.cpp"
