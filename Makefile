@@ -10,7 +10,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench format lint install clean
+.PHONY: help deps demo test bench docs format lint install clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
@@ -39,6 +39,11 @@ bench: ## measure; the figures go to build/bench/results.json too
 	$(INSTALL_DEPENDENCIES) library bench
 	$(call BUILD,bench)
 	build/bench/bench/vexaMeshBench --benchmark_out=build/bench/results.json --benchmark_out_format=json
+
+docs: ## write the reference of the public headers to build/docs/html
+	$(INSTALL_DEPENDENCIES) docs
+	@mkdir -p build
+	doxygen docs/Doxyfile
 
 format: ## lay out every source with clang-format
 	sh cmake/lint.sh format

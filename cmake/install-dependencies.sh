@@ -1,15 +1,15 @@
 #!/bin/sh
 # Installs the packages of dependencies.txt that are needed by the named parts and missing here.
-# usage: install-dependencies.sh [PART...]   (library, tool, tests, bench; none means all)
+# usage: install-dependencies.sh [PART...]   (library, tool, tests, bench, docs; none means all)
 set -eu
 
 list=$(dirname "$0")/dependencies.txt
-wanted=" ${*:-library tool tests bench} "
+wanted=" ${*:-library tool tests bench docs} "
 for part in $wanted; do
     case "$part" in
-    library | tool | tests | bench) ;;
+    library | tool | tests | bench | docs) ;;
     *)
-        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, bench)" >&2
+        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, bench, docs)" >&2
         exit 2
         ;;
     esac
@@ -35,4 +35,4 @@ sudo=
 echo "Installing:$missing"
 $sudo apt-get update -qq
 # shellcheck disable=SC2086  # one word a package
-$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing
+$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
