@@ -101,12 +101,11 @@ void insert(HalfEdgeGraph& graph, Triangle& triangle, const unsigned int* corner
     detail::append(graph.freeTriangles, triangle);
 }
 
-/// Gives a vertex list room for some more half-edges: exactly as many if it is new, otherwise geometrically, because
-/// many calls may each add little to it.
-void reserveMore(VertexList& list, std::size_t added) {
+/// Gives a vertex list room for some more half-edges: for `ifNew` if it is empty, otherwise geometrically, because many
+/// calls may each add little to it.
+void reserveMore(VertexList& list, std::size_t added, std::size_t ifNew) {
     if (list.capacity() - list.size() < added) {
-        const std::size_t needed = list.size() + added;
-        list.reserve(list.empty() ? needed : std::max(needed, 2 * list.capacity()));
+        list.reserve(list.empty() ? ifNew : std::max(list.size() + added, 2 * list.capacity()));
     }
 }
 
@@ -117,7 +116,8 @@ void reserveCounted(std::vector<VertexList>& vertexHalfEdges, const unsigned int
         std::sort(sorted.begin(), sorted.end());
         for (auto vertex = sorted.begin(); vertex != sorted.end();) {
             const auto end = std::upper_bound(vertex, sorted.end(), *vertex);
-            reserveMore(vertexHalfEdges[*vertex], static_cast<std::size_t>(end - vertex));
+            const auto added = static_cast<std::size_t>(end - vertex);
+            reserveMore(vertexHalfEdges[*vertex], added, added);
             vertex = end;
         }
         return;
@@ -127,7 +127,7 @@ void reserveCounted(std::vector<VertexList>& vertexHalfEdges, const unsigned int
         ++added[indices[i]];
     }
     for (std::size_t vertex = 0; vertex < added.size(); ++vertex) {
-        reserveMore(vertexHalfEdges[vertex], added[vertex]);
+        reserveMore(vertexHalfEdges[vertex], added[vertex], added[vertex]);
     }
 }
 
@@ -217,7 +217,8 @@ HalfEdgeGraph::Triangle* HalfEdgeGraph::addTriangle(unsigned int v0, unsigned in
     checkIndices("addTriangle", corners.data(), corners.size());
     VertexGrowth growth(vertexHalfEdges, std::size_t{std::max({v0, v1, v2})} + 1);
     for (const unsigned int corner : corners) {
-        reserveMore(vertexHalfEdges[corner], 3);
+        reserveMore(vertexHalfEdges[corner],
+                    static_cast<std::size_t>(std::count(corners.begin(), corners.end(), corner)), 3);
     }
     std::unique_ptr<Chunk> spare = allocateChunks(pool, 1);
 
