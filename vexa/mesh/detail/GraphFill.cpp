@@ -235,6 +235,7 @@ void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long inde
                                     " indices are no whole number of triangles");
     }
     if (indexCount == 0) {
+        forgetDeadTriangles(*this);
         return;
     }
     checkIndices("addTriangles", indices, indexCount);
