@@ -29,24 +29,44 @@ bool isCollapsed(const Triangle& triangle) {
     return v0 == v1 || v1 == v2 || v2 == v0;
 }
 
+bool isLinkable(const Triangle& triangle) {
+    return triangle.state != Triangle::splitOff && !isCollapsed(triangle);
+}
+
 /// What stands on one edge before a triangle is inserted there.
 struct EdgeOccupants {
-    int count = 0;                ///< half-edges of linkable triangles, in either direction; counted up to 2
-    HalfEdge* opposite = nullptr; ///< the first that runs the opposite way
+    int count = 0;                ///< half-edges of linkable triangles, in either direction; from 2 on it is full
+    HalfEdge* opposite = nullptr; ///< one that runs the opposite way
 };
+using TriangleOccupants = std::array<EdgeOccupants, 3>;
 
-/// Looks at the edge from `from` to `to` through the list of `through`, one of its ends; `other` is the other end.
-EdgeOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, unsigned int from, unsigned int through,
-                            unsigned int other) {
+/// Adds what the list of corner `i` shows: the half-edges that run as edge `i` does, and those opposite to the edge
+/// that arrives there.
+void findAtCorner(const VertexList& list, const unsigned int* corners, std::size_t i, TriangleOccupants& edges) {
+    const std::size_t arriving = (i + 2) % 3;
+    const unsigned int leavesTo = corners[(i + 1) % 3];
+    const unsigned int arrivesFrom = corners[arriving];
+    for (const auto& [end, halfEdge] : list) {
+        if (end == leavesTo && isLinkable(*halfEdge->triangle)) {
+            ++edges[i].count;
+        } else if (end == arrivesFrom && isLinkable(*halfEdge->triangle)) {
+            ++edges[arriving].count;
+            edges[arriving].opposite = halfEdge;
+        }
+    }
+}
+
+/// Looks at one edge, from `from` to the other end, through the list of one of its ends alone.
+EdgeOccupants findThrough(const VertexList& list, unsigned int from, unsigned int other) {
     EdgeOccupants occupants;
-    for (const auto& [end, halfEdge] : vertexHalfEdges[through]) {
+    for (const auto& [end, halfEdge] : list) {
         // A triangle with both vertices has an entry here: it leaves to the other end, or comes from there.
         HalfEdge* const incoming = halfEdge->next->next;
         HalfEdge* const onEdge = end == other ? halfEdge : incoming->vertex == other ? incoming : nullptr;
-        if (onEdge == nullptr || halfEdge->triangle->state == Triangle::splitOff || isCollapsed(*halfEdge->triangle)) {
+        if (onEdge == nullptr || !isLinkable(*halfEdge->triangle)) {
             continue;
         }
-        if (onEdge->vertex != from && occupants.opposite == nullptr) {
+        if (onEdge->vertex != from) {
             occupants.opposite = onEdge;
         }
         if (++occupants.count == 2) {
@@ -56,16 +76,24 @@ EdgeOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, unsi
     return occupants;
 }
 
-/// The occupants of the edges of a triangle that is not collapsed. The shorter list of an edge's two ends is searched,
-/// so that a vertex with a million triangles costs its neighbours nothing.
-std::array<EdgeOccupants, 3> findOccupants(const std::vector<VertexList>& vertexHalfEdges, const Triangle& triangle) {
-    std::array<EdgeOccupants, 3> edges;
+/// What stands on the edges of a triangle that is not collapsed.
+TriangleOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, const unsigned int* corners) {
+    constexpr std::size_t longList = 64;
+    const std::array<const VertexList*, 3> lists{&vertexHalfEdges[corners[0]], &vertexHalfEdges[corners[1]],
+                                                 &vertexHalfEdges[corners[2]]};
+    TriangleOccupants edges;
+    if (std::max({lists[0]->size(), lists[1]->size(), lists[2]->size()}) <= longList) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            findAtCorner(*lists[i], corners, i, edges);
+        }
+        return edges;
+    }
+    // The shorter list of an edge's two ends will do, so that a vertex with a million triangles costs its neighbours
+    // nothing.
     for (std::size_t i = 0; i < 3; ++i) {
-        const unsigned int from = triangle.halfEdge[i].vertex;
-        const unsigned int to = triangle.halfEdge[(i + 1) % 3].vertex;
-        const bool throughFrom = vertexHalfEdges[from].size() < vertexHalfEdges[to].size();
-        edges[i] = throughFrom ? findOccupants(vertexHalfEdges, from, from, to)
-                               : findOccupants(vertexHalfEdges, from, to, from);
+        const std::size_t j = (i + 1) % 3;
+        edges[i] = lists[i]->size() < lists[j]->size() ? findThrough(*lists[i], corners[i], corners[j])
+                                                       : findThrough(*lists[j], corners[i], corners[i]);
     }
     return edges;
 }
@@ -76,11 +104,11 @@ void insert(HalfEdgeGraph& graph, Triangle& triangle, const unsigned int* corner
         triangle.halfEdge[i] = {corners[i], &triangle, nullptr, &triangle.halfEdge[(i + 1) % 3]};
     }
     triangle.state = 0;
-    std::array<EdgeOccupants, 3> edges;
+    TriangleOccupants edges;
     bool isSplitOff = false;
     if (!isCollapsed(triangle)) {
-        edges = findOccupants(graph.vertexHalfEdges, triangle);
-        isSplitOff = std::any_of(edges.begin(), edges.end(), [](const EdgeOccupants& edge) { return edge.count == 2; });
+        edges = findOccupants(graph.vertexHalfEdges, corners);
+        isSplitOff = std::any_of(edges.begin(), edges.end(), [](const EdgeOccupants& edge) { return edge.count >= 2; });
     }
     for (std::size_t i = 0; i < 3; ++i) {
         graph.vertexHalfEdges[corners[i]].emplace_back(corners[(i + 1) % 3], &triangle.halfEdge[i]);
@@ -167,7 +195,8 @@ std::unique_ptr<Chunk> allocateChunks(const HalfEdgeGraph::TrianglePool& pool, u
     const std::uint64_t capacity = pool.chunkSize != 0 ? pool.chunkSize : defaultChunkSize;
     for (unsigned long allocated = available; allocated < triangleCount; allocated += capacity) {
         auto chunk = std::make_unique<Chunk>();
-        chunk->triangles = new Triangle[capacity];
+        // Not constructed before they are handed out: a large batch would be through the caches twice.
+        chunk->triangles = static_cast<Triangle*>(::operator new[](capacity * sizeof(Triangle)));
         chunk->capacity = capacity;
         Chunk* const newest = chunk.get();
         if (last != nullptr) {
@@ -189,7 +218,7 @@ Triangle& takeTriangle(HalfEdgeGraph::TrianglePool& pool, std::unique_ptr<Chunk>
         pool.chunks = newest;
         pool.used = 0;
     }
-    return pool.chunks->triangles[pool.used++];
+    return *std::construct_at(&pool.chunks->triangles[pool.used++]);
 }
 
 /// After `clear` the ends of the lists still point to triangles that died with the pool.
@@ -197,6 +226,20 @@ void forgetDeadTriangles(HalfEdgeGraph& graph) noexcept {
     if (graph.pool.chunks == nullptr && graph.pool.used == 0) {
         graph.freeTriangles = {};
         graph.claimedTriangles = {};
+    }
+}
+
+/// Brings the vertex lists of the triangles to come near: the lists first, then what they hold.
+void fetchLists(const std::vector<VertexList>& vertexHalfEdges, const unsigned int* indices, unsigned long left) {
+    constexpr unsigned long listsAhead = 3 * 16;
+    constexpr unsigned long entriesAhead = 3 * 8;
+    if (left < listsAhead + 3) {
+        return;
+    }
+    for (unsigned long i = 0; i < 3; ++i) {
+        __builtin_prefetch(&vertexHalfEdges[indices[listsAhead + i]]);
+        const VertexList& list = vertexHalfEdges[indices[entriesAhead + i]];
+        __builtin_prefetch(list.data() + list.size(), 1);
     }
 }
 
@@ -246,6 +289,7 @@ void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long inde
     growth.keep();
     forgetDeadTriangles(*this);
     for (unsigned long i = 0; i < indexCount; i += 3) {
+        fetchLists(vertexHalfEdges, indices + i, indexCount - i);
         insert(*this, takeTriangle(pool, spare), indices + i);
     }
 }
