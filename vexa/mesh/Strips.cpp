@@ -117,6 +117,7 @@ IndexedPrimitive IndexWriter::strip(const detail::StripSet::Strip& strip) {
 
 /// Writes a strip as it grew, which needs no more than the corners of its triangles.
 std::size_t IndexWriter::writeForward(std::span<const detail::StripTriangle> strip, unsigned int* indices) const {
+    constexpr std::size_t ahead = detail::StripSet::lookAhead / 2;
     const unsigned int* corners = cornersOf(detail::triangleOf(strip[0]));
     const std::uint32_t exit = detail::placeOf(strip[0]);
     // The edge from `from` to `to` is the one that the strip leaves the newest triangle by.
@@ -128,7 +129,7 @@ std::size_t IndexWriter::writeForward(std::span<const detail::StripTriangle> str
     std::size_t count = 3;
     bool isOdd = true;
     for (std::size_t i = 1; i < strip.size(); ++i) {
-        __builtin_prefetch(cornersOf(detail::triangleOf(strip.data()[i + detail::StripSet::lookAhead - 1])));
+        __builtin_prefetch(cornersOf(detail::triangleOf(strip.data()[i + ahead])));
         corners = cornersOf(detail::triangleOf(strip[i]));
         const unsigned int apex = corners[0] ^ corners[1] ^ corners[2] ^ from ^ to;
         indices[count++] = apex;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <utility>
 
 namespace vexa::mesh::detail {
 
@@ -12,110 +11,149 @@ using HalfEdge = HalfEdgeGraph::HalfEdge;
 using Triangle = HalfEdgeGraph::Triangle;
 using TriangleList = HalfEdgeGraph::TriangleList;
 
-void collect(std::vector<Triangle*>& triangles, const TriangleList& list) {
-    for (Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
-        triangles.push_back(triangle);
+std::uint64_t count(const TriangleList& list) {
+    std::uint64_t count = 0;
+    for (const Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
+        ++count;
     }
+    return count;
 }
 
-/// While it lives, each triangle's `state` is its id, so that a pointer leads to the id at once.
-class IdsInStates {
-public:
-    explicit IdsInStates(const std::vector<Triangle*>& triangles) : triangles_(triangles), states_(triangles.size()) {
-        for (std::size_t id = 0; id < triangles_.size(); ++id) {
-            states_[id] = triangles_[id]->state;
-            triangles_[id]->state = static_cast<std::int32_t>(id);
+std::uint64_t countNumbered(const HalfEdgeGraph& source, const NumberingOptions& options) {
+    std::uint64_t total = count(source.freeTriangles);
+    if (options.withClaimed) {
+        total += count(source.claimedTriangles);
+    }
+    if (options.withStrips) {
+        for (const auto& [isReversed, strip] : source.strips) {
+            total += count(*strip);
         }
     }
-    ~IdsInStates() {
-        for (std::size_t id = 0; id < triangles_.size(); ++id) {
-            triangles_[id]->state = states_[id];
-        }
-    }
-    IdsInStates(const IdsInStates&) = delete;
-    IdsInStates& operator=(const IdsInStates&) = delete;
-
-    [[nodiscard]] std::int32_t stateOf(TriangleId id) const { return states_[id]; }
-
-    /// The id of a half-edge that is one of its triangle's three, or `noHalfEdge` when the triangle is not numbered.
-    [[nodiscard]] HalfEdgeId find(const HalfEdge& halfEdge) const {
-        const Triangle* const triangle = halfEdge.triangle;
-        const auto id = static_cast<std::uint32_t>(triangle->state);
-        if (id >= triangles_.size() || triangles_[id] != triangle) {
-            return noHalfEdge;
-        }
-        return halfEdgeOf(id, static_cast<std::uint32_t>(&halfEdge - triangle->halfEdge));
-    }
-
-private:
-    const std::vector<Triangle*>& triangles_;
-    std::vector<std::int32_t> states_;
-};
+    return total;
+}
 
 std::int8_t compactState(std::int32_t state) {
     return state < 0 ? stateReported : static_cast<std::int8_t>(std::min(state, 3));
 }
 
-HalfEdgeId compactTwin(const HalfEdge& halfEdge, const IdsInStates& ids, const CompactGraph& graph) {
-    if (halfEdge.twin == nullptr) {
-        return graph.border();
-    }
-    const HalfEdgeId twin = ids.find(*halfEdge.twin);
-    if (twin != noHalfEdge) {
-        return twin;
-    }
-    // A triangle outside the lists can't be taken; those of strips still count as neighbours when a pass is undone.
-    return halfEdge.twin->triangle->state < Triangle::inStrip ? graph.border() : graph.claimed();
+bool mayBeCentre(const std::vector<HalfEdgeGraph::VertexHalfEdge>& list, std::uint32_t minFanTriangles) {
+    return !list.empty() && list.size() >= minFanTriangles && list.front().second != nullptr;
 }
 
-std::vector<FanCandidate> findCandidates(const HalfEdgeGraph& source, std::uint32_t minFanTriangles,
-                                         const IdsInStates& ids) {
-    std::vector<FanCandidate> candidates;
-    for (std::size_t vertex = 0; vertex < source.vertexHalfEdges.size(); ++vertex) {
-        const auto& list = source.vertexHalfEdges[vertex];
-        if (list.empty() || list.size() < minFanTriangles || list.front().second == nullptr) {
-            continue;
-        }
-        if (const HalfEdgeId start = ids.find(*list.front().second); start != noHalfEdge) {
-            candidates.push_back({static_cast<std::uint32_t>(vertex), static_cast<std::uint32_t>(list.size()), start});
+/// Brings the neighbours of a triangle near: where the twin is, and where its triangle begins, which is at most 88
+/// bytes before.
+void fetchNeighbours(const Triangle& triangle) {
+    for (const HalfEdge& halfEdge : triangle.halfEdge) {
+        if (halfEdge.twin != nullptr) {
+            __builtin_prefetch(halfEdge.twin);
+            __builtin_prefetch(reinterpret_cast<const char*>(halfEdge.twin) - offsetof(Triangle, halfEdge[1]));
         }
     }
-    return candidates;
 }
 
 } // namespace
 
-GraphNumbering numberTriangles(const HalfEdgeGraph& source, const NumberingOptions& options) {
-    std::vector<Triangle*> triangles;
-    collect(triangles, source.freeTriangles);
-    const std::size_t freeListSize = triangles.size();
-    if (options.withClaimed) {
-        collect(triangles, source.claimedTriangles);
-    }
-    const std::size_t freeCount = triangles.size();
-    if (options.withStrips) {
-        for (const auto& [isReversed, strip] : source.strips) {
-            collect(triangles, *strip);
-        }
+GraphNumbering::GraphNumbering(const HalfEdgeGraph& source, const NumberingOptions& options)
+    : graph_(countNumbered(source, options)) {
+    triangles_ = LargeArray<Triangle*>(graph_.count());
+    states_ = LargeArray<std::int32_t>(graph_.count());
+    if (options.withFans) {
+        fanCandidates_.reserve(static_cast<std::size_t>(
+            std::count_if(source.vertexHalfEdges.begin(), source.vertexHalfEdges.end(),
+                          [&](const auto& list) { return mayBeCentre(list, options.minFanTriangles); })));
     }
 
-    CompactGraph graph(triangles.size());
-    GraphNumbering numbering{std::move(triangles), static_cast<std::uint32_t>(freeCount), std::move(graph), {}};
-    const IdsInStates ids(numbering.triangles);
-    for (TriangleId id = 0; id < numbering.graph.count(); ++id) {
-        CompactTriangle& record = numbering.graph[id];
-        for (std::size_t place = 0; place < 3; ++place) {
-            record.twin[place] = compactTwin(numbering.triangles[id]->halfEdge[place], ids, numbering.graph);
+    // Nothing from here on throws.
+    add(source.freeTriangles);
+    for (TriangleId id = 0; id < added_; ++id) {
+        graph_[id].state = compactState(states_[id]);
+    }
+    const TriangleId listed = added_;
+    if (options.withClaimed) {
+        add(source.claimedTriangles);
+    }
+    freeCount_ = added_;
+    if (options.withStrips) {
+        for (const auto& [isReversed, strip] : source.strips) {
+            add(*strip);
         }
-        record.state = id < freeListSize ? compactState(ids.stateOf(id))
-                       : id < freeCount  ? std::int8_t{0}
-                                         : stateInStrip;
     }
-    numbering.graph.findIrregular();
+    for (TriangleId id = listed; id < added_; ++id) {
+        graph_[id].state = id < freeCount_ ? std::int8_t{0} : stateInStrip;
+    }
+
+    constexpr TriangleId ahead = 12;
+    for (TriangleId id = 0; id < added_; ++id) {
+        if (id + ahead < added_) {
+            fetchNeighbours(*triangles_[id + ahead]);
+        }
+        link(id);
+    }
+    graph_.findIrregular();
     if (options.withFans) {
-        numbering.fanCandidates = findCandidates(source, options.minFanTriangles, ids);
+        findCandidates(source, options.minFanTriangles);
     }
-    return numbering;
+}
+
+GraphNumbering::~GraphNumbering() {
+    if (ownsStates_) {
+        for (TriangleId id = 0; id < added_; ++id) {
+            triangles_[id]->state = states_[id];
+        }
+    }
+}
+
+std::int32_t GraphNumbering::currentState(TriangleId id) const {
+    const std::int8_t state = graph_[id].state;
+    return state >= 0 ? state : states_[id];
+}
+
+void GraphNumbering::add(const TriangleList& list) {
+    for (Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
+        triangles_[added_] = triangle;
+        states_[added_] = triangle->state;
+        triangle->state = static_cast<std::int32_t>(added_++);
+    }
+}
+
+void GraphNumbering::link(TriangleId id) {
+    for (std::size_t place = 0; place < 3; ++place) {
+        graph_[id].twin[place] = twinOf(triangles_[id]->halfEdge[place]);
+    }
+}
+
+/// The id of a half-edge that is one of its triangle's three, or `noHalfEdge` when the triangle is not numbered.
+HalfEdgeId GraphNumbering::find(const HalfEdge& halfEdge) const {
+    const Triangle* const triangle = halfEdge.triangle;
+    const auto id = static_cast<TriangleId>(triangle->state);
+    if (id >= added_ || triangles_[id] != triangle) {
+        return noHalfEdge;
+    }
+    return halfEdgeOf(id, static_cast<std::uint32_t>(&halfEdge - triangle->halfEdge));
+}
+
+HalfEdgeId GraphNumbering::twinOf(const HalfEdge& halfEdge) const {
+    if (halfEdge.twin == nullptr) {
+        return graph_.border();
+    }
+    if (const HalfEdgeId twin = find(*halfEdge.twin); twin != noHalfEdge) {
+        return twin;
+    }
+    // A triangle outside the lists can't be taken; those of strips still count as neighbours when a pass is undone.
+    return halfEdge.twin->triangle->state < Triangle::inStrip ? graph_.border() : graph_.claimed();
+}
+
+void GraphNumbering::findCandidates(const HalfEdgeGraph& source, std::uint32_t minFanTriangles) {
+    for (std::size_t vertex = 0; vertex < source.vertexHalfEdges.size(); ++vertex) {
+        const auto& list = source.vertexHalfEdges[vertex];
+        if (!mayBeCentre(list, minFanTriangles)) {
+            continue;
+        }
+        if (const HalfEdgeId start = find(*list.front().second); start != noHalfEdge) {
+            fanCandidates_.push_back(
+                {static_cast<std::uint32_t>(vertex), static_cast<std::uint32_t>(list.size()), start});
+        }
+    }
 }
 
 } // namespace vexa::mesh::detail

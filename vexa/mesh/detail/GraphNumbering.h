@@ -3,19 +3,13 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
 #include "vexa/mesh/detail/CompactGraph.h"
 #include "vexa/mesh/detail/FanSearch.h"
+#include "vexa/mesh/detail/LargeArray.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace vexa::mesh::detail {
-
-/// A half-edge graph's triangles by id, with their links as ids.
-struct GraphNumbering {
-    std::vector<HalfEdgeGraph::Triangle*> triangles;
-    std::uint32_t freeCount; ///< triangles that are not in stored strips: the first ids
-    CompactGraph graph;
-    std::vector<FanCandidate> fanCandidates; ///< in the order of their centres
-};
 
 struct NumberingOptions {
     bool withClaimed; ///< the claimed triangles too, behind the free ones, as if they had no free neighbour
@@ -24,9 +18,47 @@ struct NumberingOptions {
     std::uint32_t minFanTriangles; ///< fewest half-edges at a candidate's centre
 };
 
-/// Numbers the triangles in the order of their lists. Whatever is thrown, the source is as it was.
+/// A half-edge graph's triangles by id, in the order of their lists, with their links as ids.
 ///
-/// 	hrow std::length_error more triangles than a compact graph holds
-GraphNumbering numberTriangles(const HalfEdgeGraph& source, const NumberingOptions& options);
+/// From the numbering to the commit each triangle's `state` is its id, so that a pointer leads to the id at once.
+/// Unless they are handed over, the states are put back in the end.
+class GraphNumbering {
+public:
+    /// \throw std::length_error more triangles than a compact graph holds; whatever is thrown, the source is as it was
+    GraphNumbering(const HalfEdgeGraph& source, const NumberingOptions& options);
+    ~GraphNumbering();
+    GraphNumbering(const GraphNumbering&) = delete;
+    GraphNumbering& operator=(const GraphNumbering&) = delete;
+
+    /// Triangles that are not in stored strips: the first ids.
+    [[nodiscard]] std::uint32_t freeCount() const { return freeCount_; }
+    CompactGraph& graph() { return graph_; }
+    [[nodiscard]] std::span<const FanCandidate> fanCandidates() const { return fanCandidates_; }
+    [[nodiscard]] HalfEdgeGraph::Triangle& triangle(TriangleId id) const { return *triangles_[id]; }
+    /// The state that a triangle had, or that a fan at its side left it with.
+    [[nodiscard]] std::int32_t currentState(TriangleId id) const;
+
+    /// Brings the pointer to a triangle near, then the triangle.
+    void fetchPointer(TriangleId id) const { __builtin_prefetch(&triangles_[id]); }
+    void fetchTriangle(TriangleId id) const { __builtin_prefetch(triangles_[id], 1); }
+
+    /// From now on the caller sets the state of every triangle.
+    void handOverStates() { ownsStates_ = false; }
+
+private:
+    void add(const HalfEdgeGraph::TriangleList& list);
+    void link(TriangleId id);
+    void findCandidates(const HalfEdgeGraph& source, std::uint32_t minFanTriangles);
+    [[nodiscard]] HalfEdgeId find(const HalfEdgeGraph::HalfEdge& halfEdge) const;
+    [[nodiscard]] HalfEdgeId twinOf(const HalfEdgeGraph::HalfEdge& halfEdge) const;
+
+    LargeArray<HalfEdgeGraph::Triangle*> triangles_;
+    LargeArray<std::int32_t> states_;
+    std::uint32_t added_ = 0;
+    std::uint32_t freeCount_ = 0;
+    bool ownsStates_ = true;
+    CompactGraph graph_;
+    std::vector<FanCandidate> fanCandidates_; ///< in the order of their centres
+};
 
 } // namespace vexa::mesh::detail

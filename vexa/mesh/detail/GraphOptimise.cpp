@@ -74,15 +74,28 @@ void claim(TriangleList& list, Triangle& triangle, std::int32_t state) noexcept 
     detail::append(list, triangle);
 }
 
+/// Links the strips' triangles, which are all over the pool, while those to come are being fetched.
+void linkStrips(std::vector<Primitive>& primitives, const detail::StripSet& strips, NewLists& lists,
+                const detail::GraphNumbering& numbering) noexcept {
+    constexpr std::size_t pointersAhead = detail::StripSet::lookAhead;
+    constexpr std::size_t trianglesAhead = pointersAhead / 2;
+    for (std::size_t i = 0; i < strips.size(); ++i) {
+        const detail::StripSet::Strip strip = strips[i];
+        TriangleList& list = *lists.handOver();
+        primitives.emplace_back(strip.isReversed ? 1 : 0, &list);
+        for (const detail::StripTriangle& triangle : strip.triangles) {
+            numbering.fetchPointer(detail::triangleOf((&triangle)[pointersAhead]));
+            numbering.fetchTriangle(detail::triangleOf((&triangle)[trianglesAhead]));
+            claim(list, numbering.triangle(detail::triangleOf(triangle)), Triangle::inStrip);
+        }
+    }
+}
+
 /// The free triangles that no primitive took, with the states that they have now.
 TriangleList linkLeftOver(const Outcome& outcome, const detail::GraphNumbering& numbering) noexcept {
     TriangleList rest;
     for (const detail::TriangleId id : outcome.strips.leftOver) {
-        Triangle& triangle = *numbering.triangles[id];
-        if (const std::int8_t state = numbering.graph[id].state; state >= 0) {
-            triangle.state = state;
-        }
-        detail::append(rest, triangle);
+        claim(rest, numbering.triangle(id), numbering.currentState(id));
     }
     return rest;
 }
@@ -90,12 +103,13 @@ TriangleList linkLeftOver(const Outcome& outcome, const detail::GraphNumbering& 
 /// Stores the outcome in the graph. Everything that can throw comes first.
 ///
 /// \return number of triangles in the batch
-std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, const detail::GraphNumbering& numbering) {
+std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, detail::GraphNumbering& numbering) {
     NewLists lists(outcome.fans.fans.size() + outcome.strips.size() + 1);
     reserveMore(graph.fans, outcome.fans.fans.size());
     reserveMore(graph.strips, outcome.strips.size());
     reserveMore(graph.triangleLists, 1);
 
+    numbering.handOverStates();
     graph.freeTriangles = {};
     if (outcome.allStrips) {
         graph.claimedTriangles = {};
@@ -109,16 +123,10 @@ std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, const detail:
     for (const detail::FanSet::Fan& fan : outcome.fans.fans) {
         graph.fans.emplace_back(fan.centre, lists.handOver());
         for (const detail::TriangleId id : outcome.fans.triangles(fan)) {
-            claim(*graph.fans.back().second, *numbering.triangles[id], Triangle::inFan);
+            claim(*graph.fans.back().second, numbering.triangle(id), Triangle::inFan);
         }
     }
-    for (std::size_t i = 0; i < outcome.strips.size(); ++i) {
-        const detail::StripSet::Strip strip = outcome.strips[i];
-        graph.strips.emplace_back(strip.isReversed ? 1 : 0, lists.handOver());
-        for (const detail::StripTriangle triangle : strip.triangles) {
-            claim(*graph.strips.back().second, *numbering.triangles[detail::triangleOf(triangle)], Triangle::inStrip);
-        }
-    }
+    linkStrips(graph.strips, outcome.strips, lists, numbering);
     TriangleList rest = linkLeftOver(outcome, numbering);
     if (outcome.allStrips) {
         return 0;
@@ -148,17 +156,16 @@ std::uint32_t HalfEdgeGraph::calcOptPrim(std::uint32_t iterations, bool buildStr
     random.seed(1);
     const bool isSearched = iterations != 0 && buildStrips;
     const bool takesStripsApart = isSearched && iterations > 1;
-    detail::GraphNumbering numbering =
-        detail::numberTriangles(*this, {allStrips, takesStripsApart, buildFans, minFanTriangles});
+    detail::GraphNumbering numbering(*this, {allStrips, takesStripsApart, buildFans, minFanTriangles});
 
     Outcome outcome{{}, {}, takesStripsApart, allStrips};
-    outcome.fans = detail::cutFans(numbering.graph, numbering.fanCandidates);
+    outcome.fans = detail::cutFans(numbering.graph(), numbering.fanCandidates());
     if (isSearched) {
         LoggingObserver observer;
         outcome.strips = detail::searchStrips(
-            numbering.graph, {iterations, allStrips, numbering.freeCount, outcome.fans.cost}, random, observer);
+            numbering.graph(), {iterations, allStrips, numbering.freeCount(), outcome.fans.cost}, random, observer);
     } else {
-        outcome.strips = detail::leaveAll(numbering.graph);
+        outcome.strips = detail::leaveAll(numbering.graph());
     }
     if (iterations > 1) {
         logRange(outcome.strips.best, outcome.strips.worst);

@@ -54,7 +54,7 @@ public:
         return {{order_.get() + range.begin, order_.get() + end}, range.isReversed != 0, range.isIrregular != 0};
     }
     /// So many words may be read behind the last triangle of a strip: those of the next strips, or zeros.
-    static constexpr std::size_t lookAhead = 16;
+    static constexpr std::size_t lookAhead = 32;
 
     std::vector<TriangleId> leftOver; ///< free triangles that no strip took, in order
     std::uint32_t cost = 0;           ///< indices of all strips
