@@ -39,6 +39,8 @@ void HalfEdgeGraph::clear() {
         }
         primitives->clear();
     }
+    upcoming_ = {};
+    upcomingBegin_ = 0;
 }
 
 } // namespace vexa::mesh

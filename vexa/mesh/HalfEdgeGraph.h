@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/Export.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -197,6 +198,12 @@ public:
     std::vector<Primitive> strips; ///< first: 1 when the strip is emitted from `last` to `first`, otherwise 0
     std::vector<Primitive> fans;   ///< first: the centre vertex
     std::vector<Primitive> triangleLists; ///< first: 0
+
+private:
+    // Where the triangles of the strips lie, in the order in which they will be handed out: what is fetched ahead. It
+    // may be stale, so that it is never followed.
+    std::vector<const Triangle*> upcoming_;
+    std::size_t upcomingBegin_ = 0;
 };
 
 } // namespace vexa::mesh

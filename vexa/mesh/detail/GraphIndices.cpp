@@ -44,6 +44,58 @@ void fillIndexFromBatch(std::vector<unsigned int>& indices, const HalfEdgeGraph:
     }
 }
 
+/// `HalfEdgeGraph::fillIndexFromStrip`, with a call to `onTriangle` for each triangle that it comes to.
+template <class OnTriangle>
+std::uint32_t fillFromStrip(std::vector<unsigned int>& indices, const HalfEdgeGraph::TriangleList& strip, bool reversed,
+                            OnTriangle onTriangle) {
+    const auto step = [reversed](const Triangle* triangle) { return reversed ? triangle->prev : triangle->next; };
+    const Triangle* current = reversed ? strip.last : strip.first;
+    if (current == nullptr) {
+        return 0;
+    }
+    indices.reserve(32);
+    indices.resize(3);
+    onTriangle();
+    const Triangle* successor = step(current);
+    // The corner that the first triangle begins with, so that its last edge is the one that it shares.
+    const HalfEdge* start = &current->halfEdge[0];
+    if (successor != nullptr) {
+        const HalfEdge* exit = findExit(*current, successor);
+        start = exit->next->next;
+        indices.push_back(apex(*exit));
+        bool isOdd = true;
+        for (;;) {
+            const HalfEdge* const entering = exit->twin;
+            onTriangle();
+            current = successor;
+            successor = step(current);
+            if (successor == nullptr) {
+                break;
+            }
+            exit = findExit(*current, successor);
+            const HalfEdge* const continuing = isOdd ? entering->next->next : entering->next;
+            if (exit == continuing) {
+                isOdd = !isOdd;
+            } else {
+                // A swap: the newest vertex is put in again behind the other one, in a degenerate triangle.
+                indices.back() = isOdd ? exit->vertex : exit->next->vertex;
+                indices.push_back(isOdd ? exit->next->vertex : exit->vertex);
+            }
+            indices.push_back(apex(*exit));
+        }
+    }
+    indices[0] = start->vertex;
+    indices[1] = start->next->vertex;
+    indices[2] = start->next->next->vertex;
+    return static_cast<std::uint32_t>(indices.size());
+}
+
+/// Brings both ends of a triangle's record near.
+void fetch(const Triangle* triangle) {
+    __builtin_prefetch(triangle, 1);
+    __builtin_prefetch(&triangle->halfEdge[2]);
+}
+
 } // namespace
 
 int HalfEdgeGraph::getPrimitive(std::vector<unsigned int>& indices, int primitiveType) {
@@ -62,7 +114,15 @@ int HalfEdgeGraph::getPrimitive(std::vector<unsigned int>& indices, int primitiv
         return TRIANGLE_FAN;
     }
     if (!strips.empty() && isWanted(TRIANGLE_STRIP)) {
-        fillIndexFromStrip(indices, *strips.back().second, strips.back().first != 0);
+        constexpr std::size_t ahead = 8;
+        std::size_t upcoming = upcomingBegin_;
+        fillFromStrip(indices, *strips.back().second, strips.back().first != 0, [&] {
+            if (upcoming + ahead < upcoming_.size()) {
+                fetch(upcoming_[upcoming + ahead]);
+            }
+            ++upcoming;
+        });
+        upcomingBegin_ = upcoming;
         claim(strips.back());
         strips.pop_back();
         return TRIANGLE_STRIP;
@@ -109,44 +169,7 @@ std::uint32_t HalfEdgeGraph::calcStripCost(TriangleList& strip, bool reversed) c
 
 std::uint32_t HalfEdgeGraph::fillIndexFromStrip(std::vector<unsigned int>& indices, TriangleList& strip,
                                                 bool reversed) const {
-    const auto step = [reversed](const Triangle* triangle) { return reversed ? triangle->prev : triangle->next; };
-    const Triangle* current = reversed ? strip.last : strip.first;
-    if (current == nullptr) {
-        return 0;
-    }
-    indices.reserve(32);
-    indices.resize(3);
-    const Triangle* successor = step(current);
-    // The corner that the first triangle begins with, so that its last edge is the one that it shares.
-    const HalfEdge* start = &current->halfEdge[0];
-    if (successor != nullptr) {
-        const HalfEdge* exit = findExit(*current, successor);
-        start = exit->next->next;
-        indices.push_back(apex(*exit));
-        bool isOdd = true;
-        for (;;) {
-            const HalfEdge* const entering = exit->twin;
-            current = successor;
-            successor = step(current);
-            if (successor == nullptr) {
-                break;
-            }
-            exit = findExit(*current, successor);
-            const HalfEdge* const continuing = isOdd ? entering->next->next : entering->next;
-            if (exit == continuing) {
-                isOdd = !isOdd;
-            } else {
-                // A swap: the newest vertex is put in again behind the other one, in a degenerate triangle.
-                indices.back() = isOdd ? exit->vertex : exit->next->vertex;
-                indices.push_back(isOdd ? exit->next->vertex : exit->vertex);
-            }
-            indices.push_back(apex(*exit));
-        }
-    }
-    indices[0] = start->vertex;
-    indices[1] = start->next->vertex;
-    indices[2] = start->next->next->vertex;
-    return static_cast<std::uint32_t>(indices.size());
+    return fillFromStrip(indices, strip, reversed, [] {});
 }
 
 std::int32_t HalfEdgeGraph::fillIndexFromFan(std::vector<unsigned int>& indices, HalfEdge* start) const {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <utility>
 
 // The function that the records name; neither compiler's own text for it is this one.
 #define LOG_CALC_OPT_PRIM(severity)                                                                                    \
@@ -74,9 +75,11 @@ void claim(TriangleList& list, Triangle& triangle, std::int32_t state) noexcept 
     detail::append(list, triangle);
 }
 
-/// Links the strips' triangles, which are all over the pool, while those to come are being fetched.
+/// Links the strips' triangles, which are all over the pool, while those to come are being fetched. `upcoming` receives
+/// where they are, the newest strip first.
 void linkStrips(std::vector<Primitive>& primitives, const detail::StripSet& strips, NewLists& lists,
-                const detail::GraphNumbering& numbering) noexcept {
+                const detail::GraphNumbering& numbering, std::vector<const Triangle*>& upcoming) noexcept {
+    std::size_t begin = upcoming.size();
     constexpr std::size_t pointersAhead = detail::StripSet::lookAhead;
     constexpr std::size_t trianglesAhead = pointersAhead / 2;
     for (std::size_t i = 0; i < strips.size(); ++i) {
@@ -87,6 +90,12 @@ void linkStrips(std::vector<Primitive>& primitives, const detail::StripSet& stri
             numbering.fetchPointer(detail::triangleOf((&triangle)[pointersAhead]));
             numbering.fetchTriangle(detail::triangleOf((&triangle)[trianglesAhead]));
             claim(list, numbering.triangle(detail::triangleOf(triangle)), Triangle::inStrip);
+        }
+        begin -= strip.triangles.size();
+        std::size_t end = begin;
+        for (const Triangle* triangle = strip.isReversed ? list.last : list.first; triangle != nullptr;
+             triangle = strip.isReversed ? triangle->prev : triangle->next) {
+            upcoming[end++] = triangle;
         }
     }
 }
@@ -103,11 +112,13 @@ TriangleList linkLeftOver(const Outcome& outcome, const detail::GraphNumbering& 
 /// Stores the outcome in the graph. Everything that can throw comes first.
 ///
 /// \return number of triangles in the batch
-std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, detail::GraphNumbering& numbering) {
+std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, detail::GraphNumbering& numbering,
+                     std::vector<const Triangle*>& upcoming) {
     NewLists lists(outcome.fans.fans.size() + outcome.strips.size() + 1);
     reserveMore(graph.fans, outcome.fans.fans.size());
     reserveMore(graph.strips, outcome.strips.size());
     reserveMore(graph.triangleLists, 1);
+    upcoming.resize(outcome.strips.triangleCount());
 
     numbering.handOverStates();
     graph.freeTriangles = {};
@@ -126,7 +137,7 @@ std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, detail::Graph
             claim(*graph.fans.back().second, numbering.triangle(id), Triangle::inFan);
         }
     }
-    linkStrips(graph.strips, outcome.strips, lists, numbering);
+    linkStrips(graph.strips, outcome.strips, lists, numbering, upcoming);
     TriangleList rest = linkLeftOver(outcome, numbering);
     if (outcome.allStrips) {
         return 0;
@@ -170,7 +181,11 @@ std::uint32_t HalfEdgeGraph::calcOptPrim(std::uint32_t iterations, bool buildStr
     if (iterations > 1) {
         logRange(outcome.strips.best, outcome.strips.worst);
     }
-    return outcome.strips.cost + outcome.fans.cost + 3 * commit(*this, outcome, numbering);
+    std::vector<const Triangle*> upcoming;
+    const std::uint32_t batched = commit(*this, outcome, numbering, upcoming);
+    upcoming_ = std::move(upcoming);
+    upcomingBegin_ = 0;
+    return outcome.strips.cost + outcome.fans.cost + 3 * batched;
 }
 
 void HalfEdgeGraph::dropOutTriangle(Triangle& triangle, TriangleList* buckets) {

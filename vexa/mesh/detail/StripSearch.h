@@ -48,6 +48,7 @@ public:
     };
 
     [[nodiscard]] std::size_t size() const { return strips_.size(); }
+    [[nodiscard]] std::size_t triangleCount() const { return taken_; }
     [[nodiscard]] Strip operator[](std::size_t index) const {
         const Range& range = strips_[index];
         const std::uint32_t end = index + 1 < strips_.size() ? strips_[index + 1].begin : taken_;
