@@ -18,8 +18,8 @@ CompactGraph::CompactGraph(std::uint64_t count) {
     }
     triangles_ = LargeArray<CompactTriangle>(count + 2);
     count_ = static_cast<TriangleId>(count);
-    triangles_[count_] = {{border(), border(), border()}, stateInFan, 0, false};
-    triangles_[count_ + 1] = {{claimed(), claimed(), claimed()}, stateInStrip, 0, false};
+    triangles_[count_] = {{border(), border(), border()}, stateInFan, 0, 0, false};
+    triangles_[count_ + 1] = {{claimed(), claimed(), claimed()}, stateInStrip, 0, 0, false};
 }
 
 void CompactGraph::findIrregular() {

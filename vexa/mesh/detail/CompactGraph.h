@@ -34,6 +34,8 @@ struct CompactTriangle {
     std::int8_t state;
     /// Neighbours that no fan holds: the state after the strips of a pass are undone.
     std::uint8_t degree;
+    /// The state that the triangle came with, or 127 for one that does not fit.
+    std::int8_t initialState;
     /// Shares several edges with one neighbour, or is linked in one direction only: what holds for strips of simple
     /// triangles need not hold here.
     bool isIrregular;
@@ -69,6 +71,9 @@ public:
     }
     /// State of the triangle that holds a half-edge.
     [[nodiscard]] std::int8_t state(HalfEdgeId halfEdge) const { return triangles_[triangleOf(halfEdge)].state; }
+
+    /// Frees the triangles, which nothing may ask for any more.
+    void release() { triangles_ = {}; }
 
     /// Sets `isIrregular` of every triangle, once the twins are known.
     void findIrregular();

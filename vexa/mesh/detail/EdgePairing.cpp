@@ -164,7 +164,7 @@ void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
 CompactGraph pairEdges(std::span<const unsigned int> triangles) {
     CompactGraph graph(triangles.size() / 3);
     for (TriangleId id = 0; id < graph.count(); ++id) {
-        graph[id] = {{graph.border(), graph.border(), graph.border()}, 0, 0, false};
+        graph[id] = {{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
     }
     std::uint32_t vertexCount = denseVertexCount(triangles);
     std::vector<unsigned int> dense;

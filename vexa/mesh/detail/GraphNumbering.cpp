@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
+#include <limits>
 
 namespace vexa::mesh::detail {
 
@@ -11,25 +13,10 @@ using HalfEdge = HalfEdgeGraph::HalfEdge;
 using Triangle = HalfEdgeGraph::Triangle;
 using TriangleList = HalfEdgeGraph::TriangleList;
 
-std::uint64_t count(const TriangleList& list) {
-    std::uint64_t count = 0;
-    for (const Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
-        ++count;
-    }
-    return count;
-}
+constexpr std::int8_t largeState = std::numeric_limits<std::int8_t>::max();
 
-std::uint64_t countNumbered(const HalfEdgeGraph& source, const NumberingOptions& options) {
-    std::uint64_t total = count(source.freeTriangles);
-    if (options.withClaimed) {
-        total += count(source.claimedTriangles);
-    }
-    if (options.withStrips) {
-        for (const auto& [isReversed, strip] : source.strips) {
-            total += count(*strip);
-        }
-    }
-    return total;
+bool isLarge(std::int32_t state) {
+    return state < std::numeric_limits<std::int8_t>::min() || state >= largeState;
 }
 
 std::int8_t compactState(std::int32_t state) {
@@ -53,10 +40,41 @@ void fetchNeighbours(const Triangle& triangle) {
 
 } // namespace
 
+/// How many triangles there are to number, and where.
+struct GraphNumbering::Extent {
+    Extent(const HalfEdgeGraph& source, const NumberingOptions& options) {
+        add(source.freeTriangles);
+        if (options.withClaimed) {
+            add(source.claimedTriangles);
+        }
+        if (options.withStrips) {
+            for (const auto& [isReversed, strip] : source.strips) {
+                add(*strip);
+            }
+        }
+    }
+
+    void add(const TriangleList& list) {
+        for (Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
+            lowest = count == 0 || std::less<>()(triangle, lowest) ? triangle : lowest;
+            highest = count == 0 || std::less<>()(highest, triangle) ? triangle : highest;
+            largeStates += isLarge(triangle->state) ? 1 : 0;
+            ++count;
+        }
+    }
+
+    std::uint64_t count = 0;
+    std::uint64_t largeStates = 0;
+    Triangle* lowest = nullptr;
+    Triangle* highest = nullptr;
+};
+
 GraphNumbering::GraphNumbering(const HalfEdgeGraph& source, const NumberingOptions& options)
-    : graph_(countNumbered(source, options)) {
-    triangles_ = LargeArray<Triangle*>(graph_.count());
-    states_ = LargeArray<std::int32_t>(graph_.count());
+    : GraphNumbering(source, options, Extent(source, options)) {}
+
+GraphNumbering::GraphNumbering(const HalfEdgeGraph& source, const NumberingOptions& options, const Extent& extent)
+    : pointers_(extent.count, extent.lowest, extent.highest), graph_(extent.count) {
+    largeStates_.reserve(extent.largeStates);
     if (options.withFans) {
         fanCandidates_.reserve(static_cast<std::size_t>(
             std::count_if(source.vertexHalfEdges.begin(), source.vertexHalfEdges.end(),
@@ -65,9 +83,6 @@ GraphNumbering::GraphNumbering(const HalfEdgeGraph& source, const NumberingOptio
 
     // Nothing from here on throws.
     add(source.freeTriangles);
-    for (TriangleId id = 0; id < added_; ++id) {
-        graph_[id].state = compactState(states_[id]);
-    }
     const TriangleId listed = added_;
     if (options.withClaimed) {
         add(source.claimedTriangles);
@@ -85,7 +100,7 @@ GraphNumbering::GraphNumbering(const HalfEdgeGraph& source, const NumberingOptio
     constexpr TriangleId ahead = 12;
     for (TriangleId id = 0; id < added_; ++id) {
         if (id + ahead < added_) {
-            fetchNeighbours(*triangles_[id + ahead]);
+            fetchNeighbours(*pointers_[id + ahead]);
         }
         link(id);
     }
@@ -98,27 +113,41 @@ GraphNumbering::GraphNumbering(const HalfEdgeGraph& source, const NumberingOptio
 GraphNumbering::~GraphNumbering() {
     if (ownsStates_) {
         for (TriangleId id = 0; id < added_; ++id) {
-            triangles_[id]->state = states_[id];
+            pointers_[id]->state = initialState(id);
         }
     }
 }
 
-std::int32_t GraphNumbering::currentState(TriangleId id) const {
-    const std::int8_t state = graph_[id].state;
-    return state >= 0 ? state : states_[id];
-}
-
 void GraphNumbering::add(const TriangleList& list) {
     for (Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
-        triangles_[added_] = triangle;
-        states_[added_] = triangle->state;
+        const std::int32_t state = triangle->state;
+        if (isLarge(state)) {
+            largeStates_.emplace_back(added_, state);
+        }
+        graph_[added_].initialState = isLarge(state) ? largeState : static_cast<std::int8_t>(state);
+        graph_[added_].state = compactState(state);
+        pointers_.set(added_, triangle);
         triangle->state = static_cast<std::int32_t>(added_++);
     }
 }
 
+std::int32_t GraphNumbering::initialState(TriangleId id) const {
+    if (graph_[id].initialState != largeState) {
+        return graph_[id].initialState;
+    }
+    return std::lower_bound(largeStates_.begin(), largeStates_.end(),
+                            std::pair(id, std::numeric_limits<std::int32_t>::min()))
+        ->second;
+}
+
+std::int32_t GraphNumbering::currentState(TriangleId id) const {
+    const std::int8_t state = graph_[id].state;
+    return state >= 0 ? state : initialState(id);
+}
+
 void GraphNumbering::link(TriangleId id) {
     for (std::size_t place = 0; place < 3; ++place) {
-        graph_[id].twin[place] = twinOf(triangles_[id]->halfEdge[place]);
+        graph_[id].twin[place] = twinOf(triangle(id).halfEdge[place]);
     }
 }
 
@@ -126,7 +155,7 @@ void GraphNumbering::link(TriangleId id) {
 HalfEdgeId GraphNumbering::find(const HalfEdge& halfEdge) const {
     const Triangle* const triangle = halfEdge.triangle;
     const auto id = static_cast<TriangleId>(triangle->state);
-    if (id >= added_ || triangles_[id] != triangle) {
+    if (id >= added_ || pointers_[id] != triangle) {
         return noHalfEdge;
     }
     return halfEdgeOf(id, static_cast<std::uint32_t>(&halfEdge - triangle->halfEdge));

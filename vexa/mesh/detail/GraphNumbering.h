@@ -3,10 +3,11 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
 #include "vexa/mesh/detail/CompactGraph.h"
 #include "vexa/mesh/detail/FanSearch.h"
-#include "vexa/mesh/detail/LargeArray.h"
+#include "vexa/mesh/detail/TrianglePointers.h"
 
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace vexa::mesh::detail {
@@ -34,26 +35,33 @@ public:
     [[nodiscard]] std::uint32_t freeCount() const { return freeCount_; }
     CompactGraph& graph() { return graph_; }
     [[nodiscard]] std::span<const FanCandidate> fanCandidates() const { return fanCandidates_; }
-    [[nodiscard]] HalfEdgeGraph::Triangle& triangle(TriangleId id) const { return *triangles_[id]; }
-    /// The state that a triangle had, or that a fan at its side left it with.
+    [[nodiscard]] HalfEdgeGraph::Triangle& triangle(TriangleId id) const { return *pointers_[id]; }
+    /// The state that a triangle came with, less the neighbours that fans took.
     [[nodiscard]] std::int32_t currentState(TriangleId id) const;
 
     /// Brings the pointer to a triangle near, then the triangle.
-    void fetchPointer(TriangleId id) const { __builtin_prefetch(&triangles_[id]); }
-    void fetchTriangle(TriangleId id) const { __builtin_prefetch(triangles_[id], 1); }
+    void fetchPointer(TriangleId id) const { pointers_.fetch(id); }
+    void fetchTriangle(TriangleId id) const { __builtin_prefetch(pointers_[id], 1); }
 
     /// From now on the caller sets the state of every triangle.
     void handOverStates() { ownsStates_ = false; }
+    /// Frees the links, once the states are handed over. Nothing but `triangle` may be asked for afterwards.
+    void releaseLinks() { graph_.release(); }
 
 private:
+    struct Extent;
+
+    GraphNumbering(const HalfEdgeGraph& source, const NumberingOptions& options, const Extent& extent);
     void add(const HalfEdgeGraph::TriangleList& list);
+    [[nodiscard]] std::int32_t initialState(TriangleId id) const;
     void link(TriangleId id);
     void findCandidates(const HalfEdgeGraph& source, std::uint32_t minFanTriangles);
     [[nodiscard]] HalfEdgeId find(const HalfEdgeGraph::HalfEdge& halfEdge) const;
     [[nodiscard]] HalfEdgeId twinOf(const HalfEdgeGraph::HalfEdge& halfEdge) const;
 
-    LargeArray<HalfEdgeGraph::Triangle*> triangles_;
-    LargeArray<std::int32_t> states_;
+    TrianglePointers pointers_;
+    std::vector<std::pair<TriangleId, std::int32_t>>
+        largeStates_; ///< initial states that a compact triangle can't hold
     std::uint32_t added_ = 0;
     std::uint32_t freeCount_ = 0;
     bool ownsStates_ = true;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 #include <utility>
 
 // The function that the records name; neither compiler's own text for it is this one.
@@ -66,6 +67,7 @@ void reserveMore(std::vector<Primitive>& primitives, std::size_t count) {
 struct Outcome {
     detail::FanSet fans;
     detail::StripSet strips;
+    bool isSearched;       ///< strips were built
     bool takesStripsApart; ///< the strips stored so far are in `strips` or left over
     bool allStrips;        ///< no batch; the claimed triangles were searched too
 };
@@ -75,8 +77,17 @@ void claim(TriangleList& list, Triangle& triangle, std::int32_t state) noexcept 
     detail::append(list, triangle);
 }
 
+/// Space for the way through the strips, or none when there is no memory: it only saves time.
+std::vector<const Triangle*> allocateUpcoming(std::size_t count) noexcept {
+    try {
+        return std::vector<const Triangle*>(count);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
 /// Links the strips' triangles, which are all over the pool, while those to come are being fetched. `upcoming` receives
-/// where they are, the newest strip first.
+/// where they are, the newest strip first, if it has room.
 void linkStrips(std::vector<Primitive>& primitives, const detail::StripSet& strips, NewLists& lists,
                 const detail::GraphNumbering& numbering, std::vector<const Triangle*>& upcoming) noexcept {
     std::size_t begin = upcoming.size();
@@ -91,6 +102,9 @@ void linkStrips(std::vector<Primitive>& primitives, const detail::StripSet& stri
             numbering.fetchTriangle(detail::triangleOf((&triangle)[trianglesAhead]));
             claim(list, numbering.triangle(detail::triangleOf(triangle)), Triangle::inStrip);
         }
+        if (begin == 0) {
+            continue;
+        }
         begin -= strip.triangles.size();
         std::size_t end = begin;
         for (const Triangle* triangle = strip.isReversed ? list.last : list.first; triangle != nullptr;
@@ -104,7 +118,7 @@ void linkStrips(std::vector<Primitive>& primitives, const detail::StripSet& stri
 TriangleList linkLeftOver(const Outcome& outcome, const detail::GraphNumbering& numbering) noexcept {
     TriangleList rest;
     for (const detail::TriangleId id : outcome.strips.leftOver) {
-        claim(rest, numbering.triangle(id), numbering.currentState(id));
+        claim(rest, numbering.triangle(id), outcome.isSearched ? 0 : numbering.currentState(id));
     }
     return rest;
 }
@@ -118,9 +132,12 @@ std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, detail::Graph
     reserveMore(graph.fans, outcome.fans.fans.size());
     reserveMore(graph.strips, outcome.strips.size());
     reserveMore(graph.triangleLists, 1);
-    upcoming.resize(outcome.strips.triangleCount());
 
     numbering.handOverStates();
+    if (outcome.isSearched) {
+        numbering.releaseLinks();
+        upcoming = allocateUpcoming(outcome.strips.triangleCount());
+    }
     graph.freeTriangles = {};
     if (outcome.allStrips) {
         graph.claimedTriangles = {};
@@ -169,7 +186,7 @@ std::uint32_t HalfEdgeGraph::calcOptPrim(std::uint32_t iterations, bool buildStr
     const bool takesStripsApart = isSearched && iterations > 1;
     detail::GraphNumbering numbering(*this, {allStrips, takesStripsApart, buildFans, minFanTriangles});
 
-    Outcome outcome{{}, {}, takesStripsApart, allStrips};
+    Outcome outcome{{}, {}, isSearched, takesStripsApart, allStrips};
     outcome.fans = detail::cutFans(numbering.graph(), numbering.fanCandidates());
     if (isSearched) {
         LoggingObserver observer;

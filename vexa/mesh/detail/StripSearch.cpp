@@ -42,26 +42,47 @@ std::uint32_t reversedStripCost(const CompactGraph& graph, std::span<const Strip
 /// The buckets of a single pass, which always begins with the first triangle of the lowest one.
 ///
 /// A triangle's state only falls, so that it enters each bucket once; an entry is in its bucket as long as the state
-/// says so.
+/// says so. Bucket 3 only loses triangles and needs no entries: it holds them by their ids.
 class FirstBuckets {
 public:
     static constexpr bool isRanked = false;
 
-    explicit FirstBuckets(const CompactGraph& graph)
-        : graph_(graph), logs_{makeLog(graph), makeLog(graph), makeLog(graph), makeLog(graph)} {}
+    explicit FirstBuckets(const CompactGraph& graph) : graph_(graph) {
+        for (Log& log : logs_) {
+            log.grow(std::max<std::uint32_t>(graph.count() / 32, 256));
+        }
+    }
 
-    void push(std::size_t bucket, TriangleId triangle) { logs_[bucket].entries[logs_[bucket].end++] = triangle; }
+    /// Puts in a triangle before the first strip, in the order of the ids.
+    void start(std::size_t bucket, TriangleId triangle) {
+        if (bucket != 3) {
+            push(bucket, triangle);
+        }
+    }
+    void push(std::size_t bucket, TriangleId triangle) {
+        Log& log = logs_[bucket];
+        if (log.end == log.capacity) {
+            makeRoom(bucket);
+        }
+        log.entries[log.end++] = triangle;
+    }
     void erase(std::size_t, TriangleId) {}
 
     /// Finds the triangle that the next strip begins with; false when there is none.
     bool pick(std::size_t startBucket, RandomSource&, TriangleId& picked) {
-        for (std::size_t bucket = startBucket; bucket <= 3; ++bucket) {
+        for (std::size_t bucket = startBucket; bucket < 3; ++bucket) {
             Log& log = logs_[bucket];
             for (; log.begin != log.end; ++log.begin) {
                 if (isIn(log.entries[log.begin], bucket)) {
                     picked = log.entries[log.begin];
                     return true;
                 }
+            }
+        }
+        for (; firstOfThree_ != graph_.count(); ++firstOfThree_) {
+            if (isIn(firstOfThree_, 3)) {
+                picked = firstOfThree_;
+                return true;
             }
         }
         return false;
@@ -80,19 +101,43 @@ public:
 private:
     struct Log {
         LargeArray<TriangleId> entries;
+        std::uint32_t capacity = 0;
         std::uint32_t begin = 0;
         std::uint32_t end = 0;
-    };
 
-    static Log makeLog(const CompactGraph& graph) { return {LargeArray<TriangleId>(graph.count())}; }
+        void grow(std::uint32_t newCapacity) {
+            LargeArray<TriangleId> grown(newCapacity);
+            std::copy(entries.get() + begin, entries.get() + end, grown.get());
+            entries = std::move(grown);
+            capacity = newCapacity;
+            end -= begin;
+            begin = 0;
+        }
+    };
 
     [[nodiscard]] bool isIn(TriangleId triangle, std::size_t bucket) const {
         const std::int8_t state = graph_[triangle].state;
         return state == static_cast<std::int8_t>(bucket) || (bucket == 3 && state == stateReported);
     }
 
+    /// Drops the entries that have left the bucket, and doubles the log when most of them have not.
+    void makeRoom(std::size_t bucket) {
+        Log& log = logs_[bucket];
+        const auto hasLeft = [&](TriangleId triangle) { return !isIn(triangle, bucket); };
+        TriangleId* const kept = std::remove_if(log.entries.get() + log.begin, log.entries.get() + log.end, hasLeft);
+        log.end = static_cast<std::uint32_t>(kept - log.entries.get());
+        if (log.end - log.begin > log.capacity / 2) {
+            log.grow(2 * log.capacity);
+        } else {
+            std::copy(log.entries.get() + log.begin, kept, log.entries.get());
+            log.end -= log.begin;
+            log.begin = 0;
+        }
+    }
+
     const CompactGraph& graph_;
-    std::array<Log, 4> logs_;
+    std::array<Log, 3> logs_;
+    TriangleId firstOfThree_ = 0;
 };
 
 /// The buckets of several passes, which begin with random triangles of the lowest one.
@@ -105,6 +150,7 @@ public:
                    RankedBucket(graph.count())},
           positions_(graph.count()) {}
 
+    void start(std::size_t bucket, TriangleId triangle) { push(bucket, triangle); }
     void push(std::size_t bucket, TriangleId triangle) { positions_[triangle] = buckets_[bucket].push(triangle); }
     void erase(std::size_t bucket, TriangleId triangle) { buckets_[bucket].erase(positions_[triangle]); }
 
@@ -195,7 +241,7 @@ private:
             if (state == stateReported) {
                 observer_.onInvalidTriangle();
             }
-            buckets_.push(bucketOf(state), triangle);
+            buckets_.start(bucketOf(state), triangle);
         }
     }
 
