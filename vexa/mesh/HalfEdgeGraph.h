@@ -45,7 +45,7 @@ public:
         /// Checks this triangle's links: distinct neighbours, distinct corners, back-pointers, the cycle of `next`.
         ///
         /// \return true when all four are sound; each one that is not writes a record at severity info
-        [[nodiscard]] bool verify() const;
+        bool verify() const;
     };
 
     /// Doubly linked list threaded through the triangles; both ends null when empty.
