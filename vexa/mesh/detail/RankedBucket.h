@@ -17,7 +17,7 @@ namespace vexa::mesh::detail {
 /// 65,536 and 4,194,304 entries lead to the k-th.
 class RankedBucket {
 public:
-    /// \param capacity number of entries that are ever pushed between two calls of `reset`
+    /// \param capacity number of entries that are ever pushed between two calls of `restart`
     explicit RankedBucket(std::uint32_t capacity)
         : log_(capacity), bits_(capacity / 64 + 1), fine_(capacity / fineSize + 1), coarse_(capacity / coarseSize + 1),
           top_(capacity / topSize + 1) {}
