@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
-
+#include <iterator>
 #include <numeric>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace vexa::mesh::detail {
@@ -39,8 +41,18 @@ public:
         return noHalfEdge;
     }
 
+    /// What takes the only half-edge from `from` to `to` out.
+    struct OnlyEdge {
+        HalfEdgeId halfEdge = noHalfEdge; ///< none when there is none
+        bool isOnly = true;               ///< false when there are others, or it is out already
+    };
+    OnlyEdge takeOnly(std::uint32_t from, std::uint32_t to);
+
+    /// Whether three half-edges run the same way.
+    [[nodiscard]] bool hasTriple() const;
+
     /// Brings the list of a vertex near.
-    void fetch(std::uint32_t vertex) const { __builtin_prefetch(edges_.get() + ends_[vertex] - 1); }
+    void fetch(std::uint32_t vertex) const { __builtin_prefetch(edges_.get() + ends_[vertex]); }
 
 private:
     /// Lists beyond this length are sorted and searched by halves, so that no vertex has too many edges.
@@ -48,6 +60,7 @@ private:
 
     void sortLongLists();
     HalfEdgeId takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to);
+    static bool isBefore(const UpwardEdge& a, const UpwardEdge& b) { return a.to < b.to; }
 
     LargeArray<UpwardEdge> edges_;
     std::vector<std::uint32_t> ends_;  ///< per vertex, where its list ends
@@ -107,9 +120,47 @@ void UpwardEdges::sortLongLists() {
     }
 }
 
+UpwardEdges::OnlyEdge UpwardEdges::takeOnly(std::uint32_t from, std::uint32_t to) {
+    UpwardEdge* begin = edges_.get() + (from == 0 ? 0 : ends_[from - 1]);
+    UpwardEdge* end = edges_.get() + ends_[from];
+    if (end - begin > longList) {
+        std::tie(begin, end) = std::equal_range(begin, end, UpwardEdge{to, 0}, isBefore);
+    }
+    UpwardEdge* found = nullptr;
+    std::uint32_t count = 0;
+    for (UpwardEdge* edge = begin; edge != end; ++edge) {
+        if (edge->to == to) {
+            found = edge;
+            ++count;
+        }
+    }
+    if (count == 0) {
+        return {};
+    }
+    const HalfEdgeId halfEdge = std::exchange(found->halfEdge, noHalfEdge);
+    return {halfEdge, count == 1 && halfEdge != noHalfEdge};
+}
+
+bool UpwardEdges::hasTriple() const {
+    std::uint32_t first = 0;
+    for (const std::uint32_t last : ends_) {
+        const UpwardEdge* const begin = edges_.get() + std::exchange(first, last);
+        const UpwardEdge* const end = edges_.get() + last;
+        for (const UpwardEdge* edge = begin; end - edge >= 3; ++edge) {
+            const bool isTriple =
+                end - begin > longList
+                    ? edge[2].to == edge->to
+                    : std::count_if(edge, end, [edge](const UpwardEdge& other) { return other.to == edge->to; }) >= 3;
+            if (isTriple) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 HalfEdgeId UpwardEdges::takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to) {
-    const auto isBefore = [](const UpwardEdge& edge, std::uint32_t vertex) { return edge.to < vertex; };
-    const UpwardEdge* const first = std::lower_bound(begin, end, to, isBefore);
+    const UpwardEdge* const first = std::lower_bound(begin, end, UpwardEdge{to, 0}, isBefore);
     if (first == end) {
         return noHalfEdge;
     }
@@ -159,28 +210,85 @@ void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     ++other.state;
 }
 
+/// A graph of the triangles without any links.
+CompactGraph withoutLinks(std::size_t count) {
+    CompactGraph graph(count);
+    const CompactTriangle alone{{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
+    for (TriangleId id = 0; id < graph.count(); ++id) {
+        graph[id] = alone;
+    }
+    return graph;
+}
+
+/// The triangles to look at: over vertices without gaps, if theirs have too many.
+class DenseTriangles {
+public:
+    explicit DenseTriangles(std::span<const unsigned int> triangles)
+        : vertexCount_(denseVertexCount(triangles)), triangles_(triangles) {
+        if (vertexCount_ == 0) {
+            dense_ = closeGaps(triangles, vertexCount_);
+            triangles_ = dense_;
+        }
+    }
+    DenseTriangles(const DenseTriangles&) = delete;
+    DenseTriangles& operator=(const DenseTriangles&) = delete;
+
+    [[nodiscard]] std::span<const unsigned int> triangles() const { return triangles_; }
+    [[nodiscard]] std::uint32_t vertexCount() const { return vertexCount_; }
+
+private:
+    std::uint32_t vertexCount_;
+    std::vector<unsigned int> dense_;
+    std::span<const unsigned int> triangles_;
+};
+
 } // namespace
 
 CompactGraph pairEdges(std::span<const unsigned int> triangles) {
-    CompactGraph graph(triangles.size() / 3);
-    for (TriangleId id = 0; id < graph.count(); ++id) {
-        graph[id] = {{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
-    }
-    std::uint32_t vertexCount = denseVertexCount(triangles);
-    std::vector<unsigned int> dense;
-    if (vertexCount == 0) {
-        dense = closeGaps(triangles, vertexCount);
-        triangles = dense;
-    }
-    UpwardEdges upward(triangles, vertexCount);
+    CompactGraph graph = withoutLinks(triangles.size() / 3);
+    const DenseTriangles dense(triangles);
+    UpwardEdges upward(dense.triangles(), dense.vertexCount());
     const auto fetch = [&](std::uint32_t vertex) { upward.fetch(vertex); };
-    forEachHalfEdge(triangles, fetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    forEachHalfEdge(dense.triangles(), fetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from > to) {
             if (const HalfEdgeId twin = upward.take(to, from); twin != noHalfEdge) {
                 link(graph, twin, halfEdge);
             }
         }
     });
+    return graph;
+}
+
+std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles) {
+    CompactGraph graph = withoutLinks(triangles.size() / 3);
+    const DenseTriangles dense(triangles);
+    UpwardEdges upward(dense.triangles(), dense.vertexCount());
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
+    bool isManifold = true;
+    const auto fetch = [&](std::uint32_t vertex) { upward.fetch(vertex); };
+    forEachHalfEdge(dense.triangles(), fetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+        if (from < to || !isManifold) {
+            return;
+        }
+        const UpwardEdges::OnlyEdge twin = upward.takeOnly(to, from);
+        if (!twin.isOnly) {
+            isManifold = false;
+        } else if (twin.halfEdge != noHalfEdge) {
+            link(graph, twin.halfEdge, halfEdge);
+        } else {
+            downwardAlone.emplace_back(from, to);
+        }
+    });
+    // Left to look for are three half-edges that run the same way, with none against them.
+    if (!isManifold || upward.hasTriple()) {
+        return std::nullopt;
+    }
+    std::sort(downwardAlone.begin(), downwardAlone.end());
+    for (std::size_t i = 2; i < downwardAlone.size(); ++i) {
+        if (downwardAlone[i - 2] == downwardAlone[i]) {
+            return std::nullopt;
+        }
+    }
     return graph;
 }
 

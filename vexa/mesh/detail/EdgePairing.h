@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/detail/CompactGraph.h"
 
+#include <optional>
 #include <span>
 
 namespace vexa::mesh::detail {
@@ -15,5 +16,9 @@ namespace vexa::mesh::detail {
 /// \param triangles three vertex indices per triangle, none of them 4294967295
 /// Cost: linear for meshes, O(n log n) for edges at a vertex that has very many.
 CompactGraph pairEdges(std::span<const unsigned int> triangles);
+
+/// The same for a mesh without an edge at which more than two half-edges of triangles that are not collapsed meet;
+/// nothing for any other.
+std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles);
 
 } // namespace vexa::mesh::detail

@@ -1,4 +1,6 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
+#include "vexa/mesh/detail/EdgePairing.h"
+#include "vexa/mesh/detail/PoolChunks.h"
 #include "vexa/mesh/detail/TriangleLists.h"
 
 #include <algorithm>
@@ -6,6 +8,7 @@
 #include <cstddef>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -15,12 +18,11 @@ namespace {
 
 using HalfEdge = HalfEdgeGraph::HalfEdge;
 using Triangle = HalfEdgeGraph::Triangle;
-using Chunk = HalfEdgeGraph::TrianglePool::Chunk;
+using detail::Chunk;
 using VertexHalfEdge = HalfEdgeGraph::VertexHalfEdge;
 using VertexList = std::vector<VertexHalfEdge>;
 
 constexpr unsigned int restartIndex = std::numeric_limits<unsigned int>::max();
-constexpr std::uint32_t defaultChunkSize = 2048;
 
 bool isCollapsed(const Triangle& triangle) {
     const std::uint32_t v0 = triangle.halfEdge[0].vertex;
@@ -183,44 +185,6 @@ private:
     bool isKept_ = false;
 };
 
-bool isFull(const HalfEdgeGraph::TrianglePool& pool) {
-    return pool.chunks == nullptr || pool.used >= pool.chunks->capacity;
-}
-
-/// Chunks for a number of triangles beyond what the newest chunk of a pool still holds, first to be used first.
-std::unique_ptr<Chunk> allocateChunks(const HalfEdgeGraph::TrianglePool& pool, unsigned long triangleCount) {
-    const unsigned long available = isFull(pool) ? 0 : pool.chunks->capacity - pool.used;
-    std::unique_ptr<Chunk> first;
-    Chunk* last = nullptr;
-    const std::uint64_t capacity = pool.chunkSize != 0 ? pool.chunkSize : defaultChunkSize;
-    for (unsigned long allocated = available; allocated < triangleCount; allocated += capacity) {
-        auto chunk = std::make_unique<Chunk>();
-        // Not constructed before they are handed out: a large batch would be through the caches twice.
-        chunk->triangles = static_cast<Triangle*>(::operator new[](capacity * sizeof(Triangle)));
-        chunk->capacity = capacity;
-        Chunk* const newest = chunk.get();
-        if (last != nullptr) {
-            last->next = chunk.release();
-        } else {
-            first = std::move(chunk);
-        }
-        last = newest;
-    }
-    return first;
-}
-
-/// Hands out the next triangle of a pool, which takes its next chunk from `spare` when its newest is full.
-Triangle& takeTriangle(HalfEdgeGraph::TrianglePool& pool, std::unique_ptr<Chunk>& spare) noexcept {
-    if (isFull(pool)) {
-        Chunk* const newest = spare.release();
-        spare.reset(newest->next);
-        newest->next = pool.chunks;
-        pool.chunks = newest;
-        pool.used = 0;
-    }
-    return *std::construct_at(&pool.chunks->triangles[pool.used++]);
-}
-
 /// After `clear` the ends of the lists still point to triangles that died with the pool.
 void forgetDeadTriangles(HalfEdgeGraph& graph) noexcept {
     if (graph.pool.chunks == nullptr && graph.pool.used == 0) {
@@ -240,6 +204,49 @@ void fetchLists(const std::vector<VertexList>& vertexHalfEdges, const unsigned i
         __builtin_prefetch(&vertexHalfEdges[indices[listsAhead + i]]);
         const VertexList& list = vertexHalfEdges[indices[entriesAhead + i]];
         __builtin_prefetch(list.data() + list.size(), 1);
+    }
+}
+
+/// Whether no half-edge stands in any list yet, so that a batch has only itself to be linked with.
+bool isEmpty(const HalfEdgeGraph& graph) {
+    return graph.pool.chunks == nullptr && std::all_of(graph.vertexHalfEdges.begin(), graph.vertexHalfEdges.end(),
+                                                       [](const VertexList& list) { return list.empty(); });
+}
+
+/// Where the triangles of a batch will be: in new chunks of the same size, one after the other.
+class BatchAddresses {
+public:
+    /// \param first the chunk from which the batch's first triangle is taken
+    explicit BatchAddresses(const Chunk* first) : capacity_(first->capacity) {
+        for (const Chunk* chunk = first; chunk != nullptr; chunk = chunk->next) {
+            chunks_.push_back(chunk->triangles);
+        }
+    }
+    [[nodiscard]] HalfEdge* operator[](detail::HalfEdgeId id) const {
+        const detail::TriangleId triangle = detail::triangleOf(id);
+        return &chunks_[triangle / capacity_][triangle % capacity_].halfEdge[detail::placeOf(id)];
+    }
+
+private:
+    std::uint64_t capacity_;
+    std::vector<Triangle*> chunks_;
+};
+
+/// Fills an empty graph with triangles whose links are known.
+void insertLinked(HalfEdgeGraph& graph, const unsigned int* indices, const detail::CompactGraph& links,
+                  const BatchAddresses& addresses, std::unique_ptr<Chunk>& spare) noexcept {
+    for (detail::TriangleId id = 0; id < links.count(); ++id) {
+        const unsigned int* const corners = indices + std::size_t{3} * id;
+        fetchLists(graph.vertexHalfEdges, corners, 3 * static_cast<unsigned long>(links.count() - id));
+        Triangle& triangle = detail::takeTriangle(graph.pool, spare);
+        triangle.state = links[id].state;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const detail::HalfEdgeId twin = links[id].twin[i];
+            triangle.halfEdge[i] = {corners[i], &triangle, links.isSentinel(twin) ? nullptr : addresses[twin],
+                                    &triangle.halfEdge[(i + 1) % 3]};
+            graph.vertexHalfEdges[corners[i]].emplace_back(corners[(i + 1) % 3], &triangle.halfEdge[i]);
+        }
+        detail::append(graph.freeTriangles, triangle);
     }
 }
 
@@ -263,11 +270,11 @@ HalfEdgeGraph::Triangle* HalfEdgeGraph::addTriangle(unsigned int v0, unsigned in
         reserveMore(vertexHalfEdges[corner],
                     static_cast<std::size_t>(std::count(corners.begin(), corners.end(), corner)), 3);
     }
-    std::unique_ptr<Chunk> spare = allocateChunks(pool, 1);
+    std::unique_ptr<Chunk> spare = detail::allocateChunks(pool, 1);
 
     growth.keep();
     forgetDeadTriangles(*this);
-    Triangle& triangle = takeTriangle(pool, spare);
+    Triangle& triangle = detail::takeTriangle(pool, spare);
     insert(*this, triangle, corners.data());
     return &triangle;
 }
@@ -282,15 +289,26 @@ void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long inde
         return;
     }
     checkIndices("addTriangles", indices, indexCount);
+    std::optional<detail::CompactGraph> links;
+    if (isEmpty(*this)) {
+        links = detail::pairManifoldEdges({indices, indexCount});
+    }
     VertexGrowth growth(vertexHalfEdges, std::size_t{*std::max_element(indices, indices + indexCount)} + 1);
     reserveCounted(vertexHalfEdges, indices, indexCount);
-    std::unique_ptr<Chunk> spare = allocateChunks(pool, indexCount / 3);
+    std::unique_ptr<Chunk> spare = detail::allocateChunks(pool, indexCount / 3);
+    if (links) {
+        const BatchAddresses addresses(spare.get());
+        growth.keep();
+        forgetDeadTriangles(*this);
+        insertLinked(*this, indices, *links, addresses, spare);
+        return;
+    }
 
     growth.keep();
     forgetDeadTriangles(*this);
     for (unsigned long i = 0; i < indexCount; i += 3) {
         fetchLists(vertexHalfEdges, indices + i, indexCount - i);
-        insert(*this, takeTriangle(pool, spare), indices + i);
+        insert(*this, detail::takeTriangle(pool, spare), indices + i);
     }
 }
 
