@@ -35,10 +35,11 @@ test: ## build with g++ and clang++, run every suite, also under sanitizers and 
 	$(call RUN_TESTS,debug)
 	$(call RUN_TESTS,release)
 
-bench: ## measure; the figures go to build/bench/results.json too
+bench: ## measure beside peers (BENCH=--quick is faster); the figures go to build/bench/results.json too
 	$(INSTALL_DEPENDENCIES) library bench
+	sh bench/models/fetch.sh build/bench/models
 	$(call BUILD,bench)
-	build/bench/bench/vexaMeshBench --benchmark_out=build/bench/results.json --benchmark_out_format=json
+	build/bench/bench/vexaMeshBench $(BENCH)
 
 docs: ## write the reference of the public headers to build/docs/html
 	$(INSTALL_DEPENDENCIES) docs

@@ -22,9 +22,12 @@ packages=$(awk -F'|' -v wanted="$wanted" '
         for (i = 1; i <= count; i++) if (index(wanted, " " parts[i] " ")) { print $1; break }
     }' "$list")
 
+# A package also counts as there when another one brings it along.
+installed=$(dpkg-query -W -f='${db:Status-Status}|${Package}, ${Provides}\n' | sed -n 's/^installed|//p' |
+    tr ',' '\n' | sed 's/^ *//; s/ .*//')
 missing=
 for package in $packages; do
-    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+    if ! printf '%s\n' "$installed" | grep -qxF "$package"; then
         missing="$missing $package"
     fi
 done

@@ -1,0 +1,73 @@
+#include "cases/Cases.h"
+#include "cases/OwnContenders.h"
+#include "peers/Peers.h"
+
+namespace bench {
+
+namespace {
+
+Comparison compareAdjacency(const ModelPtr& model, const std::string& name) {
+    return {name,
+            "triangle",
+            model->real,
+            measuresMemoryOf(*model),
+            roundsFor(*model),
+            {addTrianglesContender(names::add, model), cgalAdjacency(model), cgalBatchAdjacency(model),
+             openMeshAdjacency(model), copyOfIndices(model)}};
+}
+
+Case adjacencyCase(const std::string& model, std::function<ModelPtr()> make, bool heavy) {
+    const std::string name = "adjacency/" + model;
+    return {name, heavy, [name, make = std::move(make)] { return compareAdjacency(make(), name); }};
+}
+
+/// Against the dragon: each peer takes the square of the hub's triangles.
+Comparison compareHub(const ModelPtr& dragon) {
+    const ModelPtr hub = makeHub("hub", 1'000'000);
+    return {"adjacency/hub",
+            "triangle",
+            false,
+            true,
+            roundsFor(*hub),
+            {addTrianglesContender(names::addHub, hub), addTrianglesContender(names::add, dragon), copyOfIndices(hub)}};
+}
+
+Comparison compareEdges(const ModelPtr& model, const std::string& name) {
+    Comparison comparison{name,
+                          "edge",
+                          model->real,
+                          false,
+                          roundsFor(*model),
+                          {edgeLinesContender(names::edges, model), openMeshEdges(model), copyOfIndices(model)}};
+    // Two indices an edge: as many bytes as the edge list has.
+    comparison.contenders.back().elements = static_cast<double>(model->triangles.size()) / 2;
+    return comparison;
+}
+
+} // namespace
+
+std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels) {
+    std::vector<Case> cases;
+    for (const ModelPtr& model : largest(realModels, 4)) {
+        cases.push_back(adjacencyCase(
+            model->name, [model] { return model; }, false));
+    }
+    const ModelPtr dragon = findModel(realModels, names::dragon);
+    cases.push_back(adjacencyCase(
+        names::shuffled, [dragon] { return makeShuffled(names::shuffled, *dragon); }, false));
+    cases.push_back(adjacencyCase(
+        "sphere", [] { return makeSphere("sphere", 1024, 512); }, true));
+    cases.push_back({"adjacency/hub", false, [dragon] { return compareHub(dragon); }});
+    return cases;
+}
+
+std::vector<Case> edgeCases(const std::vector<ModelPtr>& realModels) {
+    std::vector<Case> cases;
+    for (const ModelPtr& model : largest(realModels, 2)) {
+        const std::string name = "edges/" + model->name;
+        cases.push_back({name, false, [model, name] { return compareEdges(model, name); }});
+    }
+    return cases;
+}
+
+} // namespace bench

@@ -1,0 +1,153 @@
+#include "cases/OwnContenders.h"
+
+#include "TriangleCheck.h"
+
+#include <memory>
+#include <span>
+#include <vexa/mesh/HalfEdgeGraph.h>
+
+namespace bench {
+
+namespace {
+
+using vexa::mesh::HalfEdgeGraph;
+using vexa::mesh::IndexedPrimitive;
+
+using Primitives = std::vector<IndexedPrimitive>;
+using GraphPtr = std::unique_ptr<HalfEdgeGraph>;
+
+Contender ownOn(const std::string& name, const Model& model) {
+    Contender contender;
+    contender.name = name;
+    contender.elements = static_cast<double>(model.triangleCount());
+    return contender;
+}
+
+void appendPrimitive(std::vector<unsigned int>& triangles, int type, const std::vector<unsigned int>& indices) {
+    if (type == vexa::mesh::TRIANGLE_STRIP) {
+        appendStrip(triangles, indices);
+    } else {
+        triangles.insert(triangles.end(), indices.begin(), indices.end());
+    }
+}
+
+Output inspectPrimitives(const Model& model, const Primitives& primitives) {
+    Output output;
+    std::vector<unsigned int> triangles;
+    for (const IndexedPrimitive& primitive : primitives) {
+        output.indices += primitive.indices.size();
+        appendPrimitive(triangles, primitive.type, primitive.indices);
+    }
+    output.bytes = output.indices * sizeof(unsigned int) + primitives.size() * sizeof(IndexedPrimitive);
+    output.fault = compareTriangles(model.triangles, triangles);
+    return output;
+}
+
+GraphPtr fill(const Model& model) {
+    auto graph = std::make_unique<HalfEdgeGraph>();
+    graph->addTriangles(model.triangles.data(), model.triangles.size());
+    return graph;
+}
+
+void cut(HalfEdgeGraph& graph, std::uint32_t iterations) {
+    const vexa::mesh::StripOptions options;
+    graph.calcOptPrim(iterations, options.buildStrips, options.buildFans, options.minFanTriangles, options.allStrips);
+}
+
+Output inspectGraph(const Model& model, std::uint32_t iterations) {
+    const GraphPtr graph = fill(model);
+    cut(*graph, iterations);
+    Output output;
+    std::vector<unsigned int> triangles;
+    std::vector<unsigned int> indices;
+    while (const int type = graph->getPrimitive(indices, 0)) {
+        output.indices += indices.size();
+        appendPrimitive(triangles, type, indices);
+    }
+    output.fault = compareTriangles(model.triangles, triangles);
+    return output;
+}
+
+/// The corners of every triangle that the graph holds.
+std::vector<unsigned int> trianglesOf(const HalfEdgeGraph& graph) {
+    std::vector<unsigned int> triangles;
+    for (const HalfEdgeGraph::TriangleList& list : {graph.freeTriangles, graph.claimedTriangles}) {
+        for (const HalfEdgeGraph::Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
+            for (const HalfEdgeGraph::HalfEdge& halfEdge : triangle->halfEdge) {
+                triangles.push_back(halfEdge.vertex);
+            }
+        }
+    }
+    return triangles;
+}
+
+} // namespace
+
+Contender buildPrimitivesContender(const std::string& name, const ModelPtr& model,
+                                   const vexa::mesh::StripOptions& options) {
+    const auto primitives = std::make_shared<Primitives>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [primitives] { Primitives().swap(*primitives); };
+    contender.run = [model, options, primitives] {
+        *primitives = vexa::mesh::buildPrimitives(model->triangles, options);
+    };
+    contender.inspect = [model, primitives] { return inspectPrimitives(*model, *primitives); };
+    return contender;
+}
+
+Contender joinedStripsContender(const std::string& name, const ModelPtr& model) {
+    const auto strip = std::make_shared<std::vector<unsigned int>>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [strip] { std::vector<unsigned int>().swap(*strip); };
+    contender.run = [model, strip] {
+        const Primitives strips = vexa::mesh::buildPrimitives(model->triangles, {.allStrips = true});
+        *strip = vexa::mesh::joinStrips(strips, vexa::mesh::StripJoin::Restart);
+    };
+    contender.inspect = [model, strip] {
+        std::vector<unsigned int> triangles;
+        appendStrip(triangles, *strip);
+        return Output{strip->size(), strip->size() * sizeof(unsigned int),
+                      compareTriangles(model->triangles, triangles)};
+    };
+    return contender;
+}
+
+Contender graphContender(const std::string& name, const ModelPtr& model, std::uint32_t iterations) {
+    const auto graph = std::make_shared<GraphPtr>();
+    const auto indices = std::make_shared<std::vector<unsigned int>>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [graph] { graph->reset(); };
+    contender.run = [model, iterations, graph, indices] {
+        *graph = fill(*model);
+        cut(**graph, iterations);
+        while ((*graph)->getPrimitive(*indices, 0) != 0) {
+        }
+    };
+    // Looks at another run's lists, since the timed one keeps none.
+    contender.inspect = [model, iterations] { return inspectGraph(*model, iterations); };
+    return contender;
+}
+
+Contender addTrianglesContender(const std::string& name, const ModelPtr& model) {
+    const auto graph = std::make_shared<GraphPtr>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [graph] { graph->reset(); };
+    contender.run = [model, graph] { *graph = fill(*model); };
+    contender.inspect = [model, graph] {
+        return Output{0, 0, compareTriangles(model->triangles, trianglesOf(**graph))};
+    };
+    return contender;
+}
+
+Contender edgeLinesContender(const std::string& name, const ModelPtr& model) {
+    const std::shared_ptr<HalfEdgeGraph> graph = fill(*model);
+    const auto lines = std::make_shared<std::vector<unsigned int>>();
+    Contender contender = ownOn(name, *model);
+    contender.elements = graph->calcEgdeLines(*lines, false);
+    contender.prepare = [lines] { std::vector<unsigned int>().swap(*lines); };
+    contender.run = [graph, lines] { graph->calcEgdeLines(*lines, false); };
+    contender.inspect = [lines] { return Output{lines->size(), lines->size() * sizeof(unsigned int), {}}; };
+    return contender;
+}
+
+} // namespace bench

@@ -1,0 +1,106 @@
+#include "cases/Cases.h"
+#include "cases/OwnContenders.h"
+#include "peers/Peers.h"
+
+namespace bench {
+
+namespace {
+
+Comparison compareStrips(const ModelPtr& model, const std::string& name) {
+    Comparison comparison{name, "triangle", model->real, measuresMemoryOf(*model), roundsFor(*model), {}};
+    comparison.contenders = {buildPrimitivesContender(names::build, model, {}),
+                             joinedStripsContender(names::joined, model),
+                             graphContender(names::graph, model, 1),
+                             meshoptimizerStrips(model),
+                             openMeshStrips(model),
+                             openMeshStripsOfMesh(model)};
+    if (auto vtk = vtkStrips(model)) {
+        comparison.contenders.push_back(std::move(*vtk));
+    }
+    comparison.contenders.push_back(copyOfIndices(model));
+    return comparison;
+}
+
+Case stripCase(const std::string& model, std::function<ModelPtr()> make, bool heavy) {
+    const std::string name = "strips/" + model;
+    return {name, heavy, [name, make = std::move(make)] { return compareStrips(make(), name); }};
+}
+
+/// The peers take the square of the hub's triangles, hours that is.
+Comparison compareStripsOfHub() {
+    const ModelPtr hub = makeHub("hub", 1'000'000);
+    return {
+        "strips/hub",
+        "triangle",
+        false,
+        true,
+        roundsFor(*hub),
+        {buildPrimitivesContender(names::build, hub, {}), graphContender(names::graph, hub, 1), copyOfIndices(hub)}};
+}
+
+Comparison comparePassesOnDragon(const ModelPtr& dragon) {
+    return {"passes/dragon",
+            "triangle",
+            true,
+            true,
+            roundsFor(*dragon),
+            {buildPrimitivesContender(names::build, dragon, {}),
+             buildPrimitivesContender(names::buildTen, dragon, {.iterations = 10}),
+             graphContender(names::graph, dragon, 1), graphContender(names::graphTen, dragon, 10),
+             copyOfIndices(dragon)}};
+}
+
+Comparison comparePassesOnGrids() {
+    const ModelPtr small = makeGrid("grid of 70 k", 187);
+    const ModelPtr large = makeGrid("grid of 2 M", 1000);
+    return {"passes/grid",
+            "triangle",
+            false,
+            true,
+            roundsFor(*large),
+            {buildPrimitivesContender(names::tenSmall, small, {.iterations = 10}),
+             buildPrimitivesContender(names::tenLarge, large, {.iterations = 10}), copyOfIndices(large)}};
+}
+
+Comparison comparePassesOnSoup() {
+    const ModelPtr soup = makeSoup("soup", 1'000'000);
+    return {"passes/soup",
+            "triangle",
+            false,
+            true,
+            roundsFor(*soup),
+            {buildPrimitivesContender(names::build, soup, {.allStrips = true}),
+             buildPrimitivesContender(names::buildTen, soup, {.iterations = 10, .allStrips = true}),
+             copyOfIndices(soup)}};
+}
+
+} // namespace
+
+std::vector<Case> stripCases(const std::vector<ModelPtr>& realModels) {
+    std::vector<Case> cases;
+    cases.reserve(realModels.size() + 5);
+    for (const ModelPtr& model : realModels) {
+        cases.push_back(stripCase(
+            model->name, [model] { return model; }, false));
+    }
+    const ModelPtr dragon = findModel(realModels, names::dragon);
+    cases.push_back(stripCase(
+        names::shuffled, [dragon] { return makeShuffled(names::shuffled, *dragon); }, false));
+    cases.push_back(stripCase(
+        "sphere", [] { return makeSphere("sphere", 1024, 512); }, true));
+    cases.push_back(stripCase(
+        "grid of 2 M", [] { return makeGrid("grid of 2 M", 1000); }, true));
+    cases.push_back(stripCase(
+        "soup", [] { return makeSoup("soup", 1'000'000); }, true));
+    cases.push_back({"strips/hub", true, compareStripsOfHub});
+    return cases;
+}
+
+std::vector<Case> passCases(const std::vector<ModelPtr>& realModels) {
+    const ModelPtr dragon = findModel(realModels, names::dragon);
+    return {{"passes/dragon", false, [dragon] { return comparePassesOnDragon(dragon); }},
+            {"passes/grid", true, comparePassesOnGrids},
+            {"passes/soup", true, comparePassesOnSoup}};
+}
+
+} // namespace bench
