@@ -67,6 +67,7 @@ public:
         log.entries[log.end++] = triangle;
     }
     void erase(std::size_t, TriangleId) {}
+    void fetch(TriangleId) const {}
 
     /// Finds the triangle that the next strip begins with; false when there is none.
     bool pick(std::size_t startBucket, RandomSource&, TriangleId& picked) {
@@ -153,6 +154,8 @@ public:
     void start(std::size_t bucket, TriangleId triangle) { push(bucket, triangle); }
     void push(std::size_t bucket, TriangleId triangle) { positions_[triangle] = buckets_[bucket].push(triangle); }
     void erase(std::size_t bucket, TriangleId triangle) { buckets_[bucket].erase(positions_[triangle]); }
+    /// Brings near what moving a triangle needs.
+    void fetch(TriangleId triangle) const { __builtin_prefetch(&positions_[triangle], 1); }
 
     bool pick(std::size_t startBucket, RandomSource& random, TriangleId& picked) {
         for (std::size_t bucket = startBucket; bucket <= 3; ++bucket) {
@@ -182,7 +185,13 @@ public:
             buckets_[bucket].log()[ends[bucket]++] = triangle;
         };
         buckets_[0].forEach(put);
-        std::for_each(taken.begin(), taken.end(), [&](StripTriangle triangle) { put(triangleOf(triangle)); });
+        constexpr std::size_t ahead = StripSet::lookAhead / 2;
+        for (const StripTriangle& triangle : taken) {
+            const TriangleId upcoming = triangleOf((&triangle)[ahead]);
+            __builtin_prefetch(&graph[upcoming], 1);
+            fetch(upcoming);
+            put(triangleOf(triangle));
+        }
         for (std::size_t bucket = 0; bucket <= 3; ++bucket) {
             buckets_[bucket].restart(ends[bucket]);
         }
@@ -227,7 +236,7 @@ public:
             runPass(true);
         }
         buckets_.forEachWithoutNeighbours([this](TriangleId triangle) { set_.leftOver.push_back(triangle); });
-        std::fill_n(set_.order_.get() + set_.taken_, StripSet::lookAhead, StripTriangle{0});
+        pad();
         return std::move(set_);
     }
 
@@ -267,10 +276,13 @@ private:
             if (remaining == 0) {
                 return;
             }
+            pad();
             buckets_.restart(graph_, {set_.order_.get(), set_.taken_});
             set_.taken_ = 0;
         }
     }
+
+    void pad() { std::fill_n(set_.order_.get() + set_.taken_, StripSet::lookAhead, StripTriangle{0}); }
 
     /// Builds strips until no bucket from the start bucket on holds a triangle. Only the last pass keeps them.
     void runPass(bool isLast) {
@@ -362,6 +374,7 @@ private:
                 // The strip may run there next; what surrounds it is looked at then.
                 for (const HalfEdgeId beyond : graph_[neighbour].twin) {
                     __builtin_prefetch(&graph_[triangleOf(beyond)]);
+                    buckets_.fetch(triangleOf(beyond));
                 }
                 buckets_.erase(bucketOf(state), neighbour);
                 --state;
