@@ -55,8 +55,10 @@ lint: ## check layout, names and suspicious code: clang-format, clang-tidy, cppc
 
 install: ## build and install to PREFIX (/usr/local), below DESTDIR if that is set
 	$(INSTALL_DEPENDENCIES) library tool
-	$(call BUILD,install)
-	cmake --install build/install --prefix $(PREFIX)
+	cmake --preset install -D CMAKE_INSTALL_PREFIX=$(PREFIX)
+	cmake --build --preset install -j $(JOBS)
+	cmake --install build/install
+	@[ -n "$(DESTDIR)" ] || [ "$$(id -u)" != 0 ] || ldconfig
 
 clean: ## remove everything that was built
 	rm -rf build
