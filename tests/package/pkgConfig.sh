@@ -21,5 +21,6 @@ check() {
 }
 
 check meshUser "$outside/meshUser.cpp"
+check ownBuffer "$outside/ownBuffer.cpp"
 check loggingUser "$outside/loggingUser.cpp"
 check ownLogger "$outside/ownLogger.cpp" "$outside/printingLogger.cpp"
