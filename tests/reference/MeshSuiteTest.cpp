@@ -65,7 +65,7 @@ TEST(MeshSuite, HoldsWholeMeshesUnderDifferentNames) {
         EXPECT_LE(mesh.indices.size() / 3, 3300u) << mesh.name;
     }
     EXPECT_GE(names.size(), 100u);
-    EXPECT_EQ(meshes::family("Large").size(), 5u);
+    EXPECT_EQ(meshes::family("Large").size(), 3u);
     EXPECT_THROW(meshes::family("large"), std::out_of_range);
 }
 
@@ -78,14 +78,16 @@ TEST(MeshSuite, HasEveryKindOfDamage) {
         graph.addTriangles(mesh.indices);
         splitOff += graph.claimedTriangles.size();
         collapsed += (mesh.indices.size() - reference::withoutCollapsed(mesh.indices).size()) / 3;
-        for (std::uint32_t h = 0; h < graph.twin.size(); ++h) {
-            const std::uint32_t neighbour = graph.twinTriangle(h);
-            if (neighbour != reference::none && graph.edgeTowards(h / 3, neighbour) != h) {
+        reference::Graph paired(reference::EdgeRule::Pair);
+        paired.addTriangles(mesh.indices);
+        for (std::uint32_t h = 0; h < paired.twin.size(); ++h) {
+            const std::uint32_t neighbour = paired.twinTriangle(h);
+            if (neighbour != reference::none && paired.edgeTowards(h / 3, neighbour) != h) {
                 ++doublyLinked;
             }
         }
     }
-    EXPECT_GT(splitOff, 1000u);
+    EXPECT_GT(splitOff, 500u);
     EXPECT_GT(collapsed, 300u);
     EXPECT_GT(doublyLinked, 100u);
 }
@@ -97,7 +99,7 @@ TEST(MeshSuite, IsTheSameEverywhere) {
             hash = (hash ^ index) * 1099511628211ULL;
         }
     }
-    EXPECT_EQ(hash, 2062818631812368115ULL);
+    EXPECT_EQ(hash, 5983440457120545715ULL);
 }
 
 } // namespace

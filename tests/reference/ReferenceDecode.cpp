@@ -50,7 +50,7 @@ Indices canonical(const Indices& triangles) {
         const std::uint32_t c = triangles[i + 2];
         sorted.push_back(std::min({std::array{a, b, c}, std::array{b, c, a}, std::array{c, a, b}}));
     }
-    std::sort(sorted.begin(), sorted.end());
+    std::sort(sorted.data(), sorted.data() + sorted.size());
     Indices flat;
     for (const auto& corners : sorted) {
         flat.insert(flat.end(), corners.begin(), corners.end());

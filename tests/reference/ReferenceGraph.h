@@ -99,8 +99,9 @@ public:
     std::vector<Entry> fans;
     std::vector<Entry> triangleLists;
 
-    std::vector<Attempt> attempts; ///< of the last calcOptPrim, one per reported attempt
-    std::int32_t best = 0;         ///< of the last calcOptPrim, as reported at its end
+    std::uint32_t invalidCount = 0; ///< free triangles of negative state that the last calcOptPrim met
+    std::vector<Attempt> attempts;  ///< of the last calcOptPrim, one per reported attempt
+    std::int32_t best = 0;          ///< of the last calcOptPrim, as reported at its end
     std::int32_t worst = 0;
 
 private:

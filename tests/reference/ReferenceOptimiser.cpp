@@ -39,6 +39,7 @@ private:
     void buildStrip(std::uint32_t start);
     void store(const Indices& strip, std::uint32_t grownCost);
     void dropOut(std::uint32_t triangle);
+    Indices& bucketOf(std::uint32_t triangle);
     void judgeAttempt(std::uint32_t seed);
     void undoStrips();
     std::uint32_t storeBatch();
@@ -53,6 +54,7 @@ private:
 
 std::uint32_t Optimiser::run() {
     std::srand(1);
+    graph_.invalidCount = 0;
     graph_.attempts.clear();
     graph_.best = 0;
     graph_.worst = 0;
@@ -129,8 +131,15 @@ void Optimiser::sortIntoBuckets() {
     Indices all;
     appendAndEmpty(all, graph_.freeTriangles);
     for (std::uint32_t triangle : all) {
-        buckets_[static_cast<std::size_t>(graph_.state[triangle])].push_back(triangle);
+        graph_.invalidCount += graph_.state[triangle] < 0 ? 1U : 0U;
+        bucketOf(triangle).push_back(triangle);
     }
+}
+
+/// A triangle that is neither free nor claimed by a primitive waits with those of three neighbours.
+Indices& Optimiser::bucketOf(std::uint32_t triangle) {
+    const int state = graph_.state[triangle];
+    return buckets_[state < 0 ? 3U : static_cast<std::size_t>(state)];
 }
 
 void Optimiser::runAttempts() {
@@ -234,15 +243,14 @@ void Optimiser::store(const Indices& strip, std::uint32_t grownCost) {
 }
 
 void Optimiser::dropOut(std::uint32_t triangle) {
-    remove(buckets_[static_cast<std::size_t>(graph_.state[triangle])], triangle);
+    remove(bucketOf(triangle), triangle);
     graph_.state[triangle] = stripState;
     for (std::uint32_t h = 3 * triangle; h < 3 * triangle + 3; ++h) {
         if (leadsToFree(h)) {
             const std::uint32_t neighbour = graph_.twinTriangle(h);
-            int& state = graph_.state[neighbour];
-            remove(buckets_[static_cast<std::size_t>(state)], neighbour);
-            --state;
-            buckets_[static_cast<std::size_t>(state)].push_back(neighbour);
+            remove(bucketOf(neighbour), neighbour);
+            --graph_.state[neighbour];
+            bucketOf(neighbour).push_back(neighbour);
         }
     }
 }
@@ -264,7 +272,7 @@ void Optimiser::undoStrips() {
             }
         }
         graph_.state[triangle] = neighbours;
-        buckets_[static_cast<std::size_t>(neighbours)].push_back(triangle);
+        bucketOf(triangle).push_back(triangle);
     }
 }
 

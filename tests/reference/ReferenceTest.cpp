@@ -123,6 +123,12 @@ TEST(ReferenceStrips, RepeatOneVertexForATurnTheOtherWay) {
     EXPECT_EQ(graph.calcStripCost({0, 1, 2}, true), 5u);
 }
 
+TEST(ReferenceStrips, OfTrianglesThatShareSeveralEdgesCrossTheFirst) {
+    const Graph graph = filled(meshes::doubledOppositeWinding());
+    EXPECT_EQ(graph.indicesOfStrip({0, 1}, false).indices, (Indices{2, 0, 1, 2}));
+    EXPECT_EQ(graph.indicesOfStrip({0, 1}, true).indices, (Indices{1, 0, 2, 1}));
+}
+
 TEST(ReferenceStrips, SwapInEvenParityToo) {
     const Graph graph = filled(meshes::openFan(4));
     const Primitive strip = graph.indicesOfStrip({0, 1, 2, 3}, false);

@@ -1,0 +1,135 @@
+#include <vexa/mesh/HalfEdgeGraph.h>
+#include <vexa/mesh/Strips.h>
+
+#include "reference/ReferenceGraph.h"
+#include "support/GraphComparison.h"
+#include "support/LogCapture.h"
+#include "support/Meshes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+
+namespace {
+
+using namespace vexa::mesh;
+using namespace vexa::test;
+using reference::Parameters;
+
+/// All triangles over the vertices 0 to 4 whose corners differ: 60, each winding and first corner apart.
+std::vector<meshes::Indices> trianglesOverFiveVertices() {
+    std::vector<meshes::Indices> triangles;
+    for (unsigned int a = 0; a < 5; ++a) {
+        for (unsigned int b = 0; b < 5; ++b) {
+            for (unsigned int c = 0; c < 5; ++c) {
+                if (a != b && b != c && c != a) {
+                    triangles.push_back({a, b, c});
+                }
+            }
+        }
+    }
+    return triangles;
+}
+
+void forEachTripleOfTriangles(const std::function<void(const meshes::Indices&)>& visit) {
+    const std::vector<meshes::Indices> triangles = trianglesOverFiveVertices();
+    for (const meshes::Indices& first : triangles) {
+        for (const meshes::Indices& second : triangles) {
+            const meshes::Indices pair = meshes::joined(first, second);
+            for (const meshes::Indices& third : triangles) {
+                visit(meshes::joined(pair, third));
+            }
+        }
+    }
+}
+
+std::string describe(const meshes::Indices& mesh, const Parameters& p) {
+    return ::testing::PrintToString(mesh) + " iterations " + std::to_string(p.iterations) + " strips " +
+           std::to_string(p.buildStrips) + " fans " + std::to_string(p.buildFans) + " from " +
+           std::to_string(p.minFanTriangles) + " all strips " + std::to_string(p.allStrips);
+}
+
+/// Fills and cuts one mesh with the graph and with buildPrimitives; the first difference from the reference, or "".
+std::string differenceOnMesh(HalfEdgeGraph& graph, const meshes::Indices& mesh, const Parameters& p) {
+    graph.clear();
+    graph.addTriangles(mesh.data(), mesh.size());
+    reference::Graph expected;
+    expected.addTriangles(mesh);
+    const GraphComparison comparison(graph, expected);
+    if (std::string text = comparison.differenceInFilling(); !text.empty()) {
+        return text;
+    }
+    const std::uint32_t returned =
+        graph.calcOptPrim(p.iterations, p.buildStrips, p.buildFans, p.minFanTriangles, p.allStrips);
+    const int draw = std::rand();
+    if (returned != expected.calcOptPrim(p)) {
+        return "another number is returned";
+    }
+    if (draw != std::rand()) {
+        return "another number is drawn next";
+    }
+    if (std::string text = comparison.differenceInResult(); !text.empty()) {
+        return text;
+    }
+    return differenceInPrimitives(graph, expected);
+}
+
+std::string differenceOnList(const meshes::Indices& mesh, const Parameters& p) {
+    const auto primitives =
+        buildPrimitives(mesh, {p.iterations, p.buildStrips, p.buildFans, p.minFanTriangles, p.allStrips});
+    reference::Graph paired(reference::EdgeRule::Pair);
+    paired.addTriangles(mesh);
+    paired.calcOptPrim(p);
+    const auto expected = paired.takePrimitives();
+    if (primitives.size() != expected.size()) {
+        return "another number of primitives";
+    }
+    for (std::size_t i = 0; i < primitives.size(); ++i) {
+        if (primitives[i].type != expected[i].type || primitives[i].indices != expected[i].indices) {
+            return "primitive " + std::to_string(i) + " is " + ::testing::PrintToString(primitives[i].indices) +
+                   ", expected " + ::testing::PrintToString(expected[i].indices);
+        }
+    }
+    return {};
+}
+
+TEST(EveryTripleOfTriangles, IsFilledAndCutByTheGraphAsByTheReference) {
+    const LogCapture quiet(Severity::Fatal);
+    HalfEdgeGraph graph;
+    graph.reserve(5, 4, 8);
+    forEachTripleOfTriangles([&](const meshes::Indices& mesh) {
+        const Parameters parameters{.iterations = 2, .buildFans = true, .minFanTriangles = 2};
+        ASSERT_EQ(differenceOnMesh(graph, mesh, parameters), "") << describe(mesh, parameters);
+    });
+}
+
+TEST(EveryTripleOfTriangles, IsCutByBuildPrimitivesAsByTheReference) {
+    forEachTripleOfTriangles([&](const meshes::Indices& mesh) {
+        const Parameters parameters{.iterations = 1};
+        ASSERT_EQ(differenceOnList(mesh, parameters), "") << describe(mesh, parameters);
+    });
+}
+
+/// Random meshes of random size under random parameters, many of them tangled.
+TEST(RandomMeshes, AreCutAsByTheReference) {
+    const LogCapture quiet(Severity::Fatal);
+    meshes::Random random(20);
+    HalfEdgeGraph graph;
+    for (std::uint32_t round = 0; round < 6000; ++round) {
+        const unsigned int vertexCount = 3 + random.below(14);
+        const unsigned int triangleCount = 1 + random.below(30);
+        meshes::Indices mesh = meshes::soup(vertexCount, triangleCount, round);
+        if (random.chance(50)) {
+            mesh = meshes::damaged(meshes::grid(1 + random.below(6), 1 + random.below(6)), round);
+        }
+        const Parameters parameters{random.below(5), random.chance(90), random.chance(50), random.below(7),
+                                    random.chance(40)};
+        if (!mesh.empty()) {
+            ASSERT_EQ(differenceOnMesh(graph, mesh, parameters), "") << describe(mesh, parameters);
+        }
+        ASSERT_EQ(differenceOnList(mesh, parameters), "") << describe(mesh, parameters);
+    }
+}
+
+} // namespace
