@@ -1,0 +1,33 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <tiny_gltf.h>
+#include <vector>
+
+namespace tool_test {
+
+using Position = std::array<double, 3>;
+using OrientedTriangle = std::array<Position, 3>;
+
+/// Loads with TinyGLTF, images left alone; fails the test when it cannot.
+tinygltf::Model loadModel(const std::filesystem::path& file);
+
+/// The indices of a primitive, counted up when it has none.
+std::vector<std::size_t> indicesOf(const tinygltf::Model& model, const tinygltf::Primitive& primitive);
+
+/// The oriented triangles of a mesh by the positions of their corners as stored, each from its least corner on, sorted;
+/// those with two equal indices are left out.
+std::vector<OrientedTriangle> trianglesOf(const tinygltf::Model& model, const tinygltf::Mesh& mesh);
+
+/// Fails the test unless both files have the same meshes, with the same nodes that show them, and in each the same
+/// oriented triangles.
+void expectSameTriangles(const std::filesystem::path& before, const std::filesystem::path& after);
+
+/// The JSON text of a .glb file.
+std::string glbJson(const std::filesystem::path& file);
+
+} // namespace tool_test

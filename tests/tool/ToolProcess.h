@@ -1,0 +1,47 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tool_test {
+
+/// A directory that goes when the test ends.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    ~TemporaryDirectory();
+
+    [[nodiscard]] std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+    /// Names of the files in it, sorted.
+    [[nodiscard]] std::vector<std::string> files() const;
+
+private:
+    std::filesystem::path path_;
+};
+
+/// How a process ended, and what it printed.
+struct ProcessResult {
+    int exitCode = -1; ///< -1 when a signal ended it
+    int signal = 0;
+    std::string out;
+    std::string err;
+};
+
+/// Runs the built program.
+ProcessResult runProgram(const std::vector<std::string>& arguments);
+
+/// Runs the program's code in a child process of its own, which is quicker; a hang ends with SIGALRM.
+ProcessResult runForked(const std::vector<std::string>& arguments);
+
+std::string readText(const std::filesystem::path& file);
+void writeText(const std::filesystem::path& file, const std::string& text);
+
+/// How often `part` is in `text`.
+std::size_t countOf(const std::string& text, const std::string& part);
+
+} // namespace tool_test

@@ -1,0 +1,72 @@
+#include "Commands.h"
+#include "Errors.h"
+#include "Report.h"
+
+#include <new>
+#include <ostream>
+#include <string>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr const char* EXIT_CODES = R"(Exit codes:
+  0  done
+  1  a check failed: the meshes are not what they should be
+  2  wrong arguments
+  3  a file is missing or broken, or cannot be written
+
+Results go to standard output, everything else to standard error.)";
+
+int parse(CLI::App& app, int argc, const char* const* argv, const Streams& streams) {
+    try {
+        app.parse(argc, argv);
+        return EXIT_DONE;
+    } catch (const CLI::Success& success) {
+        app.exit(success, streams.out, streams.err);
+        return -1;
+    } catch (const CLI::ParseError& error) {
+        printError(streams.err, std::string(error.what()) + " (vexamesh --help tells more)");
+        return EXIT_WRONG_USE;
+    }
+}
+
+int runCommand(const Command& command, const Streams& streams) {
+    try {
+        return command(streams);
+    } catch (const UsageError& error) {
+        printError(streams.err, error.what());
+        return EXIT_WRONG_USE;
+    } catch (const CheckError& error) {
+        printError(streams.err, error.what());
+        return EXIT_CHECK_FAILED;
+    } catch (const std::bad_alloc&) {
+        printError(streams.err, "not enough memory");
+        return EXIT_BAD_FILE;
+    } catch (const std::exception& error) {
+        printError(streams.err, error.what());
+        return EXIT_BAD_FILE;
+    }
+}
+
+} // namespace
+
+int runTool(int argc, const char* const* argv, const Streams& streams) {
+    CLI::App app("Looks at the meshes of glTF and OBJ files.", "vexamesh");
+    app.footer(EXIT_CODES);
+    app.set_version_flag("--version", "vexamesh " VEXAMESH_VERSION);
+    app.require_subcommand(1);
+    Command chosen;
+    addInfoCommand(app, chosen);
+
+    const int parsed = parse(app, argc, argv, streams);
+    int code = parsed == EXIT_DONE ? runCommand(chosen, streams) : parsed < 0 ? EXIT_DONE : parsed;
+    streams.out.flush();
+    if (!streams.out && code == EXIT_DONE) {
+        printError(streams.err, "standard output: cannot be written");
+        code = EXIT_BAD_FILE;
+    }
+    return code;
+}
+
+} // namespace vexa::tool

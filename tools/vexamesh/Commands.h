@@ -1,0 +1,28 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <iosfwd>
+
+namespace vexa::tool {
+
+/// What a command runs with.
+struct Streams {
+    std::ostream& out; ///< results
+    std::ostream& err; ///< warnings and progress
+};
+
+/// A command, once its arguments are known.
+///
+/// \return the exit code
+using Command = std::function<int(const Streams&)>;
+
+/// Each adds a subcommand to the program; when it is given, `chosen` is set to what it does.
+void addInfoCommand(CLI::App& app, Command& chosen);
+
+/// The program: parses the arguments and runs the command that they name.
+///
+/// \return an `ExitCode`
+int runTool(int argc, const char* const* argv, const Streams& streams);
+
+} // namespace vexa::tool

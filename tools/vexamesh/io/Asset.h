@@ -1,0 +1,44 @@
+#pragma once
+
+#include "io/Bytes.h"
+#include "io/Json.h"
+
+#include <filesystem>
+#include <string>
+#include <tiny_gltf.h>
+#include <vector>
+
+namespace vexa::tool {
+
+/// A glTF document in memory, complete: nothing in it is outside of it but images that could not be found.
+///
+/// `json` is what is edited and written, so that everything that nobody touches stays as it was, unknown members
+/// included. `model` is the same document as read by TinyGLTF, without its images; its accessors and buffer views
+/// find the data in `buffers`.
+struct Asset {
+    Json json;
+    std::vector<Bytes> buffers;
+    tinygltf::Model model;
+    std::vector<std::string> warnings; ///< what a person should know, a line each
+};
+
+/// Makes an asset of a document whose buffers are at hand; checks it as `checkDocument` does.
+///
+/// \param buffers one for each buffer of the document, at least as long as it declares
+/// \throw FormatError what is wrong, and where
+Asset makeAsset(Json json, std::vector<Bytes> buffers);
+
+/// Reads a .gltf file (told by its first bytes from a .glb file) from memory, with the files that it refers to.
+/// Images become buffer views, with their bytes as they are.
+///
+/// \param directory where its relative references begin
+/// \throw FormatError what is wrong, and where
+/// \throw FileError   a buffer's file is missing or cannot be read
+Asset readGltf(const Bytes& file, const std::filesystem::path& directory);
+
+/// The document as a binary glTF file with one buffer, which holds what the buffer views refer to and nothing else.
+///
+/// \throw FormatError it would be larger than 4 GiB
+Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers);
+
+} // namespace vexa::tool

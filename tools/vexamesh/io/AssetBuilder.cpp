@@ -1,0 +1,170 @@
+#include "io/AssetBuilder.h"
+
+#include "Errors.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr int ARRAY_BUFFER = 34962;
+constexpr int ELEMENT_ARRAY_BUFFER = 34963;
+
+/// The least and the largest value of each component.
+std::pair<Json, Json> bounds(const AccessorData& values) {
+    Json least = Json::array();
+    Json largest = Json::array();
+    for (std::size_t c = 0; c < values.components; ++c) {
+        double low = values.component(0, c);
+        double high = low;
+        for (std::size_t i = 1; i < values.count; ++i) {
+            low = std::min(low, values.component(i, c));
+            high = std::max(high, values.component(i, c));
+        }
+        const bool isFloat = values.componentType == mesh::FLOAT;
+        least.push_back(isFloat ? Json(low) : Json(static_cast<std::int64_t>(low)));
+        largest.push_back(isFloat ? Json(high) : Json(static_cast<std::int64_t>(high)));
+    }
+    return {std::move(least), std::move(largest)};
+}
+
+/// The elements at distances that are multiples of 4, as vertex attributes need.
+Bytes alignElements(const AccessorData& values, std::size_t stride) {
+    const std::size_t size = values.elementSize();
+    Bytes aligned(values.count * stride);
+    for (std::size_t i = 0; i < values.count; ++i) {
+        std::copy_n(values.bytes.data() + i * size, size, aligned.data() + i * stride);
+    }
+    return aligned;
+}
+
+} // namespace
+
+mesh::ComponentType narrowestIndexType(const std::vector<unsigned int>& indices) {
+    const unsigned int largest = indices.empty() ? 0 : *std::max_element(indices.begin(), indices.end());
+    return largest < std::numeric_limits<std::uint8_t>::max()    ? mesh::UNSIGNED_BYTE
+           : largest < std::numeric_limits<std::uint16_t>::max() ? mesh::UNSIGNED_SHORT
+                                                                 : mesh::UNSIGNED_INT;
+}
+
+void appendIndices(Bytes& bytes, const std::vector<unsigned int>& indices, mesh::ComponentType type) {
+    for (const unsigned int index : indices) {
+        if (type == mesh::UNSIGNED_BYTE) {
+            bytes.push_back(static_cast<unsigned char>(index));
+        } else if (type == mesh::UNSIGNED_SHORT) {
+            appendValue(bytes, static_cast<std::uint16_t>(index));
+        } else {
+            appendValue(bytes, static_cast<std::uint32_t>(index));
+        }
+    }
+}
+
+AccessorData floatValues(const std::string& type, const std::vector<float>& values) {
+    AccessorData data;
+    data.type = type;
+    data.components = type == "VEC2" ? 2 : type == "VEC3" ? 3 : 4;
+    data.count = values.size() / data.components;
+    data.bytes.resize(values.size() * sizeof(float));
+    std::memcpy(data.bytes.data(), values.data(), data.bytes.size());
+    return data;
+}
+
+AssetBuilder::AssetBuilder() {
+    json_["asset"] = {{"version", "2.0"}, {"generator", "vexamesh " VEXAMESH_VERSION}};
+    json_["scene"] = 0;
+    json_["scenes"] = Json::array({{{"nodes", Json::array()}}});
+}
+
+std::size_t AssetBuilder::addView(const Bytes& content, int target, std::size_t stride) {
+    padTo(binary_, 4);
+    Json view = {{"buffer", 0}, {"byteOffset", binary_.size()}, {"byteLength", content.size()}};
+    if (stride != 0) {
+        view["byteStride"] = stride;
+    }
+    if (target != 0) {
+        view["target"] = target;
+    }
+    binary_.insert(binary_.end(), content.begin(), content.end());
+    json_["bufferViews"].push_back(std::move(view));
+    return json_["bufferViews"].size() - 1;
+}
+
+std::size_t AssetBuilder::addAttribute(const NewAttribute& attribute) {
+    const AccessorData& values = attribute.values;
+    const std::size_t size = values.elementSize();
+    const std::size_t stride = (size + 3) / 4 * 4;
+    const std::size_t view = stride == size ? addView(values.bytes, ARRAY_BUFFER, 0)
+                                            : addView(alignElements(values, stride), ARRAY_BUFFER, stride);
+    Json accessor = {
+        {"bufferView", view}, {"componentType", values.componentType}, {"count", values.count}, {"type", values.type}};
+    if (values.normalized) {
+        accessor["normalized"] = true;
+    }
+    if (attribute.name == "POSITION") {
+        std::tie(accessor["min"], accessor["max"]) = bounds(values);
+    }
+    json_["accessors"].push_back(std::move(accessor));
+    return json_["accessors"].size() - 1;
+}
+
+std::size_t AssetBuilder::addIndices(const std::vector<unsigned int>& indices) {
+    const mesh::ComponentType type = narrowestIndexType(indices);
+    Bytes content;
+    appendIndices(content, indices, type);
+    const std::size_t view = addView(content, ELEMENT_ARRAY_BUFFER, 0);
+    json_["accessors"].push_back(
+        {{"bufferView", view}, {"componentType", type}, {"count", indices.size()}, {"type", "SCALAR"}});
+    return json_["accessors"].size() - 1;
+}
+
+void AssetBuilder::addMesh(const std::string& name, const std::vector<NewPrimitive>& primitives) {
+    Json mesh = Json::object();
+    if (!name.empty()) {
+        mesh["name"] = name;
+    }
+    for (const NewPrimitive& primitive : primitives) {
+        Json entry = {{"attributes", Json::object()}};
+        for (const NewAttribute& attribute : primitive.attributes) {
+            entry["attributes"][attribute.name] = addAttribute(attribute);
+        }
+        entry["indices"] = addIndices(primitive.indices);
+        if (primitive.material) {
+            entry["material"] = *primitive.material;
+        }
+        entry["mode"] = primitive.type;
+        mesh["primitives"].push_back(std::move(entry));
+    }
+    Json node = {{"mesh", json_["meshes"].size()}};
+    if (!name.empty()) {
+        node["name"] = name;
+    }
+    json_["scenes"][0]["nodes"].push_back(json_["nodes"].size());
+    json_["nodes"].push_back(std::move(node));
+    json_["meshes"].push_back(std::move(mesh));
+}
+
+std::size_t AssetBuilder::addMaterial(Json material) {
+    json_["materials"].push_back(std::move(material));
+    return json_["materials"].size() - 1;
+}
+
+std::size_t AssetBuilder::addTexture(const Bytes& image, const std::string& mimeType) {
+    const std::size_t view = addView(image, 0, 0);
+    json_["images"].push_back({{"bufferView", view}, {"mimeType", mimeType}});
+    json_["textures"].push_back({{"source", json_["images"].size() - 1}});
+    return json_["textures"].size() - 1;
+}
+
+Asset AssetBuilder::finish() {
+    if (!json_.contains("meshes")) {
+        throw FormatError("holds no meshes");
+    }
+    json_["buffers"] = Json::array({{{"byteLength", binary_.size()}}});
+    std::vector<Bytes> buffers;
+    buffers.push_back(std::move(binary_));
+    return makeAsset(std::move(json_), std::move(buffers));
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "io/Accessors.h"
+#include "io/Asset.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+#include <vexa/mesh/Types.h>
+
+namespace vexa::tool {
+
+/// An attribute to be written: `values.bytes` holds `values.count` elements without gaps.
+struct NewAttribute {
+    std::string name; ///< as in glTF
+    AccessorData values;
+};
+
+struct NewPrimitive {
+    mesh::PrimitiveType type = mesh::TRIANGLES;
+    std::vector<unsigned int> indices;
+    std::vector<NewAttribute> attributes;
+    std::optional<std::size_t> material;
+};
+
+/// The narrowest unsigned type that holds these indices and leaves its largest value, the restart index, unused.
+mesh::ComponentType narrowestIndexType(const std::vector<unsigned int>& indices);
+
+/// Appends indices as values of an unsigned type.
+void appendIndices(Bytes& bytes, const std::vector<unsigned int>& indices, mesh::ComponentType type);
+
+/// Attribute values from floats.
+AccessorData floatValues(const std::string& type, const std::vector<float>& values);
+
+/// Makes a glTF document of meshes, each with a node of its own in the one scene.
+class AssetBuilder {
+public:
+    AssetBuilder();
+
+    void addMesh(const std::string& name, const std::vector<NewPrimitive>& primitives);
+
+    /// \return its index
+    std::size_t addMaterial(Json material);
+
+    /// Adds a texture that shows this image.
+    ///
+    /// \param mimeType "image/png" or "image/jpeg"
+    /// \return the texture's index
+    std::size_t addTexture(const Bytes& image, const std::string& mimeType);
+
+    /// The finished asset; the builder is empty afterwards.
+    ///
+    /// \throw FormatError nothing was added
+    Asset finish();
+
+private:
+    std::size_t addView(const Bytes& content, int target, std::size_t stride);
+    std::size_t addAttribute(const NewAttribute& attribute);
+    std::size_t addIndices(const std::vector<unsigned int>& indices);
+
+    Json json_;
+    Bytes binary_;
+};
+
+} // namespace vexa::tool

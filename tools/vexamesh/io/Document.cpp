@@ -1,0 +1,119 @@
+#include "io/Document.h"
+
+#include "Errors.h"
+#include "io/Files.h"
+#include "io/Glb.h"
+#include "io/ObjReader.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace vexa::tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+Primitive readPrimitive(const Asset& asset, const Json& source, const std::string& where) {
+    Primitive primitive;
+    primitive.type = static_cast<mesh::PrimitiveType>(source.value("mode", static_cast<int>(mesh::TRIANGLES)));
+    for (const auto& [name, accessor] : source["attributes"].items()) {
+        primitive.attributes.push_back({name, accessor.get<std::size_t>()});
+        primitive.vertices = asset.model.accessors.at(primitive.attributes.back().accessor).count;
+    }
+    if (!source.contains("indices")) {
+        primitive.indices.resize(primitive.vertices);
+        std::iota(primitive.indices.begin(), primitive.indices.end(), 0U);
+        return primitive;
+    }
+    primitive.indexAccessor = source["indices"].get<std::size_t>();
+    primitive.indexType =
+        static_cast<mesh::ComponentType>(asset.model.accessors.at(*primitive.indexAccessor).componentType);
+    try {
+        primitive.indices = readIndices(asset, *primitive.indexAccessor, primitive.vertices);
+    } catch (const FormatError& error) {
+        throw FormatError(where + ": " + error.what());
+    }
+    return primitive;
+}
+
+std::vector<Mesh> readMeshes(const Asset& asset) {
+    std::vector<Mesh> meshes;
+    const Json& sources = arrayMember(asset.json, "meshes", "");
+    for (std::size_t m = 0; m < sources.size(); ++m) {
+        Mesh mesh;
+        mesh.name = stringMember(sources[m], "name");
+        if (mesh.name.empty()) {
+            mesh.name = "mesh " + std::to_string(m);
+        }
+        const Json& primitives = sources[m]["primitives"];
+        for (std::size_t p = 0; p < primitives.size(); ++p) {
+            const std::string where = elementName(elementName("meshes", m) + ".primitives", p);
+            mesh.primitives.push_back(readPrimitive(asset, primitives[p], where));
+        }
+        meshes.push_back(std::move(mesh));
+    }
+    return meshes;
+}
+
+std::string lowerExtension(const fs::path& file) {
+    std::string extension = file.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c); });
+    return extension;
+}
+
+Asset readAsset(const Bytes& content, const fs::path& file, std::string& format) {
+    const std::string extension = lowerExtension(file);
+    if (extension == ".obj") {
+        format = "OBJ";
+        return readObj(content, file);
+    }
+    if (extension != ".glb" && extension != ".gltf") {
+        throw FormatError("no .glb, .gltf or .obj file");
+    }
+    if (extension == ".glb" && !hasGlbMagic(content)) {
+        throw FormatError("no binary glTF: it does not begin with \"glTF\"");
+    }
+    format = hasGlbMagic(content) ? "glTF binary" : "glTF";
+    return readGltf(content, file.parent_path());
+}
+
+} // namespace
+
+const Attribute* Primitive::findAttribute(const std::string& name) const {
+    const auto found = std::find_if(attributes.begin(), attributes.end(),
+                                    [&](const Attribute& attribute) { return attribute.name == name; });
+    return found == attributes.end() ? nullptr : &*found;
+}
+
+Document loadDocument(const Bytes& content, const fs::path& name) {
+    try {
+        if (content.empty()) {
+            throw FormatError("is empty");
+        }
+        Document document;
+        document.file = name;
+        document.fileSize = content.size();
+        document.asset = readAsset(content, name, document.format);
+        document.meshes = readMeshes(document.asset);
+        return document;
+    } catch (const FileError& error) {
+        // A file that this one refers to.
+        throw FileError(name.string(), error.what());
+    } catch (const FormatError& error) {
+        throw FileError(name.string(), error.what());
+    } catch (const Json::exception& error) {
+        throw FileError(name.string(), error.what());
+    } catch (const std::length_error&) {
+        throw FileError(name.string(), "asks for more memory than there is");
+    } catch (const std::bad_alloc&) {
+        throw FileError(name.string(), "asks for more memory than there is");
+    }
+}
+
+Document loadDocument(const fs::path& file) {
+    return loadDocument(readFile(file), file);
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "io/Accessors.h"
+#include "io/Asset.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+#include <vexa/mesh/Types.h>
+
+namespace vexa::tool {
+
+/// A vertex attribute of a primitive: `readAccessor` gives its values.
+struct Attribute {
+    std::string name; ///< as in glTF: "POSITION", "NORMAL", "TEXCOORD_0", ...
+    std::size_t accessor;
+};
+
+/// A primitive with its indices decoded.
+struct Primitive {
+    mesh::PrimitiveType type = mesh::TRIANGLES;
+    std::optional<std::size_t> indexAccessor; ///< nothing: the file has no indices, those here count up
+    mesh::ComponentType indexType = mesh::UNSIGNED_INT;
+    std::vector<unsigned int> indices; ///< below `vertices`
+    std::size_t vertices = 0;
+    std::vector<Attribute> attributes;
+
+    [[nodiscard]] const Attribute* findAttribute(const std::string& name) const;
+};
+
+struct Mesh {
+    std::string name; ///< never empty: "mesh 3" for one without a name
+    std::vector<Primitive> primitives;
+};
+
+/// A file that was read: its meshes, and the glTF document to carry along. An OBJ file has become one, too.
+struct Document {
+    std::filesystem::path file;
+    std::string format;       ///< "glTF binary", "glTF" or "OBJ"
+    std::size_t fileSize = 0; ///< bytes of the file itself
+    Asset asset;
+    std::vector<Mesh> meshes; ///< in the order of the asset's, and so are their primitives
+};
+
+/// Reads a .glb, .gltf or .obj file.
+///
+/// \throw FileError it cannot be read, or is no such file; one line that says what is wrong, and where
+Document loadDocument(const std::filesystem::path& file);
+
+/// Reads a binary glTF file from memory.
+///
+/// \param name stands for the file in messages
+/// \throw FileError as above
+Document loadDocument(const Bytes& content, const std::filesystem::path& name);
+
+} // namespace vexa::tool
