@@ -52,12 +52,13 @@ int runCommand(const Command& command, const Streams& streams) {
 } // namespace
 
 int runTool(int argc, const char* const* argv, const Streams& streams) {
-    CLI::App app("Looks at the meshes of glTF and OBJ files.", "vexamesh");
+    CLI::App app("Looks at the meshes of glTF and OBJ files, and turns their triangles into strips.", "vexamesh");
     app.footer(EXIT_CODES);
     app.set_version_flag("--version", "vexamesh " VEXAMESH_VERSION);
     app.require_subcommand(1);
     Command chosen;
     addInfoCommand(app, chosen);
+    addStripCommand(app, chosen);
 
     const int parsed = parse(app, argc, argv, streams);
     int code = parsed == EXIT_DONE ? runCommand(chosen, streams) : parsed < 0 ? EXIT_DONE : parsed;

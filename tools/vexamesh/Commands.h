@@ -19,6 +19,7 @@ using Command = std::function<int(const Streams&)>;
 
 /// Each adds a subcommand to the program; when it is given, `chosen` is set to what it does.
 void addInfoCommand(CLI::App& app, Command& chosen);
+void addStripCommand(CLI::App& app, Command& chosen);
 
 /// The program: parses the arguments and runs the command that they name.
 ///

@@ -1,0 +1,181 @@
+// Every glTF 2 and OBJ model of the package assimp-testmodels. What they hold, broken ones included, is known here, so
+// that a tool which refuses all of them cannot pass.
+
+#include "ReadBack.h"
+#include "ToolProcess.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using namespace tool_test;
+namespace fs = std::filesystem;
+
+const fs::path MODELS = "/usr/share/assimp/models";
+
+/// Models that cannot be read, and what the tool is to say of them.
+const std::map<std::string, std::string> REFUSED = {
+    {"OBJ/box_UTF16BE.obj", "no OBJ text: a zero byte at 2"},
+    {"glTF2/BoxTextured-glTF-techniqueWebGL/BoxTextured.gltf", "requires the extension KHR_technique_webgl"},
+    {"glTF2/IncorrectVertexArrays/Cube.gltf", "bufferViews[2] reaches to byte 936 of buffers[0], which has 514"},
+    {"glTF2/IndexOutOfRange/AllIndicesOutOfRange.gltf", "the index 65535, but there are only 24 vertices"},
+    {"glTF2/IndexOutOfRange/IndexOutOfRange.gltf", "the index 255, but there are only 24 vertices"},
+    {"glTF2/MissingBin/BoxTextured.gltf", "BoxTextured0.bin: cannot be read: No such file"},
+    {"glTF2/RecursiveNodes/RecursiveNodes.gltf", "nodes are children of themselves"},
+    {"glTF2/SchemaFailures/sceneWrongType.gltf", "scene is no unsigned integer"},
+    {"glTF2/TestNoRootNode/NoScene.gltf", "scene is 0, but there are only 0"},
+    {"glTF2/draco/2CylinderEngine.gltf", "compressed with KHR_draco_mesh_compression"},
+    {"glTF2/wrongTypes/badArray.gltf", "meshes[0].primitives is no array"},
+    {"invalid/empty.obj", "is empty"},
+    {"invalid/malformed.obj", "vertex 0 is used, but they are counted from 1"},
+};
+
+std::vector<std::string> modelNames() {
+    std::vector<std::string> names;
+    for (const char* folder : {"glTF2", "OBJ", "invalid"}) {
+        for (const auto& entry : fs::recursive_directory_iterator(MODELS / folder)) {
+            const std::string extension = entry.path().extension().string();
+            if (extension == ".glb" || extension == ".gltf" || extension == ".obj") {
+                names.push_back(fs::relative(entry.path(), MODELS).string());
+            }
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// Where the edges of oriented faces lead: each pair of positions with how often it is passed one way, less how often
+/// the other way. However polygons are cut into triangles, this stays.
+using Boundary = std::map<std::pair<Position, Position>, int>;
+
+void addEdge(Boundary& boundary, const Position& from, const Position& to) {
+    if (from == to) {
+        return;
+    }
+    const bool forward = from < to;
+    const auto key = forward ? std::pair(from, to) : std::pair(to, from);
+    boundary[key] += forward ? 1 : -1;
+    if (boundary[key] == 0) {
+        boundary.erase(key);
+    }
+}
+
+struct Faces {
+    Boundary boundary;
+    std::size_t triangles = 0;
+};
+
+/// A plain reader of the vertices and faces of OBJ files.
+Faces readObjFaces(const fs::path& file) {
+    std::istringstream lines(readText(file));
+    std::vector<Position> positions;
+    Faces faces;
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string keyword;
+        words >> keyword;
+        if (keyword == "v") {
+            std::array<float, 3> position{};
+            for (float& value : position) {
+                std::string number;
+                words >> number;
+                value = std::strtof(number.c_str(), nullptr);
+            }
+            positions.push_back({position[0], position[1], position[2]});
+        } else if (keyword == "f") {
+            std::vector<Position> polygon;
+            for (std::string corner; words >> corner;) {
+                const int index = std::stoi(corner);
+                polygon.push_back(positions.at(index < 0 ? positions.size() + static_cast<std::size_t>(index)
+                                                         : static_cast<std::size_t>(index) - 1));
+            }
+            for (std::size_t i = 0; i < polygon.size(); ++i) {
+                addEdge(faces.boundary, polygon[i], polygon[(i + 1) % polygon.size()]);
+            }
+            faces.triangles += std::max<std::size_t>(polygon.size(), 2) - 2;
+        }
+    }
+    return faces;
+}
+
+Faces facesOf(const fs::path& glb) {
+    const tinygltf::Model model = loadModel(glb);
+    Faces faces;
+    for (const tinygltf::Mesh& mesh : model.meshes) {
+        for (const OrientedTriangle& triangle : trianglesOf(model, mesh)) {
+            for (std::size_t i = 0; i < 3; ++i) {
+                addEdge(faces.boundary, triangle[i], triangle[(i + 1) % 3]);
+            }
+            ++faces.triangles;
+        }
+    }
+    return faces;
+}
+
+class Model : public testing::TestWithParam<std::string> {
+protected:
+    TemporaryDirectory directory;
+    fs::path out = directory / "out.glb";
+    fs::path in = MODELS / GetParam();
+};
+
+TEST_P(Model, KeepsItsTrianglesOrIsRefusedForAKnownReason) {
+    const ProcessResult result = runProgram({"strip", in.string(), "-o", out.string()});
+    if (const auto refused = REFUSED.find(GetParam()); refused != REFUSED.end()) {
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_EQ(countOf(result.err, "\n"), 1u) << result.err;
+        EXPECT_THAT(result.err, testing::HasSubstr(refused->second));
+        EXPECT_FALSE(fs::exists(out));
+        return;
+    }
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    if (in.extension() == ".obj") {
+        const Faces before = readObjFaces(in);
+        const Faces after = facesOf(out);
+        EXPECT_EQ(after.boundary, before.boundary);
+        // One face of a model repeats its corners: triangles among the same corners are degenerate.
+        if (GetParam() != "OBJ/box_longline.obj") {
+            EXPECT_EQ(after.triangles, before.triangles);
+        }
+    } else {
+        expectSameTriangles(in, out);
+    }
+}
+
+TEST_P(Model, SurvivesEveryOption) {
+    const ProcessResult result = runForked({"strip", in.string(), "-o", out.string(), "--join", "none", "--fans", "5",
+                                            "--all-strips", "--iterations", "3"});
+    if (REFUSED.contains(GetParam())) {
+        EXPECT_EQ(result.exitCode, 3);
+        return;
+    }
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    if (in.extension() == ".obj") {
+        EXPECT_EQ(facesOf(out).boundary, readObjFaces(in).boundary);
+    } else {
+        expectSameTriangles(in, out);
+    }
+    EXPECT_EQ(runForked({"info", out.string()}).exitCode, 0);
+}
+
+std::string testName(const testing::TestParamInfo<std::string>& info) {
+    std::string name = info.param;
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Assimp, Model, testing::ValuesIn(modelNames()), testName);
+
+TEST(Models, AreAllThere) {
+    const std::vector<std::string> names = modelNames();
+    EXPECT_GE(names.size(), 60u);
+    for (const auto& [name, reason] : REFUSED) {
+        EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name;
+    }
+}
+
+} // namespace

@@ -1,0 +1,199 @@
+#include "ReadBack.h"
+#include "SmallModels.h"
+#include "ToolProcess.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace tool_test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class StripCommand : public testing::Test {
+protected:
+    /// Strips `in.glb` to `out.glb` and expects it to succeed.
+    Json strip(const GltfModel& model, std::vector<std::string> options = {}) {
+        model.writeGlb(in);
+        std::vector<std::string> arguments{"strip", in, "-o", out, "--json"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const ProcessResult result = runForked(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        return result.exitCode == 0 ? Json::parse(result.out) : Json::object();
+    }
+
+    Json output() { return Json::parse(glbJson(out)); }
+
+    TemporaryDirectory directory;
+    std::string in = (directory / "in.glb").string();
+    std::string out = (directory / "out.glb").string();
+};
+
+TEST_F(StripCommand, WritesOneStripForOneList) {
+    strip(gridModel(4, 4));
+    const Json primitives = output()["meshes"][0]["primitives"];
+    ASSERT_EQ(primitives.size(), 1u);
+    EXPECT_EQ(primitives[0]["mode"], 5);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, ReportsTheFiguresOfEachMeshAndTheirTotal) {
+    GltfModel model = gridModel(4, 4);
+    model.addMesh(0, 1);
+    const Json report = strip(model);
+    ASSERT_EQ(report["meshes"].size(), 2u);
+    const Json& mesh = report["meshes"][0];
+    EXPECT_EQ(mesh["triangles"], 32);
+    EXPECT_EQ(mesh["indicesBefore"], 96);
+    EXPECT_EQ(mesh["bytesBefore"], 192);
+    const Json accessor = output()["accessors"][1];
+    EXPECT_EQ(mesh["indicesAfter"], accessor["count"]);
+    EXPECT_EQ(mesh["bytesAfter"], accessor["count"]);
+    EXPECT_DOUBLE_EQ(mesh["indicesPerTriangle"].get<double>(), accessor["count"].get<double>() / 32);
+    EXPECT_EQ(mesh["sameTriangles"], true);
+    EXPECT_EQ(report["total"]["triangles"], 64);
+    EXPECT_EQ(report["total"]["sameTriangles"], true);
+}
+
+TEST_F(StripCommand, PrintsATableForPeople) {
+    gridModel(4, 4).writeGlb(in);
+    const ProcessResult result = runForked({"strip", in, "-o", out});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(result.out, HasSubstr("mesh 0"));
+    EXPECT_THAT(result.out, HasSubstr("same triangles"));
+    EXPECT_THAT(result.out, HasSubstr("yes"));
+    EXPECT_THAT(result.out, testing::Not(HasSubstr("NO")));
+}
+
+TEST_F(StripCommand, LeftOverTrianglesJoinTheStrip) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 3, 4, 5}));
+    const Json report = strip(model);
+    EXPECT_EQ(report["total"]["leftOver"], 2);
+    EXPECT_EQ(report["total"]["strips"], 0);
+    ASSERT_EQ(output()["meshes"][0]["primitives"].size(), 1u);
+    EXPECT_EQ(output()["meshes"][0]["primitives"][0]["mode"], 5);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, WithoutJoiningLeftOverTrianglesStayAList) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 2, 1, 3, 4, 5, 6}));
+    strip(model, {"--join", "none"});
+    const Json primitives = output()["meshes"][0]["primitives"];
+    ASSERT_EQ(primitives.size(), 2u);
+    EXPECT_EQ(primitives[0]["mode"], 5);
+    EXPECT_EQ(primitives[1]["mode"], 4);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, AllStripsLeavesNothingOver) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 2, 1, 3, 4, 5, 6}));
+    const Json report = strip(model, {"--join", "none", "--all-strips"});
+    EXPECT_EQ(report["total"]["leftOver"], 0);
+    EXPECT_EQ(report["total"]["strips"], 2);
+    const Json primitives = output()["meshes"][0]["primitives"];
+    for (const Json& primitive : primitives) {
+        EXPECT_EQ(primitive["mode"], 5);
+    }
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, FansStayPrimitivesOfTheirOwn) {
+    const Json report = strip(gridModel(6, 6), {"--fans", "6"});
+    EXPECT_GT(report["total"]["fans"].get<int>(), 0);
+    std::vector<int> modes;
+    const Json primitives = output()["meshes"][0]["primitives"];
+    for (const Json& primitive : primitives) {
+        modes.push_back(primitive["mode"].get<int>());
+    }
+    EXPECT_EQ(std::count(modes.begin(), modes.end(), 6), report["total"]["fans"].get<int>());
+    EXPECT_EQ(std::count(modes.begin(), modes.end(), 5), 1);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, MorePassesNeverGiveMoreIndices) {
+    const GltfModel model = gridModel(9, 7);
+    const int once = strip(model)["total"]["indicesAfter"].get<int>();
+    const int often = strip(model, {"--iterations", "40"})["total"]["indicesAfter"].get<int>();
+    EXPECT_LE(often, once);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, DecodesStripsAndFansFirst) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 2, 0, 1, 2, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 3, 4, 5}), 5);
+    model.addMesh(positions, model.addIndices({0, 1, 3, 2}), 6);
+    const Json report = strip(model);
+    EXPECT_EQ(report["meshes"][0]["triangles"], 4);
+    EXPECT_EQ(report["meshes"][1]["triangles"], 2);
+    EXPECT_EQ(output()["meshes"][1]["primitives"][0]["mode"], 5);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, TrianglesWithoutIndicesGetSome) {
+    GltfModel model;
+    model.addMesh(model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0}), -1);
+    const Json report = strip(model);
+    EXPECT_EQ(report["total"]["indicesBefore"], 6);
+    EXPECT_EQ(report["total"]["bytesBefore"], 0);
+    EXPECT_TRUE(output()["meshes"][0]["primitives"][0].contains("indices"));
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, DropsDegenerateTriangles) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 1, 1, 2, 0, 2, 2}));
+    const Json report = strip(model);
+    EXPECT_EQ(report["total"]["triangles"], 1);
+    EXPECT_EQ(report["total"]["degenerateTriangles"], 2);
+    EXPECT_EQ(report["total"]["indicesAfter"], 3);
+}
+
+TEST_F(StripCommand, LeavesAPrimitiveWithoutTrianglesAsItIs) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 1}));
+    strip(model);
+    EXPECT_EQ(output()["meshes"], model.json["meshes"]);
+    EXPECT_EQ(output()["accessors"], model.json["accessors"]);
+}
+
+TEST_F(StripCommand, IgnoresWhatFollowsTheLastWholeTriangle) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 0, 1}));
+    EXPECT_EQ(strip(model)["total"]["triangles"], 1);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, TheFirstLineOfTheReportNamesBothFiles) {
+    gridModel(1, 1).writeGlb(in);
+    EXPECT_THAT(runForked({"strip", in, "-o", out}).out, StartsWith(in + " -> " + out + ": "));
+}
+
+TEST_F(StripCommand, LeavesNothingBesideTheOutput) {
+    strip(gridModel(2, 2));
+    EXPECT_THAT(directory.files(), ElementsAre("in.glb", "out.glb"));
+}
+
+TEST_F(StripCommand, IsAProgram) {
+    gridModel(3, 3).writeGlb(in);
+    const ProcessResult result = runProgram({"strip", in, "-o", out, "--json"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(Json::parse(result.out)["total"]["triangles"], 18);
+    EXPECT_EQ(result.err, "");
+    expectSameTriangles(in, out);
+}
+
+} // namespace

@@ -1,0 +1,158 @@
+#include "StripFile.h"
+
+#include "Errors.h"
+#include "MeshFacts.h"
+#include "io/IndexEdit.h"
+
+#include <set>
+
+namespace vexa::tool {
+
+namespace {
+
+/// A primitive that is edited, and what is needed to compare its triangles later.
+struct StrippedPrimitive {
+    std::size_t mesh;
+    std::vector<unsigned int> triangles;
+};
+
+void add(StripFigures& sum, const StripFigures& part) {
+    sum.triangles += part.triangles;
+    sum.degenerate += part.degenerate;
+    sum.strips += part.strips;
+    sum.fans += part.fans;
+    sum.leftOver += part.leftOver;
+    sum.seconds += part.seconds;
+    sum.sameTriangles = sum.sameTriangles && part.sameTriangles;
+}
+
+/// Indices and bytes of an accessor, counted where it is met first.
+class IndexCounter {
+public:
+    explicit IndexCounter(StripFigures& total) : total_(total) {}
+
+    void countBefore(const Primitive& primitive, StripFigures& mesh) { count(primitive, mesh, true); }
+    void countAfter(const Primitive& primitive, StripFigures& mesh) { count(primitive, mesh, false); }
+    void beginMesh() { seenInMesh_.clear(); }
+
+private:
+    void count(const Primitive& primitive, StripFigures& mesh, bool before) {
+        const auto addTo = [&](StripFigures& figures) {
+            (before ? figures.indicesBefore : figures.indicesAfter) += primitive.indices.size();
+            (before ? figures.bytesBefore : figures.bytesAfter) += indexBytes(primitive);
+        };
+        if (!primitive.indexAccessor || seenInMesh_.insert(*primitive.indexAccessor).second) {
+            addTo(mesh);
+        }
+        if (!primitive.indexAccessor || seen_.insert(*primitive.indexAccessor).second) {
+            addTo(total_);
+        }
+    }
+
+    StripFigures& total_;
+    std::set<std::size_t> seen_;
+    std::set<std::size_t> seenInMesh_;
+};
+
+class Stripper {
+public:
+    Stripper(Document document, const StripSettings& settings) : document_(std::move(document)), settings_(settings) {}
+
+    StripOutcome run(const StripProgress& progress) {
+        outcome_.fileBytesBefore = document_.fileSize;
+        outcome_.total.name = "total";
+        IndexCounter before(outcome_.total);
+        for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
+            before.beginMesh();
+            stripMesh(m, before);
+            progress(m + 1, document_.meshes.size());
+        }
+        const std::vector<EditedIndices> edited = replaceIndices(document_.asset, edits_);
+        outcome_.file = writeGlb(document_.asset.json, document_.asset.buffers);
+        check(edited);
+        for (const StripFigures& figures : outcome_.meshes) {
+            add(outcome_.total, figures);
+        }
+        return std::move(outcome_);
+    }
+
+private:
+    void stripMesh(std::size_t index, IndexCounter& counter) {
+        Mesh& mesh = document_.meshes[index];
+        StripFigures figures;
+        figures.name = mesh.name;
+        for (std::size_t p = 0; p < mesh.primitives.size(); ++p) {
+            Primitive& primitive = mesh.primitives[p];
+            if (primitive.type < mesh::TRIANGLES) {
+                continue;
+            }
+            counter.countBefore(primitive, figures);
+            stripPrimitive(index, p, figures);
+            // Its triangles are kept; twice would be a lot for a large file.
+            primitive.indices = {};
+        }
+        outcome_.meshes.push_back(std::move(figures));
+    }
+
+    void stripPrimitive(std::size_t mesh, std::size_t index, StripFigures& figures) {
+        const Primitive& primitive = document_.meshes[mesh].primitives[index];
+        StripResult result = stripTriangles(primitive.type, primitive.indices, settings_);
+        figures.triangles += result.triangles;
+        figures.degenerate += result.degenerate;
+        figures.strips += result.strips;
+        figures.fans += result.fans;
+        figures.leftOver += result.leftOver;
+        figures.seconds += result.seconds;
+        if (result.triangles == 0) {
+            // There is nothing to write, and a glTF primitive cannot be empty: it stays as it is.
+            return;
+        }
+        stripped_.push_back({mesh, mesh::toTriangles(primitive.type, primitive.indices)});
+        edits_.push_back({mesh, index, std::move(result.primitives)});
+    }
+
+    /// Reads the finished file back and compares, primitive by primitive.
+    void check(const std::vector<EditedIndices>& edited) {
+        const Document output = loadDocument(outcome_.file, "output.glb");
+        IndexCounter after(outcome_.total);
+        std::size_t e = 0;
+        for (std::size_t m = 0; m < output.meshes.size(); ++m) {
+            after.beginMesh();
+            for (const Primitive& primitive : output.meshes[m].primitives) {
+                if (primitive.type >= mesh::TRIANGLES) {
+                    after.countAfter(primitive, outcome_.meshes[m]);
+                }
+            }
+            for (; e < edits_.size() && edits_[e].mesh == m; ++e) {
+                std::vector<unsigned int> triangles;
+                for (std::size_t i = 0; i < edited[e].count; ++i) {
+                    const Primitive& primitive = output.meshes[m].primitives.at(edited[e].firstPrimitive + i);
+                    const auto part = mesh::toTriangles(primitive.type, primitive.indices);
+                    triangles.insert(triangles.end(), part.begin(), part.end());
+                }
+                if (!mesh::sameTriangles(stripped_[e].triangles, triangles)) {
+                    outcome_.meshes[m].sameTriangles = false;
+                }
+            }
+        }
+    }
+
+    Document document_;
+    const StripSettings& settings_;
+    std::vector<IndexEdit> edits_;
+    std::vector<StrippedPrimitive> stripped_; ///< one per edit
+    StripOutcome outcome_;
+};
+
+} // namespace
+
+StripOutcome stripDocument(Document document, const StripSettings& settings, const StripProgress& progress) {
+    const std::string file = document.file.string();
+    try {
+        return Stripper(std::move(document), settings).run(progress);
+    } catch (const FormatError& error) {
+        throw FileError(file, error.what());
+    }
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,84 @@
+#include "Stripping.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <utility>
+
+namespace vexa::tool {
+
+namespace {
+
+using mesh::IndexedPrimitive;
+
+/// Each triangle of a list as a strip of its own.
+void appendSingles(const std::vector<unsigned int>& triangles, std::vector<IndexedPrimitive>& strips) {
+    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
+        strips.push_back({mesh::TRIANGLE_STRIP, {triangles[i], triangles[i + 1], triangles[i + 2]}});
+    }
+}
+
+std::vector<IndexedPrimitive> joinAll(std::vector<IndexedPrimitive> primitives) {
+    std::vector<IndexedPrimitive> result;
+    std::vector<IndexedPrimitive> strips;
+    for (IndexedPrimitive& primitive : primitives) {
+        if (primitive.type == mesh::TRIANGLE_FAN) {
+            result.push_back(std::move(primitive));
+        } else if (primitive.type == mesh::TRIANGLE_STRIP) {
+            strips.push_back(std::move(primitive));
+        } else {
+            appendSingles(primitive.indices, strips);
+        }
+    }
+    if (!strips.empty()) {
+        result.push_back({mesh::TRIANGLE_STRIP, mesh::joinStrips(strips, mesh::StripJoin::Degenerate)});
+    }
+    return result;
+}
+
+StripResult cutTriangles(const std::vector<unsigned int>& triangles, const StripSettings& settings) {
+    StripResult result;
+    std::vector<IndexedPrimitive> primitives = mesh::buildPrimitives(triangles, settings.options);
+    for (const IndexedPrimitive& primitive : primitives) {
+        result.strips += primitive.type == mesh::TRIANGLE_STRIP ? 1 : 0;
+        result.fans += primitive.type == mesh::TRIANGLE_FAN ? 1 : 0;
+        result.leftOver += primitive.type == mesh::TRIANGLES ? primitive.indices.size() / 3 : 0;
+    }
+    result.primitives = settings.join ? joinAll(std::move(primitives)) : std::move(primitives);
+    std::erase_if(result.primitives, [](const IndexedPrimitive& primitive) { return primitive.indices.empty(); });
+    return result;
+}
+
+std::size_t countIndices(const StripResult& result) {
+    std::size_t count = 0;
+    for (const IndexedPrimitive& primitive : result.primitives) {
+        count += primitive.indices.size();
+    }
+    return count;
+}
+
+} // namespace
+
+StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
+                           const StripSettings& settings) {
+    const std::vector<unsigned int> triangles = mesh::toTriangles(type, indices);
+    const auto begin = std::chrono::steady_clock::now();
+    StripResult result = cutTriangles(triangles, settings);
+    if (settings.options.iterations > 1) {
+        StripSettings onePass = settings;
+        onePass.options.iterations = 1;
+        StripResult other = cutTriangles(triangles, onePass);
+        // The search knows nothing of what joining costs.
+        if (countIndices(other) < countIndices(result)) {
+            result = std::move(other);
+        }
+    }
+    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    result.triangles = triangles.size() / 3;
+    const std::size_t drawn =
+        type == mesh::TRIANGLES ? indices.size() / 3 : std::max<std::size_t>(indices.size(), 2) - 2;
+    result.degenerate = drawn - result.triangles;
+    return result;
+}
+
+} // namespace vexa::tool

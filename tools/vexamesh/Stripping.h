@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+#include <vexa/mesh/Strips.h>
+
+namespace vexa::tool {
+
+/// How triangles are cut and written.
+struct StripSettings {
+    mesh::StripOptions options;
+    bool join = true; ///< all strips, and what is left over, in one; otherwise a primitive per strip
+};
+
+/// One primitive, cut.
+struct StripResult {
+    std::vector<mesh::IndexedPrimitive> primitives; ///< empty when there is no triangle
+    std::size_t triangles = 0;                      ///< of the input, without degenerate ones
+    std::size_t degenerate = 0;                     ///< those: triangles with two equal corners, which draw nothing
+    std::size_t strips = 0;                         ///< before they were joined
+    std::size_t fans = 0;
+    std::size_t leftOver = 0; ///< triangles in no strip and no fan
+    double seconds = 0;       ///< for cutting and joining
+};
+
+/// Cuts the triangles of a primitive into strips and fans. More than one pass never gives more indices than one does,
+/// also where joining the strips costs more than the search has saved.
+///
+/// \param type    `TRIANGLES`, `TRIANGLE_STRIP` or `TRIANGLE_FAN`
+/// \param indices as decoded; in a list, what follows the last whole triangle is ignored
+StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
+                           const StripSettings& settings);
+
+} // namespace vexa::tool

@@ -1,0 +1,375 @@
+#include "io/IndexEdit.h"
+
+#include "Errors.h"
+#include "io/AssetBuilder.h"
+#include "io/GltfCheck.h"
+#include "io/GltfExtensions.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr int ELEMENT_ARRAY_BUFFER = 34963;
+
+/// Who refers to the accessors and buffer views of a document.
+struct References {
+    std::vector<std::size_t> indexUses;  ///< per accessor: primitives that take their indices from it
+    std::vector<bool> otherAccessorUses; ///< per accessor: whether anything else refers to it
+    std::vector<bool> otherViewUses;     ///< per buffer view: whether anything but an accessor's elements refers to it
+    std::vector<std::size_t> accessorUses; ///< per buffer view: accessors whose elements it holds
+};
+
+void markAccessorUses(const Json& json, References& references) {
+    const auto mark = [&](const Json& value) { references.otherAccessorUses[value.get<std::size_t>()] = true; };
+    for (const Json& mesh : arrayMember(json, "meshes", "")) {
+        for (const Json& primitive : mesh["primitives"]) {
+            if (primitive.contains("indices")) {
+                ++references.indexUses[primitive["indices"].get<std::size_t>()];
+            }
+            for (const Json& accessor : primitive["attributes"]) {
+                mark(accessor);
+            }
+            for (const Json& target : arrayMember(primitive, "targets", "")) {
+                std::for_each(target.begin(), target.end(), mark);
+            }
+        }
+    }
+    for (const Json& skin : arrayMember(json, "skins", "")) {
+        if (skin.contains("inverseBindMatrices")) {
+            mark(skin["inverseBindMatrices"]);
+        }
+    }
+    for (const Json& animation : arrayMember(json, "animations", "")) {
+        for (const Json& sampler : arrayMember(animation, "samplers", "")) {
+            mark(sampler["input"]);
+            mark(sampler["output"]);
+        }
+    }
+}
+
+References collectReferences(const Json& json, const ExtensionReferences& extensions) {
+    const Json& accessors = arrayMember(json, "accessors", "");
+    const std::size_t views = arrayMember(json, "bufferViews", "").size();
+    References references{std::vector<std::size_t>(accessors.size()), std::vector<bool>(accessors.size()),
+                          std::vector<bool>(views), std::vector<std::size_t>(views)};
+    markAccessorUses(json, references);
+    for (std::size_t i = 0; i < accessors.size(); ++i) {
+        if (extensions.accessors.contains(i) || extensions.anything.contains(i)) {
+            references.otherAccessorUses[i] = true;
+        }
+        if (accessors[i].contains("bufferView")) {
+            ++references.accessorUses[accessors[i]["bufferView"].get<std::size_t>()];
+        }
+        if (accessors[i].contains("sparse")) {
+            for (const char* part : {"indices", "values"}) {
+                references.otherViewUses[accessors[i]["sparse"][part]["bufferView"].get<std::size_t>()] = true;
+            }
+        }
+    }
+    for (const Json& image : arrayMember(json, "images", "")) {
+        if (image.contains("bufferView")) {
+            references.otherViewUses[image["bufferView"].get<std::size_t>()] = true;
+        }
+    }
+    for (const std::uint64_t number : extensions.anything) {
+        if (number < views) {
+            references.otherViewUses[number] = true;
+        }
+    }
+    return references;
+}
+
+class IndexEditor {
+public:
+    IndexEditor(Asset& asset, const std::vector<IndexEdit>& edits)
+        : json_(asset.json), buffers_(asset.buffers), edits_(edits), extensions_(collectExtensionReferences(json_)),
+          references_(collectReferences(json_, extensions_)) {
+        if (!extensions_.bufferUsers.empty()) {
+            throw FormatError("the extension " + *extensions_.bufferUsers.begin() +
+                              " refers to a buffer, whose bytes would move");
+        }
+    }
+
+    std::vector<EditedIndices> run() {
+        findReplacedAccessors();
+        const std::set<std::size_t> viewsBefore = usedViews();
+        for (const IndexEdit& edit : edits_) {
+            placeEdit(edit);
+        }
+        rebuildViews();
+        rewritePrimitives();
+        if (!extensions_.unknown) {
+            dropViews(viewsBefore);
+        }
+        return results_;
+    }
+
+private:
+    /// New indices, and the accessor that holds them.
+    struct Placed {
+        const std::vector<unsigned int>* indices;
+        std::size_t accessor;
+    };
+
+    Json& primitiveOf(const IndexEdit& edit) { return json_["meshes"][edit.mesh]["primitives"][edit.primitive]; }
+
+    /// An accessor is replaced when everybody who refers to it is edited.
+    void findReplacedAccessors() {
+        std::map<std::size_t, std::size_t> edited;
+        for (const IndexEdit& edit : edits_) {
+            if (primitiveOf(edit).contains("indices")) {
+                ++edited[primitiveOf(edit)["indices"].get<std::size_t>()];
+            }
+        }
+        for (const auto& [accessor, uses] : edited) {
+            if (!references_.otherAccessorUses[accessor] && uses == references_.indexUses[accessor]) {
+                replaced_.insert(accessor);
+            }
+        }
+    }
+
+    std::set<std::size_t> usedViews() {
+        std::set<std::size_t> views;
+        for (const Json& accessor : arrayMember(json_, "accessors", "")) {
+            if (accessor.contains("bufferView")) {
+                views.insert(accessor["bufferView"].get<std::size_t>());
+            }
+            if (accessor.contains("sparse")) {
+                views.insert(accessor["sparse"]["indices"]["bufferView"].get<std::size_t>());
+                views.insert(accessor["sparse"]["values"]["bufferView"].get<std::size_t>());
+            }
+        }
+        return views;
+    }
+
+    /// A buffer view that holds nothing but indices can be written anew.
+    bool isRebuildable(std::size_t view) {
+        const auto found = rebuildable_.find(view);
+        if (found != rebuildable_.end()) {
+            return found->second;
+        }
+        bool result = !references_.otherViewUses[view];
+        const Json& accessors = json_["accessors"];
+        for (std::size_t i = 0; i < references_.indexUses.size() && result; ++i) {
+            const bool inside = accessors[i].contains("bufferView") && accessors[i]["bufferView"] == view;
+            result = !inside || (references_.indexUses[i] > 0 && !references_.otherAccessorUses[i]);
+        }
+        return rebuildable_[view] = result;
+    }
+
+    void placeEdit(const IndexEdit& edit) {
+        const Json& primitive = primitiveOf(edit);
+        std::optional<std::size_t> old;
+        if (primitive.contains("indices")) {
+            old = primitive["indices"].get<std::size_t>();
+        }
+        EditedIndices result{0, edit.replacements.size(), {}};
+        if (const auto* shared = findShared(old, edit)) {
+            result.accessors = *shared;
+        } else {
+            // The old accessor changes with the first new indices: what is needed of it is taken before.
+            const Json original = old ? json_["accessors"][*old] : Json::object();
+            for (const mesh::IndexedPrimitive& replacement : edit.replacements) {
+                result.accessors.push_back(placeIndices(old, original, replacement.indices));
+            }
+            if (old) {
+                shared_[*old].push_back({&edit, result.accessors});
+            }
+        }
+        results_.push_back(std::move(result));
+    }
+
+    const std::vector<std::size_t>* findShared(std::optional<std::size_t> old, const IndexEdit& edit) {
+        if (!old) {
+            return nullptr;
+        }
+        for (const auto& [other, accessors] : shared_[*old]) {
+            const auto same = [](const mesh::IndexedPrimitive& a, const mesh::IndexedPrimitive& b) {
+                return a.indices == b.indices;
+            };
+            if (std::equal(other->replacements.begin(), other->replacements.end(), edit.replacements.begin(),
+                           edit.replacements.end(), same)) {
+                return &accessors;
+            }
+        }
+        return nullptr;
+    }
+
+    std::size_t placeIndices(std::optional<std::size_t> old, const Json& original,
+                             const std::vector<unsigned int>& indices) {
+        Json accessor = original;
+        for (const char* member : {"bufferView", "byteOffset", "normalized", "sparse"}) {
+            accessor.erase(member);
+        }
+        accessor["componentType"] = narrowestIndexType(indices);
+        accessor["count"] = indices.size();
+        accessor["type"] = "SCALAR";
+        if (accessor.contains("min") || accessor.contains("max")) {
+            const auto [least, largest] = std::minmax_element(indices.begin(), indices.end());
+            accessor["min"] = Json::array({*least});
+            accessor["max"] = Json::array({*largest});
+        }
+        Json& accessors = json_["accessors"];
+        const bool takesPlace = old && replaced_.contains(*old) && reused_.insert(*old).second;
+        const std::size_t index = takesPlace ? *old : accessors.size();
+        if (takesPlace) {
+            accessors[index] = std::move(accessor);
+        } else {
+            accessors.push_back(std::move(accessor));
+        }
+
+        const auto view = original.find("bufferView");
+        const bool inOldView =
+            view != original.end() && replaced_.contains(*old) && isRebuildable(view->get<std::size_t>());
+        contents_[inOldView ? view->get<std::size_t>() : NEW_VIEW].push_back({&indices, index});
+        return index;
+    }
+
+    void rebuildViews() {
+        for (const auto& [view, placed] : contents_) {
+            Bytes content;
+            if (view != NEW_VIEW) {
+                keepOthers(view, content);
+            }
+            std::size_t target = view;
+            if (view == NEW_VIEW) {
+                Json& views = json_["bufferViews"];
+                target = views.size();
+                views.push_back({{"buffer", 0}, {"byteLength", 0}, {"target", ELEMENT_ARRAY_BUFFER}});
+            }
+            for (const Placed& entry : placed) {
+                const auto type = json_["accessors"][entry.accessor]["componentType"].get<mesh::ComponentType>();
+                padTo(content, mesh::getComponentSizeInBytes(type));
+                setRange(entry.accessor, target, content.size());
+                appendIndices(content, *entry.indices, type);
+            }
+            Json& entry = json_["bufferViews"][target];
+            entry.erase("byteStride");
+            entry.erase("byteOffset");
+            entry["buffer"] = buffers_.size();
+            entry["byteLength"] = content.size();
+            json_["buffers"].push_back({{"byteLength", content.size()}});
+            buffers_.push_back(std::move(content));
+        }
+    }
+
+    /// Moves what stays of a buffer view's indices into its new content.
+    void keepOthers(std::size_t view, Bytes& content) {
+        const Json& source = json_["bufferViews"][view];
+        const Bytes& buffer = buffers_.at(source["buffer"].get<std::size_t>());
+        const std::size_t start = source.value("byteOffset", std::size_t{0});
+        const std::size_t stride = source.value("byteStride", std::size_t{0});
+        for (std::size_t i = 0; i < references_.indexUses.size(); ++i) {
+            Json& accessor = json_["accessors"][i];
+            if (reused_.contains(i) || !accessor.contains("bufferView") || accessor["bufferView"] != view) {
+                continue;
+            }
+            const std::size_t size = elementSize(accessor["componentType"].get<std::uint64_t>(), "SCALAR");
+            padTo(content, size);
+            const std::size_t from = start + accessor.value("byteOffset", std::size_t{0});
+            setRange(i, view, content.size());
+            for (std::size_t element = 0; element < accessor["count"].get<std::size_t>(); ++element) {
+                const auto* data = buffer.data() + from + element * (stride == 0 ? size : stride);
+                content.insert(content.end(), data, data + size);
+            }
+        }
+    }
+
+    void setRange(std::size_t accessor, std::size_t view, std::size_t offset) {
+        Json& entry = json_["accessors"][accessor];
+        entry["bufferView"] = view;
+        if (offset != 0) {
+            entry["byteOffset"] = offset;
+        } else {
+            entry.erase("byteOffset");
+        }
+    }
+
+    void rewritePrimitives() {
+        for (std::size_t e = 0; e < edits_.size();) {
+            const std::size_t mesh = edits_[e].mesh;
+            Json& primitives = json_["meshes"][mesh]["primitives"];
+            Json rewritten = Json::array();
+            for (std::size_t i = 0; i < primitives.size(); ++i) {
+                if (e == edits_.size() || edits_[e].mesh != mesh || edits_[e].primitive != i) {
+                    rewritten.push_back(std::move(primitives[i]));
+                    continue;
+                }
+                results_[e].firstPrimitive = rewritten.size();
+                for (std::size_t r = 0; r < edits_[e].replacements.size(); ++r) {
+                    Json primitive = primitives[i];
+                    primitive["indices"] = results_[e].accessors[r];
+                    primitive["mode"] = edits_[e].replacements[r].type;
+                    rewritten.push_back(std::move(primitive));
+                }
+                ++e;
+            }
+            primitives = std::move(rewritten);
+        }
+    }
+
+    /// Removes the buffer views that were used before and are no more.
+    void dropViews(const std::set<std::size_t>& before) {
+        const std::set<std::size_t> after = usedViews();
+        Json& views = json_["bufferViews"];
+        std::vector<std::size_t> newIndex(views.size());
+        Json kept = Json::array();
+        for (std::size_t i = 0; i < views.size(); ++i) {
+            newIndex[i] = kept.size();
+            const bool isImage = i < references_.otherViewUses.size() && references_.otherViewUses[i] && isImageView(i);
+            if (!before.contains(i) || after.contains(i) || isImage) {
+                kept.push_back(std::move(views[i]));
+            }
+        }
+        views = std::move(kept);
+        const auto renumber = [&](Json& object) {
+            if (object.contains("bufferView")) {
+                object["bufferView"] = newIndex[object["bufferView"].get<std::size_t>()];
+            }
+        };
+        for (Json& accessor : json_["accessors"]) {
+            renumber(accessor);
+            if (accessor.contains("sparse")) {
+                renumber(accessor["sparse"]["indices"]);
+                renumber(accessor["sparse"]["values"]);
+            }
+        }
+        if (json_.contains("images")) {
+            std::for_each(json_["images"].begin(), json_["images"].end(), renumber);
+        }
+    }
+
+    bool isImageView(std::size_t view) {
+        const Json& images = arrayMember(json_, "images", "");
+        return std::any_of(images.begin(), images.end(), [&](const Json& image) {
+            return image.contains("bufferView") && image["bufferView"] == view;
+        });
+    }
+
+    static constexpr std::size_t NEW_VIEW = static_cast<std::size_t>(-1);
+
+    Json& json_;
+    std::vector<Bytes>& buffers_;
+    const std::vector<IndexEdit>& edits_;
+    ExtensionReferences extensions_;
+    References references_;
+    std::set<std::size_t> replaced_;                      ///< accessors that nobody uses any longer
+    std::set<std::size_t> reused_;                        ///< those whose place is taken
+    std::map<std::size_t, bool> rebuildable_;             ///< per buffer view, once asked
+    std::map<std::size_t, std::vector<Placed>> contents_; ///< per buffer view
+    std::map<std::size_t, std::vector<std::pair<const IndexEdit*, std::vector<std::size_t>>>> shared_;
+    std::vector<EditedIndices> results_;
+};
+
+} // namespace
+
+std::vector<EditedIndices> replaceIndices(Asset& asset, const std::vector<IndexEdit>& edits) {
+    return edits.empty() ? std::vector<EditedIndices>() : IndexEditor(asset, edits).run();
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "io/Asset.h"
+
+#include <vector>
+#include <vexa/mesh/Strips.h>
+
+namespace vexa::tool {
+
+/// What a primitive of an asset becomes: one or more primitives with its attributes, material and so on.
+struct IndexEdit {
+    std::size_t mesh = 0;
+    std::size_t primitive = 0;
+    std::vector<mesh::IndexedPrimitive> replacements; ///< at least one, none empty
+};
+
+/// What was written for an edit.
+struct EditedIndices {
+    std::size_t firstPrimitive = 0; ///< position of its first replacement in the mesh; the others follow
+    std::size_t count = 0;
+    std::vector<std::size_t> accessors; ///< of the replacements' indices
+};
+
+/// Gives primitives other indices, of the narrowest type that holds them. Index accessors that only edited primitives
+/// used give their places to the new ones, and buffer views without use go, so that nothing else is renumbered but
+/// buffer views; and not even these where an unknown extension might refer to them. Primitives that shared their
+/// indices and become the same go on sharing them.
+///
+/// `asset.json` and `asset.buffers` are changed; `asset.model` is left behind.
+///
+/// \param edits in the order of meshes and primitives, each of these at most once
+/// \throw FormatError an unknown extension refers to a buffer: its bytes cannot be moved
+std::vector<EditedIndices> replaceIndices(Asset& asset, const std::vector<IndexEdit>& edits);
+
+} // namespace vexa::tool
