@@ -2,6 +2,7 @@
 
 // IWYU pragma: begin_exports
 #include "vexa/mesh/AttributeBuffer.h"
+#include "vexa/mesh/AttributeBufferDump.h"
 #include "vexa/mesh/Buffer.h"
 #include "vexa/mesh/HalfEdgeGraph.h"
 #include "vexa/mesh/IndexBuffer.h"
