@@ -33,6 +33,33 @@ public:
     /// The same as `createDefault(TRIANGLES, UNSIGNED_INT)`.
     static MeshPtr createDefault();
 
+    /// Creates a mesh with the layout of another and without elements: primitive type, index type (no index buffer
+    /// without one), names, component types and counts of the attributes. Stride and offset are not taken over.
+    ///
+    /// \param mesh not changed, shares no buffer with the result; must not be empty
+    /// \throw std::logic_error "Attribute buffer is empty": the mesh holds an empty pointer
+    /// \throw std::bad_alloc
+    static MeshPtr createEmptyMesh(const MeshPtr& mesh);
+
+    /// Whether two meshes have the same layout: primitive type, and by position the names, component types and
+    /// component counts of their attributes. Index buffers, element counts, strides and contents are not compared.
+    ///
+    /// \param first, second  not changed; must not be empty; may be the same
+    /// \param logDifferences whether one record at severity error names the first difference found
+    /// \throw std::logic_error "Attribute buffer is empty": a mesh holds an empty pointer
+    /// \throw whatever the logging library throws
+    static bool meshesAreCompatible(const MeshPtr& first, const MeshPtr& second, bool logDifferences);
+
+    /// Checks that the mesh is consistent in itself: it has positions, no attribute has fewer elements than those, and
+    /// every index is below their number. The primitive type is not looked at.
+    ///
+    /// \throw std::logic_error "Missing position attribute"
+    /// \throw std::logic_error "Attribute buffer is empty": the mesh holds an empty pointer
+    /// \throw std::logic_error "Attribute NAME has less elements than vertices"
+    /// \throw std::logic_error "Indices are out of range"
+    /// Cost: linear in the number of indices.
+    void isValid() const;
+
     /// Topology that the indices, or the vertices of a mesh without indices, describe.
     virtual PrimitiveType getPrimitiveType() const = 0;
 

@@ -1,0 +1,104 @@
+#include "vexa/mesh/detail/Kernels.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+/// Calls a function with a value of the type of an index.
+template <typename Function>
+auto visitIndexType(ComponentType type, Function function) {
+    switch (type) {
+    case BYTE:
+        return function(static_cast<signed char>(0));
+    case UNSIGNED_BYTE:
+        return function(static_cast<unsigned char>(0));
+    case SHORT:
+        return function(static_cast<short>(0));
+    case UNSIGNED_SHORT:
+        return function(static_cast<unsigned short>(0));
+    case INT:
+        return function(0);
+    default:
+        return function(0U);
+    }
+}
+
+template <typename T>
+T load(const unsigned char* elements, unsigned long index) {
+    T element;
+    std::memcpy(&element, elements + index * sizeof(T), sizeof(T));
+    return element;
+}
+
+// All bits of signed indices as an unsigned number: a negative one is then above every limit up to the sign bit.
+template <typename Bits>
+bool areBelow(const unsigned char* indices, unsigned long count, Bits limit) {
+    constexpr unsigned long blockSize = 4096;
+    for (unsigned long begin = 0; begin < count; begin += blockSize) {
+        const unsigned long end = std::min(begin + blockSize, count);
+        bool isBelow = true;
+        for (unsigned long i = begin; i < end; ++i) {
+            isBelow &= load<Bits>(indices, i) < limit;
+        }
+        if (!isBelow) {
+            return false;
+        }
+    }
+    return true;
+}
+
+template <typename T>
+bool areBelowWidened(const unsigned char* indices, unsigned long count, unsigned long limit) {
+    using Bits = std::make_unsigned_t<T>;
+    // Every value that is not negative is below a limit above the largest of its type.
+    constexpr auto largest = static_cast<unsigned long>(std::numeric_limits<T>::max());
+    if (limit <= largest) {
+        return areBelow<Bits>(indices, count, static_cast<Bits>(limit));
+    }
+    if constexpr (std::is_unsigned_v<T>) {
+        return true;
+    }
+    for (unsigned long i = 0; i < count; ++i) {
+        if (static_cast<unsigned long>(load<T>(indices, i)) >= limit) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The low 32 bits of a sum in 64 bits, of which no index type keeps more, are those of a sum in 32.
+template <typename From, typename To>
+void shift(const unsigned char* source, unsigned char* target, unsigned long count, std::uint32_t offset) {
+    for (unsigned long i = 0; i < count; ++i) {
+        const auto sum = static_cast<To>(static_cast<std::uint32_t>(load<From>(source, i)) + offset);
+        std::memcpy(target + i * sizeof(To), &sum, sizeof sum);
+    }
+}
+
+} // namespace
+
+bool areIndicesBelow(const void* indices, ComponentType type, unsigned long count, unsigned long limit) {
+    const auto* bytes = static_cast<const unsigned char*>(indices);
+    return visitIndexType(type, [&](auto index) { return areBelowWidened<decltype(index)>(bytes, count, limit); });
+}
+
+void shiftIndices(const void* source, ComponentType sourceType, void* target, ComponentType targetType,
+                  unsigned long count, unsigned long offset) {
+    const auto* from = static_cast<const unsigned char*>(source);
+    auto* to = static_cast<unsigned char*>(target);
+    const auto lowOffset = static_cast<std::uint32_t>(offset);
+    visitIndexType(sourceType, [&](auto sourceIndex) {
+        visitIndexType(targetType, [&](auto targetIndex) {
+            // A stored index has no sign, so the unsigned types serve for all.
+            using To = std::make_unsigned_t<decltype(targetIndex)>;
+            shift<decltype(sourceIndex), To>(from, to, count, lowOffset);
+        });
+    });
+}
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,15 @@
+#include "vexa/mesh/detail/MeshBuffers.h"
+
+#include <stdexcept>
+
+namespace vexa::mesh::detail {
+
+std::shared_ptr<AttributeBuffer> requireAttributeBuffer(const Mesh& mesh, unsigned long index) {
+    std::shared_ptr<AttributeBuffer> buffer = mesh.getAttributeBuffer(index);
+    if (!buffer) {
+        throw std::logic_error("Attribute buffer is empty");
+    }
+    return buffer;
+}
+
+} // namespace vexa::mesh::detail
