@@ -3,10 +3,12 @@
 // IWYU pragma: begin_exports
 #include "vexa/mesh/AttributeBuffer.h"
 #include "vexa/mesh/AttributeBufferDump.h"
+#include "vexa/mesh/AttributeTransformation.h"
 #include "vexa/mesh/Buffer.h"
 #include "vexa/mesh/HalfEdgeGraph.h"
 #include "vexa/mesh/IndexBuffer.h"
 #include "vexa/mesh/Mesh.h"
+#include "vexa/mesh/NormalQuantization.h"
 #include "vexa/mesh/Strips.h"
 #include "vexa/mesh/Types.h"
 // IWYU pragma: end_exports

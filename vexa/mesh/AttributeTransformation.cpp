@@ -1,0 +1,62 @@
+#include "vexa/mesh/AttributeTransformation.h"
+
+#include "vexa/mesh/detail/ElementTransformation.h"
+#include "vexa/mesh/detail/Kernels.h"
+#include "vexa/mesh/detail/MeshBuffers.h"
+
+#include <cstring>
+#include <iostream>
+#include <utility>
+
+namespace vexa::mesh {
+
+void createClassicTransformation(AttributeTransformationMap& map, const glm::mat4& m) {
+    map["position"] = detail::PositionTransformation{m};
+    map["normal"] = detail::NormalTransformation{detail::calcNormalMatrix(m)};
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a function that is running must not be changed by its holder.
+void transformAttrib(std::shared_ptr<AttributeBuffer>& buffer, AttributeTransformationFunction f) {
+    // The function may reset the caller's pointer.
+    const std::shared_ptr<AttributeBuffer> held = buffer;
+    detail::transformElements(*held, *held, 0, held->getElementCount(), f);
+}
+
+void transformMesh(MeshPtr& mesh, const AttributeTransformationMap& map) {
+    const MeshPtr held = mesh;
+    const unsigned long count = held->getNumAttributeBuffers();
+    for (unsigned long i = 0; i < count; ++i) {
+        std::shared_ptr<AttributeBuffer> buffer = detail::requireAttributeBuffer(*held, i);
+        const auto entry = map.find(buffer->getAttributeName());
+        if (entry != map.end()) {
+            transformAttrib(buffer, entry->second);
+        }
+    }
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): see transformAttrib.
+void transformAttributes(std::shared_ptr<AttributeBuffer> source, std::shared_ptr<AttributeBuffer> target,
+                         std::function<void(void*, void*)> f) { // NOLINT(performance-unnecessary-value-param)
+    const unsigned long count = source->getElementCount();
+    if (count != target->getElementCount()) {
+        std::cerr << "Source and target element count are different" << std::endl;
+        return;
+    }
+    detail::transformElementPairs(*source, *target, count, f);
+}
+
+std::function<glm::vec3(const glm::vec3&)> createVec3TransformationFunction(float w, const glm::mat4& m) {
+    return [w, m](const glm::vec3& v) { return detail::transformVector(m, v, w); };
+}
+
+std::function<void(void*, void*)>
+createVec3AttributeTransformationFunction(std::function<glm::vec3(const glm::vec3&)> f) {
+    return [f = std::move(f)](void* source, void* target) {
+        glm::vec3 vector;
+        std::memcpy(&vector, source, sizeof vector);
+        vector = f(vector);
+        std::memcpy(target, &vector, sizeof vector);
+    };
+}
+
+} // namespace vexa::mesh

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <algorithm>
+#include <memory>
+
+namespace vexa::mesh::detail {
+
+/// Room for a copy of one element: zero at first, aligned for every scalar type, null for elements without bytes.
+class ElementCopy {
+public:
+    explicit ElementCopy(unsigned long sizeInBytes)
+        : bytes_(sizeInBytes == 0 ? nullptr : new unsigned char[std::max(sizeInBytes, leastSize)]()) {}
+    [[nodiscard]] void* get() const { return bytes_.get(); }
+
+private:
+    // The library's own functions touch three floats, in smaller elements too.
+    static constexpr unsigned long leastSize = 3 * sizeof(float);
+    std::unique_ptr<unsigned char[]> bytes_;
+};
+
+} // namespace vexa::mesh::detail
