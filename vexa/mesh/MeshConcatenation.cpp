@@ -1,0 +1,130 @@
+#include "vexa/mesh/MeshConcatenation.h"
+
+#include "vexa/mesh/detail/ElementCopy.h"
+#include "vexa/mesh/detail/ElementTransformation.h"
+#include "vexa/mesh/detail/Kernels.h"
+#include "vexa/mesh/detail/MeshBuffers.h"
+#include "vexa/mesh/detail/PackedElements.h"
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+namespace vexa::mesh {
+
+namespace {
+
+unsigned long addCounts(unsigned long target, unsigned long source) {
+    if (source > std::numeric_limits<unsigned long>::max() - target) {
+        throw std::length_error("Element count exceeds 64 bits");
+    }
+    return target + source;
+}
+
+// Counts are read before the target grows and addresses after it: both may be one buffer or share a storage.
+void appendIndices(IndexBuffer& target, IndexBuffer& source, unsigned long offset) {
+    const unsigned long sourceCount = source.getElementCount();
+    const unsigned long targetCount = target.getElementCount();
+    target.resize(addCounts(targetCount, sourceCount));
+
+    const auto from = detail::findPackedIndices(source);
+    const auto to = detail::findPackedIndices(target);
+    if (from && to &&
+        detail::areSameOrApart(from->bytes, sourceCount * from->elementSizeInBytes, to->element(targetCount),
+                               sourceCount * to->elementSizeInBytes)) {
+        detail::shiftIndices(from->bytes, from->type, to->element(targetCount), to->type, sourceCount, offset);
+        return;
+    }
+    for (unsigned long i = 0; i < sourceCount; ++i) {
+        target.setElement(targetCount + i, source.getElement(i) + offset);
+    }
+}
+
+detail::Bounds calcBounds(AttributeBuffer& positions, unsigned long count, const glm::mat4& matrix) {
+    if (const auto elements = detail::findPackedElements(positions)) {
+        detail::Bounds bounds = detail::boundPosition(elements->bytes, matrix);
+        detail::extendBounds(bounds, elements->bytes, count, matrix);
+        return bounds;
+    }
+    const detail::ElementCopy position(positions.getElementSizeInBytes());
+    positions.getElement(0, position.get());
+    detail::Bounds bounds = detail::boundPosition(position.get(), matrix);
+    for (unsigned long i = 1; i < count; ++i) {
+        positions.getElement(i, position.get());
+        detail::extendBounds(bounds, position.get(), 1, matrix);
+    }
+    return bounds;
+}
+
+} // namespace
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a function that is running must not be changed by its holder.
+void concatAttribs(std::shared_ptr<AttributeBuffer>& target, const std::shared_ptr<AttributeBuffer>& source,
+                   AttributeTransformationFunction transformation) {
+    // The function may reset the caller's pointers.
+    const std::shared_ptr<AttributeBuffer> heldTarget = target;
+    const std::shared_ptr<AttributeBuffer> heldSource = source;
+    if (!heldTarget->isCompatible(heldSource)) {
+        throw std::invalid_argument("Attributes are incompatible!!!");
+    }
+    const unsigned long targetCount = heldTarget->getElementCount();
+    const unsigned long sourceCount = heldSource->getElementCount();
+    heldTarget->resize(addCounts(targetCount, sourceCount));
+    detail::transformElements(*heldSource, *heldTarget, targetCount, sourceCount, transformation);
+}
+
+void concatMeshes(MeshPtr& target, const MeshPtr& source, const AttributeTransformationMap& transformations) {
+    const MeshPtr heldTarget = target;
+    const MeshPtr heldSource = source;
+    if (!Mesh::meshesAreCompatible(heldTarget, heldSource, false)) {
+        throw std::invalid_argument("Both meshes are not compatible!!!");
+    }
+    const unsigned long attributeCount = heldTarget->getNumAttributeBuffers();
+    if (attributeCount == 0) {
+        return;
+    }
+    const unsigned long sourceVertexCount = detail::requireAttributeBuffer(*heldSource, 0)->getElementCount();
+    const unsigned long indexOffset = detail::requireAttributeBuffer(*heldTarget, 0)->getElementCount();
+
+    const std::shared_ptr<IndexBuffer> targetIndices = heldTarget->getIndexBuffer();
+    const std::shared_ptr<IndexBuffer> sourceIndices = heldSource->getIndexBuffer();
+    if ((targetIndices == nullptr) != (sourceIndices == nullptr)) {
+        throw std::invalid_argument("Only one mesh has an index buffer!!!");
+    }
+    if (targetIndices) {
+        appendIndices(*targetIndices, *sourceIndices, indexOffset);
+    }
+
+    // Each attribute is checked just before it is appended, so that those before a wrong one are there.
+    for (unsigned long i = 0; i < attributeCount; ++i) {
+        const std::shared_ptr<AttributeBuffer> sourceBuffer = detail::requireAttributeBuffer(*heldSource, i);
+        const unsigned long elementCount = sourceBuffer->getElementCount();
+        const std::string name = sourceBuffer->getAttributeName();
+        std::shared_ptr<AttributeBuffer> targetBuffer = heldTarget->getAttributeBuffer(name);
+        if (elementCount != sourceVertexCount) {
+            throw std::invalid_argument("Number of elements in differs with different attributes!!!");
+        }
+        const auto entry = transformations.find(name);
+        concatAttribs(targetBuffer, sourceBuffer,
+                      entry != transformations.end() ? entry->second : detail::leaveElement);
+    }
+}
+
+void computeVolume(glm::detail::taabb<float>& box, const MeshPtr& mesh, const glm::mat4& matrix) {
+    const std::shared_ptr<AttributeBuffer> positions = mesh->getAttributeBuffer("position");
+    if (!positions) {
+        throw std::invalid_argument("Mesh has no points");
+    }
+    if (positions->getComponentCountPerElement() != 3 || positions->getComponentType() != FLOAT) {
+        throw std::invalid_argument("Only vec3f is allowed for position!!!");
+    }
+    const unsigned long count = positions->getElementCount();
+    if (count == 0) {
+        throw std::invalid_argument("Have zero positions for mesh!!!");
+    }
+    const detail::Bounds bounds = calcBounds(*positions, count, matrix);
+    box.min = bounds.min;
+    box.max = bounds.max;
+}
+
+} // namespace vexa::mesh
