@@ -11,6 +11,7 @@ option(VEXA_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
 set(VEXA_LOGGING_TARGET "" CACHE STRING
     "CMake target that defines logging::Logger::getBoostLogger; empty builds the default logger")
 set(VEXA_SANITIZE "" CACHE STRING "Sanitizers for everything that is built, for example address,undefined")
+set(VEXA_GOOGLETEST_SOURCE "" CACHE STRING "Sources of GoogleTest to build the tests with; empty finds an installed one")
 option(VEXA_COVERAGE "Record code coverage" OFF)
 
 if(PROJECT_IS_TOP_LEVEL)
