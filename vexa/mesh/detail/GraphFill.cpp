@@ -58,24 +58,44 @@ void findAtCorner(const VertexList& list, const unsigned int* corners, std::size
     }
 }
 
-/// Looks at one edge, from `from` to the other end, through the list of one of its ends alone.
-EdgeOccupants findThrough(const VertexList& list, unsigned int from, unsigned int other) {
-    EdgeOccupants occupants;
-    for (const auto& [end, halfEdge] : list) {
-        // A triangle with both vertices has an entry here: it leaves to the other end, or comes from there.
-        HalfEdge* const incoming = halfEdge->next->next;
-        HalfEdge* const onEdge = end == other ? halfEdge : incoming->vertex == other ? incoming : nullptr;
-        if (onEdge == nullptr || !isLinkable(*halfEdge->triangle)) {
-            continue;
-        }
-        if (onEdge->vertex != from) {
-            occupants.opposite = onEdge;
-        }
-        if (++occupants.count == 2) {
-            break;
+/// Adds what an entry of the list of one end of an edge shows of the edge, which begins at `from`.
+void findThrough(const VertexHalfEdge& entry, unsigned int from, unsigned int otherEnd, EdgeOccupants& edge) {
+    // A triangle with both vertices has an entry here: it leaves to the other end, or comes from there.
+    const auto& [end, halfEdge] = entry;
+    HalfEdge* const incoming = halfEdge->next->next;
+    HalfEdge* const onEdge = end == otherEnd ? halfEdge : incoming->vertex == otherEnd ? incoming : nullptr;
+    if (onEdge == nullptr || !isLinkable(*halfEdge->triangle)) {
+        return;
+    }
+    ++edge.count;
+    if (onEdge->vertex != from) {
+        edge.opposite = onEdge;
+    }
+}
+
+/// Looks at each edge through the shorter list of its two ends, so that a vertex with a million triangles costs its
+/// neighbours nothing. All three lists are read side by side until one edge turns out to be full, which mostly shows
+/// near their begins, however many triangles were split off there since: what stands on the other two does not matter.
+void findThroughShorterLists(const std::array<const VertexList*, 3>& lists, const unsigned int* corners,
+                             TriangleOccupants& edges) {
+    std::array<std::size_t, 3> through{};
+    std::size_t longest = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::size_t j = (i + 1) % 3;
+        through[i] = lists[i]->size() < lists[j]->size() ? i : j;
+        longest = std::max(longest, lists[through[i]]->size());
+    }
+    for (std::size_t k = 0; k < longest; ++k) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            const VertexList& list = *lists[through[i]];
+            if (k < list.size()) {
+                findThrough(list[k], corners[i], corners[through[i] == i ? (i + 1) % 3 : i], edges[i]);
+            }
+            if (edges[i].count == 2) {
+                return;
+            }
         }
     }
-    return occupants;
 }
 
 /// What stands on the edges of a triangle that is not collapsed.
@@ -90,13 +110,7 @@ TriangleOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, 
         }
         return edges;
     }
-    // The shorter list of an edge's two ends will do, so that a vertex with a million triangles costs its neighbours
-    // nothing.
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::size_t j = (i + 1) % 3;
-        edges[i] = lists[i]->size() < lists[j]->size() ? findThrough(*lists[i], corners[i], corners[j])
-                                                       : findThrough(*lists[j], corners[i], corners[i]);
-    }
+    findThroughShorterLists(lists, corners, edges);
     return edges;
 }
 

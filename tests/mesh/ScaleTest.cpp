@@ -1,0 +1,222 @@
+#include "support/BuildKind.h"
+#include "support/Graphs.h"
+#include "support/LogCapture.h"
+
+#include <vexa/mesh/Strips.h>
+
+#include <gtest/gtest.h>
+
+#include <exception>
+#include <functional>
+#include <numeric>
+#include <pthread.h>
+#include <stdexcept>
+
+// Meshes large enough that recursion would overflow the stack and quadratic work would not come to an end.
+
+namespace {
+
+using namespace vexa::mesh;
+using graphs::FilledGraph;
+using meshes::Indices;
+using vexa::test::LogCapture;
+using vexa::test::Severity;
+
+constexpr unsigned int million = vexa::test::isSlowBuild ? 20000 : 1000000;
+constexpr unsigned int half = million / 2;
+
+struct Call {
+    std::function<void()> function;
+    std::exception_ptr thrown;
+};
+
+void* run(void* argument) {
+    Call& call = *static_cast<Call*>(argument);
+    try {
+        call.function();
+    } catch (...) {
+        call.thrown = std::current_exception();
+    }
+    return nullptr;
+}
+
+/// Runs a function on a stack of 256 KiB.
+void onSmallStack(const std::function<void()>& function) {
+    Call call{function, nullptr};
+    pthread_attr_t attributes;
+    pthread_t thread{};
+    if (pthread_attr_init(&attributes) != 0 || pthread_attr_setstacksize(&attributes, 256 * 1024) != 0 ||
+        pthread_create(&thread, &attributes, run, &call) != 0) {
+        throw std::runtime_error("no thread");
+    }
+    pthread_attr_destroy(&attributes);
+    pthread_join(thread, nullptr);
+    if (call.thrown) {
+        std::rethrow_exception(call.thrown);
+    }
+}
+
+void addOneByOne(HalfEdgeGraph& graph, const Indices& mesh) {
+    for (std::size_t i = 0; i < mesh.size(); i += 3) {
+        graph.addTriangle(mesh[i], mesh[i + 1], mesh[i + 2]);
+    }
+}
+
+/// Takes all primitives and returns their triangles.
+Indices takeTriangles(HalfEdgeGraph& graph) {
+    Indices triangles;
+    Indices indices;
+    while (const int type = graph.getPrimitive(indices, 0)) {
+        const Indices some = toTriangles(static_cast<PrimitiveType>(type), indices);
+        triangles.insert(triangles.end(), some.begin(), some.end());
+    }
+    return triangles;
+}
+
+/// Sends a mesh through everything that there is for a graph, and for the strips in one call.
+void expectEverythingWorks(const Indices& mesh, std::uint32_t iterations) {
+    const LogCapture capture(Severity::Warning);
+    onSmallStack([&] {
+        const Indices whole = toTriangles(TRIANGLES, mesh);
+        HalfEdgeGraph graph;
+        addOneByOne(graph, mesh);
+        graph.clear();
+        graph.addTriangles(mesh.data(), mesh.size());
+        EXPECT_TRUE(graph.verify(false));
+        Indices lines;
+        EXPECT_GE(graph.calcEgdeLines(lines, true), mesh.size() / 6);
+        graph.calcOptPrim(iterations, true, true, 5, true);
+        EXPECT_TRUE(sameTriangles(takeTriangles(graph), whole));
+        graph.calcOptPrim(iterations, true, true, 5, true); // all are claimed triangles now
+        EXPECT_TRUE(sameTriangles(takeTriangles(graph), whole));
+
+        Indices triangles;
+        for (const auto& primitive : buildPrimitives(mesh, {.iterations = iterations, .buildFans = true})) {
+            const Indices some = toTriangles(primitive.type, primitive.indices);
+            triangles.insert(triangles.end(), some.begin(), some.end());
+        }
+        EXPECT_TRUE(sameTriangles(triangles, whole));
+    });
+}
+
+TEST(Scale, AVertexWithAMillionTrianglesThatShareNoEdge) {
+    expectEverythingWorks(meshes::hub(million), 1);
+}
+
+TEST(Scale, AVertexWithAMillionTrianglesAroundIt) {
+    expectEverythingWorks(meshes::closedFan(million), 1);
+    expectEverythingWorks(meshes::openFan(million), 1);
+}
+
+TEST(Scale, TwoVerticesWithAMillionTrianglesEach) {
+    Indices mesh = meshes::closedFan(million);
+    for (unsigned int i = 0; i < million; ++i) { // the other side of the rim
+        mesh.insert(mesh.end(), {million + 1, 1 + (i + 1) % million, 1 + i});
+    }
+    expectEverythingWorks(mesh, 1);
+}
+
+TEST(Scale, AnEdgeWithAMillionTriangles) {
+    expectEverythingWorks(meshes::book(million), 1);
+}
+
+TEST(Scale, AMillionCopiesOfATriangle) {
+    Indices mesh;
+    mesh.reserve(3UL * million);
+    for (unsigned int i = 0; i < million; ++i) {
+        mesh.insert(mesh.end(), {0, 1, 2});
+    }
+    expectEverythingWorks(mesh, 1);
+}
+
+TEST(Scale, AMillionCollapsedTrianglesAtAVertex) {
+    Indices mesh;
+    mesh.reserve(3UL * million);
+    for (unsigned int i = 0; i < million; ++i) {
+        mesh.insert(mesh.end(), {0, 0, 1 + i});
+    }
+    expectEverythingWorks(mesh, 1);
+}
+
+TEST(Scale, AStripOfAMillionTriangles) {
+    expectEverythingWorks(meshes::strip(million), 1);
+    FilledGraph graph(meshes::strip(million));
+    onSmallStack([&] { EXPECT_EQ(graph.calcOptPrim(1, true, false, 6, false), million + 2); });
+    EXPECT_EQ(graph.strips.size(), 1u);
+}
+
+TEST(Scale, AMillionTrianglesThatShareNothing) {
+    expectEverythingWorks(meshes::scattered(million), 1);
+}
+
+TEST(Scale, AMillionTrianglesAtRandom) {
+    expectEverythingWorks(meshes::soup(million / 4, million, 5), 1);
+}
+
+TEST(Scale, HundredsOfThousandsOfTrianglesOnAHundredVertices) {
+    expectEverythingWorks(meshes::soup(100, half, 5), 1);
+}
+
+TEST(Scale, SeveralPassesOverAGrid) {
+    constexpr unsigned int side = vexa::test::isSlowBuild ? 70 : 500;
+    expectEverythingWorks(meshes::grid(side, side), 3);
+}
+
+TEST(Scale, SeveralPassesWithHundredsOfThousandsInABucket) {
+    // The picks are from a bucket that holds half a million at first.
+    expectEverythingWorks(meshes::scattered(half), 3);
+}
+
+TEST(Scale, SeveralPassesOverStripsOfTwo) {
+    expectEverythingWorks(meshes::pairs(half / 2), 3);
+}
+
+TEST(Scale, AMillionChunks) {
+    HalfEdgeGraph graph;
+    graph.pool.chunkSize = 1;
+    const Indices mesh = meshes::scattered(million);
+    onSmallStack([&] {
+        addOneByOne(graph, mesh);
+        graph.clear();
+        graph.addTriangles(mesh.data(), mesh.size());
+        graph.clear();
+        auto* const destroyed = new HalfEdgeGraph;
+        destroyed->pool.chunkSize = 1;
+        destroyed->addTriangles(mesh.data(), mesh.size());
+        delete destroyed;
+    });
+    EXPECT_EQ(graph.pool.chunks, nullptr);
+}
+
+TEST(Scale, ManySmallAdditionsToALargeGraph) {
+    constexpr unsigned int side = vexa::test::isSlowBuild ? 100 : 700;
+    constexpr unsigned int count = vexa::test::isSlowBuild ? 10000 : 400000;
+    FilledGraph graph(meshes::grid(side, side));
+    const auto vertexCount = static_cast<unsigned int>(graph.vertexHalfEdges.size());
+    onSmallStack([&] {
+        for (unsigned int i = 0; i < count; ++i) {
+            const unsigned int isNew = i % 2; // half of them add vertices too
+            const unsigned int corners[] = {i % vertexCount, isNew * (vertexCount + i), vertexCount - 1 - i % 7};
+            graph.addTriangles(corners, 3);
+        }
+    });
+    EXPECT_EQ(graphs::triangles(graph).size(), 2UL * side * side + count);
+}
+
+TEST(Scale, ManyReservationsOfAFewMoreVertices) {
+    HalfEdgeGraph graph;
+    for (unsigned int i = 1; i <= million; ++i) {
+        graph.reserve(i, 2048, 0);
+    }
+    EXPECT_EQ(graph.vertexHalfEdges.size(), million);
+}
+
+TEST(Scale, JoiningAMillionStrips) {
+    const std::vector<IndexedPrimitive> strips(million, {TRIANGLE_STRIP, {0, 1, 2}});
+    onSmallStack([&] {
+        EXPECT_EQ(joinStrips(strips, StripJoin::Restart).size(), 4UL * million - 1);
+        EXPECT_EQ(joinStrips(strips, StripJoin::Degenerate).size(), 6UL * million - 3);
+    });
+}
+
+} // namespace
