@@ -23,6 +23,9 @@ HalfEdgeGraph::~HalfEdgeGraph() {
 void HalfEdgeGraph::reserve(unsigned int vertexCount, unsigned int chunkSize, unsigned int edgesPerVertex) {
     pool.chunkSize = chunkSize;
     vertexHalfEdges.resize(vertexCount);
+    if (edgesPerVertex == 0) {
+        return;
+    }
     for (auto& list : vertexHalfEdges) {
         list.reserve(edgesPerVertex);
     }
