@@ -42,7 +42,7 @@ void HalfEdgeGraph::clear() {
         }
         primitives->clear();
     }
-    upcoming_ = {};
+    std::vector<const Triangle*>().swap(upcoming_);
     upcomingBegin_ = 0;
 }
 
