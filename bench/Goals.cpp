@@ -105,6 +105,31 @@ void judgeGraph(const Results& results, std::vector<Goal>& goals) {
                      results.ratio("edges/dragon", names::edges, names::openMesh)});
 }
 
+void judgeOperations(const Results& results, std::vector<Goal>& goals) {
+    struct Bound {
+        const char* text;
+        const char* measurement;
+        const char* figure;
+        const char* reference;
+        double limit;
+    };
+    const Bound bounds[] = {
+        {"positions transformed, to scaling in place", "operations/positions", names::positions, names::scaled, 1.4},
+        {"normals transformed, to scaling in place", "operations/normals", names::normals, names::scaled, 1.5},
+        {"caller's function over the library's buffers, to the same through the interface",
+         "operations/caller's function", names::ownBuffer, names::derivedBuffer, 0.35},
+        {"computeVolume to reading", "operations/volume", names::volume, names::read, 1.6},
+        {"normals packed, to meshoptimizer", "operations/packing", names::pack, names::meshoptimizer, 0.20},
+        {"normals unpacked, to meshoptimizer", "operations/unpacking", names::unpack, names::meshoptimizer, 0.9},
+        {"isValid to reading the indices", "operations/index check", names::validate, names::read, 1.7},
+        {"indices appended, to copying", "operations/appended indices", names::append, names::copied, 1.4},
+        {"attributes appended, to copying", "operations/appended attributes", names::append, names::copied, 1.1},
+    };
+    for (const Bound& bound : bounds) {
+        goals.push_back({bound.text, bound.limit, results.ratio(bound.measurement, bound.figure, bound.reference)});
+    }
+}
+
 void judgeMemory(const Results& results, std::vector<Goal>& goals) {
     goals.push_back({"buildPrimitives, bytes per triangle beyond input and output, dragon", 40.0,
                      peakPerElement(results, "strips/dragon", names::build)});
@@ -120,6 +145,7 @@ std::vector<Goal> judge(const Results& results) {
     std::vector<Goal> goals;
     judgeOneCall(results, goals);
     judgeGraph(results, goals);
+    judgeOperations(results, goals);
     judgeMemory(results, goals);
     return goals;
 }

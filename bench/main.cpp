@@ -99,7 +99,7 @@ bench::Surroundings describeSurroundings(int core) {
 std::vector<bench::Case> chooseCases(const Options& options, const std::vector<bench::ModelPtr>& models) {
     std::vector<bench::Case> all;
     for (const auto& area : {bench::stripCases(models), bench::passCases(models), bench::adjacencyCases(models),
-                             bench::edgeCases(models)}) {
+                             bench::edgeCases(models), bench::operationCases()}) {
         all.insert(all.end(), area.begin(), area.end());
     }
     const std::regex filter(options.filter);

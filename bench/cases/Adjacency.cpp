@@ -1,4 +1,5 @@
 #include "cases/Cases.h"
+#include "cases/Limits.h"
 #include "cases/OwnContenders.h"
 #include "peers/Peers.h"
 

@@ -25,6 +25,9 @@ std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels);
 /// Edge lists from connectivity.
 std::vector<Case> edgeCases(const std::vector<ModelPtr>& realModels);
 
+/// The mesh operations, on ten million elements.
+std::vector<Case> operationCases();
+
 /// What the goals compare, by name.
 namespace names {
 
@@ -38,6 +41,21 @@ inline constexpr const char* addHub = "addTriangles, hub";
 inline constexpr const char* edges = "calcEgdeLines";
 inline constexpr const char* tenSmall = "10 passes, grid of 70 k";
 inline constexpr const char* tenLarge = "10 passes, grid of 2 M";
+
+inline constexpr const char* positions = "transformMesh, positions";
+inline constexpr const char* normals = "transformMesh, normals";
+inline constexpr const char* volume = "computeVolume";
+inline constexpr const char* validate = "isValid";
+inline constexpr const char* pack = "transformAttributes, packing";
+inline constexpr const char* unpack = "transformAttributes, unpacking";
+inline constexpr const char* append = "concatMeshes";
+inline constexpr const char* ownBuffer = "library's buffer";
+inline constexpr const char* derivedBuffer = "class derived from it";
+inline constexpr const char* foreignBuffer = "class of the program's";
+
+inline constexpr const char* scaled = "limit: scaled in place";
+inline constexpr const char* read = "limit: read";
+inline constexpr const char* copied = "limit: copied";
 
 inline constexpr const char* meshoptimizer = "meshoptimizer";
 inline constexpr const char* openMesh = "OpenMesh";
@@ -63,8 +81,5 @@ std::vector<ModelPtr> largest(const std::vector<ModelPtr>& models, std::size_t c
 ///
 /// \throw std::runtime_error there is none
 ModelPtr findModel(const std::vector<ModelPtr>& models, const std::string& name);
-
-/// The limit of whatever reads an index list and writes one: the list copied.
-Contender copyOfIndices(const ModelPtr& model);
 
 } // namespace bench

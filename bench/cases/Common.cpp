@@ -1,7 +1,6 @@
 #include "cases/Cases.h"
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 
 namespace bench {
@@ -25,19 +24,6 @@ ModelPtr findModel(const std::vector<ModelPtr>& models, const std::string& name)
         throw std::runtime_error("there is no model " + name);
     }
     return *found;
-}
-
-Contender copyOfIndices(const ModelPtr& model) {
-    const auto copy = std::make_shared<std::vector<unsigned int>>(model->triangles.size());
-    Contender contender;
-    contender.name = "limit: indices copied";
-    contender.role = Role::Limit;
-    contender.elements = static_cast<double>(model->triangleCount());
-    contender.prepare = [] {};
-    contender.run = [model, copy] {
-        std::memcpy(copy->data(), model->triangles.data(), copy->size() * sizeof(unsigned int));
-    };
-    return contender;
 }
 
 } // namespace bench

@@ -23,6 +23,33 @@ void buildStrip(const Model& model, StripBuffers& buffers) {
     buffers.size = meshopt_stripify(buffers.strip.get(), buffers.order.get(), count, model.vertexCount(), restartIndex);
 }
 
+constexpr std::size_t packedSize = 4;
+constexpr int packedBits = 8;
+
+using PackedNormals = std::vector<signed char>;
+
+/// With the fourth component that the filter asks for.
+std::vector<float> padNormals(const Normals& normals) {
+    std::vector<float> padded;
+    padded.reserve(4 * normals.size());
+    for (const glm::vec3& normal : normals) {
+        padded.insert(padded.end(), {normal.x, normal.y, normal.z, 0.0F});
+    }
+    return padded;
+}
+
+void pack(const std::vector<float>& padded, PackedNormals& packed) {
+    meshopt_encodeFilterOct(packed.data(), packed.size() / packedSize, packedSize, packedBits, padded.data());
+}
+
+Output inspectUnpacked(const Normals& normals, const PackedNormals& unpacked) {
+    const auto unpackedAt = [&unpacked](std::size_t i) {
+        const signed char* const n = &unpacked[packedSize * i];
+        return glm::vec3(n[0], n[1], n[2]);
+    };
+    return Output{0, 0, compareNormals(normals, unpackedAt)};
+}
+
 } // namespace
 
 Contender meshoptimizerStrips(const ModelPtr& model) {
@@ -39,6 +66,38 @@ Contender meshoptimizerStrips(const ModelPtr& model) {
         return Output{buffers->size, buffers->size * sizeof(unsigned int),
                       compareTriangles(model->triangles, triangles)};
     };
+    return contender;
+}
+
+Contender meshoptimizerPacking(const NormalsPtr& normals) {
+    const auto padded = std::make_shared<const std::vector<float>>(padNormals(*normals));
+    const auto packed = std::make_shared<PackedNormals>(packedSize * normals->size());
+    Contender contender;
+    contender.name = "meshoptimizer";
+    contender.role = Role::Peer;
+    contender.elements = static_cast<double>(normals->size());
+    contender.prepare = [] {};
+    contender.run = [padded, packed] { pack(*padded, *packed); };
+    contender.inspect = [normals, packed] {
+        PackedNormals unpacked = *packed;
+        meshopt_decodeFilterOct(unpacked.data(), normals->size(), packedSize);
+        return inspectUnpacked(*normals, unpacked);
+    };
+    return contender;
+}
+
+Contender meshoptimizerUnpacking(const NormalsPtr& normals) {
+    PackedNormals once(packedSize * normals->size());
+    pack(padNormals(*normals), once);
+    const auto packed = std::make_shared<const PackedNormals>(std::move(once));
+    const auto buffer = std::make_shared<PackedNormals>();
+    Contender contender;
+    contender.name = "meshoptimizer";
+    contender.role = Role::Peer;
+    contender.elements = static_cast<double>(normals->size());
+    contender.prepare = [packed, buffer] { *buffer = *packed; }; // it works in place
+    contender.run = [buffer] { meshopt_decodeFilterOct(buffer->data(), buffer->size() / packedSize, packedSize); };
+    contender.inspect = [normals, buffer] { return inspectUnpacked(*normals, *buffer); };
     return contender;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Measurement.h"
 #include "Models.h"
+#include "Normals.h"
 
 #include <optional>
 #include <string>
@@ -14,6 +15,10 @@ namespace bench {
 
 /// Its two calls: order the triangles for strips, then join them into one with restart indices.
 Contender meshoptimizerStrips(const ModelPtr& model);
+
+/// Its 8-bit octahedral filter, from and to its own layouts: four floats, four signed bytes.
+Contender meshoptimizerPacking(const NormalsPtr& normals);
+Contender meshoptimizerUnpacking(const NormalsPtr& normals);
 
 /// Builds the connectivity: all vertices, then triangle by triangle, with everything reserved.
 Contender openMeshAdjacency(const ModelPtr& model);
