@@ -84,8 +84,8 @@ void printHeading(const Surroundings& surroundings) {
     std::printf(
         "\nTimes are medians of the core's time; ratios are medians over the rounds, this one through that one.\n"
         "The best peer is the fastest that does all of the work.\n"
-        "Memory is what a run touches at its peak beyond input and result (all of it where a graph or a mesh is "
-        "the result).\n\n%-34s %9s %8s %9s %9s %8s %8s\n",
+        "Memory is what a run on a large model touches at its peak beyond input and result; where a graph or a\n"
+        "mesh is the result, all that it touches.\n\n%-34s %9s %8s %9s %9s %8s %8s\n",
         "", "ms", "ns each", "to peer", "to limit", "indices", "bytes");
 }
 

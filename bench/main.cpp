@@ -21,6 +21,12 @@ namespace {
 
 constexpr int quickRounds = 3;
 
+#ifdef __clang__
+constexpr const char* compilerName = __VERSION__;
+#else
+constexpr const char* compilerName = "g++ " __VERSION__;
+#endif
+
 struct Options {
     std::string models = "build/bench/models";
     std::string output = "build/bench/results.json";
@@ -89,7 +95,7 @@ std::string processorName() {
 
 bench::Surroundings describeSurroundings(int core) {
     bench::Surroundings surroundings{{"processor", processorName() + ", core " + std::to_string(core)},
-                                     {"compiler", __VERSION__}};
+                                     {"compiler", compilerName}};
     for (auto& peer : bench::peerVersions()) {
         surroundings.push_back(std::move(peer));
     }

@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 #include <cstdint>
 #include <cstring>
+#include <malloc.h>
 #include <memory>
 #include <numeric>
 
@@ -62,11 +63,18 @@ Contender copied(std::size_t bytes, double elements) {
     return contender;
 }
 
+void renewMemory() {
+    malloc_trim(0);
+}
+
 Contender copiedToNewMemory(std::size_t bytes, double elements) {
     const auto source = std::make_shared<const Bytes>(bytes, 1);
     const auto target = std::make_shared<std::unique_ptr<unsigned char[]>>();
     Contender contender = limit(names::copied, elements);
-    contender.prepare = [target] { target->reset(); };
+    contender.prepare = [target] {
+        target->reset();
+        renewMemory();
+    };
     contender.run = [source, target] {
         *target = std::make_unique_for_overwrite<unsigned char[]>(source->size());
         std::memcpy(target->get(), source->data(), source->size());

@@ -18,6 +18,9 @@ Contender scaledInPlace(std::size_t floats, double elements);
 Contender readThrough(std::size_t bytes, double elements);
 /// Bytes copied to where others have been before.
 Contender copied(std::size_t bytes, double elements);
+/// Gives the free memory of the process back, so that what is allocated next is new to it, whatever ran before.
+void renewMemory();
+
 /// Bytes copied into newly allocated memory.
 Contender copiedToNewMemory(std::size_t bytes, double elements);
 

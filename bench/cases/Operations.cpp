@@ -249,6 +249,7 @@ Contender appendContender(const MeshPtr& source) {
     Contender contender = ownContender(names::append);
     contender.prepare = [target] {
         *target = meshWith(fill(AttributeBuffer::createDefaultVec3f("position"), {glm::vec3(1.0F)}));
+        renewMemory();
     };
     contender.run = [source, target] { vexa::mesh::concatMeshes(*target, source, {}); };
     contender.inspect = [source, target] { return Output{0, 0, compareAppended(**target, *source)}; };
