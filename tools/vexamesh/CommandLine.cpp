@@ -59,6 +59,12 @@ int runTool(int argc, const char* const* argv, const Streams& streams) {
     Command chosen;
     addInfoCommand(app, chosen);
     addStripCommand(app, chosen);
+    addValidateCommand(app, chosen);
+    addCompareCommand(app, chosen);
+    addEdgesCommand(app, chosen);
+    addPackCommand(app, chosen);
+    addDumpCommand(app, chosen);
+    addVerifyCommand(app, chosen);
 
     const int parsed = parse(app, argc, argv, streams);
     int code = parsed == EXIT_DONE ? runCommand(chosen, streams) : parsed < 0 ? EXIT_DONE : parsed;

@@ -20,6 +20,12 @@ using Command = std::function<int(const Streams&)>;
 /// Each adds a subcommand to the program; when it is given, `chosen` is set to what it does.
 void addInfoCommand(CLI::App& app, Command& chosen);
 void addStripCommand(CLI::App& app, Command& chosen);
+void addValidateCommand(CLI::App& app, Command& chosen);
+void addCompareCommand(CLI::App& app, Command& chosen);
+void addEdgesCommand(CLI::App& app, Command& chosen);
+void addPackCommand(CLI::App& app, Command& chosen);
+void addDumpCommand(CLI::App& app, Command& chosen);
+void addVerifyCommand(CLI::App& app, Command& chosen);
 
 /// The program: parses the arguments and runs the command that they name.
 ///

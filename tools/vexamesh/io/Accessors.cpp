@@ -110,13 +110,21 @@ void checkSparseAccessors(const Asset& asset) {
     }
 }
 
-std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index, std::size_t vertices) {
+std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index) {
     const AccessorData data = readAccessor(asset, index);
     const std::size_t size = data.elementSize();
-    const std::uint64_t restart = (std::uint64_t{1} << (8 * size)) - 1;
     std::vector<unsigned int> indices(data.count);
     for (std::size_t i = 0; i < data.count; ++i) {
         indices[i] = indexAt(data.bytes.data() + i * size, data.componentType);
+    }
+    return indices;
+}
+
+void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices,
+                  std::size_t vertices) {
+    const auto type = static_cast<mesh::ComponentType>(asset.model.accessors.at(index).componentType);
+    const std::uint64_t restart = (std::uint64_t{1} << (8 * mesh::getComponentSizeInBytes(type))) - 1;
+    for (std::size_t i = 0; i < indices.size(); ++i) {
         if (indices[i] >= vertices) {
             throw FormatError(elementName("accessors", index) + " holds at " + std::to_string(i) + " the index " +
                               std::to_string(indices[i]) + ", but there are only " + std::to_string(vertices) +
@@ -127,7 +135,6 @@ std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index, std
                               " the restart index " + std::to_string(restart) + ", which glTF does not allow");
         }
     }
-    return indices;
 }
 
 } // namespace vexa::tool

@@ -36,8 +36,14 @@ AccessorData readAccessor(const Asset& asset, std::size_t index);
 
 /// Reads an accessor as vertex indices.
 ///
+/// \throw FormatError a sparse index is out of range
+std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index);
+
+/// Checks indices as `readIndices` gives them.
+///
 /// \param vertices how many there are
 /// \throw FormatError an index is not below that, or is the restart index of its type; says which
-std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index, std::size_t vertices);
+void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices,
+                  std::size_t vertices);
 
 } // namespace vexa::tool

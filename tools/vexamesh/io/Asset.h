@@ -1,6 +1,7 @@
 #pragma once
 
 #include "io/Bytes.h"
+#include "io/GltfCheck.h"
 #include "io/Json.h"
 
 #include <filesystem>
@@ -26,7 +27,7 @@ struct Asset {
 ///
 /// \param buffers one for each buffer of the document, at least as long as it declares
 /// \throw FormatError what is wrong, and where
-Asset makeAsset(Json json, std::vector<Bytes> buffers);
+Asset makeAsset(Json json, std::vector<Bytes> buffers, MeshCheck check = MeshCheck::Full);
 
 /// Reads a .gltf file (told by its first bytes from a .glb file) from memory, with the files that it refers to.
 /// Images become buffer views, with their bytes as they are.
@@ -34,7 +35,7 @@ Asset makeAsset(Json json, std::vector<Bytes> buffers);
 /// \param directory where its relative references begin
 /// \throw FormatError what is wrong, and where
 /// \throw FileError   a buffer's file is missing or cannot be read
-Asset readGltf(const Bytes& file, const std::filesystem::path& directory);
+Asset readGltf(const Bytes& file, const std::filesystem::path& directory, MeshCheck check = MeshCheck::Full);
 
 /// The document as a binary glTF file with one buffer, which holds what the buffer views refer to and nothing else.
 ///

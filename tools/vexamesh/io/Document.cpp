@@ -14,12 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Primitive readPrimitive(const Asset& asset, const Json& source, const std::string& where) {
+Primitive readPrimitive(const Asset& asset, const Json& source, const std::string& where, MeshCheck check) {
     Primitive primitive;
     primitive.type = static_cast<mesh::PrimitiveType>(source.value("mode", static_cast<int>(mesh::TRIANGLES)));
     for (const auto& [name, accessor] : source["attributes"].items()) {
         primitive.attributes.push_back({name, accessor.get<std::size_t>()});
-        primitive.vertices = asset.model.accessors.at(primitive.attributes.back().accessor).count;
+        if (name == "POSITION" || primitive.attributes.size() == 1) {
+            primitive.vertices = asset.model.accessors.at(primitive.attributes.back().accessor).count;
+        }
     }
     if (!source.contains("indices")) {
         primitive.indices.resize(primitive.vertices);
@@ -30,14 +32,17 @@ Primitive readPrimitive(const Asset& asset, const Json& source, const std::strin
     primitive.indexType =
         static_cast<mesh::ComponentType>(asset.model.accessors.at(*primitive.indexAccessor).componentType);
     try {
-        primitive.indices = readIndices(asset, *primitive.indexAccessor, primitive.vertices);
+        primitive.indices = readIndices(asset, *primitive.indexAccessor);
+        if (check == MeshCheck::Full) {
+            checkIndices(asset, *primitive.indexAccessor, primitive.indices, primitive.vertices);
+        }
     } catch (const FormatError& error) {
         throw FormatError(where + ": " + error.what());
     }
     return primitive;
 }
 
-std::vector<Mesh> readMeshes(const Asset& asset) {
+std::vector<Mesh> readMeshes(const Asset& asset, MeshCheck check) {
     std::vector<Mesh> meshes;
     const Json& sources = arrayMember(asset.json, "meshes", "");
     for (std::size_t m = 0; m < sources.size(); ++m) {
@@ -49,7 +54,7 @@ std::vector<Mesh> readMeshes(const Asset& asset) {
         const Json& primitives = sources[m]["primitives"];
         for (std::size_t p = 0; p < primitives.size(); ++p) {
             const std::string where = elementName(elementName("meshes", m) + ".primitives", p);
-            mesh.primitives.push_back(readPrimitive(asset, primitives[p], where));
+            mesh.primitives.push_back(readPrimitive(asset, primitives[p], where, check));
         }
         meshes.push_back(std::move(mesh));
     }
@@ -63,7 +68,7 @@ std::string lowerExtension(const fs::path& file) {
     return extension;
 }
 
-Asset readAsset(const Bytes& content, const fs::path& file, std::string& format) {
+Asset readAsset(const Bytes& content, const fs::path& file, MeshCheck check, std::string& format) {
     const std::string extension = lowerExtension(file);
     if (extension == ".obj") {
         format = "OBJ";
@@ -76,7 +81,7 @@ Asset readAsset(const Bytes& content, const fs::path& file, std::string& format)
         throw FormatError("no binary glTF: it does not begin with \"glTF\"");
     }
     format = hasGlbMagic(content) ? "glTF binary" : "glTF";
-    return readGltf(content, file.parent_path());
+    return readGltf(content, file.parent_path(), check);
 }
 
 } // namespace
@@ -87,7 +92,7 @@ const Attribute* Primitive::findAttribute(const std::string& name) const {
     return found == attributes.end() ? nullptr : &*found;
 }
 
-Document loadDocument(const Bytes& content, const fs::path& name) {
+Document loadDocument(const Bytes& content, const fs::path& name, MeshCheck check) {
     try {
         if (content.empty()) {
             throw FormatError("is empty");
@@ -95,8 +100,8 @@ Document loadDocument(const Bytes& content, const fs::path& name) {
         Document document;
         document.file = name;
         document.fileSize = content.size();
-        document.asset = readAsset(content, name, document.format);
-        document.meshes = readMeshes(document.asset);
+        document.asset = readAsset(content, name, check, document.format);
+        document.meshes = readMeshes(document.asset, check);
         return document;
     } catch (const FileError& error) {
         // A file that this one refers to.
@@ -112,8 +117,8 @@ Document loadDocument(const Bytes& content, const fs::path& name) {
     }
 }
 
-Document loadDocument(const fs::path& file) {
-    return loadDocument(readFile(file), file);
+Document loadDocument(const fs::path& file, MeshCheck check) {
+    return loadDocument(readFile(file), file, check);
 }
 
 } // namespace vexa::tool

@@ -22,7 +22,7 @@ struct Primitive {
     mesh::PrimitiveType type = mesh::TRIANGLES;
     std::optional<std::size_t> indexAccessor; ///< nothing: the file has no indices, those here count up
     mesh::ComponentType indexType = mesh::UNSIGNED_INT;
-    std::vector<unsigned int> indices; ///< below `vertices`
+    std::vector<unsigned int> indices; ///< below `vertices`, unless the meshes were not checked in full
     std::size_t vertices = 0;
     std::vector<Attribute> attributes;
 
@@ -46,12 +46,12 @@ struct Document {
 /// Reads a .glb, .gltf or .obj file.
 ///
 /// \throw FileError it cannot be read, or is no such file; one line that says what is wrong, and where
-Document loadDocument(const std::filesystem::path& file);
+Document loadDocument(const std::filesystem::path& file, MeshCheck check = MeshCheck::Full);
 
 /// Reads a binary glTF file from memory.
 ///
 /// \param name stands for the file in messages
 /// \throw FileError as above
-Document loadDocument(const Bytes& content, const std::filesystem::path& name);
+Document loadDocument(const Bytes& content, const std::filesystem::path& name, MeshCheck check = MeshCheck::Full);
 
 } // namespace vexa::tool

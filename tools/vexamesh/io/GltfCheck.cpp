@@ -172,7 +172,7 @@ void checkIndices(const Json& accessor, const std::string& where) {
     }
 }
 
-void checkAttributes(const Json& primitive, const std::string& where, const Json& accessors) {
+void checkAttributes(const Json& primitive, const std::string& where, const Json& accessors, MeshCheck check) {
     if (!primitive.contains("attributes")) {
         throw FormatError(where + ".attributes is missing");
     }
@@ -181,11 +181,11 @@ void checkAttributes(const Json& primitive, const std::string& where, const Json
         const std::string here = where + ".attributes." + name;
         const Json& accessor = accessors[indexValue(value, here, accessors.size())];
         const auto count = accessor["count"].get<std::uint64_t>();
-        if (vertices && *vertices != count) {
+        if (check == MeshCheck::Full && vertices && *vertices != count) {
             throw FormatError(here + " has " + std::to_string(count) + " elements, another attribute " +
                               std::to_string(*vertices));
         }
-        vertices = count;
+        vertices = std::max(vertices.value_or(0), count);
         if (name == "POSITION" && stringMember(accessor, "type") != "VEC3") {
             throw FormatError(here + " is no VEC3");
         }
@@ -195,7 +195,7 @@ void checkAttributes(const Json& primitive, const std::string& where, const Json
     }
 }
 
-void checkPrimitive(const Json& primitive, const std::string& where, const Json& accessors) {
+void checkPrimitive(const Json& primitive, const std::string& where, const Json& accessors, MeshCheck check) {
     if (!primitive.is_object()) {
         throw FormatError(where + " is no object");
     }
@@ -205,7 +205,7 @@ void checkPrimitive(const Json& primitive, const std::string& where, const Json&
     if (const auto indices = optionalIndexMember(primitive, "indices", where, accessors.size())) {
         checkIndices(accessors[*indices], where);
     }
-    checkAttributes(primitive, where, accessors);
+    checkAttributes(primitive, where, accessors, check);
     const Json& targets = arrayMember(primitive, "targets", where);
     for (std::size_t i = 0; i < targets.size(); ++i) {
         const std::string here = elementName(where + ".targets", i);
@@ -218,7 +218,7 @@ void checkPrimitive(const Json& primitive, const std::string& where, const Json&
     }
 }
 
-void checkMeshes(const Json& document) {
+void checkMeshes(const Json& document, MeshCheck check) {
     const Json& accessors = arrayMember(document, "accessors", "");
     const Json& meshes = arrayMember(document, "meshes", "");
     for (std::size_t m = 0; m < meshes.size(); ++m) {
@@ -228,7 +228,7 @@ void checkMeshes(const Json& document) {
             throw FormatError(where + ".primitives is missing");
         }
         for (std::size_t p = 0; p < primitives.size(); ++p) {
-            checkPrimitive(primitives[p], elementName(where + ".primitives", p), accessors);
+            checkPrimitive(primitives[p], elementName(where + ".primitives", p), accessors, check);
         }
     }
 }
@@ -324,13 +324,13 @@ std::size_t elementSize(std::uint64_t componentType, const std::string& type) {
     return count * component;
 }
 
-void checkDocument(const Json& document) {
+void checkDocument(const Json& document, MeshCheck check) {
     checkAsset(document);
     checkExtensions(document);
     checkArrays(document);
     checkBufferViews(document);
     checkAccessors(document);
-    checkMeshes(document);
+    checkMeshes(document, check);
     checkOtherReferences(document);
     checkScenes(document);
 }

@@ -4,12 +4,18 @@
 
 namespace vexa::tool {
 
+/// How far the meshes of a file must be sound to be read.
+enum class MeshCheck {
+    Full,      ///< indices name vertices, and the attributes of a primitive are equally long
+    References ///< only what reading takes: to look at meshes that may be broken
+};
+
 /// Checks everything that reading the meshes of a glTF 2 document relies on: the version and the extensions, the types
 /// of the members that are used, that every reference finds its target, and that accessors stay inside their buffer
 /// views and these inside their buffers, by the lengths that the document declares.
 ///
 /// \throw FormatError says what is wrong and where
-void checkDocument(const Json& document);
+void checkDocument(const Json& document, MeshCheck check);
 
 /// Bytes of one element of an accessor, its components packed as glTF wants them (the columns of matrices begin at
 /// multiples of 4).

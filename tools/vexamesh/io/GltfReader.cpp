@@ -182,8 +182,8 @@ tinygltf::Model loadModel(const Json& document, std::vector<Bytes>& buffers) {
 
 } // namespace
 
-Asset makeAsset(Json json, std::vector<Bytes> buffers) {
-    checkDocument(json);
+Asset makeAsset(Json json, std::vector<Bytes> buffers, MeshCheck check) {
+    checkDocument(json, check);
     const Json& declared = arrayMember(json, "buffers", "");
     for (std::size_t i = 0; i < declared.size(); ++i) {
         const auto length = declared[i]["byteLength"].get<std::uint64_t>();
@@ -203,7 +203,7 @@ Asset makeAsset(Json json, std::vector<Bytes> buffers) {
     return asset;
 }
 
-Asset readGltf(const Bytes& file, const fs::path& directory) {
+Asset readGltf(const Bytes& file, const fs::path& directory, MeshCheck check) {
     Json json;
     std::optional<std::span<const unsigned char>> binary;
     if (hasGlbMagic(file)) {
@@ -213,7 +213,7 @@ Asset readGltf(const Bytes& file, const fs::path& directory) {
     } else {
         json = parseJson({reinterpret_cast<const char*>(file.data()), file.size()});
     }
-    checkDocument(json);
+    checkDocument(json, check);
     std::vector<Bytes> buffers = readBuffers(json, binary, directory);
     for (std::size_t i = 0; i < buffers.size(); ++i) {
         // The content is at hand now, and as text it can be most of the document.
@@ -221,7 +221,7 @@ Asset readGltf(const Bytes& file, const fs::path& directory) {
     }
     std::vector<std::string> warnings;
     embedImages(json, buffers, directory, warnings);
-    Asset asset = makeAsset(std::move(json), std::move(buffers));
+    Asset asset = makeAsset(std::move(json), std::move(buffers), check);
     asset.warnings = std::move(warnings);
     return asset;
 }

@@ -1,0 +1,194 @@
+#include "Commands.h"
+#include "Errors.h"
+#include "MeshConversion.h"
+#include "Report.h"
+#include "io/Files.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <numbers>
+#include <ostream>
+#include <vexa/mesh/AttributeTransformation.h>
+#include <vexa/mesh/NormalQuantization.h>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr const char* EXAMPLES = R"(Examples:
+  vexamesh pack model.glb --stats
+  vexamesh pack model.glb -o normals.bin
+
+Every normal becomes two bytes by octahedral encoding. The file holds them primitive by primitive, in the order of the
+vertices, and nothing else; the report says how many belong to which primitive, and the angles between the normals and
+what the bytes decode to.)";
+
+struct PackArguments {
+    std::string input;
+    std::string output;
+    bool stats = false;
+    bool json = false;
+};
+
+/// The angles between normals and what was made of them.
+struct AngleFigures {
+    std::string name;
+    std::size_t normals = 0;
+    std::size_t withoutDirection = 0; ///< zero, or not finite: they have no angle
+    double sum = 0;                   ///< of the angles, in degrees
+    double largest = 0;
+
+    [[nodiscard]] double mean() const {
+        return normals == withoutDirection ? 0 : sum / static_cast<double>(normals - withoutDirection);
+    }
+
+    void add(const AngleFigures& other) {
+        normals += other.normals;
+        withoutDirection += other.withoutDirection;
+        sum += other.sum;
+        largest = std::max(largest, other.largest);
+    }
+};
+
+using Vector = std::array<double, 3>;
+
+Vector elementOf(const mesh::AttributeBuffer& buffer, std::size_t index) {
+    std::array<float, 3> element{};
+    buffer.getElement(index, element.data());
+    return {element[0], element[1], element[2]};
+}
+
+double dot(const Vector& a, const Vector& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+/// In degrees, exact for small angles, too.
+double angleBetween(const Vector& a, const Vector& b) {
+    const Vector cross{a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+    return std::atan2(std::sqrt(dot(cross, cross)), dot(a, b)) * 180 / std::numbers::pi;
+}
+
+void measure(const mesh::AttributeBuffer& normals, const mesh::AttributeBuffer& decoded, AngleFigures& figures) {
+    figures.normals = normals.getElementCount();
+    for (std::size_t i = 0; i < figures.normals; ++i) {
+        const Vector normal = elementOf(normals, i);
+        const double size = dot(normal, normal);
+        if (!(size > 0) || !std::isfinite(size)) {
+            ++figures.withoutDirection;
+            continue;
+        }
+        const double angle = angleBetween(normal, elementOf(decoded, i));
+        figures.sum += angle;
+        figures.largest = std::max(figures.largest, angle);
+    }
+}
+
+/// Packs the normals of a primitive, appends them to `bytes` and measures what packing costs.
+void packNormals(const AccessorData& values, Bytes& bytes, AngleFigures& figures) {
+    const auto normals = toAttributeBuffer(toFloats(values), "normal");
+    auto packed = mesh::AttributeBuffer::createDefault(mesh::UNSIGNED_BYTE, 2, "normal");
+    packed->resize(values.count);
+    mesh::transformAttributes(normals, packed, mesh::quantizeNormals());
+    auto decoded = mesh::AttributeBuffer::createDefaultVec3f("normal");
+    decoded->resize(values.count);
+    mesh::transformAttributes(packed, decoded, mesh::dequantizeNormals());
+    measure(*normals, *decoded, figures);
+    std::array<unsigned char, 2> element{};
+    for (std::size_t i = 0; i < values.count; ++i) {
+        packed->getElement(i, element.data());
+        bytes.insert(bytes.end(), element.begin(), element.end());
+    }
+}
+
+void printReport(const PackArguments& arguments, const std::vector<AngleFigures>& primitives, const AngleFigures& total,
+                 std::ostream& out) {
+    if (arguments.json) {
+        const auto describe = [](const AngleFigures& figures) {
+            return Json{{"name", figures.name},
+                        {"normals", figures.normals},
+                        {"withoutDirection", figures.withoutDirection},
+                        {"bytes", 2 * figures.normals},
+                        {"meanAngle", figures.mean()},
+                        {"largestAngle", figures.largest}};
+        };
+        Json list = Json::array();
+        std::transform(primitives.begin(), primitives.end(), std::back_inserter(list), describe);
+        Json json = {{"input", arguments.input}, {"primitives", std::move(list)}, {"total", describe(total)}};
+        json["total"].erase("name");
+        printJson(out, json);
+        return;
+    }
+    Table table;
+    table.addColumn("mesh", Table::Align::Left);
+    for (const char* title : {"normals", "without direction", "bytes", "mean angle", "largest angle"}) {
+        table.addColumn(title);
+    }
+    const auto addRow = [&](const AngleFigures& figures) {
+        table.addRow({printable(figures.name), std::to_string(figures.normals),
+                      std::to_string(figures.withoutDirection), std::to_string(2 * figures.normals),
+                      fixedText(figures.mean(), 4), fixedText(figures.largest, 4)});
+    };
+    std::for_each(primitives.begin(), primitives.end(), addRow);
+    addRow(total);
+    table.print(out);
+    out << "Angles are in degrees.\n";
+}
+
+int runPack(const PackArguments& arguments, const Streams& streams) {
+    if (arguments.output.empty() && !arguments.stats) {
+        throw UsageError("pack needs an output (-o) or --stats");
+    }
+    if (!arguments.output.empty()) {
+        checkOutputName(arguments.output, ".bin", arguments.input);
+    }
+    const Document document = loadDocument(std::filesystem::path(arguments.input));
+    printWarnings(streams.err, document);
+    Bytes bytes;
+    std::vector<AngleFigures> primitives;
+    AngleFigures total;
+    total.name = "total";
+    for (const Mesh& mesh : document.meshes) {
+        for (std::size_t p = 0; p < mesh.primitives.size(); ++p) {
+            const Attribute* normal = mesh.primitives[p].findAttribute("NORMAL");
+            if (normal == nullptr) {
+                continue;
+            }
+            const AccessorData values = readAccessor(document.asset, normal->accessor);
+            if (values.components != 3) {
+                throw FileError(arguments.input, primitiveName(mesh, p) + " has normals that are no VEC3");
+            }
+            AngleFigures figures;
+            figures.name = primitiveName(mesh, p);
+            packNormals(values, bytes, figures);
+            total.add(figures);
+            primitives.push_back(std::move(figures));
+        }
+    }
+    if (primitives.empty()) {
+        throw FileError(arguments.input, "has no normals");
+    }
+    if (!arguments.output.empty()) {
+        writeFile(arguments.output, bytes);
+    }
+    printReport(arguments, primitives, total, streams.out);
+    return EXIT_DONE;
+}
+
+} // namespace
+
+void addPackCommand(CLI::App& app, Command& chosen) {
+    auto arguments = std::make_shared<PackArguments>();
+    CLI::App* command = app.add_subcommand("pack", "Packs normals into two bytes each.");
+    command->add_option("IN", arguments->input, "A .glb, .gltf or .obj file")->required();
+    command->add_option("-o,--output", arguments->output, "The .bin file to write");
+    command->add_flag("--stats", arguments->stats, "Only report what packing costs");
+    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
+    command->footer(EXAMPLES);
+    command->callback([arguments, &chosen] {
+        chosen = [arguments](const Streams& streams) { return runPack(*arguments, streams); };
+    });
+}
+
+} // namespace vexa::tool
