@@ -61,6 +61,7 @@ int runTool(int argc, const char* const* argv, const Streams& streams) {
     addStripCommand(app, chosen);
     addValidateCommand(app, chosen);
     addCompareCommand(app, chosen);
+    addMergeCommand(app, chosen);
     addEdgesCommand(app, chosen);
     addPackCommand(app, chosen);
     addDumpCommand(app, chosen);

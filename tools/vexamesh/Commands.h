@@ -22,6 +22,7 @@ void addInfoCommand(CLI::App& app, Command& chosen);
 void addStripCommand(CLI::App& app, Command& chosen);
 void addValidateCommand(CLI::App& app, Command& chosen);
 void addCompareCommand(CLI::App& app, Command& chosen);
+void addMergeCommand(CLI::App& app, Command& chosen);
 void addEdgesCommand(CLI::App& app, Command& chosen);
 void addPackCommand(CLI::App& app, Command& chosen);
 void addDumpCommand(CLI::App& app, Command& chosen);

@@ -145,9 +145,14 @@ void AssetBuilder::addMesh(const std::string& name, const std::vector<NewPrimiti
     json_["meshes"].push_back(std::move(mesh));
 }
 
+std::size_t AssetBuilder::addEntry(const char* array, Json entry) {
+    Json& entries = json_[array];
+    entries.push_back(std::move(entry));
+    return entries.size() - 1;
+}
+
 std::size_t AssetBuilder::addMaterial(Json material) {
-    json_["materials"].push_back(std::move(material));
-    return json_["materials"].size() - 1;
+    return addEntry("materials", std::move(material));
 }
 
 std::size_t AssetBuilder::addTexture(const Bytes& image, const std::string& mimeType) {

@@ -48,6 +48,16 @@ public:
     /// \return the texture's index
     std::size_t addTexture(const Bytes& image, const std::string& mimeType);
 
+    /// Adds an element to a top-level array of the document.
+    ///
+    /// \return its index
+    std::size_t addEntry(const char* array, Json entry);
+
+    /// Adds bytes as a buffer view.
+    ///
+    /// \return its index
+    std::size_t addData(const Bytes& content) { return addView(content, 0, 0); }
+
     /// The finished asset; the builder is empty afterwards.
     ///
     /// \throw FormatError nothing was added

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "io/AssetBuilder.h"
+#include "io/Document.h"
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace vexa::tool {
+
+/// Copies materials of documents, with the textures, samplers and images that they use, into an asset that is being
+/// built. What is the same is copied once.
+class MaterialCopier {
+public:
+    explicit MaterialCopier(AssetBuilder& builder) : builder_(builder) {}
+
+    /// \return the material's index in the new asset; nothing when the document has no such material
+    /// \throw FormatError the material, or what it refers to, is malformed
+    std::optional<std::size_t> copy(const Document& document, std::size_t material);
+
+private:
+    std::size_t copyOnce(const char* array, Json entry);
+    void copyTextures(const Document& document, Json& value);
+    std::size_t copyTexture(const Document& document, std::size_t index);
+    std::size_t copyImage(const Document& document, std::size_t index);
+    void noteExtensions(const Document& document, const Json& value);
+
+    AssetBuilder& builder_;
+    std::map<std::pair<std::string, std::string>, std::size_t> copied_; ///< by array and text
+    std::map<std::string, std::size_t> images_;                         ///< buffer views by content
+};
+
+} // namespace vexa::tool

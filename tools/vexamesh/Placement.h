@@ -1,0 +1,31 @@
+#pragma once
+
+#include "io/Document.h"
+
+#include <glm/mat4x4.hpp>
+#include <string>
+#include <vector>
+
+namespace vexa::tool {
+
+/// Matrices from what stands behind --translate, --scale and --rotate.
+///
+/// \param text "1,2,3"; for the scale also one number; for the rotation "y,90" (an axis and degrees) or "1,1,0,90"
+/// \throw UsageError it is something else
+glm::dmat4 parseTranslation(const std::string& text);
+glm::dmat4 parseScale(const std::string& text);
+glm::dmat4 parseRotation(const std::string& text);
+
+/// A mesh of a document where a node shows it.
+struct MeshInstance {
+    std::size_t mesh;
+    glm::dmat4 matrix; ///< from the mesh's coordinates to the scene's
+};
+
+/// The meshes that the scene of a document shows, each as often as it does; all of them as they are when there are no
+/// nodes.
+///
+/// \throw FormatError the transformation of a node is malformed
+std::vector<MeshInstance> meshInstances(const Document& document);
+
+} // namespace vexa::tool
