@@ -47,10 +47,11 @@ docs: ## write the reference of the public headers to build/docs/html
 	doxygen docs/Doxyfile
 
 format: ## lay out every source with clang-format
+	$(INSTALL_DEPENDENCIES) lint
 	sh cmake/lint.sh format
 
 lint: ## check layout, names and suspicious code: clang-format, clang-tidy, cppcheck
-	$(INSTALL_DEPENDENCIES) library tool tests bench
+	$(INSTALL_DEPENDENCIES) library tool lint
 	sh cmake/lint.sh check
 
 install: ## build and install to PREFIX (/usr/local), below DESTDIR if that is set

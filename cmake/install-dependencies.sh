@@ -1,15 +1,15 @@
 #!/bin/sh
 # Installs the packages of dependencies.txt that are needed by the named parts and missing here.
-# usage: install-dependencies.sh [PART...]   (library, tool, tests, bench, docs; none means all)
+# usage: install-dependencies.sh [PART...]   (library, tool, tests, lint, bench, docs; none means all)
 set -eu
 
 list=$(dirname "$0")/dependencies.txt
-wanted=" ${*:-library tool tests bench docs} "
+wanted=" ${*:-library tool tests lint bench docs} "
 for part in $wanted; do
     case "$part" in
-    library | tool | tests | bench | docs) ;;
+    library | tool | tests | lint | bench | docs) ;;
     *)
-        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, bench, docs)" >&2
+        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, lint, bench, docs)" >&2
         exit 2
         ;;
     esac
