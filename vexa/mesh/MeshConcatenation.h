@@ -16,9 +16,8 @@ namespace vexa::mesh {
 /// \param target         grown once, then written; must not be empty
 /// \param source         only read; must not be empty; may be the target or share its storage
 /// \param transformation gets a copy of each element, once and in order
-/// \throw std::invalid_argument  "Attributes are incompatible!!!": see AttributeBuffer::isCompatible; nothing is
-/// changed \throw std::length_error      more elements than 64 bits count, or more bytes than the storage holds;
-/// nothing is
+/// \throw std::invalid_argument  "Attributes are incompatible!!!": see AttributeBuffer::isCompatible; nothing is changed
+/// \throw std::length_error      more elements than 64 bits count, or more bytes than the storage holds; nothing is
 ///                               changed
 /// \throw std::bad_function_call the transformation is empty and the source is not; the target is already grown
 /// \throw whatever the transformation throws; the target is grown, and written up to that element
@@ -41,8 +40,7 @@ VEXA_MESH_EXPORT void concatAttribs(std::shared_ptr<AttributeBuffer>& target,
 /// \param transformations functions by attribute name; attributes without an entry are copied
 /// \throw std::invalid_argument "Both meshes are not compatible!!!": see Mesh::meshesAreCompatible; nothing is changed
 /// \throw std::invalid_argument "Only one mesh has an index buffer!!!"; nothing is changed
-/// \throw std::invalid_argument "Number of elements in differs with different attributes!!!": a source buffer has not
-/// as
+/// \throw std::invalid_argument "Number of elements in differs with different attributes!!!": a source buffer has not as
 ///                              many elements as the source's first one; the indices and the attributes before it are
 ///                              appended
 /// \throw whatever concatAttribs throws; the indices and the attributes before that one are appended
