@@ -8,11 +8,10 @@
 namespace {
 
 using namespace tool_test;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 class BadInput : public testing::Test {
-protected:
+public:
     /// Expects one line that names the file and says `what`, exit code 3 and no output.
     void expectRefused(const std::string& name, const std::string& content, const std::string& what) {
         const std::string in = (directory / name).string();

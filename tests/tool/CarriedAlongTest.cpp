@@ -12,7 +12,7 @@ namespace {
 using namespace tool_test;
 
 class CarriedAlong : public testing::Test {
-protected:
+public:
     Json strip(const GltfModel& model, const std::vector<std::string>& options = {}) {
         model.writeGlb(in);
         return stripFile(in, options);

@@ -15,7 +15,6 @@ namespace {
 
 using namespace tool_test;
 using vexa::tool::Asset;
-using vexa::tool::EditedIndices;
 using vexa::tool::IndexEdit;
 namespace mesh = vexa::mesh;
 

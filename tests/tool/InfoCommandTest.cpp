@@ -10,7 +10,7 @@ using namespace tool_test;
 using testing::HasSubstr;
 
 class InfoCommand : public testing::Test {
-protected:
+public:
     Json info(const GltfModel& model) {
         model.writeGlb(file);
         const ProcessResult result = runForked({"info", "--json", file});

@@ -12,7 +12,7 @@ using namespace tool_test;
 using testing::HasSubstr;
 
 class MergeCommand : public testing::Test {
-protected:
+public:
     void SetUp() override {
         // One triangle in the plane z = 0, seen from +z.
         GltfModel model;

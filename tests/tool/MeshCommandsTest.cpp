@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 class MeshCommands : public testing::Test {
-protected:
+public:
     std::string write(const std::string& name, const GltfModel& model) {
         const std::string file = (directory / name).string();
         model.writeGlb(file);
@@ -102,7 +102,7 @@ TEST_F(CompareCommand, KeepsTheLogOutOfTheResults) {
 }
 
 class EdgesCommand : public MeshCommands {
-protected:
+public:
     /// The lines of the first primitive of the output, each from its lower index on, sorted.
     std::vector<std::pair<std::size_t, std::size_t>> lines() {
         const tinygltf::Model model = loadModel(out);
@@ -147,7 +147,7 @@ TEST_F(EdgesCommand, AClosedMeshWithoutABorderGoes) {
 }
 
 class PackCommand : public MeshCommands {
-protected:
+public:
     std::string modelWithNormals() {
         GltfModel model;
         const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});

@@ -116,7 +116,7 @@ Faces facesOf(const fs::path& glb) {
 }
 
 class Model : public testing::TestWithParam<std::string> {
-protected:
+public:
     TemporaryDirectory directory;
     fs::path out = directory / "out.glb";
     fs::path in = MODELS / GetParam();

@@ -17,7 +17,7 @@ using vexa::tool::Primitive;
 namespace mesh = vexa::mesh;
 
 class ObjReader : public testing::Test {
-protected:
+public:
     Document read(const std::string& text) {
         writeText(directory / "model.obj", text);
         return vexa::tool::loadDocument(directory / "model.obj");

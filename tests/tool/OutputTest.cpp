@@ -22,7 +22,7 @@ using vexa::tool::FileError;
 using vexa::tool::writeFile;
 
 class Output : public testing::Test {
-protected:
+public:
     void SetUp() override { gridModel(2, 2).writeGlb(in); }
 
     void expectError(const std::vector<std::string>& arguments, int code, const std::string& what) {

@@ -19,11 +19,12 @@ std::string seedModel() {
     const int where = model.addView(std::string("\1\0", 2));
     model.json["accessors"][0]["sparse"] = {
         {"count", 1}, {"indices", {{"bufferView", where}, {"componentType", 5123}}}, {"values", {{"bufferView", 0}}}};
+    model.primitive(0)["attributes"]["NORMAL"] = 0;
     return model.glb();
 }
 
 class DamagedFile : public testing::Test {
-protected:
+public:
     void expectOrderlyEnd(const std::string& content, const std::string& what) {
         const std::string in = (directory / "in.glb").string();
         const std::string out = (directory / "out.glb").string();
@@ -67,6 +68,38 @@ TEST_F(DamagedFile, OneByteChanged) {
     }
     EXPECT_GT(failures, CHANGES / 4);
     EXPECT_LT(failures, CHANGES);
+}
+
+TEST_F(DamagedFile, OneByteChangedForEveryVerb) {
+    const std::string model = seedModel();
+    const std::string in = (directory / "in.glb").string();
+    const std::string out = (directory / "out.glb").string();
+    const std::vector<std::vector<std::string>> verbs = {{"info", in},
+                                                         {"validate", in},
+                                                         {"compare", in, in},
+                                                         {"merge", in, "--rotate", "x,9", "-o", out},
+                                                         {"edges", in, "-o", out},
+                                                         {"pack", in, "--stats"},
+                                                         {"dump", in, "--elements"},
+                                                         {"verify", in, "--verbose"}};
+    std::mt19937 random(4);
+    for (int i = 0; i < 1600; ++i) {
+        std::string changed = model;
+        changed[random() % changed.size()] = static_cast<char>(random());
+        writeText(in, changed);
+        const auto& arguments = verbs[static_cast<std::size_t>(i) % verbs.size()];
+        const ProcessResult result = runForked(arguments);
+        const std::string what = arguments[0] + " after change " + std::to_string(i);
+        ASSERT_EQ(result.signal, 0) << what;
+        const bool isCheck = arguments[0] == "validate";
+        ASSERT_TRUE(result.exitCode == 0 || result.exitCode == 3 || (isCheck && result.exitCode == 1))
+            << what << result.err;
+        ASSERT_FALSE(result.exitCode == 3 && std::filesystem::exists(out)) << what;
+        std::filesystem::remove(out);
+        failures += result.exitCode == 3 ? 1 : 0;
+    }
+    EXPECT_GT(failures, 400);
+    EXPECT_LT(failures, 1600);
 }
 
 TEST_F(DamagedFile, OneNumberChanged) {

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 class StripCommand : public testing::Test {
-protected:
+public:
     /// Strips `in.glb` to `out.glb` and expects it to succeed.
     Json strip(const GltfModel& model, std::vector<std::string> options = {}) {
         model.writeGlb(in);

@@ -13,7 +13,7 @@ namespace vexa::tool {
 struct StripFigures {
     std::string name;
     std::size_t triangles = 0;  ///< degenerate ones do not count
-    std::size_t degenerate = 0; ///< triangles with two equal corners in the input
+    std::size_t degenerate = 0; ///< triangles with two equal corners in the lists of the input
     std::size_t strips = 0;     ///< before they were joined
     std::size_t fans = 0;
     std::size_t leftOver = 0;      ///< triangles in no strip and no fan

@@ -1,6 +1,5 @@
 #include "Stripping.h"
 
-#include <algorithm>
 #include <chrono>
 #include <iterator>
 #include <utility>
@@ -75,9 +74,8 @@ StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned 
     }
     result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     result.triangles = triangles.size() / 3;
-    const std::size_t drawn =
-        type == mesh::TRIANGLES ? indices.size() / 3 : std::max<std::size_t>(indices.size(), 2) - 2;
-    result.degenerate = drawn - result.triangles;
+    // In a strip or a fan they only join its parts.
+    result.degenerate = type == mesh::TRIANGLES ? indices.size() / 3 - result.triangles : 0;
     return result;
 }
 

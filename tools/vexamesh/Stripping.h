@@ -16,7 +16,7 @@ struct StripSettings {
 struct StripResult {
     std::vector<mesh::IndexedPrimitive> primitives; ///< empty when there is no triangle
     std::size_t triangles = 0;                      ///< of the input, without degenerate ones
-    std::size_t degenerate = 0;                     ///< those: triangles with two equal corners, which draw nothing
+    std::size_t degenerate = 0;                     ///< those of a list: with two equal corners they draw nothing
     std::size_t strips = 0;                         ///< before they were joined
     std::size_t fans = 0;
     std::size_t leftOver = 0; ///< triangles in no strip and no fan
