@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -205,6 +206,29 @@ TEST(NormalFunctions, PackAndUnpackWholeBuffers) {
     const std::vector<Vec3> elements = vexa::test::elementsOf<Vec3>(*unpacked);
     EXPECT_EQ(elements[1], (Vec3{0, 0, -1}));
     EXPECT_EQ(elements[0], dequantized({127, 127}));
+}
+
+// Coordinates on both sides of every byte's edge, in the finest steps that a coordinate from 1/2 on can take.
+TEST(NormalFunctions, TruncateExactlyAtTheEdgeOfEveryByte) {
+    constexpr int norm = 1 << 24;
+    std::vector<Vec3> normals;
+    for (int byte = 0; byte <= 255; ++byte) {
+        const auto edge = static_cast<int>(norm * (2.0 * byte / 255.0 - 1.0));
+        for (int distance = -40; distance <= 40; ++distance) {
+            const int x = std::min(std::max(edge + distance, -norm), norm);
+            const int y = norm - std::abs(x);
+            normals.push_back({static_cast<float>(x), static_cast<float>(y), 0.0F});
+            normals.push_back({static_cast<float>(-y), static_cast<float>(x), -0.0F});
+        }
+    }
+    const auto packed = AttributeBuffer::createDefault(UNSIGNED_BYTE, 2, "normal");
+    packed->resize(normals.size());
+    transformAttributes(vexa::test::vec3f("normal", normals), packed, quantizeNormals());
+    const std::vector<PackedNormal> bytes = vexa::test::elementsOf<PackedNormal>(*packed);
+    for (std::size_t i = 0; i < normals.size(); ++i) {
+        ASSERT_EQ(bytes[i], reference::quantize(normals[i])) << normals[i][0] << " " << normals[i][1];
+        ASSERT_EQ(bytes[i], quantized(normals[i]));
+    }
 }
 
 TEST(NormalFunctions, WorkOnElementsOfAnyAddress) {

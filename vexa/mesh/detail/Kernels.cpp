@@ -1,6 +1,6 @@
 #include "vexa/mesh/detail/Kernels.h"
 
-#include "vexa/mesh/NormalQuantization.h"
+#include "vexa/mesh/detail/LaneKernels.h"
 
 #include <cmath>
 #include <cstring>
@@ -9,16 +9,12 @@ namespace vexa::mesh::detail {
 
 namespace {
 
-constexpr float leastNorm = 1e-9F;
-
-glm::vec3 loadVector(const void* elements, unsigned long index) {
-    glm::vec3 vector;
-    std::memcpy(&vector, static_cast<const unsigned char*>(elements) + index * sizeof vector, sizeof vector);
-    return vector;
-}
-
-void storeVector(void* elements, unsigned long index, const glm::vec3& vector) {
-    std::memcpy(static_cast<unsigned char*>(elements) + index * sizeof vector, &vector, sizeof vector);
+const LaneKernels& laneKernels() {
+#ifdef VEXA_AVX2
+    return __builtin_cpu_supports("avx2") != 0 ? avx2Kernels : sse2Kernels;
+#else
+    return sse2Kernels;
+#endif
 }
 
 } // namespace
@@ -33,7 +29,7 @@ NormalMatrix calcNormalMatrix(const glm::mat4& m) {
         }
     }
     const float determinant = at(0, 0) * cofactors[0][0] + at(0, 1) * cofactors[0][1] + at(0, 2) * cofactors[0][2];
-    const bool isSingular = std::abs(determinant) <= leastNorm;
+    const bool isSingular = std::abs(determinant) <= smallestNorm;
     NormalMatrix matrix;
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) {
@@ -50,56 +46,31 @@ glm::vec3 transformVector(const glm::mat4& m, const glm::vec3& v, float w) {
     return {row(0), row(1), row(2)};
 }
 
-void transformPositions(const void* source, void* target, unsigned long count, const glm::mat4& m) {
-    for (unsigned long i = 0; i < count; ++i) {
-        const glm::vec3 p = loadVector(source, i);
-        const float w = (m[0][3] * p.x + m[1][3] * p.y) + (m[2][3] * p.z + m[3][3]);
-        const glm::vec3 q = transformVector(m, p, 1.0F);
-        storeVector(target, i, {q.x / w, q.y / w, q.z / w});
-    }
-}
-
-void transformNormals(const void* source, void* target, unsigned long count, const NormalMatrix& matrix) {
-    for (unsigned long i = 0; i < count; ++i) {
-        const glm::vec3 n = loadVector(source, i);
-        const auto row = [&](std::size_t r) { return (matrix[r][0] * n.x + matrix[r][1] * n.y) + matrix[r][2] * n.z; };
-        const glm::vec3 t(row(0), row(1), row(2));
-        const float norm = (std::abs(t.x) + std::abs(t.y)) + std::abs(t.z);
-        const float divisor = norm >= leastNorm ? norm : 1.0F;
-        storeVector(target, i, {t.x / divisor, t.y / divisor, t.z / divisor});
-    }
-}
-
 Bounds boundPosition(const void* position, const glm::mat4& m) {
-    const glm::vec3 q = transformVector(m, loadVector(position, 0), 1.0F);
+    glm::vec3 p;
+    std::memcpy(&p, position, sizeof p);
+    const glm::vec3 q = transformVector(m, p, 1.0F);
     return {q, q};
 }
 
+void transformPositions(const void* source, void* target, unsigned long count, const glm::mat4& m) {
+    laneKernels().transformPositions(source, target, count, &m[0][0]);
+}
+
+void transformNormals(const void* source, void* target, unsigned long count, const NormalMatrix& matrix) {
+    laneKernels().transformNormals(source, target, count, matrix[0].data());
+}
+
 void extendBounds(Bounds& bounds, const void* positions, unsigned long count, const glm::mat4& m) {
-    for (unsigned long i = 0; i < count; ++i) {
-        const glm::vec3 q = transformVector(m, loadVector(positions, i), 1.0F);
-        for (int k = 0; k < 3; ++k) {
-            bounds.min[k] = q[k] < bounds.min[k] ? q[k] : bounds.min[k];
-            bounds.max[k] = q[k] > bounds.max[k] ? q[k] : bounds.max[k];
-        }
-    }
+    laneKernels().extendBounds(&bounds.min.x, &bounds.max.x, positions, count, &m[0][0]);
 }
 
 void packNormals(const void* normals, void* bytes, unsigned long count) {
-    for (unsigned long i = 0; i < count; ++i) {
-        glm::vec3 normal = loadVector(normals, i);
-        quantizeNormal(&normal, static_cast<unsigned char*>(bytes) + 2 * i);
-    }
+    laneKernels().packNormals(normals, bytes, count);
 }
 
 void unpackNormals(const void* bytes, void* normals, unsigned long count) {
-    for (unsigned long i = 0; i < count; ++i) {
-        unsigned char packed[2];
-        std::memcpy(packed, static_cast<const unsigned char*>(bytes) + 2 * i, sizeof packed);
-        glm::vec3 normal;
-        dequantizeNormal(packed, &normal);
-        storeVector(normals, i, normal);
-    }
+    laneKernels().unpackNormals(bytes, normals, count);
 }
 
 } // namespace vexa::mesh::detail

@@ -1,0 +1,252 @@
+#pragma once
+
+#include "vexa/mesh/detail/LaneKernels.h"
+#include "vexa/mesh/detail/Lanes.h"
+
+// The kernels, for as many lanes as the including source is compiled for. See Lanes.h for what must not be used here.
+namespace vexa::mesh::detail {
+namespace {
+
+constexpr unsigned long blockOfVectors = laneCount * vectorSize;
+constexpr unsigned long packedSize = 2;
+
+/// Fills a block with the first elements given, the last of them repeated: the lanes behind it then compute nothing
+/// that is not computed anyway.
+inline void padElements(const unsigned char* elements, unsigned long elementSize, unsigned long count,
+                        unsigned char* block) {
+    for (unsigned long i = 0; i < laneCount; ++i) {
+        const unsigned long index = i < count ? i : count - 1;
+        std::memcpy(block + i * elementSize, elements + index * elementSize, elementSize);
+    }
+}
+
+/// Applies a step to a row of elements: `step(source, target, blockCount)` works on whole blocks of lanes. The elements
+/// that fill none go through the very same instructions as all others, by way of a copy, so that not even the choice
+/// among several NaNs depends on where an element stands.
+template <unsigned long SourceSize, unsigned long TargetSize, typename Step>
+void forEachBlock(const void* source, void* target, unsigned long count, const Step& step) {
+    const auto* from = static_cast<const unsigned char*>(source);
+    auto* to = static_cast<unsigned char*>(target);
+    const unsigned long done = count - count % laneCount;
+    if (done != 0) {
+        step(from, to, done / laneCount);
+    }
+    if (done != count) {
+        unsigned char sourceBlock[laneCount * SourceSize];
+        unsigned char targetBlock[laneCount * TargetSize];
+        padElements(from + done * SourceSize, SourceSize, count - done, sourceBlock);
+        step(sourceBlock, targetBlock, 1);
+        std::memcpy(to + done * TargetSize, targetBlock, (count - done) * TargetSize);
+    }
+}
+
+/// One row of a matrix, each entry in all lanes.
+struct MatrixRow {
+    FloatLanes x;
+    FloatLanes y;
+    FloatLanes z;
+    FloatLanes w;
+
+    MatrixRow(const float* matrix, int row)
+        : x(allLanes(matrix[row])), y(allLanes(matrix[4 + row])), z(allLanes(matrix[8 + row])),
+          w(allLanes(matrix[12 + row])) {}
+
+    /// The row times (v, 1), summed in pairs.
+    [[nodiscard]] FloatLanes times(const VectorLanes& v) const { return (x * v.x + y * v.y) + (z * v.z + w); }
+};
+
+struct AffineRows {
+    MatrixRow x;
+    MatrixRow y;
+    MatrixRow z;
+
+    explicit AffineRows(const float* matrix) : x(matrix, 0), y(matrix, 1), z(matrix, 2) {}
+
+    [[nodiscard]] VectorLanes times(const VectorLanes& v) const { return {x.times(v), y.times(v), z.times(v)}; }
+};
+
+[[gnu::noinline]] void placeBlocks(const unsigned char* source, unsigned char* target, unsigned long blockCount,
+                                   const float* matrix) {
+    const AffineRows rows(matrix);
+    const MatrixRow last(matrix, 3);
+    const FloatLanes one = allLanes(1.0F);
+    constexpr int allEqual = (1 << laneCount) - 1;
+    for (unsigned long i = 0; i < blockCount; ++i) {
+        const VectorLanes p = loadVectors(source + i * blockOfVectors);
+        VectorLanes q = rows.times(p);
+        const FloatLanes w = last.times(p);
+        // A division by 1 changes no bit, and w is 1 for every placement without perspective.
+        if (laneMask(areEqual(w, one)) != allEqual) {
+            q = {q.x / w, q.y / w, q.z / w};
+        }
+        storeVectors(target + i * blockOfVectors, q);
+    }
+}
+
+[[gnu::noinline]] void turnBlocks(const unsigned char* source, unsigned char* target, unsigned long blockCount,
+                                  const float* normalMatrix) {
+    FloatLanes m[9];
+    for (int i = 0; i < 9; ++i) {
+        m[i] = allLanes(normalMatrix[i]);
+    }
+    const FloatLanes one = allLanes(1.0F);
+    const FloatLanes smallest = allLanes(smallestNorm);
+    for (unsigned long i = 0; i < blockCount; ++i) {
+        const VectorLanes n = loadVectors(source + i * blockOfVectors);
+        const VectorLanes t{(m[0] * n.x + m[1] * n.y) + m[2] * n.z, (m[3] * n.x + m[4] * n.y) + m[5] * n.z,
+                            (m[6] * n.x + m[7] * n.y) + m[8] * n.z};
+        const FloatLanes norm = (absolute(t.x) + absolute(t.y)) + absolute(t.z);
+        // Not to divide is to divide by 1.
+        const FloatLanes divisor = select(areAtLeast(norm, smallest), norm, one);
+        storeVectors(target + i * blockOfVectors, {t.x / divisor, t.y / divisor, t.z / divisor});
+    }
+}
+
+/// The bounds of as many chains of positions as there are lanes.
+struct BoundsLanes {
+    VectorLanes min;
+    VectorLanes max;
+};
+
+[[gnu::noinline]] void boundBlocks(BoundsLanes& bounds, const unsigned char* positions, unsigned long blockCount,
+                                   const float* matrix) {
+    const AffineRows rows(matrix);
+    VectorLanes min = bounds.min;
+    VectorLanes max = bounds.max;
+    for (unsigned long i = 0; i < blockCount; ++i) {
+        const VectorLanes q = rows.times(loadVectors(positions + i * blockOfVectors));
+        // The order of the operands matters: the second one comes out when one is NaN or both are zeros.
+        min = {minimum(q.x, min.x), minimum(q.y, min.y), minimum(q.z, min.z)};
+        max = {maximum(q.x, max.x), maximum(q.y, max.y), maximum(q.z, max.z)};
+    }
+    bounds = {min, max};
+}
+
+/// The first zero, of either sign, among the placed positions' values of a component. There is one.
+inline float findFirstZero(const unsigned char* positions, unsigned long count, const float* matrix, int component) {
+    const MatrixRow row(matrix, component);
+    unsigned long begin = 0;
+    while (begin + laneCount <= count &&
+           laneMask(areEqual(row.times(loadVectors(positions + begin * vectorSize)), allLanes(0.0F))) == 0) {
+        begin += laneCount;
+    }
+    unsigned char block[blockOfVectors];
+    float values[laneCount];
+    padElements(positions + begin * vectorSize, vectorSize, count - begin, block);
+    storeFloats(values, row.times(loadVectors(block)));
+    unsigned long lane = 0;
+    while (values[lane] != 0.0F) {
+        ++lane;
+    }
+    return values[lane];
+}
+
+/// The end of the one chain that all lanes stand for, from its beginning and their ends. They end at the value at which
+/// it would, but of zeros of both signs a chain keeps the first that it comes to.
+inline float endOfChain(float begin, FloatLanes lanes, bool isMinimum, const unsigned char* positions,
+                        unsigned long count, const float* matrix, int component) {
+    float ends[laneCount];
+    storeFloats(ends, lanes);
+    float end = ends[0];
+    for (const float other : ends) {
+        end = (isMinimum ? other < end : other > end) ? other : end;
+    }
+    if (end != 0.0F) {
+        return end;
+    }
+    return begin == 0.0F ? begin : findFirstZero(positions, count, matrix, component);
+}
+
+void extendBounds(float* min, float* max, const void* positions, unsigned long count, const float* matrix) {
+    const auto* bytes = static_cast<const unsigned char*>(positions);
+    BoundsLanes lanes{{allLanes(min[0]), allLanes(min[1]), allLanes(min[2])},
+                      {allLanes(max[0]), allLanes(max[1]), allLanes(max[2])}};
+    const unsigned long done = count - count % laneCount;
+    boundBlocks(lanes, bytes, done / laneCount, matrix);
+    if (done != count) {
+        unsigned char block[blockOfVectors];
+        padElements(bytes + done * vectorSize, vectorSize, count - done, block);
+        boundBlocks(lanes, block, 1, matrix);
+    }
+    min[0] = endOfChain(min[0], lanes.min.x, true, bytes, count, matrix, 0);
+    min[1] = endOfChain(min[1], lanes.min.y, true, bytes, count, matrix, 1);
+    min[2] = endOfChain(min[2], lanes.min.z, true, bytes, count, matrix, 2);
+    max[0] = endOfChain(max[0], lanes.max.x, false, bytes, count, matrix, 0);
+    max[1] = endOfChain(max[1], lanes.max.y, false, bytes, count, matrix, 1);
+    max[2] = endOfChain(max[2], lanes.max.z, false, bytes, count, matrix, 2);
+}
+
+/// wrapOctahedronNormalValue. Rounding a difference of two floats to double first and then to float is rounding it to
+/// float at once (Figueroa 1995: a double has more than twice a float's digits), and a factor of 1 or -1 is a sign.
+inline FloatLanes wrap(FloatLanes a, FloatLanes b) {
+    const FloatLanes sign = bitsBut(signBits(), areAtLeast(a, allLanes(0.0F)));
+    return flipBits(allLanes(1.0F) - absolute(b), sign);
+}
+
+/// p * 0.5 + 0.5, clamped to [0, 1], times 255: truncated this is the byte. That the product is rounded first makes no
+/// difference, as it is never rounded up to an integer k. For floats from 1/2 on it is below k by a multiple of 1/2^24,
+/// and by k / 2^24 at least, because 2^24 is 1 modulo 255; rounding up bridges less. Smaller floats are finer, and the
+/// same holds for them.
+inline FloatLanes toByteRange(FloatLanes p) {
+    const FloatLanes half = allLanes(0.5F);
+    // Both give the second operand for NaN, which so ends at 1.
+    const FloatLanes clamped = maximum(minimum(p * half + half, allLanes(1.0F)), allLanes(0.0F));
+    return clamped * allLanes(255.0F);
+}
+
+[[gnu::noinline]] void packBlocks(const unsigned char* normals, unsigned char* bytes, unsigned long blockCount) {
+    for (unsigned long i = 0; i < blockCount; ++i) {
+        const VectorLanes n = loadVectors(normals + i * blockOfVectors);
+        const FloatLanes norm = sumInDouble(absolute(n.x), absolute(n.y), absolute(n.z));
+        const FloatLanes p = n.x / norm;
+        const FloatLanes q = n.y / norm;
+        const FloatLanes isLower = areBelow(n.z, allLanes(0.0F));
+        storeBytePairs(bytes + i * laneCount * packedSize, toByteRange(select(isLower, wrap(p, q), p)),
+                       toByteRange(select(isLower, wrap(q, p), q)));
+    }
+}
+
+/// 2 * (byte / 255) - 1. The quotient is rounded to float at once, which gives the same (see wrap).
+inline FloatLanes fromByteRange(FloatLanes bytes) {
+    return allLanes(2.0F) * (bytes / allLanes(255.0F)) - allLanes(1.0F);
+}
+
+[[gnu::noinline]] void unpackBlocks(const unsigned char* bytes, unsigned char* normals, unsigned long blockCount) {
+    for (unsigned long i = 0; i < blockCount; ++i) {
+        FloatLanes first;
+        FloatLanes second;
+        loadBytePairs(bytes + i * laneCount * packedSize, first, second);
+        const FloatLanes x = fromByteRange(first);
+        const FloatLanes y = fromByteRange(second);
+        const FloatLanes z = (allLanes(1.0F) - absolute(x)) - absolute(y);
+        const FloatLanes isUpper = areAtLeast(z, allLanes(0.0F));
+        storeVectors(normals + i * blockOfVectors, {select(isUpper, x, wrap(x, y)), select(isUpper, y, wrap(y, x)), z});
+    }
+}
+
+void transformPositions(const void* source, void* target, unsigned long count, const float* matrix) {
+    forEachBlock<vectorSize, vectorSize>(
+        source, target, count, [matrix](const unsigned char* from, unsigned char* to, unsigned long blockCount) {
+            placeBlocks(from, to, blockCount, matrix);
+        });
+}
+
+void transformNormals(const void* source, void* target, unsigned long count, const float* normalMatrix) {
+    forEachBlock<vectorSize, vectorSize>(
+        source, target, count, [normalMatrix](const unsigned char* from, unsigned char* to, unsigned long blockCount) {
+            turnBlocks(from, to, blockCount, normalMatrix);
+        });
+}
+
+void packNormals(const void* normals, void* bytes, unsigned long count) {
+    forEachBlock<vectorSize, packedSize>(normals, bytes, count, packBlocks);
+}
+
+void unpackNormals(const void* bytes, void* normals, unsigned long count) {
+    forEachBlock<packedSize, vectorSize>(bytes, normals, count, unpackBlocks);
+}
+
+constexpr LaneKernels ownKernels{transformPositions, transformNormals, extendBounds, packNormals, unpackNormals};
+
+} // namespace
+} // namespace vexa::mesh::detail

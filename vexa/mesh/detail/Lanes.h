@@ -1,0 +1,210 @@
+#pragma once
+
+#include <cstring>
+#include <immintrin.h>
+
+// Floats side by side in registers: eight with AVX2, else four (SSE2, which every x86-64 has).
+//
+// The sources that include this are compiled for different processors, so nothing here may be seen by another source:
+// everything is in an unnamed namespace, and no inline function or template of another header is used. The operators
+// + - * / and the comparisons work on the registers lane by lane, as the compilers define them.
+namespace vexa::mesh::detail {
+namespace {
+
+#ifdef __AVX2__
+using FloatLanes = __m256;
+constexpr unsigned long laneCount = 8;
+
+inline FloatLanes allLanes(float value) {
+    return _mm256_set1_ps(value);
+}
+inline int laneMask(FloatLanes lanes) {
+    return _mm256_movemask_ps(lanes);
+}
+inline FloatLanes minimum(FloatLanes a, FloatLanes b) {
+    return _mm256_min_ps(a, b);
+}
+inline FloatLanes maximum(FloatLanes a, FloatLanes b) {
+    return _mm256_max_ps(a, b);
+}
+inline FloatLanes areEqual(FloatLanes a, FloatLanes b) {
+    return _mm256_cmp_ps(a, b, _CMP_EQ_OQ);
+}
+inline FloatLanes areAtLeast(FloatLanes a, FloatLanes b) {
+    return _mm256_cmp_ps(a, b, _CMP_GE_OQ);
+}
+inline FloatLanes areBelow(FloatLanes a, FloatLanes b) {
+    return _mm256_cmp_ps(a, b, _CMP_LT_OQ);
+}
+inline FloatLanes bothBits(FloatLanes a, FloatLanes b) {
+    return _mm256_and_ps(a, b);
+}
+inline FloatLanes bitsBut(FloatLanes a, FloatLanes b) {
+    return _mm256_andnot_ps(b, a);
+}
+inline FloatLanes flipBits(FloatLanes a, FloatLanes b) {
+    return _mm256_xor_ps(a, b);
+}
+inline FloatLanes select(FloatLanes mask, FloatLanes then, FloatLanes otherwise) {
+    return _mm256_blendv_ps(otherwise, then, mask);
+}
+inline void storeFloats(float* floats, FloatLanes lanes) {
+    _mm256_storeu_ps(floats, lanes);
+}
+
+template <int Selection>
+FloatLanes shuffle(FloatLanes a, FloatLanes b) {
+    return _mm256_shuffle_ps(a, b, Selection);
+}
+
+// The upper half of a register holds what belongs to the upper four lanes, so that shuffles stay within halves.
+inline FloatLanes loadQuarter(const unsigned char* vectors, unsigned long byte) {
+    return _mm256_set_m128(_mm_loadu_ps(reinterpret_cast<const float*>(vectors + 48 + byte)),
+                           _mm_loadu_ps(reinterpret_cast<const float*>(vectors + byte)));
+}
+inline void storeQuarter(unsigned char* vectors, unsigned long byte, FloatLanes lanes) {
+    _mm_storeu_ps(reinterpret_cast<float*>(vectors + byte), _mm256_castps256_ps128(lanes));
+    _mm_storeu_ps(reinterpret_cast<float*>(vectors + 48 + byte), _mm256_extractf128_ps(lanes, 1));
+}
+
+/// a + b + c, summed in double and rounded.
+inline FloatLanes sumInDouble(FloatLanes a, FloatLanes b, FloatLanes c) {
+    const auto half = [](__m128 x, __m128 y, __m128 z) {
+        return _mm256_cvtpd_ps(
+            _mm256_add_pd(_mm256_add_pd(_mm256_cvtps_pd(x), _mm256_cvtps_pd(y)), _mm256_cvtps_pd(z)));
+    };
+    return _mm256_set_m128(half(_mm256_extractf128_ps(a, 1), _mm256_extractf128_ps(b, 1), _mm256_extractf128_ps(c, 1)),
+                           half(_mm256_castps256_ps128(a), _mm256_castps256_ps128(b), _mm256_castps256_ps128(c)));
+}
+
+/// Truncates floats from 0 to 255 and stores them as pairs of bytes.
+inline void storeBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes second) {
+    const __m256i pairs =
+        _mm256_or_si256(_mm256_cvttps_epi32(first), _mm256_slli_epi32(_mm256_cvttps_epi32(second), 8));
+    const __m128i packed = _mm_packus_epi32(_mm256_castsi256_si128(pairs), _mm256_extracti128_si256(pairs, 1));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), packed);
+}
+
+/// Reads pairs of bytes as floats.
+inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLanes& second) {
+    const __m256i pairs = _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)));
+    first = _mm256_cvtepi32_ps(_mm256_and_si256(pairs, _mm256_set1_epi32(255)));
+    second = _mm256_cvtepi32_ps(_mm256_srli_epi32(pairs, 8));
+}
+#else
+using FloatLanes = __m128;
+constexpr unsigned long laneCount = 4;
+
+inline FloatLanes allLanes(float value) {
+    return _mm_set1_ps(value);
+}
+inline int laneMask(FloatLanes lanes) {
+    return _mm_movemask_ps(lanes);
+}
+inline FloatLanes minimum(FloatLanes a, FloatLanes b) {
+    return _mm_min_ps(a, b);
+}
+inline FloatLanes maximum(FloatLanes a, FloatLanes b) {
+    return _mm_max_ps(a, b);
+}
+inline FloatLanes areEqual(FloatLanes a, FloatLanes b) {
+    return _mm_cmpeq_ps(a, b);
+}
+inline FloatLanes areAtLeast(FloatLanes a, FloatLanes b) {
+    return _mm_cmpge_ps(a, b);
+}
+inline FloatLanes areBelow(FloatLanes a, FloatLanes b) {
+    return _mm_cmplt_ps(a, b);
+}
+inline FloatLanes bothBits(FloatLanes a, FloatLanes b) {
+    return _mm_and_ps(a, b);
+}
+inline FloatLanes bitsBut(FloatLanes a, FloatLanes b) {
+    return _mm_andnot_ps(b, a);
+}
+inline FloatLanes flipBits(FloatLanes a, FloatLanes b) {
+    return _mm_xor_ps(a, b);
+}
+inline FloatLanes select(FloatLanes mask, FloatLanes then, FloatLanes otherwise) {
+    return _mm_or_ps(_mm_and_ps(mask, then), _mm_andnot_ps(mask, otherwise));
+}
+inline void storeFloats(float* floats, FloatLanes lanes) {
+    _mm_storeu_ps(floats, lanes);
+}
+
+template <int Selection>
+FloatLanes shuffle(FloatLanes a, FloatLanes b) {
+    return _mm_shuffle_ps(a, b, Selection);
+}
+
+inline FloatLanes loadQuarter(const unsigned char* vectors, unsigned long byte) {
+    return _mm_loadu_ps(reinterpret_cast<const float*>(vectors + byte));
+}
+inline void storeQuarter(unsigned char* vectors, unsigned long byte, FloatLanes lanes) {
+    _mm_storeu_ps(reinterpret_cast<float*>(vectors + byte), lanes);
+}
+
+/// a + b + c, summed in double and rounded.
+inline FloatLanes sumInDouble(FloatLanes a, FloatLanes b, FloatLanes c) {
+    const auto half = [](__m128 x, __m128 y, __m128 z) {
+        return _mm_cvtpd_ps(_mm_add_pd(_mm_add_pd(_mm_cvtps_pd(x), _mm_cvtps_pd(y)), _mm_cvtps_pd(z)));
+    };
+    return _mm_movelh_ps(half(a, b, c), half(_mm_movehl_ps(a, a), _mm_movehl_ps(b, b), _mm_movehl_ps(c, c)));
+}
+
+/// Truncates floats from 0 to 255 and stores them as pairs of bytes.
+inline void storeBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes second) {
+    const __m128i pairs = _mm_or_si128(_mm_cvttps_epi32(first), _mm_slli_epi32(_mm_cvttps_epi32(second), 8));
+    // Sign-extended, 16 bits come through the saturating pack as they are.
+    const __m128i extended = _mm_srai_epi32(_mm_slli_epi32(pairs, 16), 16);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm_packs_epi32(extended, extended));
+}
+
+/// Reads pairs of bytes as floats.
+inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLanes& second) {
+    const __m128i pairs =
+        _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)), _mm_setzero_si128());
+    first = _mm_cvtepi32_ps(_mm_and_si128(pairs, _mm_set1_epi32(255)));
+    second = _mm_cvtepi32_ps(_mm_srli_epi32(pairs, 8));
+}
+#endif
+
+inline FloatLanes signBits() {
+    return allLanes(-0.0F);
+}
+inline FloatLanes absolute(FloatLanes lanes) {
+    return bitsBut(lanes, signBits());
+}
+
+/// As many vectors as there are lanes, each component in a register of its own.
+struct VectorLanes {
+    FloatLanes x;
+    FloatLanes y;
+    FloatLanes z;
+};
+
+constexpr unsigned long vectorSize = 3 * sizeof(float);
+
+/// Reads vectors of three floats, of any alignment. The comments show the lower four lanes.
+inline VectorLanes loadVectors(const unsigned char* vectors) {
+    const FloatLanes a = loadQuarter(vectors, 0);                 // x0 y0 z0 x1
+    const FloatLanes b = loadQuarter(vectors, 16);                // y1 z1 x2 y2
+    const FloatLanes c = loadQuarter(vectors, 32);                // z2 x3 y3 z3
+    const FloatLanes yz = shuffle<_MM_SHUFFLE(1, 0, 2, 1)>(a, b); // y0 z0 y1 z1
+    const FloatLanes xy = shuffle<_MM_SHUFFLE(2, 1, 3, 2)>(b, c); // x2 y2 x3 y3
+    return {shuffle<_MM_SHUFFLE(2, 0, 3, 0)>(a, xy), shuffle<_MM_SHUFFLE(3, 1, 2, 0)>(yz, xy),
+            shuffle<_MM_SHUFFLE(3, 0, 3, 1)>(yz, c)};
+}
+
+/// Writes vectors of three floats, of any alignment.
+inline void storeVectors(unsigned char* vectors, const VectorLanes& v) {
+    const FloatLanes xy = shuffle<_MM_SHUFFLE(2, 0, 2, 0)>(v.x, v.y); // x0 x2 y0 y2
+    const FloatLanes yz = shuffle<_MM_SHUFFLE(3, 1, 3, 1)>(v.y, v.z); // y1 y3 z1 z3
+    const FloatLanes zx = shuffle<_MM_SHUFFLE(3, 1, 2, 0)>(v.z, v.x); // z0 z2 x1 x3
+    storeQuarter(vectors, 0, shuffle<_MM_SHUFFLE(2, 0, 2, 0)>(xy, zx));
+    storeQuarter(vectors, 16, shuffle<_MM_SHUFFLE(3, 1, 2, 0)>(yz, xy));
+    storeQuarter(vectors, 32, shuffle<_MM_SHUFFLE(3, 1, 3, 1)>(zx, yz));
+}
+
+} // namespace
+} // namespace vexa::mesh::detail
