@@ -168,6 +168,45 @@ TEST(ConcatAttribs, RefusesMoreElementsThan64BitsCount) {
     EXPECT_EQ(std::count(calls->begin(), calls->end(), "a.resize 0"), 0);
 }
 
+TEST(ConcatAttribs, OverwritesAPartOfAnElementAtTheEndOfTheStorage) {
+    for (const AttributeTransformationFunction& f :
+         {AttributeTransformationFunction(leave), classic(glm::mat4(1.0F)).at("position")}) {
+        auto target = vec3f("a", {{1, 1, 1}});
+        storageView(target).getBufferData()->resize(19);
+        concatAttribs(target, vec3f("a", {{2, 2, 2}, {3, 3, 3}}), f);
+        EXPECT_EQ(elementsOf<Vec3>(*target), (std::vector<Vec3>{{1, 1, 1}, {2, 2, 2}, {3, 3, 3}}));
+        EXPECT_EQ(storageView(target).getBufferData()->getSizeInBytes(), 36u);
+    }
+}
+
+TEST(ConcatMeshes, OverwritesAPartOfAnIndexAtTheEndOfTheStorage) {
+    MeshPtr target = meshOf({zeros("position", 2)}, {7});
+    dynamic_cast<detail::DefaultBuffer&>(*target->getIndexBuffer()).getBufferData()->resize(6);
+    concatMeshes(target, meshOf({zeros("position", 2)}, {0, 1}), {});
+    EXPECT_EQ(indicesOf(*target->getIndexBuffer()), (std::vector<unsigned long>{7, 2, 3}));
+}
+
+TEST(ConcatMeshes, AppendsManyIndicesAndCopiesManyElements) {
+    std::vector<unsigned long> indices(5000);
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        indices[i] = i * 7 % 3001;
+    }
+    const std::vector<Vec3> positions = vexa::test::mixedVectors(3001, 8);
+    MeshPtr target = meshOf({vec3f("position", positions)}, indices);
+    const MeshPtr source = meshOf({vec3f("position", positions)}, indices);
+    for (unsigned long round = 1; round < 4; ++round) {
+        concatMeshes(target, source, {});
+        for (std::size_t i = 0; i < indices.size(); ++i) {
+            ASSERT_EQ(target->getIndexBuffer()->getElement(5000 * round + i), indices[i] + 3001 * round);
+        }
+    }
+    const std::vector<Vec3> result = elementsOf<Vec3>(*target->getAttributeBuffer(0));
+    ASSERT_EQ(result.size(), 4 * 3001u);
+    for (std::size_t round = 0; round < 4; ++round) {
+        EXPECT_EQ(std::memcmp(&result[3001 * round], positions.data(), 3001 * sizeof(Vec3)), 0);
+    }
+}
+
 template <typename T>
 void expectAppended(const AttributeBuffer& own, const AttributeBuffer& foreign) {
     const std::vector<T> result = elementsOf<T>(own);

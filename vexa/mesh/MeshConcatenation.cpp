@@ -6,6 +6,7 @@
 #include "vexa/mesh/detail/MeshBuffers.h"
 #include "vexa/mesh/detail/PackedElements.h"
 
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -14,30 +15,58 @@ namespace vexa::mesh {
 
 namespace {
 
-unsigned long addCounts(unsigned long target, unsigned long source) {
-    if (source > std::numeric_limits<unsigned long>::max() - target) {
+void checkCounts(unsigned long targetCount, unsigned long sourceCount) {
+    if (sourceCount > std::numeric_limits<unsigned long>::max() - targetCount) {
         throw std::length_error("Element count exceeds 64 bits");
     }
-    return target + source;
 }
 
-// Counts are read before the target grows and addresses after it: both may be one buffer or share a storage.
-void appendIndices(IndexBuffer& target, IndexBuffer& source, unsigned long offset) {
-    const unsigned long sourceCount = source.getElementCount();
-    const unsigned long targetCount = target.getElementCount();
-    target.resize(addCounts(targetCount, sourceCount));
+/// Appends to another storage. Grown by resize, it would be filled with zeros first.
+bool appendIndicesInBulk(const detail::PackedIndices& target, const detail::PackedIndices& source,
+                         unsigned long offset) {
+    if (source.storage == target.storage || !target.endWithStorage()) {
+        return false;
+    }
+    target.storage->reserveFurther(source.elementCount * target.elementSizeInBytes);
+    constexpr unsigned long blockCount = 1024;
+    unsigned char block[blockCount * sizeof(unsigned int)];
+    for (unsigned long begin = 0; begin < source.elementCount; begin += blockCount) {
+        const unsigned long count = std::min(blockCount, source.elementCount - begin);
+        detail::shiftIndices(source.element(begin), source.type, block, target.type, count, offset);
+        target.storage->append(block, count * target.elementSizeInBytes);
+    }
+    return true;
+}
 
+/// Stores indices behind others of a buffer that is already large enough.
+void shiftIndices(IndexBuffer& target, unsigned long begin, IndexBuffer& source, unsigned long count,
+                  unsigned long offset) {
     const auto from = detail::findPackedIndices(source);
     const auto to = detail::findPackedIndices(target);
     if (from && to &&
-        detail::areSameOrApart(from->bytes, sourceCount * from->elementSizeInBytes, to->element(targetCount),
-                               sourceCount * to->elementSizeInBytes)) {
-        detail::shiftIndices(from->bytes, from->type, to->element(targetCount), to->type, sourceCount, offset);
+        detail::areSameOrApart(from->bytes, count * from->elementSizeInBytes, to->element(begin),
+                               count * to->elementSizeInBytes)) {
+        detail::shiftIndices(from->bytes, from->type, to->element(begin), to->type, count, offset);
         return;
     }
-    for (unsigned long i = 0; i < sourceCount; ++i) {
-        target.setElement(targetCount + i, source.getElement(i) + offset);
+    for (unsigned long i = 0; i < count; ++i) {
+        target.setElement(begin + i, source.getElement(i) + offset);
     }
+}
+
+// Counts are read before the target grows: both may be one buffer or share a storage.
+void appendIndices(IndexBuffer& target, IndexBuffer& source, unsigned long offset) {
+    const unsigned long sourceCount = source.getElementCount();
+    const unsigned long targetCount = target.getElementCount();
+    checkCounts(targetCount, sourceCount);
+
+    const auto from = detail::findPackedIndices(source);
+    const auto to = detail::findPackedIndices(target);
+    if (from && to && appendIndicesInBulk(*to, *from, offset)) {
+        return;
+    }
+    target.resize(targetCount + sourceCount);
+    shiftIndices(target, targetCount, source, sourceCount, offset);
 }
 
 detail::Bounds calcBounds(AttributeBuffer& positions, unsigned long count, const glm::mat4& matrix) {
@@ -69,8 +98,8 @@ void concatAttribs(std::shared_ptr<AttributeBuffer>& target, const std::shared_p
     }
     const unsigned long targetCount = heldTarget->getElementCount();
     const unsigned long sourceCount = heldSource->getElementCount();
-    heldTarget->resize(addCounts(targetCount, sourceCount));
-    detail::transformElements(*heldSource, *heldTarget, targetCount, sourceCount, transformation);
+    checkCounts(targetCount, sourceCount);
+    detail::appendElements(*heldSource, *heldTarget, targetCount, sourceCount, transformation);
 }
 
 void concatMeshes(MeshPtr& target, const MeshPtr& source, const AttributeTransformationMap& transformations) {

@@ -4,6 +4,7 @@
 #include "vexa/mesh/detail/ElementCopy.h"
 #include "vexa/mesh/detail/PackedElements.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vexa::mesh::detail {
@@ -13,33 +14,60 @@ namespace {
 constexpr unsigned long vec3Size = 3 * sizeof(float);
 constexpr unsigned long packedNormalSize = 2;
 
+bool isLeaveElement(const AttributeTransformationFunction& f) {
+    void (*const* function)(void*) = f.target<void (*)(void*)>();
+    return function != nullptr && *function == leaveElement;
+}
+
+/// Whether a function is one of the library's own that can be applied to elements of a size in bulk.
+bool isOwnFunction(const AttributeTransformationFunction& f, unsigned long elementSizeInBytes) {
+    return isLeaveElement(f) || (elementSizeInBytes == vec3Size && (f.target<PositionTransformation>() != nullptr ||
+                                                                    f.target<NormalTransformation>() != nullptr));
+}
+
+void applyOwnFunction(const AttributeTransformationFunction& f, const unsigned char* source, unsigned char* target,
+                      unsigned long count, unsigned long elementSizeInBytes) {
+    if (const auto* position = f.target<PositionTransformation>()) {
+        transformPositions(source, target, count, position->matrix);
+    } else if (const auto* normal = f.target<NormalTransformation>()) {
+        transformNormals(source, target, count, normal->matrix);
+    } else if (count != 0) {
+        std::memmove(target, source, count * elementSizeInBytes);
+    }
+}
+
 bool transformInBulk(const PackedElements& source, const PackedElements& target, unsigned long targetBegin,
                      unsigned long count, const AttributeTransformationFunction& f) {
     const unsigned long sizeInBytes = count * target.elementSizeInBytes;
     unsigned char* const begin = target.element(targetBegin);
-    if (source.elementSizeInBytes != target.elementSizeInBytes ||
+    if (source.elementSizeInBytes != target.elementSizeInBytes || !isOwnFunction(f, target.elementSizeInBytes) ||
         !areSameOrApart(source.bytes, sizeInBytes, begin, sizeInBytes)) {
         return false;
     }
-    if (void (*const* function)(void*) = f.target<void (*)(void*)>();
-        function != nullptr && *function == leaveElement) {
-        if (count != 0) {
-            std::memmove(begin, source.bytes, sizeInBytes);
-        }
-        return true;
-    }
-    if (target.elementSizeInBytes != vec3Size) {
+    applyOwnFunction(f, source.bytes, begin, count, target.elementSizeInBytes);
+    return true;
+}
+
+// Grown by resize, the target would be filled with zeros first.
+bool appendInBulk(const PackedElements& source, const PackedElements& target,
+                  const AttributeTransformationFunction& f) {
+    if (source.elementSizeInBytes != target.elementSizeInBytes || !isOwnFunction(f, target.elementSizeInBytes) ||
+        source.storage == target.storage || !target.endWithStorage()) {
         return false;
     }
-    if (const auto* position = f.target<PositionTransformation>()) {
-        transformPositions(source.bytes, begin, count, position->matrix);
+    target.storage->reserveFurther(source.elementCount * source.elementSizeInBytes);
+    if (isLeaveElement(f)) {
+        target.storage->append(source.bytes, source.elementCount * source.elementSizeInBytes);
         return true;
     }
-    if (const auto* normal = f.target<NormalTransformation>()) {
-        transformNormals(source.bytes, begin, count, normal->matrix);
-        return true;
+    constexpr unsigned long blockCount = 512;
+    unsigned char block[blockCount * vec3Size];
+    for (unsigned long begin = 0; begin < source.elementCount; begin += blockCount) {
+        const unsigned long count = std::min(blockCount, source.elementCount - begin);
+        applyOwnFunction(f, source.element(begin), block, count, vec3Size);
+        target.storage->append(block, count * vec3Size);
     }
-    return false;
+    return true;
 }
 
 bool transformPairsInBulk(const PackedElements& source, const PackedElements& target, unsigned long count,
@@ -90,6 +118,17 @@ void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigne
         f(element.get());
         target.setElement(targetBegin + i, element.get());
     }
+}
+
+void appendElements(AttributeBuffer& source, AttributeBuffer& target, unsigned long targetCount,
+                    unsigned long sourceCount, const AttributeTransformationFunction& f) {
+    const auto sourceElements = findPackedElements(source);
+    const auto targetElements = findPackedElements(target);
+    if (sourceElements && targetElements && appendInBulk(*sourceElements, *targetElements, f)) {
+        return;
+    }
+    target.resize(targetCount + sourceCount);
+    transformElements(source, target, targetCount, sourceCount, f);
 }
 
 void transformElementPairs(AttributeBuffer& source, AttributeBuffer& target, unsigned long count,

@@ -42,8 +42,18 @@ struct NormalUnpacking {
 void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigned long targetBegin, unsigned long count,
                        const AttributeTransformationFunction& f);
 
-/// The same for a function of a source and a target element, from the first element on. The copy of the target's
-/// element goes from one call to the next.
+/// Grows the target by f(element) for each element of the source, in order.
+///
+/// \param source      may be the target, or share its storage
+/// \param targetCount elements of the target
+/// \param sourceCount elements of the source, as many as fit in 64 bits together with the target's
+/// \throw whatever the target's resize throws; nothing is changed
+/// \throw whatever the function or the interface throws; the target is grown, elements before that one are stored
+void appendElements(AttributeBuffer& source, AttributeBuffer& target, unsigned long targetCount,
+                    unsigned long sourceCount, const AttributeTransformationFunction& f);
+
+/// transformElements for a function of a source and a target element, from the first element on. The copy of
+/// the target's element goes from one call to the next.
 void transformElementPairs(AttributeBuffer& source, AttributeBuffer& target, unsigned long count,
                            const std::function<void(void*, void*)>& f);
 

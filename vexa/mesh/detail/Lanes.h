@@ -11,6 +11,13 @@
 namespace vexa::mesh::detail {
 namespace {
 
+inline __m128 loadFour(const unsigned char* floats) {
+    return _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(floats)));
+}
+inline void storeFour(unsigned char* floats, __m128 lanes) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(floats), _mm_castps_si128(lanes));
+}
+
 #ifdef __AVX2__
 using FloatLanes = __m256;
 constexpr unsigned long laneCount = 8;
@@ -59,12 +66,11 @@ FloatLanes shuffle(FloatLanes a, FloatLanes b) {
 
 // The upper half of a register holds what belongs to the upper four lanes, so that shuffles stay within halves.
 inline FloatLanes loadQuarter(const unsigned char* vectors, unsigned long byte) {
-    return _mm256_set_m128(_mm_loadu_ps(reinterpret_cast<const float*>(vectors + 48 + byte)),
-                           _mm_loadu_ps(reinterpret_cast<const float*>(vectors + byte)));
+    return _mm256_set_m128(loadFour(vectors + 48 + byte), loadFour(vectors + byte));
 }
 inline void storeQuarter(unsigned char* vectors, unsigned long byte, FloatLanes lanes) {
-    _mm_storeu_ps(reinterpret_cast<float*>(vectors + byte), _mm256_castps256_ps128(lanes));
-    _mm_storeu_ps(reinterpret_cast<float*>(vectors + 48 + byte), _mm256_extractf128_ps(lanes, 1));
+    storeFour(vectors + byte, _mm256_castps256_ps128(lanes));
+    storeFour(vectors + 48 + byte, _mm256_extractf128_ps(lanes, 1));
 }
 
 /// a + b + c, summed in double and rounded.
@@ -138,10 +144,10 @@ FloatLanes shuffle(FloatLanes a, FloatLanes b) {
 }
 
 inline FloatLanes loadQuarter(const unsigned char* vectors, unsigned long byte) {
-    return _mm_loadu_ps(reinterpret_cast<const float*>(vectors + byte));
+    return loadFour(vectors + byte);
 }
 inline void storeQuarter(unsigned char* vectors, unsigned long byte, FloatLanes lanes) {
-    _mm_storeu_ps(reinterpret_cast<float*>(vectors + byte), lanes);
+    storeFour(vectors + byte, lanes);
 }
 
 /// a + b + c, summed in double and rounded.

@@ -2,7 +2,6 @@
 
 #include "vexa/mesh/detail/DefaultAttributeBuffer.h"
 #include "vexa/mesh/detail/DefaultIndexBuffer.h"
-#include "vexa/mesh/detail/VectorBufferData.h"
 
 #include <functional>
 #include <typeinfo>
@@ -17,7 +16,9 @@ std::optional<PackedElements> findElements(DefaultBuffer& buffer, unsigned long 
         buffer.getElementStrideInBytes() != elementSizeInBytes || buffer.getElementOffsetInBytes() != 0) {
         return std::nullopt;
     }
-    return PackedElements{static_cast<unsigned char*>(data->getData()), elementSizeInBytes, buffer.getElementCount()};
+    auto* const storage = static_cast<VectorBufferData*>(data);
+    return PackedElements{storage, static_cast<unsigned char*>(data->getData()), elementSizeInBytes,
+                          buffer.getElementCount()};
 }
 
 template <typename T>

@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/AttributeBuffer.h"
 #include "vexa/mesh/IndexBuffer.h"
+#include "vexa/mesh/detail/VectorBufferData.h"
 
 #include <optional>
 
@@ -9,6 +10,7 @@ namespace vexa::mesh::detail {
 
 /// Elements that lie one behind the other from the first byte of a storage on. Valid until the buffer is resized.
 struct PackedElements {
+    VectorBufferData* storage;
     unsigned char* bytes; ///< null while there are none
     unsigned long elementSizeInBytes;
     unsigned long elementCount;
@@ -16,6 +18,9 @@ struct PackedElements {
     [[nodiscard]] unsigned char* element(unsigned long index) const {
         return index == 0 ? bytes : bytes + index * elementSizeInBytes;
     }
+
+    /// Whether nothing, not even a part of an element, follows the last element in the storage.
+    [[nodiscard]] bool endWithStorage() const { return elementCount * elementSizeInBytes == storage->getSizeInBytes(); }
 };
 
 struct PackedIndices : PackedElements {

@@ -1,5 +1,8 @@
 #include "vexa/mesh/detail/VectorBufferData.h"
 
+#include <algorithm>
+#include <stdexcept>
+
 namespace vexa::mesh::detail {
 
 void* VectorBufferData::getData() {
@@ -16,6 +19,20 @@ unsigned long VectorBufferData::getSizeInBytes() const {
 
 void VectorBufferData::resize(unsigned long sizeInBytes) {
     bytes_.resize(sizeInBytes);
+}
+
+void VectorBufferData::reserveFurther(unsigned long sizeInBytes) {
+    const unsigned long size = bytes_.size();
+    if (sizeInBytes > bytes_.max_size() - size) {
+        throw std::length_error("Buffer size exceeds the largest of a vector");
+    }
+    if (size + sizeInBytes > bytes_.capacity()) {
+        bytes_.reserve(std::min(size + std::max(size, sizeInBytes), bytes_.max_size()));
+    }
+}
+
+void VectorBufferData::append(const unsigned char* bytes, unsigned long sizeInBytes) {
+    bytes_.insert(bytes_.end(), bytes, bytes + sizeInBytes);
 }
 
 } // namespace vexa::mesh::detail

@@ -14,6 +14,18 @@ public:
     unsigned long getSizeInBytes() const override;
     void resize(unsigned long sizeInBytes) override;
 
+    /// Makes room for further bytes, as much as growing by them would.
+    ///
+    /// \throw std::length_error, std::bad_alloc nothing is changed
+    void reserveFurther(unsigned long sizeInBytes);
+
+    /// Grows by a copy of bytes, without writing zeros first.
+    ///
+    /// \param bytes       not of this block; may be null when there are none
+    /// \param sizeInBytes how many
+    /// \throw std::length_error, std::bad_alloc nothing is changed; not when there is room for them
+    void append(const unsigned char* bytes, unsigned long sizeInBytes);
+
 private:
     std::vector<unsigned char> bytes_;
 };
