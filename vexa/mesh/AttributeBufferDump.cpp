@@ -54,7 +54,6 @@ void printAttributeBufferElement(std::ostream& os, const unsigned char* element,
     }
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): a share is taken, as by every holder of a buffer.
 void printAttributeBuffer(std::ostream& os, std::shared_ptr<AttributeBuffer> buffer, bool printElements) {
     os << "AttributeBuffer:" << std::endl;
     os << "    attributeName            " << buffer->getAttributeName() << std::endl;

@@ -15,7 +15,6 @@ void createClassicTransformation(AttributeTransformationMap& map, const glm::mat
     map["normal"] = detail::NormalTransformation{detail::calcNormalMatrix(m)};
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): a function that is running must not be changed by its holder.
 void transformAttrib(std::shared_ptr<AttributeBuffer>& buffer, AttributeTransformationFunction f) {
     // The function may reset the caller's pointer.
     const std::shared_ptr<AttributeBuffer> held = buffer;
@@ -34,9 +33,8 @@ void transformMesh(MeshPtr& mesh, const AttributeTransformationMap& map) {
     }
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): see transformAttrib.
 void transformAttributes(std::shared_ptr<AttributeBuffer> source, std::shared_ptr<AttributeBuffer> target,
-                         std::function<void(void*, void*)> f) { // NOLINT(performance-unnecessary-value-param)
+                         std::function<void(void*, void*)> f) {
     const unsigned long count = source->getElementCount();
     if (count != target->getElementCount()) {
         std::cerr << "Source and target element count are different" << std::endl;

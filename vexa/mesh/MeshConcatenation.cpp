@@ -87,7 +87,6 @@ detail::Bounds calcBounds(AttributeBuffer& positions, unsigned long count, const
 
 } // namespace
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): a function that is running must not be changed by its holder.
 void concatAttribs(std::shared_ptr<AttributeBuffer>& target, const std::shared_ptr<AttributeBuffer>& source,
                    AttributeTransformationFunction transformation) {
     // The function may reset the caller's pointers.
