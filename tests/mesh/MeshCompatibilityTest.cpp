@@ -15,7 +15,6 @@
 namespace {
 
 using namespace vexa::mesh;
-using vexa::test::attribute;
 using vexa::test::Calls;
 using vexa::test::foreignCopy;
 using vexa::test::ForeignMesh;

@@ -32,7 +32,8 @@ Bytes decodeBase64(std::string_view text) {
     std::uint32_t pending = 0;
     int bits = 0;
     for (const char c : text) {
-        const int digit = DIGITS[static_cast<unsigned char>(c)];
+        const int digit =
+            DIGITS[static_cast<unsigned char>(c)]; // NOLINT(bugprone-signed-char-misuse): a number, -1 for none
         if (digit < 0) {
             throw FormatError("malformed base64");
         }

@@ -83,10 +83,10 @@ std::optional<std::size_t> optionalIndexMember(const Json& object, const char* k
 }
 
 const Json& arrayMember(const Json& object, const char* key, const std::string& where) {
-    static const Json EMPTY = Json::array();
+    static const Json empty = Json::array();
     const auto found = object.find(key);
     if (found == object.end()) {
-        return EMPTY;
+        return empty;
     }
     if (!found->is_array()) {
         throw FormatError(memberName(where, key) + " is no array");
@@ -95,10 +95,10 @@ const Json& arrayMember(const Json& object, const char* key, const std::string& 
 }
 
 const Json& objectMember(const Json& object, const char* key, const std::string& where) {
-    static const Json EMPTY = Json::object();
+    static const Json empty = Json::object();
     const auto found = object.find(key);
     if (found == object.end()) {
-        return EMPTY;
+        return empty;
     }
     if (!found->is_object()) {
         throw FormatError(memberName(where, key) + " is no object");
