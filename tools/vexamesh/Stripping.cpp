@@ -43,7 +43,10 @@ StripResult cutTriangles(const std::vector<unsigned int>& triangles, const Strip
         result.fans += primitive.type == mesh::TRIANGLE_FAN ? 1 : 0;
         result.leftOver += primitive.type == mesh::TRIANGLES ? primitive.indices.size() / 3 : 0;
     }
-    result.primitives = settings.join ? joinAll(std::move(primitives)) : std::move(primitives);
+    if (settings.join) {
+        primitives = joinAll(std::move(primitives));
+    }
+    result.primitives = std::move(primitives);
     std::erase_if(result.primitives, [](const IndexedPrimitive& primitive) { return primitive.indices.empty(); });
     return result;
 }
