@@ -5,6 +5,7 @@ option(VEXA_BUILD_TOOL "Build the command-line tool vexamesh" ${PROJECT_IS_TOP_L
 option(VEXA_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 option(VEXA_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VEXA_TEST_PACKAGE "Test the installed package with outside programs too" OFF)
+option(VEXA_TEST_NODE "Run the tests that need Node.js too" OFF)
 option(VEXA_BUILD_BENCH "Build the benchmark" OFF)
 option(VEXA_AVX2 "Use AVX2 on processors that have it; the results are the same" ON)
 option(VEXA_INSTALL "Add the install rules and the package files" ${PROJECT_IS_TOP_LEVEL})

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Installs the packages of dependencies.txt that are needed by the named parts and missing here.
+# Installs the Debian packages of dependencies.txt that are needed by the named parts and missing here. Those of npm are
+# fetched by what uses them, each with the lock file beside its package.json.
 # usage: install-dependencies.sh [PART...]   (library, tool, tests, lint, bench, docs; none means all)
 set -eu
 
@@ -16,7 +17,7 @@ for part in $wanted; do
 done
 
 packages=$(awk -F'|' -v wanted="$wanted" '
-    /^[^#]/ && NF >= 3 {
+    /^[^#]/ && !/^npm:/ && NF >= 3 {
         gsub(/[ \t]/, "", $1); gsub(/[ \t]/, "", $2)
         count = split($2, parts, ",")
         for (i = 1; i <= count; i++) if (index(wanted, " " parts[i] " ")) { print $1; break }
