@@ -107,6 +107,9 @@ private:
             // There is nothing to write, and a glTF primitive cannot be empty: it stays as it is.
             return;
         }
+        if (settings_.keepParts) {
+            outcome_.cuts.push_back({mesh, index, std::move(result.parts)});
+        }
         stripped_.push_back({mesh, mesh::toTriangles(primitive.type, primitive.indices)});
         edits_.push_back({mesh, index, std::move(result.primitives)});
     }

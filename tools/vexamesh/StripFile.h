@@ -25,11 +25,19 @@ struct StripFigures {
     bool sameTriangles = true; ///< whether the output, read back, has the oriented triangles of the input
 };
 
+/// How the triangles of a primitive were cut.
+struct CutPrimitive {
+    std::size_t mesh = 0;
+    std::size_t primitive = 0;
+    std::vector<mesh::IndexedPrimitive> parts; ///< before they were joined
+};
+
 struct StripOutcome {
     Bytes file; ///< binary glTF
     std::size_t fileBytesBefore = 0;
     std::vector<StripFigures> meshes;
     StripFigures total;
+    std::vector<CutPrimitive> cuts; ///< of the primitives with triangles; only with `StripSettings::keepParts`
 };
 
 /// Is told how many meshes are done, and of how many.

@@ -43,6 +43,9 @@ StripResult cutTriangles(const std::vector<unsigned int>& triangles, const Strip
         result.fans += primitive.type == mesh::TRIANGLE_FAN ? 1 : 0;
         result.leftOver += primitive.type == mesh::TRIANGLES ? primitive.indices.size() / 3 : 0;
     }
+    if (settings.keepParts) {
+        result.parts = primitives;
+    }
     if (settings.join) {
         primitives = joinAll(std::move(primitives));
     }

@@ -9,12 +9,14 @@ namespace vexa::tool {
 /// How triangles are cut and written.
 struct StripSettings {
     mesh::StripOptions options;
-    bool join = true; ///< all strips, and what is left over, in one; otherwise a primitive per strip
+    bool join = true;       ///< all strips, and what is left over, in one; otherwise a primitive per strip
+    bool keepParts = false; ///< whether the result tells how it was cut, too
 };
 
 /// One primitive, cut.
 struct StripResult {
     std::vector<mesh::IndexedPrimitive> primitives; ///< empty when there is no triangle
+    std::vector<mesh::IndexedPrimitive> parts;      ///< before they were joined; only with `keepParts`
     std::size_t triangles = 0;                      ///< of the input, without degenerate ones
     std::size_t degenerate = 0;                     ///< those of a list: with two equal corners they draw nothing
     std::size_t strips = 0;                         ///< before they were joined

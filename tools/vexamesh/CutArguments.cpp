@@ -1,0 +1,33 @@
+#include "CutArguments.h"
+
+namespace vexa::tool {
+
+void addCutOptions(CLI::App& command, CutArguments& arguments) {
+    command
+        .add_option("--iterations", arguments.iterations,
+                    "Passes: more of them search for fewer indices, and never end with more")
+        ->check(CLI::Range(1U, 4294967295U))
+        ->capture_default_str();
+    command.add_option("--fans", arguments.fans, "Make fans around vertices with at least MIN triangles")
+        ->type_name("MIN")
+        ->check(CLI::Range(1U, 4294967295U));
+    command.add_flag("--all-strips", arguments.allStrips, "Single triangles become strips too");
+    command
+        .add_option("--join", arguments.join,
+                    "degenerate: one primitive per input primitive, its strips joined by degenerate triangles; none: a "
+                    "primitive per strip")
+        ->check(CLI::IsMember({"degenerate", "none"}))
+        ->capture_default_str();
+}
+
+StripSettings settingsOf(const CutArguments& arguments) {
+    StripSettings settings;
+    settings.options.iterations = arguments.iterations;
+    settings.options.buildFans = arguments.fans > 0;
+    settings.options.minFanTriangles = arguments.fans;
+    settings.options.allStrips = arguments.allStrips;
+    settings.join = arguments.join == "degenerate";
+    return settings;
+}
+
+} // namespace vexa::tool
