@@ -39,6 +39,11 @@ void CompactGraph::findIrregular() {
     }
 }
 
+bool CompactGraph::isRegular() const {
+    return std::none_of(triangles_.get(), triangles_.get() + count_,
+                        [](const CompactTriangle& triangle) { return triangle.isIrregular; });
+}
+
 void CompactGraph::countDegrees() {
     for (TriangleId id = 0; id < count_; ++id) {
         CompactTriangle& triangle = triangles_[id];

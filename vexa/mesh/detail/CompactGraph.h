@@ -77,6 +77,8 @@ public:
 
     /// Sets `isIrregular` of every triangle, once the twins are known.
     void findIrregular();
+    /// Whether no triangle is irregular.
+    [[nodiscard]] bool isRegular() const;
     /// Sets `degree` of every triangle, once the fans are cut.
     void countDegrees();
 

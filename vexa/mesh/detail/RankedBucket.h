@@ -46,7 +46,12 @@ public:
     }
 
     /// The entry before which `k` others are in, in order of insertion; `k` is below `size`.
-    [[nodiscard]] TriangleId at(std::uint32_t k) const {
+    [[nodiscard]] TriangleId at(std::uint32_t k) const { return entry(find(k)); }
+    /// What was pushed at a position.
+    [[nodiscard]] TriangleId entry(std::uint32_t position) const { return log_[position]; }
+
+    /// Position of the entry before which `k` others are in; `k` is below `size`.
+    [[nodiscard]] std::uint32_t find(std::uint32_t k) const {
         std::size_t i = skip(top_, 0, k);
         i = skip(coarse_, i * (topSize / coarseSize), k);
         i = skip(fine_, i * (coarseSize / fineSize), k);
@@ -59,7 +64,7 @@ public:
         for (; k > 0; --k) {
             bits &= bits - 1;
         }
-        return log_[word * 64 + static_cast<std::size_t>(std::countr_zero(bits))];
+        return static_cast<std::uint32_t>(word * 64 + static_cast<std::size_t>(std::countr_zero(bits)));
     }
 
     /// Calls `visit(triangle)` for every entry, in order of insertion. The visit may write the log's first entries, up

@@ -39,6 +39,13 @@ std::uint32_t reversedStripCost(const CompactGraph& graph, std::span<const Strip
 
 } // namespace
 
+/// The triangle that a strip begins with, and where it waits.
+struct Pick {
+    TriangleId triangle;
+    std::size_t bucket;
+    std::uint32_t position; ///< within a ranked bucket
+};
+
 /// The buckets of a single pass, which always begins with the first triangle of the lowest one.
 ///
 /// A triangle's state only falls, so that it enters each bucket once; an entry is in its bucket as long as the state
@@ -67,22 +74,23 @@ public:
         log.entries[log.end++] = triangle;
     }
     void erase(std::size_t, TriangleId) {}
+    void erase(const Pick&) {}
     void fetch(TriangleId) const {}
 
     /// Finds the triangle that the next strip begins with; false when there is none.
-    bool pick(std::size_t startBucket, RandomSource&, TriangleId& picked) {
+    bool pick(std::size_t startBucket, RandomSource&, Pick& picked) {
         for (std::size_t bucket = startBucket; bucket < 3; ++bucket) {
             Log& log = logs_[bucket];
             for (; log.begin != log.end; ++log.begin) {
                 if (isIn(log.entries[log.begin], bucket)) {
-                    picked = log.entries[log.begin];
+                    picked = {log.entries[log.begin], bucket, 0};
                     return true;
                 }
             }
         }
         for (; firstOfThree_ != graph_.count(); ++firstOfThree_) {
             if (isIn(firstOfThree_, 3)) {
-                picked = firstOfThree_;
+                picked = {firstOfThree_, 3, 0};
                 return true;
             }
         }
@@ -157,15 +165,17 @@ public:
     /// Brings near what moving a triangle needs.
     void fetch(TriangleId triangle) const { __builtin_prefetch(&positions_[triangle], 1); }
 
-    bool pick(std::size_t startBucket, RandomSource& random, TriangleId& picked) {
+    bool pick(std::size_t startBucket, RandomSource& random, Pick& picked) {
         for (std::size_t bucket = startBucket; bucket <= 3; ++bucket) {
             if (const std::uint32_t size = buckets_[bucket].size(); size != 0) {
-                picked = buckets_[bucket].at(pickPosition(size, random.draw()));
+                const std::uint32_t position = buckets_[bucket].find(pickPosition(size, random.draw()));
+                picked = {buckets_[bucket].entry(position), bucket, position};
                 return true;
             }
         }
         return false;
     }
+    void erase(const Pick& picked) { buckets_[picked.bucket].erase(picked.position); }
 
     template <class Visit>
     void forEachWithoutNeighbours(Visit visit) const {
@@ -259,6 +269,7 @@ private:
         for (TriangleId triangle = options_.freeCount; triangle < graph_.count(); ++triangle) {
             set_.order_[set_.taken_++] = halfEdgeOf(triangle, 0);
         }
+        const bool isRegular = graph_.isRegular();
         std::uint32_t bestSeed = 1;
         for (std::uint32_t remaining = options_.iterations - 1;; --remaining) {
             const std::uint32_t seed = remaining != 0 ? random_.draw() : bestSeed;
@@ -279,6 +290,7 @@ private:
             pad();
             buckets_.restart(graph_, {set_.order_.get(), set_.taken_});
             set_.taken_ = 0;
+            areStatesExact_ = isRegular;
         }
     }
 
@@ -287,20 +299,37 @@ private:
     /// Builds strips until no bucket from the start bucket on holds a triangle. Only the last pass keeps them.
     void runPass(bool isLast) {
         set_.cost = 0;
-        for (TriangleId start = 0; buckets_.pick(startBucket_, random_, start);) {
+        for (Pick start{}; buckets_.pick(startBucket_, random_, start);) {
             const std::uint32_t begin = set_.taken_;
-            std::uint32_t cost = growStrip(start);
-            bool isReversed = false;
-            if constexpr (Buckets::isRanked) {
-                const std::uint32_t reversedCost = calcReversedCost(begin);
-                isReversed = reversedCost < cost;
-                cost = std::min(cost, reversedCost);
-            }
-            set_.cost += cost;
+            const bool isReversed =
+                start.bucket == 0 && areStatesExact_ ? takeAlone(start) : buildStrip(start.triangle);
             if (isLast) {
                 set_.strips_.push_back({begin & 0x3fffffff, isReversed, isIrregular_});
             }
         }
+    }
+
+    /// A strip of a triangle that is known to have no free neighbour. Nothing waits for its record: it may be far away.
+    bool takeAlone(const Pick& start) {
+        buckets_.erase(start);
+        graph_[start.triangle].state = stateInStrip;
+        set_.order_[set_.taken_++] = halfEdgeOf(start.triangle, 1);
+        set_.cost += 3;
+        isIrregular_ = false;
+        return false;
+    }
+
+    /// Returns whether the strip is cheaper from its last triangle to its first.
+    bool buildStrip(TriangleId start) {
+        const std::uint32_t begin = set_.taken_;
+        const std::uint32_t cost = growStrip(start);
+        if constexpr (Buckets::isRanked) {
+            const std::uint32_t reversedCost = calcReversedCost(begin);
+            set_.cost += std::min(cost, reversedCost);
+            return reversedCost < cost;
+        }
+        set_.cost += cost;
+        return false;
     }
 
     /// Takes the start triangle and as many behind it as follow one another; returns the number of indices.
@@ -400,6 +429,8 @@ private:
     StripSet set_;
     ReversedCost reversedCost_;
     bool isIrregular_ = false;
+    bool areStatesExact_ = false; ///< every state is the number of free neighbours, which need not hold for the states
+                                  ///< that the triangles came with
 };
 
 StripSet searchStrips(CompactGraph& graph, const SearchOptions& options, RandomSource& random,
