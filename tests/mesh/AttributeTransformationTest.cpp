@@ -246,6 +246,20 @@ TEST(TransformAttrib, FunctionMayMoveTheStorageAndResetTheCallersPointer) {
     EXPECT_EQ(elements[3][0], 0);
 }
 
+TEST(TransformAttrib, FunctionMayReplaceTheStorage) {
+    auto buffer = vec3f("a", {{1, 0, 0}, {2, 0, 0}, {3, 0, 0}});
+    auto& data = dynamic_cast<detail::DefaultBuffer&>(*buffer).getBufferData();
+    const auto first = data;
+    const auto other = vec3f("b", {{7, 0, 0}, {8, 0, 0}, {9, 0, 0}});
+    transformAttrib(buffer, [&](void* element) {
+        data = dynamic_cast<detail::DefaultBuffer&>(*other).getBufferData();
+        addOne(element);
+    });
+    EXPECT_EQ(elementsOf<Vec3>(*buffer), (std::vector<Vec3>{{2, 0, 0}, {9, 0, 0}, {10, 0, 0}}));
+    data = first;
+    EXPECT_EQ(elementsOf<Vec3>(*buffer), (std::vector<Vec3>{{1, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
+}
+
 TEST(TransformAttrib, ClassicFunctionsTouchNothingBeyondSmallElements) {
     auto buffer = attribute<std::array<float, 2>>(FLOAT, 2, "position", {{1, 2}, {3, 4}});
     transformAttrib(buffer, classic(scaling(2, 2, 2)).at("position"));

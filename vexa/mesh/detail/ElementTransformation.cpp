@@ -1,11 +1,14 @@
 #include "vexa/mesh/detail/ElementTransformation.h"
 
 #include "vexa/mesh/NormalQuantization.h"
+#include "vexa/mesh/detail/DefaultAttributeBuffer.h"
 #include "vexa/mesh/detail/ElementCopy.h"
 #include "vexa/mesh/detail/PackedElements.h"
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <typeinfo>
 
 namespace vexa::mesh::detail {
 
@@ -89,6 +92,69 @@ bool transformPairsInBulk(const PackedElements& source, const PackedElements& ta
     return false;
 }
 
+/// Elements of a buffer, reached through its interface.
+class InterfaceElements {
+public:
+    explicit InterfaceElements(AttributeBuffer& buffer) : buffer_(buffer) {}
+    void get(unsigned long index, void* copy) const { buffer_.getElement(index, copy); }
+    void set(unsigned long index, const void* copy) const { buffer_.setElement(index, copy); }
+
+private:
+    AttributeBuffer& buffer_;
+};
+
+/// Elements of a buffer of exactly the library's own class, reached as its accessors do it: where the bytes are is
+/// asked for every element anew, because the function may have resized the buffer or replaced its storage.
+class StoredElements {
+public:
+    explicit StoredElements(AttributeBuffer& buffer)
+        : data_(static_cast<DefaultAttributeBuffer&>(buffer).getBufferData()), size_(buffer.getElementSizeInBytes()),
+          stride_(buffer.getElementStrideInBytes()), offset_(buffer.getElementOffsetInBytes()) {}
+
+    [[nodiscard]] static bool reach(const AttributeBuffer& buffer) {
+        return typeid(buffer) == typeid(DefaultAttributeBuffer);
+    }
+
+    void get(unsigned long index, void* copy) const {
+        const BufferData& data = *data_;
+        copyElement(copy, static_cast<const unsigned char*>(data.getData()) + begin(index));
+    }
+    void set(unsigned long index, const void* copy) const {
+        copyElement(static_cast<unsigned char*>(data_->getData()) + begin(index), copy);
+    }
+
+private:
+    [[nodiscard]] unsigned long begin(unsigned long index) const { return index * stride_ + offset_; }
+
+    // Of a size that the compiler knows, a copy needs no call.
+    void copyElement(void* to, const void* from) const {
+        switch (size_) {
+        case 0:
+            return;
+        case vec3Size:
+            std::memcpy(to, from, vec3Size);
+            return;
+        default:
+            std::memcpy(to, from, size_);
+        }
+    }
+
+    const std::shared_ptr<BufferData>& data_;
+    unsigned long size_;
+    unsigned long stride_;
+    unsigned long offset_;
+};
+
+/// Calls `walk` with both buffers' elements, by the way in which they can be reached fastest.
+template <typename Walk>
+void reachElements(AttributeBuffer& source, AttributeBuffer& target, const Walk& walk) {
+    if (StoredElements::reach(source) && StoredElements::reach(target)) {
+        walk(StoredElements(source), StoredElements(target));
+    } else {
+        walk(InterfaceElements(source), InterfaceElements(target));
+    }
+}
+
 } // namespace
 
 void leaveElement(void* /*element*/) {}
@@ -113,11 +179,13 @@ void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigne
         return;
     }
     const ElementCopy element(target.getElementSizeInBytes());
-    for (unsigned long i = 0; i < count; ++i) {
-        source.getElement(i, element.get());
-        f(element.get());
-        target.setElement(targetBegin + i, element.get());
-    }
+    reachElements(source, target, [&](const auto& from, const auto& to) {
+        for (unsigned long i = 0; i < count; ++i) {
+            from.get(i, element.get());
+            f(element.get());
+            to.set(targetBegin + i, element.get());
+        }
+    });
 }
 
 void appendElements(AttributeBuffer& source, AttributeBuffer& target, unsigned long targetCount,
@@ -140,11 +208,13 @@ void transformElementPairs(AttributeBuffer& source, AttributeBuffer& target, uns
     }
     const ElementCopy sourceElement(source.getElementSizeInBytes());
     const ElementCopy targetElement(target.getElementSizeInBytes());
-    for (unsigned long i = 0; i < count; ++i) {
-        source.getElement(i, sourceElement.get());
-        f(sourceElement.get(), targetElement.get());
-        target.setElement(i, targetElement.get());
-    }
+    reachElements(source, target, [&](const auto& from, const auto& to) {
+        for (unsigned long i = 0; i < count; ++i) {
+            from.get(i, sourceElement.get());
+            f(sourceElement.get(), targetElement.get());
+            to.set(i, targetElement.get());
+        }
+    });
 }
 
 } // namespace vexa::mesh::detail

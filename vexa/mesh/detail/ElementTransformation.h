@@ -7,7 +7,7 @@
 /// The library's own element functions, and the one walk over elements that knows them.
 ///
 /// Its own functions on packed elements run in bulk. Any other function gets its copy of each element, in order, and
-/// the element is fetched and stored through the interface: the function may hold the buffer, resize it or throw.
+/// where the element is is asked anew each time: the function may hold the buffer, resize it or throw.
 namespace vexa::mesh::detail {
 
 /// "position" of createClassicTransformation.
