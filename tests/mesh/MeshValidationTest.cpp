@@ -123,9 +123,9 @@ TEST(IsValid, FindsTheOneIndexOutOfRangeWhereverItIs) {
         for (const unsigned long limit : {1UL, 100UL, 127UL, 128UL, 255UL, 256UL, 32767UL, 32768UL, 65535UL, 65536UL,
                                           2147483647UL, 2147483648UL, 4294967295UL, 4294967296UL, max - 200, max}) {
             for (const unsigned long wrong : {limit, limit - 1, max, 128UL, 32768UL, 2147483648UL}) {
-                for (const unsigned long place : {0UL, 4095UL, 4096UL, 8192UL, 9000UL}) {
+                for (const unsigned long place : {0UL, 4095UL, 4096UL, 16383UL, 16384UL, 17000UL}) {
                     const auto own = IndexBuffer::createDefault(type);
-                    own->resize(9001);
+                    own->resize(17001);
                     own->setElement(place, wrong);
                     const MeshPtr mesh = Mesh::createDefault();
                     mesh->addAttributeBuffer(std::make_shared<ManyPositions>(limit));

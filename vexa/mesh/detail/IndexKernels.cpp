@@ -1,6 +1,6 @@
 #include "vexa/mesh/detail/Kernels.h"
+#include "vexa/mesh/detail/LaneKernels.h"
 
-#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -35,21 +35,14 @@ T load(const unsigned char* elements, unsigned long index) {
     return element;
 }
 
-// All bits of signed indices as an unsigned number: a negative one is then above every limit up to the sign bit.
-template <typename Bits>
-bool areBelow(const unsigned char* indices, unsigned long count, Bits limit) {
-    constexpr unsigned long blockSize = 4096;
-    for (unsigned long begin = 0; begin < count; begin += blockSize) {
-        const unsigned long end = std::min(begin + blockSize, count);
-        bool isBelow = true;
-        for (unsigned long i = begin; i < end; ++i) {
-            isBelow &= load<Bits>(indices, i) < limit;
-        }
-        if (!isBelow) {
-            return false;
-        }
-    }
-    return true;
+bool areUpTo(const void* integers, unsigned long count, unsigned char limit) {
+    return laneKernels().areBytesUpTo(integers, count, limit);
+}
+bool areUpTo(const void* integers, unsigned long count, unsigned short limit) {
+    return laneKernels().areShortsUpTo(integers, count, limit);
+}
+bool areUpTo(const void* integers, unsigned long count, unsigned int limit) {
+    return laneKernels().areIntsUpTo(integers, count, limit);
 }
 
 template <typename T>
@@ -58,7 +51,8 @@ bool areBelowWidened(const unsigned char* indices, unsigned long count, unsigned
     // Every value that is not negative is below a limit above the largest of its type.
     constexpr auto largest = static_cast<unsigned long>(std::numeric_limits<T>::max());
     if (limit <= largest) {
-        return areBelow<Bits>(indices, count, static_cast<Bits>(limit));
+        // All bits of signed indices as an unsigned number: a negative one is then above every such limit.
+        return areUpTo(indices, count, static_cast<Bits>(limit - 1));
     }
     if constexpr (std::is_unsigned_v<T>) {
         return true;
@@ -83,6 +77,9 @@ void shift(const unsigned char* source, unsigned char* target, unsigned long cou
 } // namespace
 
 bool areIndicesBelow(const void* indices, ComponentType type, unsigned long count, unsigned long limit) {
+    if (count == 0 || limit == 0) {
+        return count == 0;
+    }
     const auto* bytes = static_cast<const unsigned char*>(indices);
     return visitIndexType(type, [&](auto index) { return areBelowWidened<decltype(index)>(bytes, count, limit); });
 }

@@ -7,8 +7,6 @@
 
 namespace vexa::mesh::detail {
 
-namespace {
-
 const LaneKernels& laneKernels() {
 #ifdef VEXA_AVX2
     return __builtin_cpu_supports("avx2") != 0 ? avx2Kernels : sse2Kernels;
@@ -16,8 +14,6 @@ const LaneKernels& laneKernels() {
     return sse2Kernels;
 #endif
 }
-
-} // namespace
 
 NormalMatrix calcNormalMatrix(const glm::mat4& m) {
     const auto at = [&m](int row, int column) { return m[column % 3][row % 3]; };

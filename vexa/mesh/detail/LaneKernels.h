@@ -5,16 +5,24 @@ namespace vexa::mesh::detail {
 /// Determinants up to this one make a matrix singular, and L1 norms below it are not divided by.
 constexpr float smallestNorm = 1e-9F;
 
-/// The kernels of Kernels.h for one kind of processor. Matrices are 16 floats by columns, normal matrices 9 by rows.
+/// What Kernels.h does in bulk, for one kind of processor. Matrices are 16 floats by columns, normal matrices 9 by rows.
 struct LaneKernels {
     void (*transformPositions)(const void* source, void* target, unsigned long count, const float* matrix);
     void (*transformNormals)(const void* source, void* target, unsigned long count, const float* normalMatrix);
     void (*extendBounds)(float* min, float* max, const void* positions, unsigned long count, const float* matrix);
     void (*packNormals)(const void* normals, void* bytes, unsigned long count);
     void (*unpackNormals)(const void* bytes, void* normals, unsigned long count);
+
+    // Whether all unsigned integers, of any alignment, are at most a limit.
+    bool (*areBytesUpTo)(const void* integers, unsigned long count, unsigned char limit);
+    bool (*areShortsUpTo)(const void* integers, unsigned long count, unsigned short limit);
+    bool (*areIntsUpTo)(const void* integers, unsigned long count, unsigned int limit);
 };
 
 extern const LaneKernels sse2Kernels;
 extern const LaneKernels avx2Kernels; ///< absent from builds without VEXA_AVX2
+
+/// Those for this processor.
+const LaneKernels& laneKernels();
 
 } // namespace vexa::mesh::detail

@@ -246,7 +246,53 @@ void unpackNormals(const void* bytes, void* normals, unsigned long count) {
     forEachBlock<packedSize, vectorSize>(bytes, normals, count, unpackBlocks);
 }
 
-constexpr LaneKernels ownKernels{transformPositions, transformNormals, extendBounds, packNormals, unpackNormals};
+/// Whether so many integers, a multiple of what fills four registers, are none above a limit.
+template <typename Unsigned>
+[[gnu::noinline]] bool areBlocksUpTo(const unsigned char* integers, unsigned long sizeInBytes, Unsigned limit) {
+    using Lanes = typename IntegerLanes<Unsigned>::Type;
+    constexpr unsigned long ahead = 1024;
+    const Lanes limits = Lanes{} + limit;
+    Lanes isAbove{};
+    for (unsigned long i = 0; i < sizeInBytes; i += 4 * sizeof(Lanes)) {
+        __builtin_prefetch(integers + i + ahead);
+        __builtin_prefetch(integers + i + ahead + 2 * sizeof(Lanes));
+        for (unsigned long j = 0; j < 4; ++j) {
+            Lanes lanes;
+            std::memcpy(&lanes, integers + i + j * sizeof lanes, sizeof lanes);
+            isAbove |= Lanes(lanes > limits);
+        }
+    }
+    Unsigned any = 0;
+    for (unsigned long i = 0; i < sizeof(Lanes) / sizeof(Unsigned); ++i) {
+        any |= isAbove[i];
+    }
+    return any == 0;
+}
+
+template <typename Unsigned>
+bool areUpTo(const void* integers, unsigned long count, Unsigned limit) {
+    const auto* bytes = static_cast<const unsigned char*>(integers);
+    const unsigned long sizeInBytes = count * sizeof(Unsigned);
+    constexpr unsigned long step = 4 * sizeof(FloatLanes);
+    // In pieces, so that one near the begin is found soon.
+    constexpr unsigned long pieceSize = 16384;
+    unsigned long done = 0;
+    while (sizeInBytes - done >= step) {
+        const unsigned long rest = sizeInBytes - done - (sizeInBytes - done) % step;
+        const unsigned long piece = rest < pieceSize ? rest : pieceSize;
+        if (!areBlocksUpTo(bytes + done, piece, limit)) {
+            return false;
+        }
+        done += piece;
+    }
+    unsigned char block[step] = {};
+    std::memcpy(block, bytes + done, sizeInBytes - done);
+    return areBlocksUpTo(block, step, limit);
+}
+
+constexpr LaneKernels ownKernels{
+    transformPositions,     transformNormals,        extendBounds,         packNormals, unpackNormals,
+    areUpTo<unsigned char>, areUpTo<unsigned short>, areUpTo<unsigned int>};
 
 } // namespace
 } // namespace vexa::mesh::detail

@@ -175,6 +175,12 @@ inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLa
 }
 #endif
 
+/// Unsigned integers side by side, as many as fill a register.
+template <typename Unsigned>
+struct IntegerLanes {
+    typedef Unsigned Type __attribute__((vector_size(sizeof(FloatLanes))));
+};
+
 inline FloatLanes signBits() {
     return allLanes(-0.0F);
 }
