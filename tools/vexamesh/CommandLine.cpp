@@ -59,6 +59,7 @@ int runTool(int argc, const char* const* argv, const Streams& streams) {
     Command chosen;
     addInfoCommand(app, chosen);
     addStripCommand(app, chosen);
+    addUnstripCommand(app, chosen);
     addValidateCommand(app, chosen);
     addCompareCommand(app, chosen);
     addMergeCommand(app, chosen);

@@ -20,6 +20,7 @@ using Command = std::function<int(const Streams&)>;
 /// Each adds a subcommand to the program; when it is given, `chosen` is set to what it does.
 void addInfoCommand(CLI::App& app, Command& chosen);
 void addStripCommand(CLI::App& app, Command& chosen);
+void addUnstripCommand(CLI::App& app, Command& chosen);
 void addValidateCommand(CLI::App& app, Command& chosen);
 void addCompareCommand(CLI::App& app, Command& chosen);
 void addMergeCommand(CLI::App& app, Command& chosen);

@@ -15,8 +15,9 @@ void addCutOptions(CLI::App& command, CutArguments& arguments) {
     command
         .add_option("--join", arguments.join,
                     "degenerate: one primitive per input primitive, its strips joined by degenerate triangles; none: a "
-                    "primitive per strip")
-        ->check(CLI::IsMember({"degenerate", "none"}))
+                    "primitive per strip; restart: the same, and KHR_mesh_primitive_restart groups them for one draw "
+                    "call")
+        ->check(CLI::IsMember({"degenerate", "restart", "none"}))
         ->capture_default_str();
 }
 
@@ -26,7 +27,9 @@ StripSettings settingsOf(const CutArguments& arguments) {
     settings.options.buildFans = arguments.fans > 0;
     settings.options.minFanTriangles = arguments.fans;
     settings.options.allStrips = arguments.allStrips;
-    settings.join = arguments.join == "degenerate";
+    settings.joining = arguments.join == "none"      ? Joining::None
+                       : arguments.join == "restart" ? Joining::Restart
+                                                     : Joining::Degenerate;
     return settings;
 }
 

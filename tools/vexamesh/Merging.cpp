@@ -3,6 +3,7 @@
 #include "Errors.h"
 #include "MeshConversion.h"
 #include "Placement.h"
+#include "io/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <array>
@@ -29,13 +30,15 @@ std::vector<unsigned int> plainIndices(const Primitive& primitive, mesh::Primiti
     case mesh::LINE_LOOP:
     case mesh::LINE_STRIP: {
         type = mesh::LINES;
-        const std::size_t step = primitive.type == mesh::LINES ? 2 : 1;
-        for (std::size_t i = 0; i + 1 < indices.size(); i += step) {
-            result.insert(result.end(), {indices[i], indices[i + 1]});
-        }
-        if (primitive.type == mesh::LINE_LOOP && indices.size() > 1) {
-            result.insert(result.end(), {indices.back(), indices.front()});
-        }
+        const std::ptrdiff_t step = primitive.type == mesh::LINES ? 2 : 1;
+        forEachRun(indices, [&](auto begin, auto end) {
+            for (auto at = begin; end - at > 1; at += std::min(step, end - at)) {
+                result.insert(result.end(), {at[0], at[1]});
+            }
+            if (primitive.type == mesh::LINE_LOOP && end - begin > 1) {
+                result.insert(result.end(), {*(end - 1), *begin});
+            }
+        });
         return result;
     }
     default:

@@ -1,5 +1,7 @@
 #include "MeshFacts.h"
 
+#include "io/PrimitiveRestart.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vexa/mesh/Strips.h>
@@ -25,6 +27,13 @@ std::size_t countOf(mesh::PrimitiveType type, std::size_t indices) {
         return indices < 3 ? 0 : indices - 2;
     }
     return 0;
+}
+
+std::size_t countPrimitives(const Primitive& primitive) {
+    std::size_t count = 0;
+    forEachRun(primitive.indices,
+               [&](auto begin, auto end) { count += countOf(primitive.type, static_cast<std::size_t>(end - begin)); });
+    return count;
 }
 
 } // namespace
@@ -59,7 +68,7 @@ void Box::add(const Box& other) {
 
 PrimitiveFacts describePrimitive(const Document& document, const Primitive& primitive) {
     PrimitiveFacts facts;
-    facts.count = countOf(primitive.type, primitive.indices.size());
+    facts.count = countPrimitives(primitive);
     facts.hasTriangles = primitive.type >= mesh::TRIANGLES;
     if (facts.hasTriangles) {
         const std::vector<unsigned int> triangles = mesh::toTriangles(primitive.type, primitive.indices);

@@ -18,6 +18,7 @@ constexpr const char* EXAMPLES = R"(Examples:
   vexamesh strip model.glb -o model-strips.glb
   vexamesh strip model.obj -o model.glb --iterations 50
   vexamesh strip model.gltf -o model.glb --fans 8 --join none --json
+  vexamesh strip model.glb -o model-strips.glb --join restart
 
 Strips, fans and lists of triangles become strips; everything else in a glTF file stays as it was. Before anything is
 written the output is read back and its triangles are compared with those of the input.)";
@@ -57,6 +58,10 @@ int runStrip(const StripArguments& arguments, const Streams& streams) {
         throw CheckError(arguments.output + ": not written, because its triangles would not be those of the input");
     }
     writeFile(arguments.output, outcome.file);
+    if (outcome.groups > 0) {
+        streams.err << "vexamesh: warning: " << printable(arguments.output)
+                    << ": few readers know KHR_mesh_primitive_restart; the others draw each strip by itself\n";
+    }
     printReport(arguments, outcome, streams.out);
     return EXIT_DONE;
 }

@@ -3,6 +3,7 @@
 #include "Errors.h"
 #include "MeshFacts.h"
 #include "io/IndexEdit.h"
+#include "io/PrimitiveRestart.h"
 
 #include <set>
 
@@ -111,7 +112,7 @@ private:
             outcome_.cuts.push_back({mesh, index, std::move(result.parts)});
         }
         stripped_.push_back({mesh, mesh::toTriangles(primitive.type, primitive.indices)});
-        edits_.push_back({mesh, index, std::move(result.primitives)});
+        edits_.push_back({mesh, index, std::move(result.primitives), settings_.joining == Joining::Restart});
     }
 
     /// Reads the finished file back and compares, primitive by primitive.
@@ -127,17 +128,43 @@ private:
                 }
             }
             for (; e < edits_.size() && edits_[e].mesh == m; ++e) {
-                std::vector<unsigned int> triangles;
-                for (std::size_t i = 0; i < edited[e].count; ++i) {
-                    const Primitive& primitive = output.meshes[m].primitives.at(edited[e].firstPrimitive + i);
-                    const auto part = mesh::toTriangles(primitive.type, primitive.indices);
-                    triangles.insert(triangles.end(), part.begin(), part.end());
-                }
-                if (!mesh::sameTriangles(stripped_[e].triangles, triangles)) {
-                    outcome_.meshes[m].sameTriangles = false;
-                }
+                const bool isSame = hasSameTriangles(output, edited[e], stripped_[e]);
+                const bool isSameAsGroup = !edited[e].group || groupIsItsStrips(output, edited[e], m, after);
+                outcome_.meshes[m].sameTriangles = outcome_.meshes[m].sameTriangles && isSame && isSameAsGroup;
             }
         }
+    }
+
+    static bool hasSameTriangles(const Document& output, const EditedIndices& edited, const StrippedPrimitive& input) {
+        std::vector<unsigned int> triangles;
+        for (std::size_t i = 0; i < edited.count; ++i) {
+            const Primitive& primitive = output.meshes[input.mesh].primitives.at(edited.firstPrimitive + i);
+            const auto part = mesh::toTriangles(primitive.type, primitive.indices);
+            triangles.insert(triangles.end(), part.begin(), part.end());
+        }
+        return mesh::sameTriangles(input.triangles, triangles);
+    }
+
+    /// Whether the indices of a group are those of its strips, with restart indices between them; counts these.
+    bool groupIsItsStrips(const Document& output, const EditedIndices& edited, std::size_t mesh,
+                          IndexCounter& counter) {
+        std::vector<unsigned int> joined;
+        Primitive separators;
+        for (std::size_t i = 0; i < edited.count; ++i) {
+            const Primitive& primitive = output.meshes[mesh].primitives.at(edited.firstPrimitive + i);
+            if (primitive.type == mesh::TRIANGLE_STRIP) {
+                if (!joined.empty()) {
+                    joined.push_back(restartIndexOf(primitive.indexType));
+                    separators.indices.push_back(joined.back());
+                }
+                separators.indexType = primitive.indexType;
+                joined.insert(joined.end(), primitive.indices.begin(), primitive.indices.end());
+            }
+        }
+        separators.indexAccessor = edited.group;
+        counter.countAfter(separators, outcome_.meshes[mesh]);
+        ++outcome_.groups;
+        return readIndices(output.asset, *edited.group) == joined;
     }
 
     Document document_;

@@ -38,6 +38,7 @@ struct StripOutcome {
     std::vector<StripFigures> meshes;
     StripFigures total;
     std::vector<CutPrimitive> cuts; ///< of the primitives with triangles; only with `StripSettings::keepParts`
+    std::size_t groups = 0;         ///< of strips with restart indices between them
 };
 
 /// Is told how many meshes are done, and of how many.

@@ -46,7 +46,7 @@ StripResult cutTriangles(const std::vector<unsigned int>& triangles, const Strip
     if (settings.keepParts) {
         result.parts = primitives;
     }
-    if (settings.join) {
+    if (settings.joining == Joining::Degenerate) {
         primitives = joinAll(std::move(primitives));
     }
     result.primitives = std::move(primitives);

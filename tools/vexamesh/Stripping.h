@@ -6,10 +6,17 @@
 
 namespace vexa::tool {
 
+/// What becomes of the strips of a primitive.
+enum class Joining {
+    Degenerate, ///< one strip of them and of what is left over
+    Restart,    ///< a primitive each, and all of them a group with restart indices between them
+    None        ///< a primitive each
+};
+
 /// How triangles are cut and written.
 struct StripSettings {
     mesh::StripOptions options;
-    bool join = true;       ///< all strips, and what is left over, in one; otherwise a primitive per strip
+    Joining joining = Joining::Degenerate;
     bool keepParts = false; ///< whether the result tells how it was cut, too
 };
 

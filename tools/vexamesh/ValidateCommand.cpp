@@ -2,6 +2,7 @@
 #include "Errors.h"
 #include "MeshConversion.h"
 #include "Report.h"
+#include "io/PrimitiveRestart.h"
 
 #include <memory>
 #include <ostream>
@@ -26,7 +27,9 @@ struct ValidateArguments {
 /// What is wrong with a primitive; "" when it is valid.
 std::string findFault(const Document& document, const Primitive& primitive) {
     try {
-        toMesh(document, primitive)->isValid();
+        Primitive vertices = primitive;
+        vertices.indices = withoutRestarts(std::move(vertices.indices));
+        toMesh(document, vertices)->isValid();
         return "";
     } catch (const std::logic_error& error) {
         return error.what();

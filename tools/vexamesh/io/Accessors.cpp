@@ -2,6 +2,7 @@
 
 #include "Errors.h"
 #include "io/GltfCheck.h"
+#include "io/PrimitiveRestart.h"
 
 #include <algorithm>
 
@@ -120,11 +121,14 @@ std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index) {
     return indices;
 }
 
-void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices,
-                  std::size_t vertices) {
+void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices, std::size_t vertices,
+                  bool restarts) {
     const auto type = static_cast<mesh::ComponentType>(asset.model.accessors.at(index).componentType);
-    const std::uint64_t restart = (std::uint64_t{1} << (8 * mesh::getComponentSizeInBytes(type))) - 1;
+    const unsigned int restart = restartIndexOf(type);
     for (std::size_t i = 0; i < indices.size(); ++i) {
+        if (restarts && indices[i] == decodedRestart) {
+            continue;
+        }
         if (indices[i] >= vertices) {
             throw FormatError(elementName("accessors", index) + " holds at " + std::to_string(i) + " the index " +
                               std::to_string(indices[i]) + ", but there are only " + std::to_string(vertices) +
@@ -132,7 +136,10 @@ void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsig
         }
         if (indices[i] == restart) {
             throw FormatError(elementName("accessors", index) + " holds at " + std::to_string(i) +
-                              " the restart index " + std::to_string(restart) + ", which glTF does not allow");
+                              " the restart index " + std::to_string(restart) +
+                              ", which glTF allows only in strips, "
+                              "fans and loops of files that use " +
+                              restartExtension);
         }
     }
 }

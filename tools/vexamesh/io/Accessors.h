@@ -42,8 +42,9 @@ std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index);
 /// Checks indices as `readIndices` gives them.
 ///
 /// \param vertices how many there are
+/// \param restarts whether decoded restart indices may be among them
 /// \throw FormatError an index is not below that, or is the restart index of its type; says which
-void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices,
-                  std::size_t vertices);
+void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices, std::size_t vertices,
+                  bool restarts = false);
 
 } // namespace vexa::tool

@@ -42,4 +42,7 @@ Asset readGltf(const Bytes& file, const std::filesystem::path& directory, MeshCh
 /// \throw FormatError it would be larger than 4 GiB
 Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers);
 
+/// The same as a .gltf file, its buffer as text in it.
+Bytes writeGltf(const Json& json, const std::vector<Bytes>& buffers);
+
 } // namespace vexa::tool

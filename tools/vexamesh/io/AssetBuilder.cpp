@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <regex>
 
 namespace vexa::tool {
 
@@ -38,6 +39,12 @@ Bytes alignElements(const AccessorData& values, std::size_t stride) {
         std::copy_n(values.bytes.data() + i * size, size, aligned.data() + i * stride);
     }
     return aligned;
+}
+
+/// The name of an attribute in a file: what glTF gives no meaning begins with an underscore.
+std::string writtenName(const std::string& name) {
+    static const std::regex known("(POSITION|NORMAL|TANGENT|(TEXCOORD|COLOR|JOINTS|WEIGHTS)_[0-9]+)|_.*");
+    return std::regex_match(name, known) ? name : "_" + name;
 }
 
 } // namespace
@@ -127,7 +134,7 @@ void AssetBuilder::addMesh(const std::string& name, const std::vector<NewPrimiti
     for (const NewPrimitive& primitive : primitives) {
         Json entry = {{"attributes", Json::object()}};
         for (const NewAttribute& attribute : primitive.attributes) {
-            entry["attributes"][attribute.name] = addAttribute(attribute);
+            entry["attributes"][writtenName(attribute.name)] = addAttribute(attribute);
         }
         entry["indices"] = addIndices(primitive.indices);
         if (primitive.material) {

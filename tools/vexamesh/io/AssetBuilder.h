@@ -12,7 +12,7 @@ namespace vexa::tool {
 
 /// An attribute to be written: `values.bytes` holds `values.count` elements without gaps.
 struct NewAttribute {
-    std::string name; ///< as in glTF
+    std::string name; ///< as in glTF; any other is written with an underscore before it
     AccessorData values;
 };
 

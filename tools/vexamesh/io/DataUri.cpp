@@ -2,6 +2,7 @@
 
 #include "Errors.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -9,11 +10,13 @@ namespace vexa::tool {
 
 namespace {
 
+constexpr std::string_view base64Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
 constexpr std::array<std::int8_t, 256> makeDigits() {
     std::array<std::int8_t, 256> digits{};
     digits.fill(-1);
     std::int8_t value = 0;
-    for (const char c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/")) {
+    for (const char c : base64Digits) {
         digits[static_cast<unsigned char>(c)] = value++;
     }
     return digits;
@@ -70,6 +73,22 @@ std::optional<DataUri> decodeDataUri(std::string_view uri) {
     }
     const std::string_view header = uri.substr(0, comma - ENCODING.size());
     return DataUri{std::string(header.substr(0, header.find(';'))), decodeBase64(uri.substr(comma + 1))};
+}
+
+std::string encodeDataUri(const Bytes& content, const std::string& mimeType) {
+    std::string uri = "data:" + mimeType + ";base64,";
+    uri.reserve(uri.size() + (content.size() + 2) / 3 * 4);
+    for (std::size_t i = 0; i < content.size(); i += 3) {
+        const std::size_t count = std::min<std::size_t>(3, content.size() - i);
+        std::uint32_t bits = 0;
+        for (std::size_t b = 0; b < 3; ++b) {
+            bits = bits << 8 | (b < count ? content[i + b] : 0U);
+        }
+        for (std::size_t d = 0; d < 4; ++d) {
+            uri += d <= count ? base64Digits[bits >> (18 - 6 * d) & 63U] : '=';
+        }
+    }
+    return uri;
 }
 
 std::string decodePercent(std::string_view text) {

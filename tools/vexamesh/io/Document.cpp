@@ -4,6 +4,7 @@
 #include "io/Files.h"
 #include "io/Glb.h"
 #include "io/ObjReader.h"
+#include "io/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <numeric>
@@ -14,7 +15,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Primitive readPrimitive(const Asset& asset, const Json& source, const std::string& where, MeshCheck check) {
+/// Puts the restart indices of a primitive into their decoded form, where they are allowed, and marks it.
+void decodeRestarts(const Asset& asset, Json& source, Primitive& primitive) {
+    if (!allowsRestart(asset.json, source)) {
+        return;
+    }
+    const unsigned int restart = restartIndexOf(primitive.indexType);
+    if (std::find(primitive.indices.begin(), primitive.indices.end(), restart) != primitive.indices.end()) {
+        std::replace(primitive.indices.begin(), primitive.indices.end(), restart, decodedRestart);
+        markRestart(source, true);
+    }
+}
+
+Primitive readPrimitive(const Asset& asset, Json& source, const std::string& where, MeshCheck check) {
     Primitive primitive;
     primitive.type = static_cast<mesh::PrimitiveType>(source.value("mode", static_cast<int>(mesh::TRIANGLES)));
     for (const auto& [name, accessor] : source["attributes"].items()) {
@@ -33,8 +46,10 @@ Primitive readPrimitive(const Asset& asset, const Json& source, const std::strin
         static_cast<mesh::ComponentType>(asset.model.accessors.at(*primitive.indexAccessor).componentType);
     try {
         primitive.indices = readIndices(asset, *primitive.indexAccessor);
+        decodeRestarts(asset, source, primitive);
         if (check == MeshCheck::Full) {
-            checkIndices(asset, *primitive.indexAccessor, primitive.indices, primitive.vertices);
+            checkIndices(asset, *primitive.indexAccessor, primitive.indices, primitive.vertices,
+                         allowsRestart(asset.json, source));
         }
     } catch (const FormatError& error) {
         throw FormatError(where + ": " + error.what());
@@ -42,16 +57,19 @@ Primitive readPrimitive(const Asset& asset, const Json& source, const std::strin
     return primitive;
 }
 
-std::vector<Mesh> readMeshes(const Asset& asset, MeshCheck check) {
+std::vector<Mesh> readMeshes(Asset& asset, MeshCheck check) {
     std::vector<Mesh> meshes;
-    const Json& sources = arrayMember(asset.json, "meshes", "");
+    if (!asset.json.contains("meshes")) {
+        return meshes;
+    }
+    Json& sources = asset.json["meshes"];
     for (std::size_t m = 0; m < sources.size(); ++m) {
         Mesh mesh;
         mesh.name = stringMember(sources[m], "name");
         if (mesh.name.empty()) {
             mesh.name = "mesh " + std::to_string(m);
         }
-        const Json& primitives = sources[m]["primitives"];
+        Json& primitives = sources[m]["primitives"];
         for (std::size_t p = 0; p < primitives.size(); ++p) {
             const std::string where = elementName(elementName("meshes", m) + ".primitives", p);
             mesh.primitives.push_back(readPrimitive(asset, primitives[p], where, check));

@@ -146,11 +146,15 @@ Bytes readFile(const fs::path& path) {
     return content;
 }
 
-void checkOutputName(const fs::path& output, const std::string& extension, const fs::path& input) {
-    std::string found = output.extension().string();
+bool hasExtension(const fs::path& file, const std::string& extension) {
+    std::string found = file.extension().string();
     std::transform(found.begin(), found.end(), found.begin(),
                    [](unsigned char c) { return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c); });
-    if (found != extension) {
+    return found == extension;
+}
+
+void checkOutputName(const fs::path& output, const std::string& extension, const fs::path& input) {
+    if (!hasExtension(output, extension)) {
         throw UsageError("the output " + output.string() + " does not end in " + extension);
     }
     std::error_code error;

@@ -12,6 +12,9 @@ namespace vexa::tool {
 /// \throw FileError it is missing, no regular file, not readable, or larger than 4 GiB
 Bytes readFile(const std::filesystem::path& path);
 
+/// Whether a file's name ends in `extension`, in small letters or capitals.
+bool hasExtension(const std::filesystem::path& file, const std::string& extension);
+
 /// Checks what can be known of an output before the work begins.
 ///
 /// \throw UsageError it does not end in `extension`, or it is the same file as `input`

@@ -1,6 +1,7 @@
 #include "io/GltfExtensions.h"
 
 #include "Errors.h"
+#include "io/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <array>
@@ -21,6 +22,7 @@ constexpr std::array SUPPORTED = {std::string_view("AGI_articulations"),
                                   std::string_view("FB_ngon_encoding"),
                                   std::string_view("KHR_animation_pointer"),
                                   std::string_view("KHR_lights_punctual"),
+                                  std::string_view(restartExtension),
                                   std::string_view("KHR_mesh_quantization"),
                                   std::string_view("KHR_node_hoverability"),
                                   std::string_view("KHR_node_selectability"),
@@ -96,6 +98,12 @@ void collectKnown(const std::string& name, const Json& content, std::set<std::si
         }
     } else if (name == "CESIUM_primitive_outline" && content.is_object() && content.contains("indices")) {
         add(content["indices"]);
+    } else if (name == restartExtension && content.is_object() && content.contains("primitiveGroups")) {
+        for (const Json& group : content["primitiveGroups"]) {
+            if (group.is_object() && group.contains("indices")) {
+                add(group["indices"]);
+            }
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "Errors.h"
 #include "io/Asset.h"
+#include "io/DataUri.h"
 #include "io/Glb.h"
 
 #include <algorithm>
@@ -71,9 +72,13 @@ void moveViews(Json& views, const std::vector<Segment>& segments) {
     }
 }
 
-} // namespace
+/// The document with one buffer for all.
+struct PackedDocument {
+    Json json;
+    Bytes binary;
+};
 
-Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers) {
+PackedDocument packDocument(const Json& json, const std::vector<Bytes>& buffers) {
     Json document = json;
     Bytes binary;
     if (document.contains("bufferViews")) {
@@ -89,7 +94,27 @@ Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers) {
         buffer["byteLength"] = binary.size();
         document["buffers"] = Json::array({std::move(buffer)});
     }
-    return joinGlb(document.dump(-1, ' ', false, Json::error_handler_t::replace), binary);
+    return {std::move(document), std::move(binary)};
+}
+
+std::string textOf(const Json& json, int indent) {
+    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+} // namespace
+
+Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers) {
+    const PackedDocument document = packDocument(json, buffers);
+    return joinGlb(textOf(document.json, -1), document.binary);
+}
+
+Bytes writeGltf(const Json& json, const std::vector<Bytes>& buffers) {
+    PackedDocument document = packDocument(json, buffers);
+    if (!document.binary.empty()) {
+        document.json["buffers"][0]["uri"] = encodeDataUri(document.binary, "application/octet-stream");
+    }
+    const std::string text = textOf(document.json, 2) + '\n';
+    return {text.begin(), text.end()};
 }
 
 } // namespace vexa::tool

@@ -4,6 +4,7 @@
 #include "io/AssetBuilder.h"
 #include "io/GltfCheck.h"
 #include "io/GltfExtensions.h"
+#include "io/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <map>
@@ -14,7 +15,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr int ELEMENT_ARRAY_BUFFER = 34963;
+constexpr int elementArrayBuffer = 34963;
 
 /// Who refers to the accessors and buffer views of a document.
 struct References {
@@ -87,8 +88,8 @@ References collectReferences(const Json& json, const ExtensionReferences& extens
 class IndexEditor {
 public:
     IndexEditor(Asset& asset, const std::vector<IndexEdit>& edits)
-        : json_(asset.json), buffers_(asset.buffers), edits_(edits), extensions_(collectExtensionReferences(json_)),
-          references_(collectReferences(json_, extensions_)) {
+        : json_(asset.json), buffers_(asset.buffers), edits_(edits), oldGroups_(removeOldGroups()),
+          extensions_(collectExtensionReferences(json_)), references_(collectReferences(json_, extensions_)) {
         if (!extensions_.bufferUsers.empty()) {
             throw FormatError("the extension " + *extensions_.bufferUsers.begin() +
                               " refers to a buffer, whose bytes would move");
@@ -103,6 +104,9 @@ public:
         }
         rebuildViews();
         rewritePrimitives();
+        addGroups();
+        reuseOldGroups();
+        listRestartExtension(json_);
         if (!extensions_.unknown) {
             dropViews(viewsBefore);
         }
@@ -114,9 +118,44 @@ private:
     struct Placed {
         const std::vector<unsigned int>* indices;
         std::size_t accessor;
+        std::optional<std::size_t> group; ///< an accessor of this and what follows
+        bool restartFollows = false;
+    };
+
+    /// The strips of an edit that become a group.
+    struct Group {
+        std::size_t first = 0;
+        std::size_t count = 0; ///< 0: no group
+        std::size_t indices = 0;
+        mesh::ComponentType type = mesh::UNSIGNED_BYTE;
     };
 
     Json& primitiveOf(const IndexEdit& edit) { return json_["meshes"][edit.mesh]["primitives"][edit.primitive]; }
+
+    std::set<std::size_t> removeOldGroups() {
+        std::set<std::size_t> accessors;
+        for (const IndexEdit& edit : edits_) {
+            for (const std::size_t accessor : removeRestartGroups(json_["meshes"][edit.mesh])) {
+                accessors.insert(accessor);
+            }
+        }
+        return accessors;
+    }
+
+    /// Whether an accessor held the indices of a group that is gone, and is of no other use.
+    bool isOldGroup(std::size_t accessor) const {
+        return oldGroups_.contains(accessor) && references_.indexUses[accessor] == 0 &&
+               !references_.otherAccessorUses[accessor];
+    }
+
+    /// An accessor of a group that is gone cannot go, too, without renumbering others: it shows what another one does.
+    void reuseOldGroups() {
+        for (std::size_t i = 0; i < references_.indexUses.size(); ++i) {
+            if (isOldGroup(i)) {
+                json_["accessors"][i] = json_["accessors"][results_.front().accessors.front()];
+            }
+        }
+    }
 
     /// An accessor is replaced when everybody who refers to it is edited.
     void findReplacedAccessors() {
@@ -157,7 +196,7 @@ private:
         const Json& accessors = json_["accessors"];
         for (std::size_t i = 0; i < references_.indexUses.size() && result; ++i) {
             const bool inside = accessors[i].contains("bufferView") && accessors[i]["bufferView"] == view;
-            result = !inside || (references_.indexUses[i] > 0 && !references_.otherAccessorUses[i]);
+            result = !inside || isOldGroup(i) || (references_.indexUses[i] > 0 && !references_.otherAccessorUses[i]);
         }
         return rebuildable_[view] = result;
     }
@@ -168,45 +207,75 @@ private:
         if (primitive.contains("indices")) {
             old = primitive["indices"].get<std::size_t>();
         }
-        EditedIndices result{0, edit.replacements.size(), {}};
-        if (const auto* shared = findShared(old, edit)) {
-            result.accessors = *shared;
-        } else {
-            // The old accessor changes with the first new indices: what is needed of it is taken before.
-            const Json original = old ? json_["accessors"][*old] : Json::object();
-            for (const mesh::IndexedPrimitive& replacement : edit.replacements) {
-                result.accessors.push_back(placeIndices(old, original, replacement.indices));
+        if (const EditedIndices* shared = findShared(old, edit)) {
+            results_.push_back(*shared);
+            return;
+        }
+        // The old accessor changes with the first new indices: what is needed of it is taken before.
+        const Json original = old ? json_["accessors"][*old] : Json::object();
+        const Group group = groupOf(edit);
+        EditedIndices result{0, edit.replacements.size(), {}, {}};
+        for (std::size_t r = 0; r < edit.replacements.size(); ++r) {
+            const std::vector<unsigned int>& indices = edit.replacements[r].indices;
+            const bool isGrouped = r - group.first < group.count;
+            Placed& placed = placeIndices(old, original, indices, isGrouped ? group.type : narrowestIndexType(indices));
+            result.accessors.push_back(placed.accessor);
+            placed.restartFollows = isGrouped && r - group.first + 1 < group.count;
+            if (isGrouped && r == group.first) {
+                placed.group = result.group = addGroupAccessor(group);
             }
-            if (old) {
-                shared_[*old].push_back({&edit, result.accessors});
-            }
+        }
+        if (old) {
+            shared_[*old].push_back({&edit, result});
         }
         results_.push_back(std::move(result));
     }
 
-    const std::vector<std::size_t>* findShared(std::optional<std::size_t> old, const IndexEdit& edit) {
+    static Group groupOf(const IndexEdit& edit) {
+        Group group;
+        for (std::size_t r = 0; r < edit.replacements.size() && edit.groupsStrips; ++r) {
+            const mesh::IndexedPrimitive& replacement = edit.replacements[r];
+            if (replacement.type == mesh::TRIANGLE_STRIP) {
+                group.first = group.count == 0 ? r : group.first;
+                ++group.count;
+                group.indices += replacement.indices.size();
+                group.type = std::max(group.type, narrowestIndexType(replacement.indices));
+            }
+        }
+        return group.count < 2 ? Group() : group;
+    }
+
+    std::size_t addGroupAccessor(const Group& group) {
+        Json& accessors = json_["accessors"];
+        accessors.push_back(
+            {{"componentType", group.type}, {"count", group.indices + group.count - 1}, {"type", "SCALAR"}});
+        return accessors.size() - 1;
+    }
+
+    const EditedIndices* findShared(std::optional<std::size_t> old, const IndexEdit& edit) {
         if (!old) {
             return nullptr;
         }
-        for (const auto& [other, accessors] : shared_[*old]) {
+        for (const auto& [other, result] : shared_[*old]) {
             const auto same = [](const mesh::IndexedPrimitive& a, const mesh::IndexedPrimitive& b) {
-                return a.indices == b.indices;
+                return a.type == b.type && a.indices == b.indices;
             };
-            if (std::equal(other->replacements.begin(), other->replacements.end(), edit.replacements.begin(),
+            if (other->groupsStrips == edit.groupsStrips &&
+                std::equal(other->replacements.begin(), other->replacements.end(), edit.replacements.begin(),
                            edit.replacements.end(), same)) {
-                return &accessors;
+                return &result;
             }
         }
         return nullptr;
     }
 
-    std::size_t placeIndices(std::optional<std::size_t> old, const Json& original,
-                             const std::vector<unsigned int>& indices) {
+    Placed& placeIndices(std::optional<std::size_t> old, const Json& original, const std::vector<unsigned int>& indices,
+                         mesh::ComponentType type) {
         Json accessor = original;
         for (const char* member : {"bufferView", "byteOffset", "normalized", "sparse"}) {
             accessor.erase(member);
         }
-        accessor["componentType"] = narrowestIndexType(indices);
+        accessor["componentType"] = type;
         accessor["count"] = indices.size();
         accessor["type"] = "SCALAR";
         if (accessor.contains("min") || accessor.contains("max")) {
@@ -226,27 +295,34 @@ private:
         const auto view = original.find("bufferView");
         const bool inOldView =
             view != original.end() && replaced_.contains(*old) && isRebuildable(view->get<std::size_t>());
-        contents_[inOldView ? view->get<std::size_t>() : NEW_VIEW].push_back({&indices, index});
-        return index;
+        std::vector<Placed>& content = contents_[inOldView ? view->get<std::size_t>() : newView];
+        content.push_back({&indices, index, {}, false});
+        return content.back();
     }
 
     void rebuildViews() {
         for (const auto& [view, placed] : contents_) {
             Bytes content;
-            if (view != NEW_VIEW) {
+            if (view != newView) {
                 keepOthers(view, content);
             }
             std::size_t target = view;
-            if (view == NEW_VIEW) {
+            if (view == newView) {
                 Json& views = json_["bufferViews"];
                 target = views.size();
-                views.push_back({{"buffer", 0}, {"byteLength", 0}, {"target", ELEMENT_ARRAY_BUFFER}});
+                views.push_back({{"buffer", 0}, {"byteLength", 0}, {"target", elementArrayBuffer}});
             }
             for (const Placed& entry : placed) {
                 const auto type = json_["accessors"][entry.accessor]["componentType"].get<mesh::ComponentType>();
                 padTo(content, mesh::getComponentSizeInBytes(type));
                 setRange(entry.accessor, target, content.size());
+                if (entry.group) {
+                    setRange(*entry.group, target, content.size());
+                }
                 appendIndices(content, *entry.indices, type);
+                if (entry.restartFollows) {
+                    appendIndices(content, {restartIndexOf(type)}, type);
+                }
             }
             Json& entry = json_["bufferViews"][target];
             entry.erase("byteStride");
@@ -266,7 +342,8 @@ private:
         const std::size_t stride = source.value("byteStride", std::size_t{0});
         for (std::size_t i = 0; i < references_.indexUses.size(); ++i) {
             Json& accessor = json_["accessors"][i];
-            if (reused_.contains(i) || !accessor.contains("bufferView") || accessor["bufferView"] != view) {
+            if (reused_.contains(i) || isOldGroup(i) || !accessor.contains("bufferView") ||
+                accessor["bufferView"] != view) {
                 continue;
             }
             const std::size_t size = elementSize(accessor["componentType"].get<std::uint64_t>(), "SCALAR");
@@ -305,11 +382,22 @@ private:
                     Json primitive = primitives[i];
                     primitive["indices"] = results_[e].accessors[r];
                     primitive["mode"] = edits_[e].replacements[r].type;
+                    markRestart(primitive, false);
                     rewritten.push_back(std::move(primitive));
                 }
                 ++e;
             }
             primitives = std::move(rewritten);
+        }
+    }
+
+    void addGroups() {
+        for (std::size_t e = 0; e < edits_.size(); ++e) {
+            if (results_[e].group) {
+                const Group group = groupOf(edits_[e]);
+                addRestartGroup(json_["meshes"][edits_[e].mesh], results_[e].firstPrimitive + group.first, group.count,
+                                *results_[e].group);
+            }
         }
     }
 
@@ -351,18 +439,19 @@ private:
         });
     }
 
-    static constexpr std::size_t NEW_VIEW = static_cast<std::size_t>(-1);
+    static constexpr std::size_t newView = static_cast<std::size_t>(-1);
 
     Json& json_;
     std::vector<Bytes>& buffers_;
     const std::vector<IndexEdit>& edits_;
+    std::set<std::size_t> oldGroups_; ///< accessors of groups whose meshes are edited
     ExtensionReferences extensions_;
     References references_;
     std::set<std::size_t> replaced_;                      ///< accessors that nobody uses any longer
     std::set<std::size_t> reused_;                        ///< those whose place is taken
     std::map<std::size_t, bool> rebuildable_;             ///< per buffer view, once asked
     std::map<std::size_t, std::vector<Placed>> contents_; ///< per buffer view
-    std::map<std::size_t, std::vector<std::pair<const IndexEdit*, std::vector<std::size_t>>>> shared_;
+    std::map<std::size_t, std::vector<std::pair<const IndexEdit*, EditedIndices>>> shared_;
     std::vector<EditedIndices> results_;
 };
 

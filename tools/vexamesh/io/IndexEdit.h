@@ -2,6 +2,7 @@
 
 #include "io/Asset.h"
 
+#include <optional>
 #include <vector>
 #include <vexa/mesh/Strips.h>
 
@@ -12,6 +13,7 @@ struct IndexEdit {
     std::size_t mesh = 0;
     std::size_t primitive = 0;
     std::vector<mesh::IndexedPrimitive> replacements; ///< at least one, none empty
+    bool groupsStrips = false; ///< the strips, which follow one another, become a group of `KHR_mesh_primitive_restart`
 };
 
 /// What was written for an edit.
@@ -19,12 +21,14 @@ struct EditedIndices {
     std::size_t firstPrimitive = 0; ///< position of its first replacement in the mesh; the others follow
     std::size_t count = 0;
     std::vector<std::size_t> accessors; ///< of the replacements' indices
+    std::optional<std::size_t> group;   ///< accessor of the strips' indices with restart indices between them
 };
 
 /// Gives primitives other indices, of the narrowest type that holds them. Index accessors that only edited primitives
 /// used give their places to the new ones, and buffer views without use go, so that nothing else is renumbered but
 /// buffer views; and not even these where an unknown extension might refer to them. Primitives that shared their
-/// indices and become the same go on sharing them.
+/// indices and become the same go on sharing them. The groups of `KHR_mesh_primitive_restart` that a mesh had go with
+/// its primitives.
 ///
 /// `asset.json` and `asset.buffers` are changed; `asset.model` is left behind.
 ///
