@@ -196,6 +196,16 @@ std::vector<unsigned int> closeGaps(std::span<const unsigned int> triangles, std
     return dense;
 }
 
+void linkAnyhow(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
+    CompactTriangle& one = graph[triangleOf(a)];
+    CompactTriangle& other = graph[triangleOf(b)];
+    one.twin[placeOf(a)] = b;
+    other.twin[placeOf(b)] = a;
+    ++one.state;
+    ++other.state;
+}
+
+/// Tells apart too what shares several edges.
 void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     CompactTriangle& one = graph[triangleOf(a)];
     CompactTriangle& other = graph[triangleOf(b)];
@@ -204,10 +214,7 @@ void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
         one.isIrregular = true;
         other.isIrregular = true;
     }
-    one.twin[placeOf(a)] = b;
-    other.twin[placeOf(b)] = a;
-    ++one.state;
-    ++other.state;
+    linkAnyhow(graph, a, b);
 }
 
 /// A graph of the triangles without any links.
@@ -274,7 +281,7 @@ std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> tria
         if (!twin.isOnly) {
             isManifold = false;
         } else if (twin.halfEdge != noHalfEdge) {
-            link(graph, twin.halfEdge, halfEdge);
+            linkAnyhow(graph, twin.halfEdge, halfEdge);
         } else {
             downwardAlone.emplace_back(from, to);
         }

@@ -40,8 +40,9 @@ inline std::unique_ptr<Chunk> allocateChunks(const HalfEdgeGraph::TrianglePool& 
     return first;
 }
 
-/// Hands out the next triangle of a pool, which takes its next chunk from `spare` when its newest is full.
-inline HalfEdgeGraph::Triangle& takeTriangle(HalfEdgeGraph::TrianglePool& pool,
+/// Memory for the next triangle of a pool, which takes its next chunk from `spare` when its newest is full. The caller
+/// constructs the triangle there.
+inline HalfEdgeGraph::Triangle* takeTriangle(HalfEdgeGraph::TrianglePool& pool,
                                              std::unique_ptr<Chunk>& spare) noexcept {
     if (isFull(pool)) {
         Chunk* const newest = spare.release();
@@ -50,7 +51,7 @@ inline HalfEdgeGraph::Triangle& takeTriangle(HalfEdgeGraph::TrianglePool& pool,
         pool.chunks = newest;
         pool.used = 0;
     }
-    return *std::construct_at(&pool.chunks->triangles[pool.used++]);
+    return &pool.chunks->triangles[pool.used++];
 }
 
 } // namespace vexa::mesh::detail
