@@ -102,7 +102,11 @@ void fetch(const Triangle* triangle) {
 /// Appends edges to a list of lines, in blocks.
 class EdgeWriter {
 public:
-    EdgeWriter(std::vector<unsigned int>& lines, bool withShareFlag) : lines_(lines), stride_(withShareFlag ? 3 : 2) {}
+    /// \param halfEdgeCount of which most are taken to be shared
+    EdgeWriter(std::vector<unsigned int>& lines, bool withShareFlag, std::size_t halfEdgeCount)
+        : lines_(lines), stride_(withShareFlag ? 3 : 2) {
+        lines_.reserve(stride_ * (halfEdgeCount / 2 + halfEdgeCount / 64));
+    }
 
     /// Writes an edge and keeps it only if it is wanted, which is cheaper than a branch that none can foresee.
     void write(std::uint32_t from, std::uint32_t to, bool isShared, bool isWanted) {
@@ -230,9 +234,13 @@ std::int32_t HalfEdgeGraph::fillIndexFromFan(std::vector<unsigned int>& indices,
 }
 
 std::uint32_t HalfEdgeGraph::calcEgdeLines(std::vector<unsigned int>& lines, bool withShareFlag) const {
-    constexpr std::size_t ahead = 4;
+    constexpr std::size_t ahead = 8;
     lines.clear();
-    EdgeWriter writer(lines, withShareFlag);
+    std::size_t halfEdgeCount = 0;
+    for (const auto& list : vertexHalfEdges) {
+        halfEdgeCount += list.size();
+    }
+    EdgeWriter writer(lines, withShareFlag, halfEdgeCount);
     for (std::size_t vertex = 0; vertex < vertexHalfEdges.size(); ++vertex) {
         if (vertex + 2 * ahead < vertexHalfEdges.size()) {
             __builtin_prefetch(vertexHalfEdges[vertex + 2 * ahead].data());
