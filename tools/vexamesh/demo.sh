@@ -16,9 +16,9 @@ if [ ! -d "$models" ]; then
     exit 3
 fi
 mkdir -p "$out"
-for model in glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb OBJ/WusonOBJ.obj OBJ/spider.obj; do
+while read -r model; do
     name=$(basename "$model")
     "$tool" strip "$models/$model" -o "$out/${name%.*}.glb"
     echo
-done
+done <"$(dirname "$0")/demoModels.txt"
 echo "The files are in $out; look at one with: $tool info $out/spider.glb"

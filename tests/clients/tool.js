@@ -1,0 +1,96 @@
+// The tool, the models of its demo and what it makes of each of them.
+
+import { execFileSync } from 'node:child_process';
+import { mkdtempSync, readFileSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { basename, extname, join } from 'node:path';
+import { edges, mirrored } from './geometry.js';
+import { drawnByGroups } from './restart.js';
+import { readObj } from './threeReader.js';
+
+function setting(name) {
+    const value = process.env[name];
+    if (value === undefined) {
+        throw new Error(`${name} is not set: run these tests with ctest -R Clients`);
+    }
+    return value;
+}
+
+const program = setting('VEXAMESH_PROGRAM');
+const modelDirectory = setting('VEXAMESH_MODELS');
+
+export const models = readFileSync(setting('VEXAMESH_DEMO_MODELS'), 'utf8')
+    .split('\n')
+    .filter((line) => line !== '')
+    .map((line) => join(modelDirectory, line));
+
+const directory = mkdtempSync(join(tmpdir(), 'vexamesh-clients-'));
+process.on('exit', () => rmSync(directory, { recursive: true }));
+
+let runs = 0;
+
+/// Runs the tool and returns the file that it wrote.
+export function runTool(...args) {
+    const file = join(directory, `${++runs}.glb`);
+    execFileSync(program, [...args, '-o', file], { stdio: ['ignore', 'ignore', 'inherit'] });
+    return file;
+}
+
+/// What a model draws; an OBJ file, which `readGltf` can't read, is read by three.
+function readModel(model, readGltf) {
+    return extname(model) === '.obj' ? readObj(model) : readGltf(model);
+}
+
+/// The same with shared vertices. Which corners of an OBJ file share one is the tool's choice.
+function readShared(model, readGltf) {
+    return readGltf(extname(model) === '.obj' ? runTool('merge', model) : model);
+}
+
+const joins = ['degenerate', 'none', 'restart'];
+
+const verbs = [
+    ...joins.map((join) => ({
+        name: `strip --join ${join}`,
+        args: (model) => ['strip', model, '--join', join],
+        expected: readModel,
+    })),
+    {
+        name: 'strip --join restart, drawn by groups',
+        args: (model) => ['strip', model, '--join', 'restart'],
+        expected: readModel,
+        change: drawnByGroups,
+    },
+    {
+        name: 'strip --fans 5',
+        args: (model) => ['strip', model, '--fans', '5'],
+        expected: readModel,
+    },
+    {
+        name: 'edges',
+        args: (model) => ['edges', model],
+        expected: async (model, readGltf) => edges(await readShared(model, readGltf)),
+    },
+    {
+        name: 'edges --border',
+        args: (model) => ['edges', model, '--border'],
+        expected: async (model, readGltf) => edges(await readShared(model, readGltf), true),
+    },
+    { name: 'merge', args: (model) => ['merge', model], expected: readModel },
+    {
+        name: 'merge with its mirror image',
+        args: (model) => ['merge', model, model, '--scale', '-1,1,1', '--translate', '100,0,0'],
+        expected: async (model, readGltf) => {
+            const parts = await readModel(model, readGltf);
+            return [...parts, ...mirrored(parts, 100)];
+        },
+    },
+];
+
+/// Everything that the tool is to write: a title, the model, the way to make the file and what it is to draw.
+export const outputs = models.flatMap((model) =>
+    verbs.map(({ name, args, expected, change = (file) => file }) => ({
+        title: `${basename(model)}: ${name}`,
+        model,
+        write: () => change(runTool(...args(model))),
+        expected: (readGltf) => expected(model, readGltf),
+    })));

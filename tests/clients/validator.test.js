@@ -1,0 +1,79 @@
+// What gltf-validator says of the tool's files: no error, and nothing else that it does not say of the model itself.
+
+import assert from 'node:assert/strict';
+import { readFileSync } from 'node:fs';
+import { extname } from 'node:path';
+import { test } from 'node:test';
+import validator from 'gltf-validator';
+import { triangleDamages, withUnknownMember } from './damage.js';
+import { readGlb } from './glb.js';
+import { groupsOf } from './restart.js';
+import { models, outputs, runTool } from './tool.js';
+
+const severities = ['error', 'warning', 'information', 'hint'];
+
+/// Remarks on what a model in OBJ holds, and the tool is to keep: coordinates for textures that its materials do not
+/// name, images of any size.
+const ofObjModels = [
+    /^information UNUSED_OBJECT at \/meshes\/\*\/primitives\/\*\/attributes\/TEXCOORD_0$/,
+    /^information IMAGE_NPOT_DIMENSIONS at \/images\/\*$/,
+];
+
+/// The tool leaves out primitives without border edges, but not what they alone referred to.
+const ofBorders = [
+    /^information NODE_EMPTY at \/nodes\/\*$/,
+    /^information UNUSED_OBJECT at \/(accessors|materials)\/\*$/,
+];
+
+/// The accessors of the single strips are left over.
+const ofChangedGroups = [/^information UNUSED_OBJECT at \/accessors\/\*$/];
+
+/// All that is to be said of groups of strips, which the validator does not know: that, and that it sees no use for the
+/// indices of the groups.
+function ofGroups(file) {
+    const groups = groupsOf(readGlb(file));
+    return groups.length === 0 ? [] : [
+        'information UNSUPPORTED_EXTENSION at /extensionsUsed/0',
+        ...groups.map(({ indices }) => `information UNUSED_OBJECT at /accessors/${indices}`),
+    ];
+}
+
+async function remarks(file) {
+    const { issues } = await validator.validateBytes(readFileSync(file), { maxIssues: 0 });
+    assert.equal(issues.truncated, false);
+    return issues.messages.map(({ severity, code, pointer }) => `${severities[severity]} ${code} at ${pointer}`);
+}
+
+/// Where numbers do not count: a primitive may become many.
+const withoutNumbers = (remark) => remark.replace(/\/\d+/g, '/*');
+
+async function check(file, model, allowed = []) {
+    const before = extname(model) === '.obj' ? [] : (await remarks(model)).map(withoutNumbers);
+    const after = await remarks(file);
+    const expected = ofGroups(file);
+    assert.deepEqual(before.filter((remark) => remark.startsWith('error')), []);
+    assert.deepEqual(expected.filter((remark) => !after.includes(remark)), []);
+    const isKnown = (remark) => before.includes(remark) || allowed.some((pattern) => pattern.test(remark));
+    assert.deepEqual(after.filter((remark) => !expected.includes(remark) && !isKnown(withoutNumbers(remark))), []);
+}
+
+for (const { title, model, write } of outputs) {
+    const allowed = [
+        ...(extname(model) === '.obj' ? ofObjModels : []),
+        ...(title.endsWith('--border') ? ofBorders : []),
+        ...(title.endsWith('drawn by groups') ? ofChangedGroups : []),
+    ];
+    test(title, () => check(write(), model, allowed));
+}
+
+test('notices an index without a vertex', async () => {
+    await check(runTool('merge', models[1]), models[1], ofObjModels);
+    const file = triangleDamages['an index without a vertex'](runTool('merge', models[1]));
+    await assert.rejects(check(file, models[1], ofObjModels), /error ACCESSOR_INDEX_OOB/);
+});
+
+test('notices a new warning', async () => {
+    await check(runTool('strip', models[0]), models[0]);
+    const file = withUnknownMember(runTool('strip', models[0]));
+    await assert.rejects(check(file, models[0]), /warning UNEXPECTED_PROPERTY/);
+});
