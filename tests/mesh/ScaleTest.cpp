@@ -22,7 +22,7 @@ using meshes::Indices;
 using vexa::test::LogCapture;
 using vexa::test::Severity;
 
-constexpr unsigned int million = vexa::test::isSlowBuild ? 20000 : 1000000;
+constexpr unsigned int million = vexa::test::isSlowBuild ? 10000 : 1000000;
 constexpr unsigned int half = million / 2;
 
 struct Call {
