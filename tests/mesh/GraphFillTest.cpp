@@ -10,6 +10,7 @@
 namespace {
 
 using namespace graphs;
+using VertexHalfEdge = HalfEdgeGraph::VertexHalfEdge;
 
 /// The triangle over each edge, in order of the half-edges; -1 where there is none.
 std::vector<int> neighbours(const HalfEdgeGraph& graph, std::size_t number) {
@@ -77,7 +78,7 @@ TEST(AddTriangle, EntersEachHalfEdgeAtItsStartWithTheVertexAtItsOtherEnd) {
     HalfEdgeGraph graph;
     Triangle* const a = graph.addTriangle(3, 0, 2);
     Triangle* const b = graph.addTriangle(0, 3, 2);
-    using List = std::vector<HalfEdgeGraph::VertexHalfEdge>;
+    using List = std::vector<VertexHalfEdge>;
     EXPECT_EQ(graph.vertexHalfEdges, (std::vector<List>{{{2, &a->halfEdge[1]}, {3, &b->halfEdge[0]}},
                                                         {},
                                                         {{3, &a->halfEdge[2]}, {0, &b->halfEdge[2]}},
@@ -87,7 +88,7 @@ TEST(AddTriangle, EntersEachHalfEdgeAtItsStartWithTheVertexAtItsOtherEnd) {
 TEST(AddTriangle, EntersTheHalfEdgesOfOneVertexInTheirOrder) {
     HalfEdgeGraph graph;
     Triangle* const a = graph.addTriangle(0, 0, 0);
-    using List = std::vector<HalfEdgeGraph::VertexHalfEdge>;
+    using List = std::vector<VertexHalfEdge>;
     EXPECT_EQ(graph.vertexHalfEdges[0], (List{{0, &a->halfEdge[0]}, {0, &a->halfEdge[1]}, {0, &a->halfEdge[2]}}));
 }
 
@@ -122,15 +123,15 @@ TEST(AddTriangle, FindsTwinsOverAllThreeEdges) {
 }
 
 TEST(AddTriangle, FindsTwinsFromEitherEndOfAnEdge) {
-    // At one end the list is long, at the other short: the shorter one is searched.
+    // At one end the list is very long, at the other short: the shorter one is searched.
     for (const bool isStartLong : {true, false}) {
         HalfEdgeGraph graph;
         graph.addTriangle(0, 1, 2);
-        for (unsigned int i = 0; i < 10; ++i) {
+        for (unsigned int i = 0; i < 100; ++i) {
             graph.addTriangle(isStartLong ? 0 : 1, 10 + 2 * i, 11 + 2 * i);
         }
         graph.addTriangle(1, 0, 3);
-        EXPECT_EQ(neighbours(graph, 11), (std::vector<int>{0, -1, -1}));
+        EXPECT_EQ(neighbours(graph, 101), (std::vector<int>{0, -1, -1}));
         EXPECT_EQ(states(graph).front(), 1);
     }
 }
@@ -334,6 +335,49 @@ TEST_P(AddTriangles, GivesTheGraphOfAsManySingleCalls) {
         }
         bulk.addTriangles(mesh.indices.data(), mesh.indices.size());
         EXPECT_EQ(describe(single), describe(bulk)) << mesh.name;
+    }
+}
+
+/// So many triangles at each of the vertices 0 to `vertexCount - 1`, which share nothing but these.
+meshes::Indices crowdAt(unsigned int vertexCount, unsigned int each) {
+    meshes::Indices crowd;
+    for (unsigned int i = 0; i < each * vertexCount; ++i) {
+        crowd.insert(crowd.end(), {i / each, vertexCount + 2 * i, vertexCount + 2 * i + 1});
+    }
+    return crowd;
+}
+
+void expectLinkedAlike(const Triangle& actual, const Triangle& expected) {
+    EXPECT_EQ(actual.state, expected.state);
+    for (std::size_t i = 0; i < 3; ++i) {
+        const HalfEdge* const twin = actual.halfEdge[i].twin;
+        const HalfEdge* const expectedTwin = expected.halfEdge[i].twin;
+        ASSERT_EQ(twin == nullptr, expectedTwin == nullptr);
+        if (twin != nullptr) {
+            EXPECT_EQ(twin->vertex, expectedTwin->vertex);
+            EXPECT_EQ(twin->next->next->vertex, expectedTwin->next->next->vertex);
+        }
+    }
+}
+
+TEST(AddTrianglesAtCrowdedVertices, LinksAsWithoutTheCrowd) {
+    for (const char* family : {"Plain", "Knotted", "Soups", "Variants"}) {
+        for (const meshes::NamedMesh& mesh : meshes::family(family)) {
+            if (mesh.indices.size() > 600) {
+                continue;
+            }
+            SCOPED_TRACE(mesh.name);
+            const FilledGraph alone(mesh.indices);
+            const meshes::Indices crowd = crowdAt(static_cast<unsigned int>(alone.vertexHalfEdges.size()), 100);
+            HalfEdgeGraph crowded;
+            crowded.addTriangles(crowd.data(), crowd.size());
+            crowded.addTriangles(mesh.indices.data(), mesh.indices.size());
+            const std::vector<Triangle*> expected = triangles(alone);
+            const std::vector<Triangle*> all = triangles(crowded);
+            for (std::size_t i = 0; i < expected.size(); ++i) {
+                expectLinkedAlike(*all[crowd.size() / 3 + i], *expected[i]);
+            }
+        }
     }
 }
 
