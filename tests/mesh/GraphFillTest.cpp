@@ -496,6 +496,17 @@ TEST(FillAfterClear, KeepsTheStaleEndsWhenTheInsertionIsRefused) {
     EXPECT_TRUE(graph.vertexHalfEdges.empty());
 }
 
+TEST(FillAfterReserve, InBulkFillsTheReservedListsWithoutGrowing) {
+    HalfEdgeGraph graph;
+    graph.reserve(9, 2048, 6);
+    const VertexHalfEdge* const buffer = graph.vertexHalfEdges[0].data();
+    const meshes::Indices mesh = meshes::closedFan(6);
+    graph.addTriangles(mesh.data(), mesh.size());
+    EXPECT_EQ(graph.vertexHalfEdges[0].data(), buffer);
+    EXPECT_EQ(graph.vertexHalfEdges[0].size(), 6u);
+    EXPECT_EQ(graph.vertexHalfEdges.size(), 9u);
+}
+
 TEST(FillAfterReserve, StartsFromTheReservedLists) {
     HalfEdgeGraph graph;
     graph.reserve(10, 4, 6);
