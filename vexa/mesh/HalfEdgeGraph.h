@@ -89,6 +89,8 @@ public:
 
     /// Sizes the vertex lists and sets the chunk size.
     ///
+    /// A large mesh is filled fastest when its number of triangles is the chunk size.
+    ///
     /// \param vertexCount    number of vertex lists afterwards; lists beyond are freed, new ones are empty
     /// \param chunkSize      triangles per chunk from the next chunk on
     /// \param edgesPerVertex entries that every list has room for afterwards; 0 reserves none

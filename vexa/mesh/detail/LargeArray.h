@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vexa/mesh/detail/HugePages.h"
+
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -25,10 +27,8 @@ public:
     T& operator[](std::size_t index) const { return data_.get()[index]; }
 
 private:
-    static constexpr std::size_t hugePage = std::size_t{2} << 20;
-
     static T* allocate(std::size_t size) {
-        if (size < hugePage) {
+        if (size < hugePageSize) {
             return static_cast<T*>(::operator new(size));
         }
         void* const data =
@@ -36,14 +36,14 @@ private:
         if (data == MAP_FAILED) {
             throw std::bad_alloc();
         }
-        madvise(data, size, MADV_HUGEPAGE);
+        adviseHugePages(data, size);
         return static_cast<T*>(data);
     }
 
     struct Free {
         std::size_t size = 0;
         void operator()(T* data) const {
-            if (size < hugePage) {
+            if (size < hugePageSize) {
                 ::operator delete(data);
             } else {
                 munmap(data, size);

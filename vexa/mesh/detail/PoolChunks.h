@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vexa/mesh/HalfEdgeGraph.h"
+#include "vexa/mesh/detail/HugePages.h"
 
 #include <cstdint>
 #include <memory>
@@ -28,6 +29,7 @@ inline std::unique_ptr<Chunk> allocateChunks(const HalfEdgeGraph::TrianglePool& 
         // Not constructed before they are handed out: a large batch would be through the caches twice.
         chunk->triangles =
             static_cast<HalfEdgeGraph::Triangle*>(::operator new[](capacity * sizeof(HalfEdgeGraph::Triangle)));
+        adviseHugePages(chunk->triangles, capacity * sizeof(HalfEdgeGraph::Triangle));
         chunk->capacity = capacity;
         Chunk* const newest = chunk.get();
         if (last != nullptr) {
