@@ -6,14 +6,8 @@
 
 namespace vexa::mesh::detail {
 
-namespace {
-
-constexpr std::uint64_t maxTriangles = (std::uint64_t{1} << 30) - 3;
-
-} // namespace
-
 CompactGraph::CompactGraph(std::uint64_t count) {
-    if (count > maxTriangles) {
+    if (count > maxCount) {
         throw std::length_error("Strips can be built from 1073741821 triangles at most");
     }
     triangles_ = LargeArray<CompactTriangle>(count + 2);

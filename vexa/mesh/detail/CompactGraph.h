@@ -50,9 +50,12 @@ constexpr std::int8_t stateReported = -3;
 /// The adjacency of a list of triangles on 16 bytes a triangle. Ids follow the order of the list.
 class CompactGraph {
 public:
+    /// Most triangles of one graph: with the sentinels behind them, as many as half-edge ids can name.
+    static constexpr std::uint64_t maxCount = (std::uint64_t{1} << 30) - 3;
+
     /// Space for `count` triangles, not initialised, and for the sentinels behind them.
     ///
-    /// \throw std::length_error more than fit into half-edge ids
+    /// \throw std::length_error more than `maxCount`
     explicit CompactGraph(std::uint64_t count);
 
     [[nodiscard]] TriangleId count() const { return count_; }

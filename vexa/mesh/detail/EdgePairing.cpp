@@ -266,7 +266,10 @@ CompactGraph pairEdges(std::span<const unsigned int> triangles) {
     return graph;
 }
 
-std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles) {
+std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles, std::uint64_t maxTriangles) {
+    if (triangles.size() / 3 > maxTriangles) {
+        return std::nullopt;
+    }
     CompactGraph graph = withoutLinks(triangles.size() / 3);
     const DenseTriangles dense(triangles);
     UpwardEdges upward(dense.triangles(), dense.vertexCount());
