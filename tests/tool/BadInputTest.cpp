@@ -141,7 +141,7 @@ TEST_F(BadInput, TheRestartIndexIsNoVertex) {
 }
 
 TEST_F(BadInput, ExtensionsByName) {
-    for (const char* name : {"KHR_draco_mesh_compression", "EXT_meshopt_compression"}) {
+    for (const char* name : {"KHR_draco_mesh_compression", "EXT_meshopt_compression", "KHR_meshopt_compression"}) {
         expectRefused([&](Json& json) { json["extensionsUsed"] = {name}; }, std::string("compressed with ") + name);
         expectRefused([&](Json& json) { json["bufferViews"][0]["extensions"] = {{name, Json::object()}}; }, name);
     }

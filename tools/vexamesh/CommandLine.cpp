@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Errors.h"
 #include "Report.h"
+#include "io/IsolatedReader.h"
 
 #include <new>
 #include <ostream>
@@ -17,6 +18,19 @@ constexpr const char* EXIT_CODES = R"(Exit codes:
   3  a file is missing or broken, or cannot be written
 
 Results go to standard output, everything else to standard error.)";
+
+void addParseOptions(CLI::App& app, ParseLimits& limits) {
+    app.add_option("--parse-memory", limits.memory,
+                   "MiB that reading one file may take (default: 4096 and eight times its size)")
+        ->type_name("MIB")
+        ->check(CLI::Range(1U, 1U << 30))
+        ->envname("VEXAMESH_PARSE_MEMORY");
+    app.add_option("--parse-time", limits.seconds, "Seconds that reading one file may take")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1U, 1U << 30))
+        ->capture_default_str()
+        ->envname("VEXAMESH_PARSE_TIME");
+}
 
 int parse(CLI::App& app, int argc, const char* const* argv, const Streams& streams) {
     try {
@@ -56,6 +70,10 @@ int runTool(int argc, const char* const* argv, const Streams& streams) {
     app.footer(EXIT_CODES);
     app.set_version_flag("--version", "vexamesh " VEXAMESH_VERSION);
     app.require_subcommand(1);
+    // The options for every subcommand may stand behind its name, too.
+    app.fallthrough();
+    ParseLimits limits;
+    addParseOptions(app, limits);
     Command chosen;
     addInfoCommand(app, chosen);
     addStripCommand(app, chosen);
@@ -69,6 +87,7 @@ int runTool(int argc, const char* const* argv, const Streams& streams) {
     addVerifyCommand(app, chosen);
 
     const int parsed = parse(app, argc, argv, streams);
+    setParseLimits(limits);
     int code = parsed == EXIT_DONE ? runCommand(chosen, streams) : parsed < 0 ? EXIT_DONE : parsed;
     streams.out.flush();
     if (!streams.out && code == EXIT_DONE) {

@@ -22,6 +22,7 @@ class FormatError : public std::runtime_error {
 class FileError : public std::runtime_error {
 public:
     FileError(const std::string& file, const std::string& what) : std::runtime_error(file + ": " + what) {}
+    explicit FileError(const std::string& text) : std::runtime_error(text) {}
 };
 
 /// Arguments that contradict each other, or the files they name.

@@ -58,7 +58,7 @@ void addEdges(Json& json, std::size_t edges, std::size_t border, std::size_t non
 Json attributesJson(const Document& document, const Primitive& primitive) {
     Json attributes = Json::array();
     for (const Attribute& attribute : primitive.attributes) {
-        const tinygltf::Accessor& accessor = document.asset.model.accessors.at(attribute.accessor);
+        const AccessorModel& accessor = document.asset.model.accessors.at(attribute.accessor);
         attributes.push_back({{"name", attribute.name},
                               {"type", stringMember(document.asset.json["accessors"][attribute.accessor], "type")},
                               {"componentType", mesh::getStringForComponentType(
@@ -139,7 +139,7 @@ std::string boxText(const Box& box) {
 std::string attributesText(const Document& document, const Primitive& primitive) {
     std::string text;
     for (const Attribute& attribute : primitive.attributes) {
-        const tinygltf::Accessor& accessor = document.asset.model.accessors.at(attribute.accessor);
+        const AccessorModel& accessor = document.asset.model.accessors.at(attribute.accessor);
         text += text.empty() ? "" : ", ";
         text += printable(attribute.name) + " " +
                 stringMember(document.asset.json["accessors"][attribute.accessor], "type") + " " +

@@ -37,17 +37,17 @@ std::uint32_t indexAt(const unsigned char* data, mesh::ComponentType type) {
 }
 
 const unsigned char* viewData(const Asset& asset, std::size_t view) {
-    const tinygltf::BufferView& bufferView = asset.model.bufferViews.at(view);
-    return asset.buffers.at(static_cast<std::size_t>(bufferView.buffer)).data() + bufferView.byteOffset;
+    const BufferViewModel& bufferView = asset.model.bufferViews.at(view);
+    return asset.buffers.at(bufferView.buffer).data() + bufferView.byteOffset;
 }
 
 /// The elements that a sparse accessor replaces, in the order of their values.
 std::vector<std::size_t> sparseElements(const Asset& asset, std::size_t index) {
-    const tinygltf::Accessor& accessor = asset.model.accessors[index];
-    const auto& indices = accessor.sparse.indices;
+    const AccessorModel& accessor = asset.model.accessors[index];
+    const SparsePart& indices = accessor.sparseIndices;
     const auto type = static_cast<mesh::ComponentType>(indices.componentType);
-    const unsigned char* data = viewData(asset, static_cast<std::size_t>(indices.bufferView)) + indices.byteOffset;
-    std::vector<std::size_t> elements(static_cast<std::size_t>(accessor.sparse.count));
+    const unsigned char* data = viewData(asset, indices.bufferView) + indices.byteOffset;
+    std::vector<std::size_t> elements(accessor.sparseCount);
     for (std::size_t i = 0; i < elements.size(); ++i) {
         elements[i] = indexAt(data + i * mesh::getComponentSizeInBytes(type), type);
         if (elements[i] >= accessor.count) {
@@ -59,8 +59,8 @@ std::vector<std::size_t> sparseElements(const Asset& asset, std::size_t index) {
 }
 
 void applySparse(const Asset& asset, std::size_t index, std::size_t size, AccessorData& data) {
-    const auto& source = asset.model.accessors[index].sparse.values;
-    const unsigned char* values = viewData(asset, static_cast<std::size_t>(source.bufferView)) + source.byteOffset;
+    const SparsePart& source = asset.model.accessors[index].sparseValues;
+    const unsigned char* values = viewData(asset, source.bufferView) + source.byteOffset;
     for (const std::size_t element : sparseElements(asset, index)) {
         std::copy_n(values, size, data.bytes.data() + element * size);
         values += size;
@@ -75,7 +75,7 @@ double AccessorData::component(std::size_t element, std::size_t index) const {
 }
 
 AccessorData readAccessor(const Asset& asset, std::size_t index) {
-    const tinygltf::Accessor& accessor = asset.model.accessors.at(index);
+    const AccessorModel& accessor = asset.model.accessors.at(index);
     AccessorData data;
     data.componentType = static_cast<mesh::ComponentType>(accessor.componentType);
     data.type = stringMember(asset.json["accessors"][index], "type");
@@ -97,7 +97,7 @@ AccessorData readAccessor(const Asset& asset, std::size_t index) {
             }
         }
     }
-    if (accessor.sparse.isSparse) {
+    if (accessor.isSparse) {
         applySparse(asset, index, size, data);
     }
     return data;
@@ -105,7 +105,7 @@ AccessorData readAccessor(const Asset& asset, std::size_t index) {
 
 void checkSparseAccessors(const Asset& asset) {
     for (std::size_t i = 0; i < asset.model.accessors.size(); ++i) {
-        if (asset.model.accessors[i].sparse.isSparse) {
+        if (asset.model.accessors[i].isSparse) {
             sparseElements(asset, i);
         }
     }

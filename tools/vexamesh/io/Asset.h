@@ -1,12 +1,12 @@
 #pragma once
 
+#include "io/AssetModel.h"
 #include "io/Bytes.h"
 #include "io/GltfCheck.h"
 #include "io/Json.h"
 
 #include <filesystem>
 #include <string>
-#include <tiny_gltf.h>
 #include <vector>
 
 namespace vexa::tool {
@@ -14,12 +14,11 @@ namespace vexa::tool {
 /// A glTF document in memory, complete: nothing in it is outside of it but images that could not be found.
 ///
 /// `json` is what is edited and written, so that everything that nobody touches stays as it was, unknown members
-/// included. `model` is the same document as read by TinyGLTF, without its images; its accessors and buffer views
-/// find the data in `buffers`.
+/// included. `model` tells where in `buffers` the elements of its accessors are, as read by TinyGLTF.
 struct Asset {
     Json json;
     std::vector<Bytes> buffers;
-    tinygltf::Model model;
+    AssetModel model;
     std::vector<std::string> warnings; ///< what a person should know, a line each
 };
 

@@ -3,6 +3,7 @@
 #include "Errors.h"
 #include "io/Files.h"
 #include "io/Glb.h"
+#include "io/IsolatedReader.h"
 #include "io/ObjReader.h"
 #include "io/PrimitiveRestart.h"
 
@@ -110,7 +111,9 @@ const Attribute* Primitive::findAttribute(const std::string& name) const {
     return found == attributes.end() ? nullptr : &*found;
 }
 
-Document loadDocument(const Bytes& content, const fs::path& name, MeshCheck check) {
+namespace {
+
+Document parseDocument(const Bytes& content, const fs::path& name, MeshCheck check) {
     try {
         if (content.empty()) {
             throw FormatError("is empty");
@@ -128,6 +131,14 @@ Document loadDocument(const Bytes& content, const fs::path& name, MeshCheck chec
         throw FileError(name.string(), error.what());
     } catch (const Json::exception& error) {
         throw FileError(name.string(), error.what());
+    }
+}
+
+} // namespace
+
+Document loadDocument(const Bytes& content, const fs::path& name, MeshCheck check) {
+    try {
+        return parseDocument(content, name, check);
     } catch (const std::length_error&) {
         throw FileError(name.string(), "asks for more memory than there is");
     } catch (const std::bad_alloc&) {
@@ -136,7 +147,10 @@ Document loadDocument(const Bytes& content, const fs::path& name, MeshCheck chec
 }
 
 Document loadDocument(const fs::path& file, MeshCheck check) {
-    return loadDocument(readFile(file), file, check);
+    Document document = readIsolated(file, [&] { return parseDocument(readFile(file), file, check); });
+    // They were checked by whoever has sent them.
+    document.meshes = readMeshes(document.asset, MeshCheck::References);
+    return document;
 }
 
 } // namespace vexa::tool

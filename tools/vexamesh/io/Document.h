@@ -43,12 +43,12 @@ struct Document {
     std::vector<Mesh> meshes; ///< in the order of the asset's, and so are their primitives
 };
 
-/// Reads a .glb, .gltf or .obj file.
+/// Reads a .glb, .gltf or .obj file, in a process of its own.
 ///
 /// \throw FileError it cannot be read, or is no such file; one line that says what is wrong, and where
 Document loadDocument(const std::filesystem::path& file, MeshCheck check = MeshCheck::Full);
 
-/// Reads a binary glTF file from memory.
+/// Reads a binary glTF file that this program has made from memory, in this process.
 ///
 /// \param name stands for the file in messages
 /// \throw FileError as above

@@ -116,7 +116,7 @@ bool isSupportedExtension(std::string_view name) {
 void checkExtensions(const Json& document) {
     const auto refuseCompression = [](const std::string& name) {
         if (isCompression(name)) {
-            throw FormatError("compressed with " + name + ", which is not supported");
+            throw FormatError("compressed with " + name + ", which is not supported; export or convert it without");
         }
     };
     for (const char* key : {"extensionsUsed", "extensionsRequired"}) {
@@ -130,7 +130,8 @@ void checkExtensions(const Json& document) {
     forEachExtension(document, [&](const std::string& name, const Json&) { refuseCompression(name); });
     for (const Json& name : arrayMember(document, "extensionsRequired", "")) {
         if (!isSupportedExtension(name.get<std::string>())) {
-            throw FormatError("requires the extension " + name.get<std::string>() + ", which is not supported");
+            throw FormatError("requires the extension " + name.get<std::string>() +
+                              ", which is not supported; export or convert it without");
         }
     }
 }

@@ -12,6 +12,7 @@
 #include <charconv>
 #include <limits>
 #include <span>
+#include <tiny_gltf.h>
 
 namespace vexa::tool {
 
@@ -160,7 +161,27 @@ Json documentForLoader(const Json& document) {
     return copy;
 }
 
-tinygltf::Model loadModel(const Json& document, std::vector<Bytes>& buffers) {
+AccessorModel toModel(const tinygltf::Accessor& source) {
+    AccessorModel accessor;
+    accessor.componentType = source.componentType;
+    accessor.normalized = source.normalized;
+    accessor.bufferView = source.bufferView;
+    accessor.byteOffset = source.byteOffset;
+    accessor.count = source.count;
+    accessor.isSparse = source.sparse.isSparse;
+    if (accessor.isSparse) {
+        const auto& indices = source.sparse.indices;
+        const auto& values = source.sparse.values;
+        accessor.sparseCount = static_cast<std::size_t>(source.sparse.count);
+        accessor.sparseIndices = {static_cast<std::size_t>(indices.bufferView),
+                                  static_cast<std::size_t>(indices.byteOffset), indices.componentType};
+        accessor.sparseValues = {static_cast<std::size_t>(values.bufferView),
+                                 static_cast<std::size_t>(values.byteOffset), 0};
+    }
+    return accessor;
+}
+
+AssetModel loadModel(const Json& document, std::vector<Bytes>& buffers) {
     const std::string text = documentForLoader(document).dump(-1, ' ', false, Json::error_handler_t::replace);
     if (text.size() > std::numeric_limits<unsigned int>::max()) {
         throw FormatError("the document is larger than 4 GiB");
@@ -175,9 +196,18 @@ tinygltf::Model loadModel(const Json& document, std::vector<Bytes>& buffers) {
         const std::string line = error.substr(0, error.find('\n'));
         throw FormatError(line.empty() ? "no glTF that can be read" : line);
     }
-    // The content is in `buffers`; a second copy serves nobody.
-    model.buffers.clear();
-    return model;
+    if (model.accessors.size() != arrayMember(document, "accessors", "").size() ||
+        model.meshes.size() != arrayMember(document, "meshes", "").size()) {
+        throw FormatError("no glTF that can be read: parts of it are not understood");
+    }
+    AssetModel result;
+    for (const tinygltf::Accessor& accessor : model.accessors) {
+        result.accessors.push_back(toModel(accessor));
+    }
+    for (const tinygltf::BufferView& view : model.bufferViews) {
+        result.bufferViews.push_back({static_cast<std::size_t>(view.buffer), view.byteOffset, view.byteStride});
+    }
+    return result;
 }
 
 } // namespace
@@ -193,11 +223,7 @@ Asset makeAsset(Json json, std::vector<Bytes> buffers, MeshCheck check) {
         }
         buffers[i].resize(length);
     }
-    tinygltf::Model model = loadModel(json, buffers);
-    if (model.accessors.size() != arrayMember(json, "accessors", "").size() ||
-        model.meshes.size() != arrayMember(json, "meshes", "").size()) {
-        throw FormatError("no glTF that can be read: parts of it are not understood");
-    }
+    AssetModel model = loadModel(json, buffers);
     Asset asset{std::move(json), std::move(buffers), std::move(model), {}};
     checkSparseAccessors(asset);
     return asset;

@@ -1,0 +1,227 @@
+#include "Subprocess.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <new>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr int outOfMemoryCode = 100;
+constexpr int failureCode = 101;
+constexpr int pipeSize = 1 << 20;
+
+/// Bytes of address space that this process has.
+std::size_t addressSpace() {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+void setLimit(__rlimit_resource_t resource, rlim_t value) {
+    rlimit limit{};
+    ::getrlimit(resource, &limit);
+    limit.rlim_cur = std::min(value, limit.rlim_max);
+    ::setrlimit(resource, &limit);
+}
+
+void applyLimits(const ProcessLimits& limits) {
+    setLimit(RLIMIT_CORE, 0);
+    if (limits.memory != 0) {
+        setLimit(RLIMIT_AS, addressSpace() + limits.memory);
+    }
+    if (limits.seconds != 0) {
+        setLimit(RLIMIT_CPU, limits.seconds);
+    }
+}
+
+/// What a library prints when it ends the process is not for the person who started the program.
+void silence() {
+    const int nowhere = ::open("/dev/null", O_RDWR);
+    if (nowhere >= 0) {
+        ::dup2(nowhere, STDOUT_FILENO);
+        ::dup2(nowhere, STDERR_FILENO);
+    }
+}
+
+[[noreturn]] void throwForTime(const ProcessLimits& limits) {
+    throw ProcessError(ProcessError::Cause::Time, "took more than " + std::to_string(limits.seconds) +
+                                                      (limits.seconds == 1 ? " second" : " seconds"));
+}
+
+[[noreturn]] void runChild(const std::function<void(PipeWriter&)>& work, const ProcessLimits& limits, pid_t parent,
+                           int output) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent) {
+        ::_exit(failureCode);
+    }
+    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU, SIGTERM, SIGINT}) {
+        std::signal(signal, SIG_DFL);
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    silence();
+    applyLimits(limits);
+    try {
+        PipeWriter writer(output);
+        work(writer);
+    } catch (const std::bad_alloc&) {
+        ::_exit(outOfMemoryCode);
+    } catch (...) {
+        ::_exit(failureCode);
+    }
+    // Not through exit: what the parent has not printed yet is the parent's to print.
+    ::_exit(0);
+}
+
+} // namespace
+
+void PipeWriter::writeBytes(const void* data, std::size_t size) {
+    const auto* at = static_cast<const unsigned char*>(data);
+    while (size > 0) {
+        const ssize_t count = ::write(descriptor_, at, size);
+        if (count < 0 && errno != EINTR) {
+            ::_exit(failureCode);
+        }
+        at += std::max<ssize_t>(count, 0);
+        size -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+}
+
+void PipeWriter::writeBlock(const void* data, std::size_t size) {
+    writeValue(size);
+    writeBytes(data, size);
+}
+
+ChildProcess::ChildProcess(const std::function<void(PipeWriter&)>& work, const ProcessLimits& limits)
+    : limits_(limits) {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
+        throw std::runtime_error("no pipe to a further process: " + std::generic_category().message(errno));
+    }
+    const pid_t self = ::getpid();
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        ::close(ends[0]);
+        runChild(work, limits, self, ends[1]);
+    }
+    const int error = errno;
+    ::close(ends[1]);
+    if (pid_ < 0) {
+        ::close(ends[0]);
+        throw std::runtime_error("no further process: " + std::generic_category().message(error));
+    }
+    descriptor_ = ends[0];
+    // Larger than usual, for fewer changes between the two processes; it works without, too.
+    ::fcntl(descriptor_, F_SETPIPE_SZ, pipeSize);
+    if (limits.seconds != 0) {
+        deadline_ = std::chrono::steady_clock::now() + std::chrono::seconds(limits.seconds);
+    }
+}
+
+ChildProcess::~ChildProcess() {
+    if (pid_ > 0) {
+        ::kill(pid_, SIGKILL);
+        reap();
+    }
+    ::close(descriptor_);
+}
+
+void ChildProcess::waitForInput() {
+    if (!deadline_) {
+        return;
+    }
+    pollfd input{descriptor_, POLLIN, 0};
+    for (;;) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(*deadline_ - std::chrono::steady_clock::now());
+        const auto timeout = std::clamp<std::int64_t>(left.count(), 0, INT_MAX);
+        const int ready = ::poll(&input, 1, static_cast<int>(timeout));
+        if (ready > 0) {
+            return;
+        }
+        if (ready == 0 && left.count() <= 0) {
+            failForTime();
+        }
+    }
+}
+
+void ChildProcess::readBytes(void* data, std::size_t size) {
+    auto* at = static_cast<unsigned char*>(data);
+    while (size > 0) {
+        waitForInput();
+        const ssize_t count = ::read(descriptor_, at, size);
+        if (count == 0) {
+            failAtEnd();
+        }
+        at += std::max<ssize_t>(count, 0);
+        size -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+}
+
+Bytes ChildProcess::readBlock() {
+    Bytes block(readValue<std::size_t>());
+    readBytes(block.data(), block.size());
+    return block;
+}
+
+std::string ChildProcess::readText() {
+    std::string text(readValue<std::size_t>(), '\0');
+    readBytes(text.data(), text.size());
+    return text;
+}
+
+int ChildProcess::reap() {
+    int status = 0;
+    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    }
+    pid_ = -1;
+    return status;
+}
+
+void ChildProcess::failForTime() {
+    ::kill(pid_, SIGKILL);
+    reap();
+    throwForTime(limits_);
+}
+
+void ChildProcess::failAtEnd() {
+    const int status = reap();
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU) {
+        throwForTime(limits_);
+    }
+    if (WIFSIGNALED(status)) {
+        throw ProcessError(ProcessError::Cause::Crash, std::string("crashed (") + ::strsignal(WTERMSIG(status)) + ")");
+    }
+    if (WEXITSTATUS(status) == outOfMemoryCode) {
+        throw ProcessError(ProcessError::Cause::Memory,
+                           "needed more than " + std::to_string(limits_.memory >> 20) + " MiB of memory");
+    }
+    throw ProcessError(ProcessError::Cause::Crash, "ended before it was done");
+}
+
+void ChildProcess::wait() {
+    unsigned char more = 0;
+    waitForInput();
+    const ssize_t count = ::read(descriptor_, &more, 1);
+    if (count > 0) {
+        throw ProcessError(ProcessError::Cause::Crash, "sent more than it was asked for");
+    }
+    const int status = reap();
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        throw ProcessError(ProcessError::Cause::Crash, "did not end as it should");
+    }
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Subprocess.h"
+#include "io/Document.h"
+
+namespace vexa::tool {
+
+/// Sends a document to the parent process, without its decoded meshes.
+void sendDocument(PipeWriter& pipe, const Document& document);
+
+/// Receives what `sendDocument` has sent.
+///
+/// \throw ProcessError the child process has ended before that
+Document receiveDocument(ChildProcess& child);
+
+} // namespace vexa::tool
