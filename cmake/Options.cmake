@@ -2,6 +2,7 @@
 
 option(BUILD_SHARED_LIBS "Build shared libraries" ON)
 option(VEXA_BUILD_TOOL "Build the command-line tool vexamesh" ${PROJECT_IS_TOP_LEVEL})
+option(VEXA_BUILD_REPORT "Give the tool its report, whose script npm fetches a library for" ON)
 option(VEXA_BUILD_EXAMPLES "Build the example programs" ${PROJECT_IS_TOP_LEVEL})
 option(VEXA_BUILD_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(VEXA_TEST_PACKAGE "Test the installed package with outside programs too" OFF)

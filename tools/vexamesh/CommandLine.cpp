@@ -85,6 +85,9 @@ int runTool(int argc, const char* const* argv, const Streams& streams) {
     addPackCommand(app, chosen);
     addDumpCommand(app, chosen);
     addVerifyCommand(app, chosen);
+#ifdef VEXAMESH_WITH_REPORT
+    addReportCommand(app, chosen);
+#endif
 
     const int parsed = parse(app, argc, argv, streams);
     setParseLimits(limits);

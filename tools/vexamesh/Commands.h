@@ -28,6 +28,7 @@ void addEdgesCommand(CLI::App& app, Command& chosen);
 void addPackCommand(CLI::App& app, Command& chosen);
 void addDumpCommand(CLI::App& app, Command& chosen);
 void addVerifyCommand(CLI::App& app, Command& chosen);
+void addReportCommand(CLI::App& app, Command& chosen);
 
 /// The program: parses the arguments and runs the command that they name.
 ///

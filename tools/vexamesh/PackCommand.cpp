@@ -1,17 +1,13 @@
 #include "Commands.h"
 #include "Errors.h"
 #include "MeshConversion.h"
+#include "NormalAngles.h"
 #include "Report.h"
 #include "io/Files.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <memory>
-#include <numbers>
 #include <ostream>
-#include <vexa/mesh/AttributeTransformation.h>
-#include <vexa/mesh/NormalQuantization.h>
 
 namespace vexa::tool {
 
@@ -31,76 +27,6 @@ struct PackArguments {
     bool stats = false;
     bool json = false;
 };
-
-/// The angles between normals and what was made of them.
-struct AngleFigures {
-    std::string name;
-    std::size_t normals = 0;
-    std::size_t withoutDirection = 0; ///< zero, or not finite: they have no angle
-    double sum = 0;                   ///< of the angles, in degrees
-    double largest = 0;
-
-    [[nodiscard]] double mean() const {
-        return normals == withoutDirection ? 0 : sum / static_cast<double>(normals - withoutDirection);
-    }
-
-    void add(const AngleFigures& other) {
-        normals += other.normals;
-        withoutDirection += other.withoutDirection;
-        sum += other.sum;
-        largest = std::max(largest, other.largest);
-    }
-};
-
-using Vector = std::array<double, 3>;
-
-Vector elementOf(const mesh::AttributeBuffer& buffer, std::size_t index) {
-    std::array<float, 3> element{};
-    buffer.getElement(index, element.data());
-    return {element[0], element[1], element[2]};
-}
-
-double dot(const Vector& a, const Vector& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-/// In degrees, exact for small angles, too.
-double angleBetween(const Vector& a, const Vector& b) {
-    const Vector cross{a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-    return std::atan2(std::sqrt(dot(cross, cross)), dot(a, b)) * 180 / std::numbers::pi;
-}
-
-void measure(const mesh::AttributeBuffer& normals, const mesh::AttributeBuffer& decoded, AngleFigures& figures) {
-    figures.normals = normals.getElementCount();
-    for (std::size_t i = 0; i < figures.normals; ++i) {
-        const Vector normal = elementOf(normals, i);
-        const double size = dot(normal, normal);
-        if (!(size > 0) || !std::isfinite(size)) {
-            ++figures.withoutDirection;
-            continue;
-        }
-        const double angle = angleBetween(normal, elementOf(decoded, i));
-        figures.sum += angle;
-        figures.largest = std::max(figures.largest, angle);
-    }
-}
-
-/// Packs the normals of a primitive, appends them to `bytes` and measures what packing costs.
-void packNormals(const AccessorData& values, Bytes& bytes, AngleFigures& figures) {
-    const auto normals = toAttributeBuffer(toFloats(values), "normal");
-    auto packed = mesh::AttributeBuffer::createDefault(mesh::UNSIGNED_BYTE, 2, "normal");
-    packed->resize(values.count);
-    mesh::transformAttributes(normals, packed, mesh::quantizeNormals());
-    auto decoded = mesh::AttributeBuffer::createDefaultVec3f("normal");
-    decoded->resize(values.count);
-    mesh::transformAttributes(packed, decoded, mesh::dequantizeNormals());
-    measure(*normals, *decoded, figures);
-    std::array<unsigned char, 2> element{};
-    for (std::size_t i = 0; i < values.count; ++i) {
-        packed->getElement(i, element.data());
-        bytes.insert(bytes.end(), element.begin(), element.end());
-    }
-}
 
 void printReport(const PackArguments& arguments, const std::vector<AngleFigures>& primitives, const AngleFigures& total,
                  std::ostream& out) {
@@ -161,7 +87,8 @@ int runPack(const PackArguments& arguments, const Streams& streams) {
             }
             AngleFigures figures;
             figures.name = primitiveName(mesh, p);
-            packNormals(values, bytes, figures);
+            const Bytes packed = packNormals(values, figures);
+            bytes.insert(bytes.end(), packed.begin(), packed.end());
             total.add(figures);
             primitives.push_back(std::move(figures));
         }

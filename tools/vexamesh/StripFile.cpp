@@ -23,6 +23,8 @@ void add(StripFigures& sum, const StripFigures& part) {
     sum.strips += part.strips;
     sum.fans += part.fans;
     sum.leftOver += part.leftOver;
+    sum.primitivesBefore += part.primitivesBefore;
+    sum.primitivesAfter += part.primitivesAfter;
     sum.seconds += part.seconds;
     sum.sameTriangles = sum.sameTriangles && part.sameTriangles;
 }
@@ -87,6 +89,7 @@ private:
             if (primitive.type < mesh::TRIANGLES) {
                 continue;
             }
+            ++figures.primitivesBefore;
             counter.countBefore(primitive, figures);
             stripPrimitive(index, p, figures);
             // Its triangles are kept; twice would be a lot for a large file.
@@ -124,6 +127,7 @@ private:
             after.beginMesh();
             for (const Primitive& primitive : output.meshes[m].primitives) {
                 if (primitive.type >= mesh::TRIANGLES) {
+                    ++outcome_.meshes[m].primitivesAfter;
                     after.countAfter(primitive, outcome_.meshes[m]);
                 }
             }

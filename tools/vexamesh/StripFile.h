@@ -16,7 +16,9 @@ struct StripFigures {
     std::size_t degenerate = 0; ///< triangles with two equal corners in the lists of the input
     std::size_t strips = 0;     ///< before they were joined
     std::size_t fans = 0;
-    std::size_t leftOver = 0;      ///< triangles in no strip and no fan
+    std::size_t leftOver = 0;         ///< triangles in no strip and no fan
+    std::size_t primitivesBefore = 0; ///< of triangles
+    std::size_t primitivesAfter = 0;
     std::size_t indicesBefore = 0; ///< of the primitives of triangles, what they share counted once
     std::size_t indicesAfter = 0;
     std::size_t bytesBefore = 0; ///< of the same indices

@@ -13,6 +13,8 @@ Json figuresJson(const StripFigures& figures) {
             {"strips", figures.strips},
             {"fans", figures.fans},
             {"leftOver", figures.leftOver},
+            {"primitivesBefore", figures.primitivesBefore},
+            {"primitivesAfter", figures.primitivesAfter},
             {"indicesBefore", figures.indicesBefore},
             {"indicesAfter", figures.indicesAfter},
             {"indicesPerTriangle", indicesPerTriangle(figures)},

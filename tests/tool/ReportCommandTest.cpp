@@ -1,0 +1,202 @@
+#ifdef VEXAMESH_WITH_REPORT
+
+#include "SmallModels.h"
+#include "ToolProcess.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace tool_test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+class ReportCommand : public testing::Test {
+public:
+    /// Reports on `in.glb` and expects it to succeed.
+    ///
+    /// \return what --json prints
+    Json report(const GltfModel& model, std::vector<std::string> options = {}) {
+        model.writeGlb(in);
+        options.insert(options.begin(), {"report", in, "-o", out, "--json"});
+        const ProcessResult result = runForked(options);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.err, "");
+        page = readText(out);
+        return result.exitCode == 0 ? Json::parse(result.out) : Json::object();
+    }
+
+    TemporaryDirectory directory;
+    std::string in = (directory / "in.glb").string();
+    std::string out = (directory / "report.html").string();
+    std::string page;
+};
+
+/// What does not depend on the clock or on the name of the output.
+Json figuresOf(Json json) {
+    json.erase("output");
+    json.erase("report");
+    json["total"].erase("seconds");
+    for (Json& mesh : json["meshes"]) {
+        mesh.erase("seconds");
+    }
+    return json;
+}
+
+TEST_F(ReportCommand, SaysWhatStripSays) {
+    const std::vector<std::string> options{"--iterations", "5", "--fans", "5", "--join", "none"};
+    const Json report = this->report(gridModel(7, 5), options);
+    std::vector<std::string> arguments{"strip", in, "-o", (directory / "strips.glb").string(), "--json"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    EXPECT_EQ(figuresOf(report), figuresOf(Json::parse(runForked(arguments).out)));
+}
+
+TEST_F(ReportCommand, PutsTheVerdictBeforeEverythingElse) {
+    report(gridModel(4, 4));
+    const std::size_t verdict = page.find("Same triangles: yes");
+    ASSERT_NE(verdict, std::string::npos);
+    EXPECT_LT(verdict, page.find("<dl"));
+    EXPECT_LT(verdict, page.find("<canvas"));
+}
+
+TEST_F(ReportCommand, ShowsTheIndicesBeforeAndAfter) {
+    const Json total = report(gridModel(4, 4))["total"];
+    EXPECT_THAT(page, HasSubstr("<data value=\"96\">96</data>"));
+    const std::string after = std::to_string(total["indicesAfter"].get<int>());
+    EXPECT_THAT(page, HasSubstr("<strong><data value=\"" + after + "\">"));
+}
+
+TEST_F(ReportCommand, HoldsTheJsonThatItPrints) {
+    const Json json = report(gridModel(2, 2));
+    const std::string begin = "<pre id=\"json\" tabindex=\"0\">";
+    const std::size_t first = page.find(begin) + begin.size();
+    std::string text = page.substr(first, page.find("</pre>", first) - first);
+    for (std::size_t at = text.find("&quot;"); at != std::string::npos; at = text.find("&quot;", at)) {
+        text.replace(at, 6, "\"");
+    }
+    EXPECT_EQ(Json::parse(text), json);
+}
+
+TEST_F(ReportCommand, NamesTheCommandAsAShellTakesIt) {
+    in = (directory / "it's one.glb").string();
+    report(gridModel(1, 1), {"--fans", "6"});
+    EXPECT_THAT(page, HasSubstr("it&#39;\\&#39;&#39;s one.glb&#39; -o " + out + " --fans 6"));
+}
+
+TEST_F(ReportCommand, EscapesNames) {
+    GltfModel model = gridModel(2, 2);
+    model.json["meshes"][0]["name"] = "</script><script>alert(\"1\")</script>&<img src=x>";
+    report(model);
+    EXPECT_THAT(page,
+                HasSubstr("&lt;/script&gt;&lt;script&gt;alert(&quot;1&quot;)&lt;/script&gt;&amp;&lt;img src=x&gt;"));
+    EXPECT_THAT(page, HasSubstr("\\u003c/script>\\u003cscript>"));
+    EXPECT_THAT(page, Not(HasSubstr("<script>alert")));
+    EXPECT_THAT(page, Not(HasSubstr("<img")));
+}
+
+TEST_F(ReportCommand, EscapesTheNameOfTheFile) {
+    in = (directory / "<b>&.glb").string();
+    report(gridModel(1, 1));
+    EXPECT_THAT(page, HasSubstr("<title>&lt;b&gt;&amp;.glb"));
+    EXPECT_THAT(page, Not(HasSubstr("<b>")));
+}
+
+TEST_F(ReportCommand, LoadsNothing) {
+    report(gridModel(2, 2));
+    EXPECT_THAT(page, HasSubstr("default-src 'none'"));
+    for (const char* loading : {"<link rel=\"stylesheet", " src=\"", "@import", "url(http"}) {
+        EXPECT_THAT(page.substr(0, page.rfind("<script>")), Not(HasSubstr(loading)));
+    }
+}
+
+TEST_F(ReportCommand, CountsBorderAndNonManifoldEdgesAndWhatIsSplitOff) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 0, 1, 0, 1, 0, 0, -1, 0, 0, 0, 0, 1});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 1, 0, 3, 0, 1, 4}));
+    const Json primitive = report(model)["report"]["primitives"][0];
+    EXPECT_EQ(primitive["splitOff"], 1);
+    EXPECT_EQ(primitive["edges"]["border"], 6);
+    EXPECT_EQ(primitive["edges"]["nonManifold"], 1);
+    EXPECT_THAT(page, HasSubstr("split off by the half-edge graph"));
+}
+
+TEST_F(ReportCommand, TellsTheCostOfEveryPass) {
+    const Json passes = report(gridModel(9, 7), {"--iterations", "12"})["report"]["passes"];
+    const auto costs = passes["costs"].get<std::vector<int>>();
+    ASSERT_EQ(costs.size(), 12u);
+    EXPECT_EQ(passes["ofTheseStrips"], true);
+    EXPECT_EQ(passes["best"], *std::min_element(costs.begin(), costs.end()));
+    EXPECT_EQ(passes["worst"], *std::max_element(costs.begin(), costs.end()));
+    EXPECT_EQ(countOf(page, "class=\"dot"), 12u);
+}
+
+TEST_F(ReportCommand, TriesPassesWhereOneWasMade) {
+    const Json passes = report(gridModel(9, 7))["report"]["passes"];
+    EXPECT_EQ(passes["ofTheseStrips"], false);
+    EXPECT_EQ(passes["costs"].size(), 16u);
+}
+
+TEST_F(ReportCommand, ShowsWhatDumpAndVerifyPrint) {
+    report(gridModel(3, 3));
+    EXPECT_THAT(page, HasSubstr("componentCountPerElement"));
+    EXPECT_THAT(page, HasSubstr("<td class=\"text\">position</td><td class=\"text\">float</td><td>4</td><td>3</td>"
+                                "<td>12</td><td>12</td><td>0</td><td>16</td>"));
+    const std::string verified = runForked({"verify", in}).out;
+    EXPECT_THAT(page, HasSubstr(verified.substr(verified.find('\n') + 1)));
+}
+
+TEST_F(ReportCommand, MeasuresPackedNormalsAsPackDoes) {
+    GltfModel model = gridModel(1, 1);
+    const std::vector<float> normals{0, 0, 1, 0.6F, 0, 0.8F, 0, -1, 0, 0, 0, 0};
+    model.primitive(0)["attributes"]["NORMAL"] = model.addAccessor(normals, 5126, "VEC3");
+    const Json packed = report(model)["report"]["packedNormals"];
+    const Json total = Json::parse(runForked({"pack", in, "--stats", "--json"}).out)["total"];
+    EXPECT_EQ(packed["withoutDirection"], 1);
+    EXPECT_EQ(packed["meanAngle"], total["meanAngle"]);
+    EXPECT_EQ(packed["largestAngle"], total["largestAngle"]);
+}
+
+TEST_F(ReportCommand, ShowsAPartAndSaysSo) {
+    const Json json = report(gridModel(8, 8), {"--show", "50"});
+    EXPECT_EQ(json["report"]["shownTriangles"], 50);
+    EXPECT_EQ(json["total"]["triangles"], 128);
+    EXPECT_THAT(page, HasSubstr("The picture shows a part"));
+}
+
+TEST_F(ReportCommand, DoesWithoutTriangles) {
+    GltfModel model;
+    model.addMesh(model.addPositions({0, 0, 0, 1, 0, 0}), model.addIndices({0, 1}), 1);
+    EXPECT_EQ(report(model)["total"]["triangles"], 0);
+    EXPECT_THAT(page, HasSubstr("There are no triangles to show"));
+}
+
+TEST_F(ReportCommand, WritesNothingForABrokenFile) {
+    writeText(in, "no model");
+    const ProcessResult result = runForked({"report", in, "-o", out});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(countOf(result.err, "\n"), 1u);
+    EXPECT_THAT(result.err, HasSubstr(in));
+    EXPECT_THAT(directory.files(), ElementsAre("in.glb"));
+}
+
+TEST_F(ReportCommand, RefusesAnOutputThatIsNoPage) {
+    gridModel(1, 1).writeGlb(in);
+    const ProcessResult result = runForked({"report", in, "-o", (directory / "report.glb").string()});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, HasSubstr("does not end in .html"));
+    EXPECT_THAT(directory.files(), ElementsAre("in.glb"));
+}
+
+TEST_F(ReportCommand, SaysThatItCannotWrite) {
+    gridModel(1, 1).writeGlb(in);
+    const ProcessResult result = runForked({"report", in, "-o", (directory / "none" / "report.html").string()});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.err, HasSubstr("cannot be written"));
+    EXPECT_THAT(directory.files(), ElementsAre("in.glb"));
+}
+
+} // namespace
+
+#endif

@@ -1,0 +1,81 @@
+#include "report/GraphFacts.h"
+
+#include "Logging.h"
+#include "Triangles.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <functional>
+#include <vexa/mesh/HalfEdgeGraph.h>
+#include <vexa/mesh/Strips.h>
+
+namespace vexa::tool {
+
+namespace {
+
+/// The triangles of a graph that were split off, by their numbers. Degenerate ones are left out of the counting.
+std::vector<bool> splitOffTriangles(const mesh::HalfEdgeGraph& graph, const std::vector<unsigned int>& triangles) {
+    std::vector<bool> result;
+    // Split-off triangles wait in the order in which they came, so that one walk over both finds them.
+    const mesh::HalfEdgeGraph::Triangle* waiting = graph.claimedTriangles.first;
+    const auto isNext = [&](const unsigned int* corners) {
+        return waiting != nullptr && waiting->halfEdge[0].vertex == corners[0] &&
+               waiting->halfEdge[1].vertex == corners[1] && waiting->halfEdge[2].vertex == corners[2];
+    };
+    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
+        const unsigned int* corners = &triangles[i];
+        if (corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0]) {
+            continue;
+        }
+        const bool isSplitOff = isNext(corners);
+        waiting = isSplitOff ? waiting->next : waiting;
+        result.push_back(isSplitOff);
+    }
+    return result;
+}
+
+void readPassRecord(const std::string& text, PassCosts& costs) {
+    std::array<long long, 3> numbers{};
+    // NOLINTNEXTLINE(cert-err34-c): a record of another kind is not counted, whatever numbers are in it
+    if (std::sscanf(text.c_str(), " cost/best/worst: %lld/%lld/%lld", &numbers[0], &numbers[1], &numbers[2]) == 3) {
+        costs.totals.push_back(numbers[0]);
+        costs.best = numbers[1];
+        costs.worst = numbers[2];
+    }
+}
+
+} // namespace
+
+void PassCosts::add(const PassCosts& other) {
+    totals.resize(std::max(totals.size(), other.totals.size()));
+    std::transform(other.totals.begin(), other.totals.end(), totals.begin(), totals.begin(), std::plus<>());
+    best += other.best;
+    worst += other.worst;
+}
+
+GraphFacts describeGraph(const Primitive& primitive, const mesh::StripOptions& options, std::uint32_t iterations) {
+    const std::vector<unsigned int> triangles = graphTriangles(primitive);
+    GraphFacts facts;
+    mesh::HalfEdgeGraph graph;
+    graph.addTriangles(triangles.data(), triangles.size());
+    {
+        const LogCapture capture([&](const std::string& line) { facts.lines.push_back(line); });
+        graph.verify(false);
+    }
+    facts.isSplitOff = splitOffTriangles(graph, triangles);
+    if (iterations > 1) {
+        if (3 * facts.isSplitOff.size() < triangles.size()) {
+            // Degenerate triangles would cost indices that no strip is written with.
+            const std::vector<unsigned int> drawn = mesh::toTriangles(primitive.type, primitive.indices);
+            graph.clear();
+            graph.addTriangles(drawn.data(), drawn.size());
+        }
+        const LogCapture capture([&](const std::string& line) { readPassRecord(line, facts.passes); });
+        graph.calcOptPrim(iterations, options.buildStrips, options.buildFans, options.minFanTriangles,
+                          options.allStrips);
+    }
+    return facts;
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "io/Bytes.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexa::tool {
+
+/// Text as it stands in HTML, also within a quoted attribute. Control characters become question marks.
+std::string escapeHtml(std::string_view text);
+
+/// Text fit for a `<script>` element that holds JSON: nothing in it can end the element.
+std::string escapeScript(std::string_view json);
+
+/// A number with commas between groups of three digits.
+std::string groupedText(std::uint64_t value);
+
+/// The same, and as it is for programs.
+std::string numberHtml(std::uint64_t value);
+
+/// An argument as a shell takes it.
+std::string shellWord(const std::string& text);
+
+std::string base64(const unsigned char* data, std::size_t size);
+
+template <typename T>
+std::string base64Of(const std::vector<T>& values) {
+    return base64(reinterpret_cast<const unsigned char*>(values.data()), values.size() * sizeof(T));
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,124 @@
+#include "report/Page.h"
+
+#include "Report.h"
+#include "StripReport.h"
+#include "report/Assets.h"
+#include "report/Html.h"
+#include "report/PagePicture.h"
+#include "report/PageTables.h"
+#include "report/Plots.h"
+
+#include <filesystem>
+#include <sstream>
+
+namespace vexa::tool {
+
+namespace {
+
+std::string percentChange(std::size_t before, std::size_t after) {
+    if (before == 0 || before == after) {
+        return "";
+    }
+    const double share = static_cast<double>(after) / static_cast<double>(before) - 1;
+    const std::string text = (share < 0 ? "\u2212" : "+") + fixedText(std::abs(share) * 100, 1) + "\u202f%";
+    return "<span class=\"change " + std::string(share < 0 ? "less" : "more") + "\">" + text + "</span>";
+}
+
+void beforeAfter(std::ostream& out, const char* title, std::size_t before, std::size_t after) {
+    out << "<div class=\"metric\"><dt>" << title << "</dt><dd><span class=\"before\">" << numberHtml(before)
+        << "</span> <span class=\"arrow\" aria-label=\"becomes\">\u2192</span> <strong>" << numberHtml(after)
+        << "</strong> " << percentChange(before, after) << "</dd></div>\n";
+}
+
+void writeVerdict(std::ostream& out, const StripFigures& total) {
+    out << "<div class=\"verdict " << (total.sameTriangles ? "good" : "bad") << "\" id=\"verdict\">\n"
+        << "<span class=\"sign\" aria-hidden=\"true\">" << (total.sameTriangles ? "\u2713" : "\u2717") << "</span>\n"
+        << "<p><strong>Same triangles: " << (total.sameTriangles ? "yes" : "no") << "</strong><br>";
+    if (total.sameTriangles) {
+        out << "Read back, the strips draw the " << numberHtml(total.triangles)
+            << " oriented triangles of the input, each as often.";
+    } else {
+        out << "Read back, the strips do not draw the triangles of the input: nothing should be written from them.";
+    }
+    if (total.degenerate > 0) {
+        out << " " << numberHtml(total.degenerate) << " with two equal corners draw nothing and do not count.";
+    }
+    out << "</p>\n</div>\n";
+}
+
+void writeMetrics(std::ostream& out, const ReportFacts& facts) {
+    const StripFigures& total = facts.outcome.total;
+    out << "<dl class=\"metrics\">\n";
+    beforeAfter(out, "Indices", total.indicesBefore, total.indicesAfter);
+    const double before =
+        total.triangles == 0 ? 0 : static_cast<double>(total.indicesBefore) / static_cast<double>(total.triangles);
+    out << "<div class=\"metric\"><dt>Indices per triangle</dt><dd><span class=\"before\">" << fixedText(before, 3)
+        << "</span> <span class=\"arrow\" aria-label=\"becomes\">\u2192</span> <strong>"
+        << fixedText(indicesPerTriangle(total), 3) << "</strong></dd></div>\n";
+    beforeAfter(out, "Primitives", total.primitivesBefore, total.primitivesAfter);
+    beforeAfter(out, "Bytes of indices", total.bytesBefore, total.bytesAfter);
+    beforeAfter(out, "Bytes of the file", facts.outcome.fileBytesBefore, facts.outcome.file.size());
+    out << "<div class=\"metric\"><dt>Cut into</dt><dd><strong>" << numberHtml(total.strips) << "</strong> "
+        << (total.strips == 1 ? "strip" : "strips") << ", <strong>" << numberHtml(total.fans) << "</strong> "
+        << (total.fans == 1 ? "fan" : "fans") << ", <strong>" << numberHtml(total.leftOver)
+        << "</strong> left over</dd></div>\n</dl>\n";
+}
+
+void writeCommands(std::ostream& out, const PageTexts& texts) {
+    out << "<dl class=\"commands\">\n<dt>This report</dt><dd><code id=\"command\">" << escapeHtml(texts.command)
+        << "</code></dd>\n<dt>The same strips as a file</dt><dd><code>" << escapeHtml(texts.stripCommand)
+        << "</code></dd>\n</dl>\n";
+}
+
+void writeHead(std::ostream& out, const std::string& title) {
+    // Nothing may be loaded from anywhere, whatever a model's names try.
+    out << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+           "<meta name=\"color-scheme\" content=\"light dark\">\n"
+           "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; script-src 'unsafe-inline'; "
+           "style-src 'unsafe-inline'; img-src data: blob:\">\n"
+           "<meta name=\"generator\" content=\"vexamesh " VEXAMESH_VERSION "\">\n"
+           "<link rel=\"icon\" href=\"data:,\">\n<title>"
+        << escapeHtml(title) << " \u2013 vexamesh report</title>\n<style>\n"
+        << reportStyle() << "</style>\n</head>\n";
+}
+
+void writeTop(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportFacts& facts) {
+    out << "<header>\n<p class=\"brand\">vexamesh report</p>\n<h1><bdi>" << escapeHtml(title)
+        << "</bdi></h1>\n<p class=\"path\"><bdi>" << escapeHtml(texts.input) << "</bdi></p>\n</header>\n";
+    writeVerdict(out, facts.outcome.total);
+    for (const std::string& warning : facts.warnings) {
+        out << "<p class=\"warning\">" << escapeHtml(warning) << "</p>\n";
+    }
+    writeMetrics(out, facts);
+    writeCommands(out, texts);
+}
+
+void writePlots(std::ostream& out, const ReportFacts& facts) {
+    out << "<section aria-labelledby=\"plots-title\">\n<h2 id=\"plots-title\">Plots</h2>\n<div class=\"plots\">\n"
+        << stripLengthPlot(facts.stripLengths) << swapPlot(facts.stripSwaps)
+        << passPlot(facts.passes, facts.cost, facts.isSearched) << anglePlot(facts.normalAngles, facts.normals)
+        << "</div>\n</section>\n";
+}
+
+} // namespace
+
+Bytes writePage(const PageTexts& texts, const ReportFacts& facts) {
+    const std::string title = std::filesystem::path(texts.input).filename().string();
+    std::ostringstream out;
+    writeHead(out, title);
+    out << "<body>\n<main>\n";
+    writeTop(out, texts, title, facts);
+    writePicture(out, facts.picture);
+    writePlots(out, facts);
+    writeTables(out, facts);
+    out << "<section>\n<details>\n<summary>JSON</summary>\n<p class=\"note\">What <code>--json</code> prints.</p>\n"
+           "<pre id=\"json\" tabindex=\"0\">"
+        << escapeHtml(texts.json) << "</pre>\n</details>\n</section>\n</main>\n";
+    writePictureData(out, facts.picture);
+    out << "<script>\n" << reportScript() << "</script>\n</body>\n</html>\n";
+    const std::string page = std::move(out).str();
+    return {page.begin(), page.end()};
+}
+
+} // namespace vexa::tool

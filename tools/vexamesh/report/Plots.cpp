@@ -1,0 +1,196 @@
+#include "report/Plots.h"
+
+#include "Report.h"
+#include "report/Chart.h"
+#include "report/Html.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <numeric>
+
+namespace vexa::tool {
+
+namespace {
+
+std::string figure(const std::string& title, const std::string& drawing, const std::string& caption) {
+    return "<figure class=\"plot\">\n<h3>" + title + "</h3>\n" + drawing + "<figcaption>" + caption +
+           "</figcaption>\n</figure>\n";
+}
+
+std::string nothing(const std::string& title, const std::string& reason) {
+    return figure(title, "<p class=\"nothing\">" + reason + "</p>\n", "");
+}
+
+std::string labelOf(std::size_t first, std::size_t last) {
+    return first == last ? std::to_string(last) : std::string("\u2264") + axisNumber(static_cast<double>(last));
+}
+
+/// Classes that double: 1, 2, 3-4, 5-8, ... and before them 0 if wanted.
+std::vector<Bin> doublingBins(const std::vector<std::size_t>& values, bool withZero, const std::string& noun,
+                              const std::string& counted) {
+    std::vector<std::size_t> counts(withZero ? 1 : 0);
+    for (const std::size_t value : values) {
+        const std::size_t bin =
+            (value == 0 ? 0 : static_cast<std::size_t>(std::bit_width(value - 1))) + (withZero && value > 0 ? 1 : 0);
+        counts.resize(std::max(counts.size(), bin + 1));
+        ++counts[bin];
+    }
+    std::vector<Bin> bins;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        const std::size_t power = withZero ? i - 1 : i;
+        const std::size_t last = withZero && i == 0 ? 0 : std::size_t{1} << power;
+        const std::size_t first = last < 3 ? last : last / 2 + 1;
+        // All labels would run into one another; the last of a class tells which it is.
+        const bool isLabelled = counts.size() <= 10 || i % 2 == 0;
+        const std::string range =
+            first == last ? std::to_string(last) : std::to_string(first) + "\u2013" + std::to_string(last);
+        bins.push_back({isLabelled ? labelOf(first, last) : "",
+                        range + " " + noun + ": " + std::to_string(counts[i]) + " " + counted, counts[i]});
+    }
+    return bins;
+}
+
+std::size_t sumOf(const std::vector<std::size_t>& values) {
+    return std::accumulate(values.begin(), values.end(), std::size_t{0});
+}
+
+double meanOf(const std::vector<std::size_t>& values) {
+    return static_cast<double>(sumOf(values)) / static_cast<double>(values.size());
+}
+
+std::size_t medianOf(std::vector<std::size_t> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+std::string signedPercent(double share) {
+    return std::string(share < 0 ? "\u2212" : "+") + fixedText(std::abs(share) * 100, 1) + "\u202f%";
+}
+
+/// The points of a pass plot: every pass of few, every n-th of many.
+void addPasses(Chart& chart, const PassCosts& passes, const std::function<double(double)>& heightOf) {
+    constexpr std::size_t mostDots = 400;
+    const std::size_t count = passes.totals.size();
+    const std::size_t every = (count + mostDots - 1) / mostDots;
+    const auto place = [&](std::size_t i) {
+        return Chart::left + chart.plotWidth() * (static_cast<double>(i) + 0.5) / static_cast<double>(count);
+    };
+    for (std::size_t i = 0; i < count; i += every) {
+        chart.addDot(place(i), heightOf(static_cast<double>(passes.totals[i])),
+                     "pass " + std::to_string(i + 1) + ": " + std::to_string(passes.totals[i]) + " indices",
+                     i + 1 == count ? "last" : "");
+    }
+    const std::size_t labels = std::min<std::size_t>(count, 6);
+    for (std::size_t i = 0; i < labels; ++i) {
+        const std::size_t pass = labels < 2 ? 0 : i * (count - 1) / (labels - 1);
+        chart.addTickLabel(place(pass), std::to_string(pass + 1));
+    }
+}
+
+} // namespace
+
+std::string stripLengthPlot(const std::vector<std::size_t>& lengths) {
+    const std::string title = "Strip lengths";
+    if (lengths.empty()) {
+        return nothing(title, "There are no strips.");
+    }
+    const std::size_t longest = *std::max_element(lengths.begin(), lengths.end());
+    return figure(title,
+                  histogram("How many strips have how many triangles",
+                            doublingBins(lengths, false, "triangles", "strips"), "triangles per strip", "strips", true),
+                  numberHtml(lengths.size()) + (lengths.size() == 1 ? " strip: " : " strips: ") +
+                      fixedText(meanOf(lengths), 1) + " triangles on average, median " + numberHtml(medianOf(lengths)) +
+                      ", longest " + numberHtml(longest) + ". Both axes are logarithmic.");
+}
+
+std::string swapPlot(const std::vector<std::size_t>& swaps) {
+    const std::string title = "Swaps per strip";
+    if (swaps.empty()) {
+        return nothing(title, "There are no strips.");
+    }
+    const auto without = std::count(swaps.begin(), swaps.end(), std::size_t{0});
+    return figure(title,
+                  histogram("How many strips have how many swaps", doublingBins(swaps, true, "swaps", "strips"),
+                            "swaps per strip", "strips", true),
+                  numberHtml(sumOf(swaps)) + " swaps in all, " + fixedText(meanOf(swaps), 1) + " per strip; " +
+                      numberHtml(static_cast<std::uint64_t>(without)) +
+                      " strips have none. A swap repeats a vertex to turn the other way and costs one index.");
+}
+
+std::string passPlot(const PassCosts& passes, std::int64_t cost, bool isSearched) {
+    const std::string title = "Cost of every pass";
+    if (passes.totals.empty() || passes.worst == 0) {
+        return nothing(title, "One pass was made. With <code>--iterations 50</code> the costs of 50 are plotted.");
+    }
+    const auto best = static_cast<double>(passes.best);
+    const auto worst = static_cast<double>(passes.worst);
+    const auto shown = static_cast<double>(cost);
+    const double margin = std::max((std::max(worst, shown) - std::min(best, shown)) * 0.15, 1.0);
+    const double low = std::max(0.0, std::min(best, shown) - margin);
+    const double high = std::max(worst, shown) + margin;
+    Chart chart("What each pass cost, between the best and the worst");
+    const std::function<double(double)> heightOf = [&](double value) {
+        return chart.floor() - (value - low) / (high - low) * chart.plotHeight();
+    };
+    const double step = std::max(roundStep(high - low), 1.0);
+    for (double value = std::ceil(low / step) * step; value <= high; value += step) {
+        chart.addGridLine(heightOf(value), groupedText(static_cast<std::uint64_t>(value)));
+    }
+    addPasses(chart, passes, heightOf);
+    chart.addLevel(heightOf(worst), "worst " + groupedText(static_cast<std::uint64_t>(passes.worst)), "worst", true);
+    chart.addLevel(heightOf(best), "best " + groupedText(static_cast<std::uint64_t>(passes.best)), "best", false);
+    if (!isSearched) {
+        chart.addLevel(heightOf(shown), "", "shown", true);
+    }
+    chart.addAxisTitles("pass", "indices before joining");
+    const std::string range = "Best " + numberHtml(static_cast<std::uint64_t>(passes.best)) + ", worst " +
+                              numberHtml(static_cast<std::uint64_t>(passes.worst)) + ": " +
+                              signedPercent((worst - best) / best) + ". ";
+    const std::string these =
+        "These strips take " + numberHtml(static_cast<std::uint64_t>(cost)) + " indices before they are joined. ";
+    return figure(title, chart.finish(),
+                  range + these +
+                      (isSearched ? "Every primitive is searched on its own, so that the best of all is the sum of "
+                                    "the best of each."
+                                  : "They come from one pass (the dashed line), which starts without drawing at "
+                                    "random; the passes here are a trial of what <code>--iterations</code> finds."));
+}
+
+std::string anglePlot(const std::vector<float>& angles, const AngleFigures& figures) {
+    const std::string title = "Angular error of packed normals";
+    if (angles.empty()) {
+        return nothing(title, "There are no normals.");
+    }
+    constexpr std::size_t count = 28;
+    const double largest = figures.largest > 0 ? figures.largest : 1;
+    std::vector<Bin> bins(count);
+    for (const float angle : angles) {
+        const auto bin = static_cast<std::size_t>(static_cast<double>(angle) / largest * count);
+        ++bins[std::min(bin, count - 1)].count;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto edge = [&](std::size_t bin) { return fixedText(largest * static_cast<double>(bin) / count, 3); };
+        bins[i].title = edge(i) + "\u2013" + edge(i + 1) + " degrees: " + std::to_string(bins[i].count) + " normals";
+    }
+    const auto draw = [&](Chart& chart) {
+        const double step = roundStep(largest);
+        for (int i = 0; i * step <= largest; ++i) {
+            chart.addTickLabel(Chart::left + chart.plotWidth() * i * step / largest, shortText(i * step) + "\u00b0");
+        }
+        chart.addMark(Chart::left + chart.plotWidth() * figures.mean() / largest,
+                      "mean " + fixedText(figures.mean(), 3) + "\u00b0", "best", Chart::top + 10);
+    };
+    std::string caption = numberHtml(angles.size()) + " normals as two bytes each are off by " +
+                          fixedText(figures.mean(), 4) + "\u00b0 on average and by " + fixedText(figures.largest, 4) +
+                          "\u00b0 at most.";
+    if (figures.withoutDirection > 0) {
+        caption += ' ';
+        caption += numberHtml(figures.withoutDirection) + " have no direction and do not count.";
+    }
+    return figure(title, histogram("How many normals are off by which angle", bins, "degrees", "normals", false, draw),
+                  caption);
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "report/ReportFacts.h"
+
+#include <string>
+#include <vector>
+
+namespace vexa::tool {
+
+/// Drawings for a page as inline SVG; their colours are the page's custom properties. Each is a `<figure>` with a
+/// caption that says the same in words.
+
+/// How long strips are, in classes that double: both axes are logarithmic.
+std::string stripLengthPlot(const std::vector<std::size_t>& lengths);
+
+/// How many swaps strips have.
+std::string swapPlot(const std::vector<std::size_t>& swaps);
+
+/// What each pass of the optimiser cost, with the best and the worst.
+///
+/// \param cost the indices of the strips that are shown
+std::string passPlot(const PassCosts& passes, std::int64_t cost, bool isSearched);
+
+/// The angles between normals and what two bytes keep of them.
+std::string anglePlot(const std::vector<float>& angles, const AngleFigures& figures);
+
+} // namespace vexa::tool

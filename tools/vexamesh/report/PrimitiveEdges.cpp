@@ -1,0 +1,79 @@
+#include "report/PrimitiveEdges.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace vexa::tool {
+
+namespace {
+
+using PartPair = std::pair<std::uint32_t, std::uint32_t>;
+
+/// Which parts share an edge, in both directions, sorted.
+std::vector<PartPair> neighbours(const std::vector<EdgeUse>& edges, const std::vector<std::uint32_t>& partOf) {
+    std::vector<PartPair> pairs;
+    forEachEdge(edges, [&](const EdgeUse* first, const EdgeUse* last) {
+        // Neighbours in the row are enough: an edge of many triangles would give as many pairs as their square.
+        for (; first + 1 < last; ++first) {
+            const std::uint32_t a = partOf[first[0].triangle];
+            const std::uint32_t b = partOf[first[1].triangle];
+            if (a != b) {
+                pairs.emplace_back(a, b);
+                pairs.emplace_back(b, a);
+            }
+        }
+    });
+    std::sort(pairs.begin(), pairs.end());
+    pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+    return pairs;
+}
+
+} // namespace
+
+std::vector<EdgeUse> sortedEdges(const std::vector<unsigned int>& triangles) {
+    std::vector<EdgeUse> edges;
+    edges.reserve(triangles.size());
+    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
+        for (std::size_t side = 0; side < 3; ++side) {
+            const std::uint64_t a = triangles[i + side];
+            const std::uint64_t b = triangles[i + (side + 1) % 3];
+            edges.push_back({std::min(a, b) << 32 | std::max(a, b), static_cast<std::uint32_t>(i / 3)});
+        }
+    }
+    std::sort(edges.begin(), edges.end(), [](const EdgeUse& a, const EdgeUse& b) {
+        return std::pair(a.key, a.triangle) < std::pair(b.key, b.triangle);
+    });
+    return edges;
+}
+
+std::vector<std::uint8_t> colourParts(const std::vector<EdgeUse>& edges, const std::vector<std::uint32_t>& partOf,
+                                      std::size_t parts, std::uint32_t colours) {
+    const std::vector<PartPair> pairs = neighbours(edges, partOf);
+    std::vector<std::uint8_t> result(parts);
+    std::vector<std::size_t> used(colours);
+    std::size_t next = 0;
+    for (std::uint32_t part = 0; part < parts; ++part) {
+        std::uint32_t taken = 0;
+        for (; next < pairs.size() && pairs[next].first == part; ++next) {
+            if (pairs[next].second < part) {
+                taken |= std::uint32_t{1} << result[pairs[next].second];
+            }
+        }
+        std::uint32_t best = colours;
+        for (std::uint32_t i = 0; i < colours; ++i) {
+            // Not from the first colour on: equally frequent ones would come in the same order everywhere.
+            const std::uint32_t colour = (i + part * 5) % colours;
+            const bool isFree = (taken >> colour & 1) == 0;
+            if (isFree && (best == colours || used[colour] < used[best])) {
+                best = colour;
+            }
+        }
+        best = best == colours ? part % colours : best;
+        ++used[best];
+        result[part] = static_cast<std::uint8_t>(best);
+    }
+    return result;
+}
+
+} // namespace vexa::tool

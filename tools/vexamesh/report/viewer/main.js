@@ -1,0 +1,5 @@
+import {startViewer} from './viewer.js';
+
+if (document.getElementById('canvas')) {
+    startViewer();
+}

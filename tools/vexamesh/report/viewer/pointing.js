@@ -1,0 +1,97 @@
+// Which part is pointed at, or chosen with the keys, and what the page says of it.
+import {describe, partOf} from './model.js';
+
+const tip = document.getElementById('tip');
+const info = document.getElementById('info');
+const hint = info?.textContent;
+
+export class Selection {
+    constructor(viewer) {
+        this.viewer = viewer;
+        this.index = -1;
+    }
+
+    show(index, triangle = -1) {
+        const {model, state} = this.viewer;
+        const isOther = index !== this.index;
+        this.index = index;
+        state.selected = index < 0 ? null : model.parts[index];
+        const [name, ...rest] = index < 0 ? [hint] : describe(model, index, triangle);
+        info.replaceChildren(name);
+        if (index >= 0) {
+            const strong = document.createElement('strong');
+            strong.textContent = name;
+            info.replaceChildren(strong, ` · ${rest.join(' · ')}`);
+        }
+        if (isOther) {
+            this.viewer.redraw();
+        }
+    }
+
+    step(by) {
+        const {length} = this.viewer.model.parts;
+        const from = this.index < 0 && by < 0 ? 0 : this.index;
+        this.hideTip();
+        this.show((from + by + length) % length);
+    }
+
+    // Beside the pointer, within the picture.
+    showTip(x, y, triangle) {
+        const [name, ...rest] = describe(this.viewer.model, this.index, triangle);
+        const strong = document.createElement('strong');
+        strong.textContent = name;
+        tip.replaceChildren(strong, document.createElement('br'), rest.slice(0, 2).join(' · '));
+        tip.hidden = false;
+        const left = x + 14 + tip.offsetWidth > this.viewer.width ? x - 14 - tip.offsetWidth : x + 14;
+        const top = Math.min(y + 14, this.viewer.height - tip.offsetHeight - 4);
+        Object.assign(tip.style, {left: `${left}px`, top: `${top}px`});
+    }
+
+    hideTip() {
+        tip.hidden = true;
+    }
+
+    clear() {
+        this.hideTip();
+        if (this.index >= 0) {
+            this.show(-1);
+        }
+    }
+}
+
+export function listenToPointer(viewer) {
+    const {canvas, selection} = viewer;
+    let latest = null;
+    const point = () => {
+        const event = latest;
+        latest = null;
+        if (event === null) {
+            return;
+        }
+        const box = canvas.getBoundingClientRect();
+        const [x, y] = [event.clientX - box.left, event.clientY - box.top];
+        const view = viewer.viewAt(x, y);
+        const triangle = view ? viewer.painter.pick(viewer.eye, view, x, y, viewer.state) : -1;
+        if (triangle < 0) {
+            selection.clear();
+        } else {
+            selection.show(partOf(viewer.model, triangle), triangle);
+            selection.showTip(x, y, triangle);
+        }
+    };
+    canvas.addEventListener('pointermove', (event) => {
+        // While a button turns the picture nothing is pointed at.
+        if (event.buttons !== 0) {
+            selection.hideTip();
+            return;
+        }
+        if (latest === null) {
+            requestAnimationFrame(point);
+        }
+        latest = event;
+    });
+    canvas.addEventListener('pointerleave', () => {
+        latest = null;
+        selection.clear();
+    });
+}
