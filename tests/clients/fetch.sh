@@ -7,7 +7,7 @@ source=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$1"
 cd "$1"
 rm -f ./*.js
-cp "$source"/*.js "$source/package.json" "$source/.npmrc" .
+cp "$source"/*.js "$source/models.txt" "$source/package.json" "$source/.npmrc" .
 if cmp -s "$source/package-lock.json" node_modules/.fetched; then
     exit 0
 fi

@@ -77,14 +77,16 @@ const cross = (a, b) => [a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a
 const length = (a) => Math.sqrt(dot(a, a));
 
 /// Counts and sums of what the parts draw. The volume is that between the triangles and the origin: a triangle that is
-/// wound the other way turns its sign, which the area does not tell.
+/// wound the other way turns its sign, which the area does not tell; `largestVolume` is what it would be were every
+/// triangle as far from the origin as its first corner.
 export function figures(parts) {
-    const sums = { triangles: 0, area: 0, volume: 0, lines: 0, length: 0 };
+    const sums = { triangles: 0, area: 0, volume: 0, largestVolume: 0, lines: 0, length: 0 };
     for (const part of parts) {
         for (const [a, b, c] of part.triangles.map((triangle) => triangle.map((vertex) => part.position(vertex)))) {
             sums.triangles += 1;
             sums.area += length(cross(subtract(b, a), subtract(c, a))) / 2;
             sums.volume += dot(a, cross(b, c)) / 6;
+            sums.largestVolume += length(a) * length(cross(b, c)) / 6;
         }
         for (const [a, b] of part.lines) {
             sums.lines += 1;

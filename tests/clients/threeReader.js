@@ -1,10 +1,14 @@
 // Reads files with three, without a browser.
 
 import { readFileSync } from 'node:fs';
-import { Texture } from 'three';
+import { dirname, join } from 'node:path';
+import { LoadingManager, Texture } from 'three';
 import { GLTFLoader } from 'three/addons/loaders/GLTFLoader.js';
 import { OBJLoader } from 'three/addons/loaders/OBJLoader.js';
 import { Part, transform } from './geometry.js';
+
+// Browsers have it, and three makes one whenever a part of a file has come.
+globalThis.ProgressEvent ??= Event;
 
 // Decoding images takes a browser; what is drawn with them does not.
 const withoutImages = () => ({ name: 'withoutImages', loadTexture: () => Promise.resolve(new Texture()) });
@@ -44,8 +48,11 @@ function partsOf(scene) {
 }
 
 export async function readGltf(file) {
-    const bytes = Uint8Array.from(readFileSync(file));
-    const { scene } = await new GLTFLoader().register(withoutImages).parseAsync(bytes.buffer, '');
+    // Relative references would be fetched over a network.
+    const manager = new LoadingManager().setURLModifier((url) => (url.startsWith('data:') ? url :
+        `data:application/octet-stream;base64,${readFileSync(join(dirname(file), url), 'base64')}`));
+    const loader = new GLTFLoader(manager).register(withoutImages);
+    const { scene } = await loader.parseAsync(Uint8Array.from(readFileSync(file)).buffer, '');
     return partsOf(scene);
 }
 
