@@ -178,7 +178,7 @@ inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLa
 /// Unsigned integers side by side, as many as fill a register.
 template <typename Unsigned>
 struct IntegerLanes {
-    using Type = Unsigned __attribute__((vector_size(sizeof(FloatLanes))));
+    using Type __attribute__((vector_size(sizeof(FloatLanes)))) = Unsigned;
 };
 
 inline FloatLanes signBits() {
