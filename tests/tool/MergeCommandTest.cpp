@@ -2,9 +2,12 @@
 #include "SmallModels.h"
 #include "ToolProcess.h"
 
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace {
 
@@ -64,6 +67,19 @@ public:
     std::string warnings;
     GltfModel triangle;
 };
+
+TEST_F(MergeCommand, BoundsAreNumbersWhateverThePositionsAre) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 2, 3, 0, 1, 0});
+    const std::array<float, 2> x{std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()};
+    std::memcpy(model.binary.data(), x.data(), sizeof(float));
+    std::memcpy(model.binary.data() + 6 * sizeof(float), &x[1], sizeof(float));
+    model.addMesh(positions, model.addIndices({0, 1, 2}));
+    merge({write("infinite.glb", model)});
+    const Json accessor = Json::parse(glbJson(out))["accessors"][0];
+    EXPECT_EQ(accessor["min"], Json({1, 2, 3}));
+    EXPECT_EQ(accessor["max"], Json({1, 2, 3}));
+}
 
 TEST_F(MergeCommand, MeshesOfOneLayoutBecomeOne) {
     const tinygltf::Model model = merge({file, file});

@@ -3,6 +3,7 @@
 #include "Errors.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <regex>
 
@@ -13,16 +14,21 @@ namespace {
 constexpr int ARRAY_BUFFER = 34962;
 constexpr int ELEMENT_ARRAY_BUFFER = 34963;
 
-/// The least and the largest value of each component.
+/// The least and the largest value of each component, of those that JSON can write; 0 when there is none.
 std::pair<Json, Json> bounds(const AccessorData& values) {
     Json least = Json::array();
     Json largest = Json::array();
     for (std::size_t c = 0; c < values.components; ++c) {
-        double low = values.component(0, c);
-        double high = low;
-        for (std::size_t i = 1; i < values.count; ++i) {
-            low = std::min(low, values.component(i, c));
-            high = std::max(high, values.component(i, c));
+        double low = std::numeric_limits<double>::infinity();
+        double high = -low;
+        for (std::size_t i = 0; i < values.count; ++i) {
+            if (const double value = values.component(i, c); std::isfinite(value)) {
+                low = std::min(low, value);
+                high = std::max(high, value);
+            }
+        }
+        if (low > high) {
+            low = high = 0;
         }
         const bool isFloat = values.componentType == mesh::FLOAT;
         least.push_back(isFloat ? Json(low) : Json(static_cast<std::int64_t>(low)));
