@@ -146,6 +146,33 @@ TEST_F(EdgesCommand, AClosedMeshWithoutABorderGoes) {
     EXPECT_EQ(lines().size(), 3u);
 }
 
+TEST_F(EdgesCommand, WhatOnlyAnEmptyPrimitiveUsedGoesWithIt) {
+    GltfModel model;
+    const int closed = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1});
+    model.addMesh(closed, model.addIndices({0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3}));
+    const int open = model.addPositions({5, 0, 0, 1, 0, 0, 0, 1, 0});
+    model.addMesh(open, model.addIndices({0, 1, 2}));
+    const int unused = model.addPositions({7, 7, 7});
+    run({"edges", write("a.glb", model), "-o", out, "--border"}, 0);
+    const Json json = Json::parse(glbJson(out));
+    EXPECT_EQ(json["accessors"].size(), 3u);
+    EXPECT_EQ(json["bufferViews"].size(), 3u);
+    const Json& attributes = json["meshes"][0]["primitives"][0]["attributes"];
+    EXPECT_EQ(json["accessors"][attributes["POSITION"].get<std::size_t>()]["max"], Json({5, 1, 0}));
+    EXPECT_EQ(json["accessors"][2]["max"], model.json["accessors"][static_cast<std::size_t>(unused)]["max"]);
+    EXPECT_EQ(lines().size(), 3u);
+}
+
+TEST_F(EdgesCommand, NothingIsRenumberedBesideAnUnknownExtension) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1});
+    model.addMesh(positions, model.addIndices({0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3}));
+    model.json["extensionsUsed"] = {"EXT_nobody"};
+    model.json["extensions"] = {{"EXT_nobody", {{"accessor", 1}}}};
+    run({"edges", write("a.glb", model), "-o", out, "--border"}, 0);
+    EXPECT_EQ(Json::parse(glbJson(out))["accessors"].size(), 2u);
+}
+
 class PackCommand : public MeshCommands {
 public:
     std::string modelWithNormals() {

@@ -5,6 +5,7 @@
 #include "Triangles.h"
 #include "io/Files.h"
 #include "io/IndexEdit.h"
+#include "io/UnusedData.h"
 
 #include <memory>
 #include <ostream>
@@ -120,8 +121,10 @@ std::vector<EdgeFigures> replaceByEdges(Document& document, bool borderOnly) {
         }
         result.push_back(std::move(figures));
     }
+    const UsedData usedBefore(document.asset.json);
     replaceIndices(document.asset, edits);
     removePrimitives(document.asset.json, isEmpty);
+    usedBefore.removeUnused(document.asset.json);
     return result;
 }
 

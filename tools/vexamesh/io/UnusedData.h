@@ -1,0 +1,24 @@
+#pragma once
+
+#include "io/Json.h"
+
+#include <vector>
+
+namespace vexa::tool {
+
+/// The accessors and buffer views that a document uses before an edit, so that those which the edit leaves without use
+/// can be removed. What nothing referred to in the first place stays.
+class UsedData {
+public:
+    explicit UsedData(const Json& document);
+
+    /// Removes what is used no more, and renumbers the references to the rest. Does nothing when an extension of the
+    /// document may refer to an accessor or a buffer view by its number.
+    void removeUnused(Json& document) const;
+
+private:
+    std::vector<bool> accessors_;
+    std::vector<bool> views_;
+};
+
+} // namespace vexa::tool
