@@ -10,7 +10,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench docs format lint install clean
+.PHONY: help deps demo test bench fuzz docs format lint install clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
@@ -40,6 +40,12 @@ bench: ## measure beside peers (BENCH=--quick is faster); the figures go to buil
 	sh bench/models/fetch.sh build/bench/models
 	$(call BUILD,bench)
 	build/bench/bench/vexaMeshBench $(BENCH)
+
+FUZZ_SECONDS ?= 60
+fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) for each target
+	$(INSTALL_DEPENDENCIES) library tool fuzz
+	$(call BUILD,fuzz)
+	sh fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
 
 docs: ## write the reference of the public headers to build/docs/html
 	$(INSTALL_DEPENDENCIES) docs

@@ -1,16 +1,16 @@
 #!/bin/sh
 # Installs the Debian packages of dependencies.txt that are needed by the named parts and missing here. Those of npm are
 # fetched by what uses them, each with the lock file beside its package.json.
-# usage: install-dependencies.sh [PART...]   (library, tool, tests, lint, bench, docs; none means all)
+# usage: install-dependencies.sh [PART...]   (library, tool, tests, lint, bench, fuzz, docs; none means all)
 set -eu
 
 list=$(dirname "$0")/dependencies.txt
-wanted=" ${*:-library tool tests lint bench docs} "
+wanted=" ${*:-library tool tests lint bench fuzz docs} "
 for part in $wanted; do
     case "$part" in
-    library | tool | tests | lint | bench | docs) ;;
+    library | tool | tests | lint | bench | fuzz | docs) ;;
     *)
-        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, lint, bench, docs)" >&2
+        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, lint, bench, fuzz, docs)" >&2
         exit 2
         ;;
     esac

@@ -36,4 +36,4 @@ fi
 echo "cppcheck"
 cppcheck --quiet --error-exitcode=1 --inline-suppr --suppressions-list=cmake/cppcheck-suppressions.txt \
     --enable=warning,performance,portability --std=c++20 --library=googletest --template=gcc -j "$(nproc)" \
-    -I . -I build/lint/include vexa logging tools examples bench tests
+    -I . -I build/lint/include vexa logging tools examples bench fuzz tests
