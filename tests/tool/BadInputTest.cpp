@@ -48,7 +48,7 @@ TEST_F(BadInput, Containers) {
     expectRefused("array.gltf", "[1, 2]", "is no object");
     expectRefused("other.gltf", "{}", "\"asset\" is missing");
     expectRefused("deep.gltf", std::string(200000, '['), "nested");
-    expectRefused("model.stl", "solid", "no .glb, .gltf or .obj file");
+    expectRefused("model.dae", "solid", "no .glb, .gltf, .obj, .ply, .stl or .off file");
 }
 
 TEST_F(BadInput, MissingFiles) {

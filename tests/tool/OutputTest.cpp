@@ -142,7 +142,8 @@ TEST_F(Arguments, HelpAndVersionGoToStandardOutput) {
         EXPECT_THAT(help.out, HasSubstr(part));
     }
     EXPECT_THAT(runForked({"--version"}).out, testing::MatchesRegex("vexamesh [0-9]+\\.[0-9]+\\.[0-9]+\n"));
-    for (const char* verb : {"info", "strip", "unstrip", "validate", "compare", "merge", "edges", "pack", "dump", "verify"}) {
+    for (const char* verb :
+         {"info", "strip", "unstrip", "validate", "compare", "merge", "edges", "pack", "dump", "verify"}) {
         const ProcessResult result = runForked({verb, "--help"});
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_THAT(result.out, HasSubstr("Examples:\n  vexamesh " + std::string(verb)));

@@ -66,7 +66,8 @@ int runCommand(const Command& command, const Streams& streams) {
 } // namespace
 
 int runTool(int argc, const char* const* argv, const Streams& streams) {
-    CLI::App app("Looks at the meshes of glTF and OBJ files, and turns their triangles into strips.", "vexamesh");
+    CLI::App app("Looks at the meshes of glTF, OBJ, PLY, STL and OFF files, and turns their triangles into strips.",
+                 "vexamesh");
     app.footer(EXIT_CODES);
     app.set_version_flag("--version", "vexamesh " VEXAMESH_VERSION);
     app.require_subcommand(1);

@@ -6,6 +6,10 @@
 
 namespace vexa::tool {
 
+/// What every subcommand reads, for the help texts.
+constexpr const char* readableFile = "A .glb, .gltf, .obj, .ply, .stl or .off file";
+constexpr const char* readableFiles = ".glb, .gltf, .obj, .ply, .stl or .off files";
+
 /// What a command runs with.
 struct Streams {
     std::ostream& out; ///< results

@@ -91,7 +91,7 @@ int runCompare(const CompareArguments& arguments, const Streams& streams) {
 void addCompareCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<CompareArguments>();
     CLI::App* command = app.add_subcommand("compare", "Compares the layouts of the meshes of two files.");
-    command->add_option("A", arguments->first, "A .glb, .gltf or .obj file")->required();
+    command->add_option("A", arguments->first, readableFile)->required();
     command->add_option("B", arguments->second, "Another one")->required();
     command->add_flag("--json", arguments->json, "Print JSON instead of text");
     command->footer(EXAMPLES);

@@ -67,7 +67,7 @@ int runDump(const DumpArguments& arguments, const Streams& streams) {
 void addDumpCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<DumpArguments>();
     CLI::App* command = app.add_subcommand("dump", "Prints attribute buffers as text.");
-    command->add_option("FILE", arguments->file, "A .glb, .gltf or .obj file")->required();
+    command->add_option("FILE", arguments->file, readableFile)->required();
     command->add_option("--attribute", arguments->attribute, "Only the attribute of this name")->type_name("NAME");
     command->add_flag("--elements", arguments->elements, "All elements, too");
     command->footer(EXAMPLES);

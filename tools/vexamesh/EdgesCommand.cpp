@@ -175,7 +175,7 @@ int runEdges(const EdgesArguments& arguments, const Streams& streams) {
 void addEdgesCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<EdgesArguments>();
     CLI::App* command = app.add_subcommand("edges", "Turns triangles into the lines of their edges.");
-    command->add_option("IN", arguments->input, "A .glb, .gltf or .obj file")->required();
+    command->add_option("IN", arguments->input, readableFile)->required();
     command->add_option("-o,--output", arguments->output, "The .glb file to write")->required();
     command->add_flag("--border", arguments->border, "Border edges alone");
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");

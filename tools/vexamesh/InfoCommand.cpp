@@ -222,7 +222,7 @@ int runInfo(const InfoArguments& arguments, const Streams& streams) {
 void addInfoCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<InfoArguments>();
     CLI::App* command = app.add_subcommand("info", "Describes the meshes of files.");
-    command->add_option("FILE", arguments->files, ".glb, .gltf or .obj files")->required();
+    command->add_option("FILE", arguments->files, readableFiles)->required();
     command->add_flag("--json", arguments->json, "Print JSON instead of tables");
     command->footer(EXAMPLES);
     command->callback([arguments, &chosen] {

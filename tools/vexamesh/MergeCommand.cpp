@@ -121,7 +121,7 @@ int runMerge(const MergeArguments& arguments, const Streams& streams) {
 void addMergeCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<MergeArguments>();
     CLI::App* command = app.add_subcommand("merge", "Puts the meshes of files together.");
-    command->add_option("IN", arguments->files, ".glb, .gltf or .obj files")->required();
+    command->add_option("IN", arguments->files, readableFiles)->required();
     command->add_option("-o,--output", arguments->output, "The .glb file to write")->required();
     const auto addPlacement = [&](const char* name, std::string& value, const char* help, const char* form) {
         command->add_option(name, value, help)->type_name(form)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);

@@ -108,7 +108,7 @@ int runPack(const PackArguments& arguments, const Streams& streams) {
 void addPackCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<PackArguments>();
     CLI::App* command = app.add_subcommand("pack", "Packs normals into two bytes each.");
-    command->add_option("IN", arguments->input, "A .glb, .gltf or .obj file")->required();
+    command->add_option("IN", arguments->input, readableFile)->required();
     command->add_option("-o,--output", arguments->output, "The .bin file to write");
     command->add_flag("--stats", arguments->stats, "Only report what packing costs");
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");

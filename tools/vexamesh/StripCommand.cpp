@@ -71,7 +71,7 @@ int runStrip(const StripArguments& arguments, const Streams& streams) {
 void addStripCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<StripArguments>();
     CLI::App* command = app.add_subcommand("strip", "Turns the triangles of a file into strips.");
-    command->add_option("IN", arguments->input, "A .glb, .gltf or .obj file")->required();
+    command->add_option("IN", arguments->input, readableFile)->required();
     command->add_option("-o,--output", arguments->output, "The .glb file to write")->required();
     addCutOptions(*command, arguments->cut);
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");

@@ -124,7 +124,7 @@ int runUnstrip(const UnstripArguments& arguments, const Streams& streams) {
 void addUnstripCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<UnstripArguments>();
     CLI::App* command = app.add_subcommand("unstrip", "Turns strips and fans back into triangles.");
-    command->add_option("IN", arguments->input, "A .glb, .gltf or .obj file")->required();
+    command->add_option("IN", arguments->input, readableFile)->required();
     command->add_option("-o,--output", arguments->output, "The .glb or .gltf file to write")->required();
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");
     command->footer(examples);

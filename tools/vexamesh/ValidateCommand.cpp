@@ -96,7 +96,7 @@ int runValidate(const ValidateArguments& arguments, const Streams& streams) {
 void addValidateCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<ValidateArguments>();
     CLI::App* command = app.add_subcommand("validate", "Checks that meshes are consistent.");
-    command->add_option("FILE", arguments->files, ".glb, .gltf or .obj files")->required();
+    command->add_option("FILE", arguments->files, readableFiles)->required();
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");
     command->footer(EXAMPLES);
     command->callback([arguments, &chosen] {

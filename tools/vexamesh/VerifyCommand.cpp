@@ -66,7 +66,7 @@ int runVerify(const VerifyArguments& arguments, const Streams& streams) {
 void addVerifyCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<VerifyArguments>();
     CLI::App* command = app.add_subcommand("verify", "Reports on the adjacency of triangles.");
-    command->add_option("FILE", arguments->file, "A .glb, .gltf or .obj file")->required();
+    command->add_option("FILE", arguments->file, readableFile)->required();
     command->add_flag("--verbose", arguments->verbose, "A line for each triangle and each half-edge, too");
     command->add_flag("--json", arguments->json, "Print JSON instead of text");
     command->footer(EXAMPLES);

@@ -1,6 +1,7 @@
 #include "io/Document.h"
 
 #include "Errors.h"
+#include "io/AssimpReader.h"
 #include "io/Files.h"
 #include "io/Glb.h"
 #include "io/IsolatedReader.h"
@@ -93,8 +94,12 @@ Asset readAsset(const Bytes& content, const fs::path& file, MeshCheck check, std
         format = "OBJ";
         return readObj(content, file);
     }
+    if (extension == ".ply" || extension == ".stl" || extension == ".off") {
+        format = extension == ".ply" ? "PLY" : extension == ".stl" ? "STL" : "OFF";
+        return readWithAssimp(content, extension);
+    }
     if (extension != ".glb" && extension != ".gltf") {
-        throw FormatError("no .glb, .gltf or .obj file");
+        throw FormatError("no .glb, .gltf, .obj, .ply, .stl or .off file");
     }
     if (extension == ".glb" && !hasGlbMagic(content)) {
         throw FormatError("no binary glTF: it does not begin with \"glTF\"");

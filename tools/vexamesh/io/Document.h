@@ -34,16 +34,16 @@ struct Mesh {
     std::vector<Primitive> primitives;
 };
 
-/// A file that was read: its meshes, and the glTF document to carry along. An OBJ file has become one, too.
+/// A file that was read: its meshes, and the glTF document to carry along. A file of another format has become one, too.
 struct Document {
     std::filesystem::path file;
-    std::string format;       ///< "glTF binary", "glTF" or "OBJ"
+    std::string format;       ///< "glTF binary", "glTF", "OBJ", "PLY", "STL" or "OFF"
     std::size_t fileSize = 0; ///< bytes of the file itself
     Asset asset;
     std::vector<Mesh> meshes; ///< in the order of the asset's, and so are their primitives
 };
 
-/// Reads a .glb, .gltf or .obj file, in a process of its own.
+/// Reads a .glb, .gltf, .obj, .ply, .stl or .off file, in a process of its own.
 ///
 /// \throw FileError it cannot be read, or is no such file; one line that says what is wrong, and where
 Document loadDocument(const std::filesystem::path& file, MeshCheck check = MeshCheck::Full);
