@@ -85,7 +85,11 @@ void writeHead(std::ostream& out, const std::string& title) {
 
 void writeTop(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportFacts& facts) {
     out << "<header>\n<p class=\"brand\">vexamesh report</p>\n<h1><bdi>" << escapeHtml(title)
-        << "</bdi></h1>\n<p class=\"path\"><bdi>" << escapeHtml(texts.input) << "</bdi></p>\n</header>\n";
+        << "</bdi></h1>\n";
+    if (texts.input != title) {
+        out << "<p class=\"path\"><bdi>" << escapeHtml(texts.input) << "</bdi></p>\n";
+    }
+    out << "</header>\n";
     writeVerdict(out, facts.outcome.total);
     for (const std::string& warning : facts.warnings) {
         out << "<p class=\"warning\">" << escapeHtml(warning) << "</p>\n";

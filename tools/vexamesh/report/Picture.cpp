@@ -101,7 +101,8 @@ private:
         for (std::size_t i = 0; i < inputOf_.size(); ++i) {
             partOfInput[inputOf_[i]] = partOf_[i];
         }
-        const auto colours = colourParts(source_.edges, partOfInput, parts_.size(), PictureBuilder::colours);
+        const auto colours =
+            colourParts(source_.edges, partOfInput, parts_.size(), PictureBuilder::colours, picture_.parts.size());
         std::size_t room = shown_;
         for (std::size_t i = 0; i < parts_.size(); ++i) {
             parts_[i].colour = colours[i];

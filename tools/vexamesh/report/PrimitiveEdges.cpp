@@ -48,7 +48,7 @@ std::vector<EdgeUse> sortedEdges(const std::vector<unsigned int>& triangles) {
 }
 
 std::vector<std::uint8_t> colourParts(const std::vector<EdgeUse>& edges, const std::vector<std::uint32_t>& partOf,
-                                      std::size_t parts, std::uint32_t colours) {
+                                      std::size_t parts, std::uint32_t colours, std::size_t offset) {
     const std::vector<PartPair> pairs = neighbours(edges, partOf);
     std::vector<std::uint8_t> result(parts);
     std::vector<std::size_t> used(colours);
@@ -63,7 +63,7 @@ std::vector<std::uint8_t> colourParts(const std::vector<EdgeUse>& edges, const s
         std::uint32_t best = colours;
         for (std::uint32_t i = 0; i < colours; ++i) {
             // Not from the first colour on: equally frequent ones would come in the same order everywhere.
-            const std::uint32_t colour = (i + part * 5) % colours;
+            const auto colour = static_cast<std::uint32_t>((i + (offset + part) * 5) % colours);
             const bool isFree = (taken >> colour & 1) == 0;
             if (isFree && (best == colours || used[colour] < used[best])) {
                 best = colour;

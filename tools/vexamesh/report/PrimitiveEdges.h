@@ -39,8 +39,9 @@ void forEachEdge(const std::vector<EdgeUse>& edges, const Visit& visit) {
 /// \param partOf part of each triangle
 /// \param parts  number of parts
 /// \param colours at most 32
+/// \param offset parts of other primitives before: small primitives would else have the same colour all
 /// \return a colour below `colours` for each part
 std::vector<std::uint8_t> colourParts(const std::vector<EdgeUse>& edges, const std::vector<std::uint32_t>& partOf,
-                                      std::size_t parts, std::uint32_t colours);
+                                      std::size_t parts, std::uint32_t colours, std::size_t offset = 0);
 
 } // namespace vexa::tool

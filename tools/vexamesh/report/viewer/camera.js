@@ -3,16 +3,27 @@ import {Box3, PerspectiveCamera, Spherical, Vector3} from 'three';
 
 const homeDirection = new Vector3(0.62, 0.42, 1).normalize();
 const narrow = 640;
+// How much of a view a model fills.
+const filled = 0.86;
 
-export function modelSphere(corners) {
-    const box = new Box3().setFromArray(corners);
-    const centre = box.getCenter(new Vector3());
+// Enough of a large model to know how far it reaches.
+const mostLookedAt = 300000;
+
+// The places that a model is fitted into the view by, and a sphere around it.
+export function boundsOf(corners) {
+    const centre = new Box3().setFromArray(corners).getCenter(new Vector3());
+    const step = Math.max(Math.ceil(corners.length / 3 / mostLookedAt), 1);
+    const points = [];
     let radius = 0;
     const point = new Vector3();
     for (let i = 0; i < corners.length; i += 3) {
-        radius = Math.max(radius, point.fromArray(corners, i).distanceToSquared(centre));
+        point.fromArray(corners, i).sub(centre);
+        radius = Math.max(radius, point.lengthSq());
+        if ((i / 3) % step === 0) {
+            points.push(point.x, point.y, point.z);
+        }
     }
-    return {centre, radius: Math.sqrt(radius) || 1};
+    return {centre, radius: Math.sqrt(radius) || 1, points: new Float32Array(points)};
 }
 
 export class Eye {
@@ -24,12 +35,25 @@ export class Eye {
     }
 
     reset(aspect) {
-        const angle = (this.camera.fov / 2) * (Math.PI / 180);
-        const across = Math.atan(Math.tan(angle) * Math.min(aspect, 1));
-        const distance = (this.sphere.radius / Math.sin(across)) * 1.02;
         this.target.copy(this.sphere.centre);
-        this.camera.position.copy(homeDirection).multiplyScalar(distance).add(this.target);
+        this.camera.position.copy(homeDirection).add(this.target);
         this.camera.lookAt(this.target);
+        this.camera.position.copy(homeDirection).multiplyScalar(this.distanceThatShowsAll(aspect)).add(this.target);
+    }
+
+    distanceThatShowsAll(aspect) {
+        const {points, radius} = this.sphere;
+        const up = Math.tan((this.camera.fov / 2) * (Math.PI / 180)) * filled;
+        const across = up * aspect;
+        const turned = new Vector3();
+        const inverse = this.camera.quaternion.clone().invert();
+        let distance = radius * 0.1;
+        for (let i = 0; i < points.length; i += 3) {
+            turned.fromArray(points, i).applyQuaternion(inverse);
+            const needed = Math.max(Math.abs(turned.x) / across, Math.abs(turned.y) / up);
+            distance = Math.max(distance, turned.z + needed);
+        }
+        return distance;
     }
 
     // Angles in radians; `zoom` is a factor of the distance.

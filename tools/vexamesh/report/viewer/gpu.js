@@ -41,7 +41,7 @@ export class GpuPainter {
         this.target = new WebGLRenderTarget(1, 1);
         this.scene = new Scene();
         this.addMeshes(model, colours);
-        this.border = this.addLines(model.border, 2.2);
+        this.border = this.addLines(model.border, 2);
         this.nonManifold = this.addLines(model.nonManifold, 4);
         this.refreshColours();
     }

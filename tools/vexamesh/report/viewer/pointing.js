@@ -23,7 +23,8 @@ export class Selection {
             strong.textContent = name;
             info.replaceChildren(strong, ` · ${rest.join(' · ')}`);
         }
-        if (isOther) {
+        // A still picture takes too long to draw for showing what is pointed at.
+        if (isOther && !this.viewer.isStill) {
             this.viewer.redraw();
         }
     }

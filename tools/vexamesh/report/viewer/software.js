@@ -42,7 +42,8 @@ export class SoftwarePainter {
                 this.toPixels(corners[c], view);
             }
             if (corners.every((corner) => corner.w > 0)) {
-                this.fill(triangle, corners, view, this.shade(corners, colours.subarray(3 * triangle, 3 * triangle + 3)));
+                const colour = this.tint(colours.subarray(3 * triangle, 3 * triangle + 3), triangle, state.selected);
+                this.fill(triangle, corners, view, this.shade(corners, colour));
             }
         }
     }
@@ -51,6 +52,12 @@ export class SoftwarePainter {
         corner.x = view.x + (corner.x / corner.w + 1) * 0.5 * view.width;
         corner.y = view.y + (1 - corner.y / corner.w) * 0.5 * view.height;
         corner.z /= corner.w;
+    }
+
+    // What is not selected turns grey.
+    tint(colour, triangle, selected) {
+        const isQuiet = selected && (triangle < selected.first || triangle >= selected.first + selected.shown);
+        return isQuiet ? colour.map((value) => value * 0.28 + 150 * 0.72) : colour;
     }
 
     // Lighter the more of it is seen from the front; the slope of the depth tells that.

@@ -1,7 +1,7 @@
 // The picture: one eye, one or two views, drawn whenever something has changed.
 import {MOUSE, TOUCH} from 'three';
 import {OrbitControls} from 'three/addons/controls/OrbitControls.js';
-import {Eye, layout, modelSphere} from './camera.js';
+import {boundsOf, Eye, layout} from './camera.js';
 import {orderColours, stripColours} from './colours.js';
 import {GpuPainter} from './gpu.js';
 import {listenToKeys} from './keyboard.js';
@@ -34,7 +34,7 @@ class Viewer {
         if (!isGpu) {
             this.explainMissingGpu();
         }
-        this.eye = new Eye(modelSphere(this.model.corners));
+        this.eye = new Eye(boundsOf(this.model.corners));
         this.resize();
         this.reset();
     }
