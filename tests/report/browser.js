@@ -1,0 +1,57 @@
+// A browser that draws in software, with an empty profile, and what it says while it shows a page.
+
+import { chromium } from 'playwright-core';
+
+const program = process.env.VEXAMESH_CHROMIUM ?? '/usr/bin/chromium';
+const quiet = [
+    '--no-sandbox',
+    '--disable-background-networking',
+    '--disable-component-update',
+    '--disable-default-apps',
+    '--disable-sync',
+    '--no-first-run',
+    '--force-color-profile=srgb',
+];
+const softwareWebGl = ['--use-gl=angle', '--use-angle=swiftshader', '--enable-unsafe-swiftshader'];
+const noWebGl = ['--disable-gpu', '--disable-3d-apis'];
+
+export function launch({ webGl = true } = {}) {
+    return chromium.launch({ executablePath: program, args: [...quiet, ...(webGl ? softwareWebGl : noWebGl)] });
+}
+
+/// Opens a report; `said` collects what must not be said: messages, errors and requests of anything but the page.
+export async function open(browser, file, options = {}) {
+    const page = await browser.newPage({ viewport: { width: 1280, height: 900 }, colorScheme: 'light', ...options });
+    const url = `file://${file}`;
+    page.said = [];
+    page.on('console', (message) => page.said.push(`console ${message.type()}: ${message.text()}`));
+    page.on('pageerror', (error) => page.said.push(`error: ${error.stack}`));
+    page.on('dialog', (dialog) => {
+        page.said.push(`dialog: ${dialog.message()}`);
+        dialog.dismiss();
+    });
+    page.on('request', (request) => {
+        if (request.url() !== url && !request.url().startsWith('data:')) {
+            page.said.push(`request: ${request.url()}`);
+        }
+    });
+    await page.goto(url);
+    await page.waitForSelector('#canvas[data-ready]');
+    return page;
+}
+
+/// What is seen of the picture, without the texts on it.
+export async function pictureOf(page) {
+    const hiding = await page.addStyleTag({ content: '.view-label, .tip, .still-note { visibility: hidden }' });
+    await settled(page);
+    const picture = await page.locator('#stage').screenshot();
+    await hiding.evaluate((style) => style.remove());
+    return picture;
+}
+
+/// Waits until what was asked for has been drawn.
+export function settled(page) {
+    return page.evaluate(() => new Promise((done) => {
+        requestAnimationFrame(() => requestAnimationFrame(() => requestAnimationFrame(done)));
+    }));
+}

@@ -1,0 +1,263 @@
+// What a report does in a browser.
+
+import assert from 'node:assert/strict';
+import { after, before, describe, test } from 'node:test';
+import { launch, open, pictureOf, settled } from './browser.js';
+import { distance, inspect, lookWith } from './images.js';
+import { models, report, threeWings, twoStrips } from './reports.js';
+
+const isRed = '(r, g, b) => r > 170 && g < 70 && b < 70';
+const alike = 0.001;
+
+const png = (data) => ({ type: 'png', data });
+const infoOf = (page) => page.locator('#info').textContent();
+
+async function setSlider(page, value) {
+    await page.locator('#replay').fill(String(value));
+    await settled(page);
+}
+
+/// What is said at a grid of places of the picture: [x, text], from left to right; `from` and `to` are shares of it.
+async function pointAround(page, from, to) {
+    const box = await page.locator('#canvas').boundingBox();
+    const found = [];
+    for (let column = 0; column < 24; ++column) {
+        const x = box.x + box.width * (from + ((to - from) * (column + 0.5)) / 24);
+        for (let row = 0; row < 5; ++row) {
+            await page.mouse.move(x, box.y + box.height * (0.42 + row * 0.04));
+            await settled(page);
+            if (await page.locator('#tip').isVisible()) {
+                found.push(await infoOf(page));
+            }
+        }
+    }
+    return found;
+}
+
+for (const webGl of [true, false]) {
+    describe(webGl ? 'with WebGL' : 'without WebGL', () => {
+        let browser;
+        let page;
+
+        before(async () => {
+            browser = await launch({ webGl });
+            await lookWith(browser);
+            page = await open(browser, report(twoStrips()).file);
+        });
+        after(() => browser.close());
+
+        test('it says nothing on the console and loads nothing', () => assert.deepEqual(page.said, []));
+
+        test('the note on missing WebGL is there when it is missing', async () => {
+            assert.equal(await page.locator('#still-note').isVisible(), !webGl);
+        });
+
+        test('both views show something', async () => {
+            const box = await page.locator('#canvas').boundingBox();
+            await pictureOf(page);
+            for (const share of [0, 0.5]) {
+                const clip = { x: box.x + share * box.width + 2, y: box.y, width: box.width / 2 - 4, height: box.height };
+                const { covered, colours } = await inspect(await page.screenshot({ clip }));
+                assert.ok(covered > 0.03 && covered < 0.7, `covered: ${covered}`);
+                assert.ok(colours > 1);
+            }
+        });
+
+        for (const [view, from, to] of [['before', 0, 0.5], ['after', 0.5, 1]]) {
+            test(`pointing tells the strips apart, ${view}`, async () => {
+                const texts = await pointAround(page, from, to);
+                const short = texts.findLastIndex((text) => /^Strip \d+ · 2 triangles · 0 swaps · 4 indices/.test(text));
+                const long = texts.findIndex((text) => /^Strip \d+ · 8 triangles · 1 swap · 11 indices/.test(text));
+                assert.ok(short >= 0 && long >= 0, texts.join('\n'));
+                assert.ok(short < long, 'the short strip is on the left');
+                assert.notEqual(texts[short].split(' · ')[0], texts[long].split(' · ')[0]);
+            });
+        }
+
+        test('beside the model nothing is pointed at', async () => {
+            const box = await page.locator('#canvas').boundingBox();
+            await page.mouse.move(box.x + box.width * 0.75, box.y + 5);
+            await settled(page);
+            assert.equal(await page.locator('#tip').isVisible(), false);
+            assert.match(await infoOf(page), /^Point at a triangle/);
+        });
+
+        test('the slider draws as many triangles as it says', async () => {
+            const covered = [];
+            for (const count of [0, 2, 6, 10]) {
+                await setSlider(page, count);
+                assert.match(await page.locator('#replay-text').textContent(), new RegExp(`^${count} of 10`));
+                await page.locator('#edges').evaluate((button) => {
+                    if (button.getAttribute('aria-pressed') === 'true') {
+                        button.click();
+                    }
+                });
+                covered.push((await inspect(await pictureOf(page))).covered);
+            }
+            assert.ok(covered[0] < 0.01, `nothing: ${covered[0]}`);
+            for (let i = 1; i < covered.length; ++i) {
+                assert.ok(covered[i] > covered[i - 1] + 0.005, covered.join(', '));
+            }
+        });
+
+        test('replay begins with nothing and can be stopped', async () => {
+            await setSlider(page, 10);
+            await page.locator('#play').click();
+            await page.waitForFunction(() => {
+                const count = Number(document.getElementById('replay').value);
+                return count > 0 && count < 10;
+            });
+            await page.locator('#play').click();
+            assert.equal(await page.locator('#play').getAttribute('aria-pressed'), 'false');
+            await setSlider(page, 10);
+        });
+
+        test('keys turn the picture, and bring it back', async () => {
+            await page.locator('#canvas').focus();
+            // From the first key on the focus is seen, too.
+            await page.keyboard.press('0');
+            const before = await pictureOf(page);
+            for (const key of ['ArrowRight', 'ArrowUp', '+', 'Shift+ArrowLeft']) {
+                const last = await pictureOf(page);
+                await page.keyboard.press(key);
+                assert.ok((await distance(png(last), png(await pictureOf(page)))) > alike, key);
+            }
+            await page.keyboard.press('0');
+            assert.ok((await distance(png(before), png(await pictureOf(page)))) < alike);
+        });
+
+        test('keys walk through the strips and the triangles', async () => {
+            await page.locator('#canvas').focus();
+            await page.keyboard.press('n');
+            assert.match(await infoOf(page), /^Strip 1 · /);
+            await page.keyboard.press('n');
+            assert.match(await infoOf(page), /^Strip 2 · /);
+            await page.keyboard.press('p');
+            assert.match(await infoOf(page), /^Strip 1 · /);
+            await page.keyboard.press('Escape');
+            assert.match(await infoOf(page), /^Point at/);
+            await page.keyboard.press(',');
+            assert.match(await page.locator('#replay-text').textContent(), /^9 of 10 · Strip 2/);
+            await page.keyboard.press('.');
+            assert.match(await page.locator('#replay-text').textContent(), /^10 of 10/);
+        });
+
+        test('one view takes the whole width', async () => {
+            await page.locator('#side').click();
+            assert.equal(await page.locator('#stage').getAttribute('data-layout'), 'one');
+            assert.equal(await page.locator('#label-before').isVisible(), false);
+            assert.ok((await inspect(await pictureOf(page))).covered > 0.01);
+            await page.locator('#side').click();
+        });
+
+        test('dragging turns the picture', async () => {
+            const before = await pictureOf(page);
+            const box = await page.locator('#canvas').boundingBox();
+            await page.mouse.move(box.x + 200, box.y + 200);
+            await page.mouse.down();
+            await page.mouse.move(box.x + 320, box.y + 230, { steps: 4 });
+            await page.mouse.up();
+            assert.ok((await distance(png(before), png(await pictureOf(page)))) > 0.01);
+            await page.locator('#reset').click();
+            assert.ok((await distance(png(before), png(await pictureOf(page)))) < alike);
+        });
+
+        test('nothing was said until the end', () => assert.deepEqual(page.said, []));
+    });
+}
+
+describe('a report', () => {
+    let browser;
+
+    before(async () => {
+        browser = await launch();
+        await lookWith(browser);
+    });
+    after(() => browser.close());
+
+    test('shows edges of more than two triangles in red', async () => {
+        const page = await open(browser, report(threeWings()).file);
+        assert.ok((await inspect(await pictureOf(page), isRed)).wanted > 0.001);
+        await page.locator('#canvas').focus();
+        await page.keyboard.press('e');
+        assert.equal((await inspect(await pictureOf(page), isRed)).wanted, 0);
+        await page.close();
+    });
+
+    test('draws the sides of triangles as a wireframe', async () => {
+        const page = await open(browser, report(`${models}/OBJ/spider.obj`).file);
+        const before = await pictureOf(page);
+        await page.locator('#wireframe').click();
+        const difference = await distance(png(before), png(await pictureOf(page)));
+        assert.ok(difference > 0.002, `difference: ${difference}`);
+        await page.close();
+    });
+
+    test('shows names as they are, whatever is in them', async () => {
+        const name = '</script><script>alert(1)</script><img src=x onerror=alert(2)>';
+        const page = await open(browser, report(threeWings(name)).file);
+        await page.locator('#canvas').focus();
+        await page.keyboard.press('n');
+        assert.ok((await page.locator('body').textContent()).includes(name));
+        assert.equal(await page.locator('img').count(), 0);
+        assert.deepEqual(page.said, []);
+        await page.close();
+    });
+
+    test('says the figures that --json prints', async () => {
+        const { file, facts } = report(`${models}/OBJ/WusonOBJ.obj`, '--fans', '5');
+        const page = await open(browser, file);
+        const numbers = await page.locator('.metrics data').evaluateAll((list) => list.map((data) => Number(data.value)));
+        const { total } = facts;
+        assert.deepEqual(numbers, [
+            total.indicesBefore, total.indicesAfter, total.primitivesBefore, total.primitivesAfter, total.bytesBefore,
+            total.bytesAfter, facts.fileBytesBefore, facts.fileBytesAfter, total.strips, total.fans, total.leftOver,
+        ]);
+        assert.deepEqual(JSON.parse(await page.locator('#json').textContent()), facts);
+        await page.close();
+    });
+
+    test('says that it shows a part', async () => {
+        const page = await open(browser, report(twoStrips(), '--show', '5').file);
+        assert.match(await page.locator('#part').textContent(), /the first 5 of 10 triangles/);
+        assert.match(await page.locator('#replay-text').textContent(), /^5 of 5/);
+        await page.close();
+    });
+
+    test('can be printed', async () => {
+        const page = await open(browser, report(twoStrips()).file, { colorScheme: 'dark' });
+        assert.ok((await page.pdf()).length > 10000);
+        await page.emulateMedia({ media: 'print' });
+        await settled(page);
+        assert.equal(await page.locator('.toolbar').isVisible(), false);
+        assert.equal(await page.evaluate(() => getComputedStyle(document.body).backgroundColor), 'rgb(255, 255, 255)');
+        assert.ok((await inspect(await pictureOf(page))).covered > 0.03);
+        await page.close();
+    });
+
+    test('follows the light or dark style while it is open', async () => {
+        const page = await open(browser, report(twoStrips()).file);
+        const light = await pictureOf(page);
+        await page.emulateMedia({ colorScheme: 'dark' });
+        assert.ok((await distance(png(light), png(await pictureOf(page)))) > 0.1);
+        await page.close();
+    });
+
+    for (const width of [360, 700, 1600]) {
+        test(`fits a window of ${width} pixels`, async () => {
+            const page = await open(browser, report(twoStrips()).file, { viewport: { width, height: 800 } });
+            const wider = await page.evaluate(() => document.documentElement.scrollWidth - window.innerWidth);
+            assert.ok(wider <= 0, `${wider} pixels too wide`);
+            await page.close();
+        });
+    }
+
+    test('names every control', async () => {
+        const page = await open(browser, report(twoStrips()).file);
+        const nameless = await page.locator('button, input, canvas, svg').evaluateAll((list) => list
+            .filter((item) => !(item.textContent.trim() || item.ariaLabel || item.labels?.length))
+            .map((item) => item.outerHTML.slice(0, 80)));
+        assert.deepEqual(nameless, []);
+        await page.close();
+    });
+});

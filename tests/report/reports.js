@@ -1,0 +1,78 @@
+// Small models, and the reports that the tool writes of them.
+
+import { execFileSync } from 'node:child_process';
+import { mkdirSync, mkdtempSync, readdirSync, rmSync, symlinkSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { basename, dirname, join } from 'node:path';
+
+function setting(name) {
+    const value = process.env[name];
+    if (value === undefined) {
+        throw new Error(`${name} is not set: run these tests with ctest -R Report`);
+    }
+    return value;
+}
+
+const program = setting('VEXAMESH_PROGRAM');
+const directory = mkdtempSync(join(tmpdir(), 'vexamesh-report-'));
+process.on('exit', () => rmSync(directory, { recursive: true }));
+
+export const models = setting('VEXAMESH_MODELS');
+
+let files = 0;
+
+/// Writes a report of a model. `facts` is what --json prints.
+export function report(model, ...options) {
+    const folder = join(directory, String(++files));
+    mkdirSync(folder);
+    // Named without its directory, which is another one every time and would be seen; what it refers to is beside it.
+    for (const name of readdirSync(dirname(model))) {
+        symlinkSync(join(dirname(model), name), join(folder, name));
+    }
+    const json = execFileSync(program, ['report', basename(model), '-o', 'report.html', '--json', ...options], {
+        cwd: folder,
+        stdio: ['ignore', 'pipe', 'inherit'],
+        maxBuffer: 1 << 28,
+    });
+    return { file: join(folder, 'report.html'), facts: JSON.parse(json) };
+}
+
+/// Writes an OBJ file of vertices and faces, counted from 0.
+export function writeObj(name, vertices, faces, meshName = 'part') {
+    const folder = join(directory, `model-${++files}`);
+    mkdirSync(folder);
+    const file = join(folder, `${name}.obj`);
+    const lines = [
+        `o ${meshName}`,
+        ...vertices.map((vertex) => `v ${vertex.join(' ')}`),
+        ...faces.map((face) => `f ${face.map((index) => index + 1).join(' ')}`),
+    ];
+    writeFileSync(file, `${lines.join('\n')}\n`);
+    return file;
+}
+
+/// A row of squares from `left` on: a strip of twice as many triangles.
+function addRow(model, left, squares) {
+    const first = model.vertices.length;
+    for (let i = 0; i <= squares; ++i) {
+        model.vertices.push([left + i, 0, 0], [left + i, 1, 0]);
+    }
+    for (let i = 0; i < squares; ++i) {
+        const [a, b, c, d] = [0, 1, 2, 3].map((corner) => first + 2 * i + corner);
+        model.faces.push([a, c, b], [b, c, d]);
+    }
+}
+
+/// Two strips: on the left one of 2 triangles, on the right one of 8.
+export function twoStrips() {
+    const model = { vertices: [], faces: [] };
+    addRow(model, -5, 1);
+    addRow(model, 0, 4);
+    return writeObj('two-strips', model.vertices, model.faces);
+}
+
+/// Three triangles on one edge.
+export function threeWings(meshName) {
+    const vertices = [[0, 0, 0], [0, 2, 0], [2, 1, 0], [-2, 1, 0], [0, 1, 2]];
+    return writeObj('three-wings', vertices, [[0, 1, 2], [1, 0, 3], [0, 1, 4]], meshName);
+}
