@@ -84,7 +84,7 @@ int runReport(const ReportArguments& arguments, const Streams& streams) {
 void addReportCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<ReportArguments>();
     CLI::App* command = app.add_subcommand("report", "Shows the strips of a file in a page for the browser.");
-    command->add_option("IN", arguments->input, "A .glb, .gltf or .obj file")->required();
+    command->add_option("IN", arguments->input, readableFile)->required();
     command->add_option("-o,--output", arguments->output, "The .html file to write")->required();
     addCutOptions(*command, arguments->cut);
     command

@@ -41,7 +41,7 @@ export class GpuPainter {
         this.target = new WebGLRenderTarget(1, 1);
         this.scene = new Scene();
         this.addMeshes(model, colours);
-        this.border = this.addLines(model.border, 2);
+        this.border = this.addLines(model.border, 2.4);
         this.nonManifold = this.addLines(model.nonManifold, 4);
         this.refreshColours();
     }
@@ -65,6 +65,8 @@ export class GpuPainter {
     addLines(positions, width) {
         const object = lines(positions, width);
         object.frustumCulled = false;
+        // A line lies in its triangles and is wider than they leave room for.
+        Object.assign(object.material, {polygonOffset: true, polygonOffsetFactor: -2, polygonOffsetUnits: -8});
         object.isEmpty = positions.length === 0;
         this.scene.add(object);
         return object;
