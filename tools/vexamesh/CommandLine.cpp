@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* EXIT_CODES = R"(Exit codes:
   0  done
-  1  a check failed: the meshes are not what they should be
+  1  a check failed: the meshes are not what they should be; or one of many files failed
   2  wrong arguments
   3  a file is missing or broken, or cannot be written
 

@@ -68,7 +68,9 @@ public:
         for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
             before.beginMesh();
             stripMesh(m, before);
-            progress(m + 1, document_.meshes.size());
+            if (progress) {
+                progress(m + 1, document_.meshes.size());
+            }
         }
         const std::vector<EditedIndices> edited = replaceIndices(document_.asset, edits_);
         outcome_.file = writeGlb(document_.asset.json, document_.asset.buffers);

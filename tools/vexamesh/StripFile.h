@@ -43,6 +43,10 @@ struct StripOutcome {
     std::size_t groups = 0;         ///< of strips with restart indices between them
 };
 
+/// What to say when `StripOutcome::groups` is not 0.
+constexpr const char* fewReadersWarning =
+    "few readers know KHR_mesh_primitive_restart; the others draw each strip by itself";
+
 /// Is told how many meshes are done, and of how many.
 using StripProgress = std::function<void(std::size_t, std::size_t)>;
 

@@ -1,8 +1,11 @@
 #include "Stripping.h"
 
+#include "Logging.h"
+
 #include <chrono>
 #include <iterator>
 #include <utility>
+#include <vexa/mesh/HalfEdgeGraph.h>
 
 namespace vexa::tool {
 
@@ -35,9 +38,41 @@ std::vector<IndexedPrimitive> joinAll(std::vector<IndexedPrimitive> primitives) 
     return result;
 }
 
+/// The primitives as the graph finds them, which tells of its passes in log records. It splits triangles off at edges of
+/// more than two, and so gives other primitives there than `buildPrimitives`: then these are taken.
+std::vector<IndexedPrimitive> searchWithRecords(const std::vector<unsigned int>& triangles,
+                                                const StripSettings& settings) {
+    mesh::HalfEdgeGraph graph;
+    graph.addTriangles(triangles.data(), triangles.size());
+    if (graph.claimedTriangles.first != nullptr) {
+        return mesh::buildPrimitives(triangles, settings.options);
+    }
+    std::size_t done = 0;
+    {
+        const LogCapture capture([&](const std::string& line) {
+            if (line.find("cost/best/worst") != std::string::npos) {
+                settings.onPass(++done, settings.options.iterations);
+            }
+        });
+        graph.calcOptPrim(settings.options.iterations, settings.options.buildStrips, settings.options.buildFans,
+                          settings.options.minFanTriangles, settings.options.allStrips);
+    }
+    std::vector<IndexedPrimitive> primitives;
+    IndexedPrimitive primitive{};
+    for (int type = graph.getPrimitive(primitive.indices, 0); type != 0;
+         type = graph.getPrimitive(primitive.indices, 0)) {
+        primitive.type = static_cast<mesh::PrimitiveType>(type);
+        primitives.push_back(std::move(primitive));
+        primitive = {};
+    }
+    return primitives;
+}
+
 StripResult cutTriangles(const std::vector<unsigned int>& triangles, const StripSettings& settings) {
     StripResult result;
-    std::vector<IndexedPrimitive> primitives = mesh::buildPrimitives(triangles, settings.options);
+    const bool tells = settings.onPass && settings.options.iterations > 1;
+    std::vector<IndexedPrimitive> primitives =
+        tells ? searchWithRecords(triangles, settings) : mesh::buildPrimitives(triangles, settings.options);
     for (const IndexedPrimitive& primitive : primitives) {
         result.strips += primitive.type == mesh::TRIANGLE_STRIP ? 1 : 0;
         result.fans += primitive.type == mesh::TRIANGLE_FAN ? 1 : 0;

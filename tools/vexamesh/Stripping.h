@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 #include <vexa/mesh/Strips.h>
 
@@ -17,6 +18,8 @@ enum class Joining {
 struct StripSettings {
     mesh::StripOptions options;
     Joining joining = Joining::Degenerate;
+    /// If set, it is told after each of several passes how many are done, and of how many. The result stays the same.
+    std::function<void(std::size_t, std::size_t)> onPass;
     bool keepParts = false; ///< whether the result tells how it was cut, too
 };
 

@@ -1,0 +1,235 @@
+// Many files in one run, and spread by other programs.
+
+#include "Batch.h"
+#include "ReadBack.h"
+#include "SmallModels.h"
+#include "ToolProcess.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace tool_test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using vexa::tool::BatchItem;
+using vexa::tool::BatchResult;
+namespace fs = std::filesystem;
+
+class Batch : public testing::Test {
+public:
+    std::string writeModel(const std::string& name, int columns = 3) {
+        const fs::path file = directory / name;
+        fs::create_directories(file.parent_path());
+        gridModel(columns, 2).writeGlb(file);
+        return file.string();
+    }
+
+    ProcessResult strip(std::vector<std::string> arguments, int expectedCode = 0) {
+        arguments.insert(arguments.begin(), "strip");
+        arguments.insert(arguments.end(), {"-d", out.string()});
+        ProcessResult result = runForked(arguments);
+        EXPECT_EQ(result.exitCode, expectedCode) << result.err;
+        return result;
+    }
+
+    std::vector<std::string> outputs() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(out)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    TemporaryDirectory directory;
+    fs::path out = directory / "made" / "here";
+};
+
+TEST_F(Batch, EveryInputBecomesAFileOfItsName) {
+    const std::string a = writeModel("a.glb");
+    const std::string b = (directory / "b.obj").string();
+    writeText(b, "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const ProcessResult result = strip({a, b, "--jobs", "2"});
+    EXPECT_THAT(outputs(), ElementsAre("a.glb", "b.glb"));
+    EXPECT_EQ(result.err, "");
+    expectSameTriangles(a, out / "a.glb");
+}
+
+TEST_F(Batch, WritesWhatOneByOneIsWritten) {
+    const std::string a = writeModel("a.glb", 7);
+    strip({a, writeModel("b.glb"), "--join", "none", "--iterations", "3"});
+    const std::string alone = (directory / "alone.glb").string();
+    ASSERT_EQ(runForked({"strip", a, "-o", alone, "--join", "none", "--iterations", "3"}).exitCode, 0);
+    EXPECT_EQ(readText(out / "a.glb"), readText(alone));
+}
+
+TEST_F(Batch, OneTableTellsOfAll) {
+    const ProcessResult result = strip({writeModel("a.glb"), writeModel("b.glb", 5)});
+    EXPECT_EQ(countOf(result.out, "\n"), 3u);
+    EXPECT_THAT(result.out, HasSubstr("file"));
+    EXPECT_THAT(result.out, HasSubstr("b.glb         20       60"));
+    EXPECT_EQ(countOf(result.out, "done\n"), 2u);
+}
+
+TEST_F(Batch, GoesOnAfterABadFileAndEndsWithOne) {
+    const std::string broken = (directory / "b.glb").string();
+    writeText(broken, "no model");
+    const ProcessResult result = strip({writeModel("a.glb"), broken, "missing.ply", writeModel("c.glb")}, 1);
+    EXPECT_THAT(outputs(), ElementsAre("a.glb", "c.glb"));
+    EXPECT_THAT(result.out, HasSubstr(broken + ": no binary glTF: it does not begin with \"glTF\"\n"));
+    EXPECT_THAT(result.out, HasSubstr("missing.ply: cannot be read: No such file or directory\n"));
+    EXPECT_EQ(countOf(result.out, "done\n"), 2u);
+    EXPECT_EQ(result.err, "vexamesh: 2 of 4 files failed\n");
+}
+
+TEST_F(Batch, SkipExistingDoesOnlyWhatIsMissing) {
+    const std::string a = writeModel("a.glb");
+    const std::string b = writeModel("b.glb");
+    fs::create_directories(out);
+    writeText(out / "a.glb", "made before");
+    const ProcessResult result = strip({a, b, "--skip-existing"});
+    EXPECT_EQ(readText(out / "a.glb"), "made before");
+    EXPECT_THAT(outputs(), ElementsAre("a.glb", "b.glb"));
+    EXPECT_EQ(countOf(result.out, "there already\n"), 1u);
+    strip({a, b});
+    expectSameTriangles(a, out / "a.glb");
+}
+
+TEST_F(Batch, OutputsOfTheSameNameAreAnErrorBeforeAnyWork) {
+    const ProcessResult result = strip({writeModel("x/a.glb"), writeModel("b.glb"), writeModel("y/a.glb")}, 2);
+    EXPECT_THAT(result.err, HasSubstr("x/a.glb and "));
+    EXPECT_THAT(result.err, HasSubstr("y/a.glb would both become "));
+    EXPECT_FALSE(fs::exists(out));
+}
+
+TEST_F(Batch, NoInputIsOverwritten) {
+    const std::string a = writeModel("made/here/a.glb");
+    const std::string before = readText(a);
+    EXPECT_THAT(strip({a}, 2).err, HasSubstr("is the input"));
+    EXPECT_THAT(strip({(directory / "a.obj").string(), a}, 2).err, HasSubstr("is the input"));
+    EXPECT_EQ(readText(a), before);
+}
+
+TEST_F(Batch, ProgramsGetJson) {
+    const ProcessResult result = strip({writeModel("a.glb"), "missing.off", "--json"}, 1);
+    const Json files = Json::parse(result.out)["files"];
+    ASSERT_EQ(files.size(), 2u);
+    EXPECT_EQ(files[0]["triangles"], 12);
+    EXPECT_EQ(files[0]["indicesBefore"], 36);
+    EXPECT_THAT(files[1]["error"].get<std::string>(), HasSubstr("missing.off: cannot be read"));
+}
+
+TEST_F(Batch, WantsEitherOneOutputOrADirectory) {
+    const std::string a = writeModel("a.glb");
+    EXPECT_EQ(strip({a, "-o", (directory / "b.glb").string()}, 2).out, "");
+    const ProcessResult two = runForked({"strip", a, a, "-o", (directory / "b.glb").string()});
+    EXPECT_EQ(two.exitCode, 2);
+    EXPECT_THAT(two.err, HasSubstr("--directory takes many"));
+    EXPECT_EQ(strip({a, "--jobs", "0"}, 2).out, "");
+}
+
+TEST_F(Batch, ADirectoryThatCannotBeMadeIsAnError) {
+    writeText(directory / "made", "a file");
+    EXPECT_THAT(strip({writeModel("a.glb")}, 3).err, HasSubstr("made/here: cannot be made"));
+}
+
+TEST(RunBatch, RunsAsManyAsAllowedAndKeepsTheirOrder) {
+    std::vector<BatchItem> items;
+    for (int i = 0; i < 20; ++i) {
+        items.push_back({std::to_string(i), ""});
+    }
+    std::vector<std::size_t> told;
+    const auto results = vexa::tool::runBatch(
+        items, 3,
+        [](const BatchItem& item) {
+            BatchResult result;
+            result.triangles = std::stoul(item.input);
+            return result;
+        },
+        [&](std::size_t done) { told.push_back(done); });
+    ASSERT_EQ(results.size(), items.size());
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        EXPECT_EQ(results[i].triangles, i);
+    }
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    EXPECT_EQ(told.back(), 20u);
+}
+
+TEST(RunBatch, ACrashFailsNothingButItsItem) {
+    const auto results = vexa::tool::runBatch(
+        {{"a", ""}, {"b", ""}, {"c", ""}}, 2,
+        [](const BatchItem& item) {
+            if (item.input == "b") {
+                std::raise(SIGSEGV);
+            }
+            BatchResult result;
+            result.state = BatchResult::State::Done;
+            return result;
+        },
+        [](std::size_t) {});
+    EXPECT_EQ(results[0].state, BatchResult::State::Done);
+    EXPECT_EQ(results[1].state, BatchResult::State::Failed);
+    EXPECT_EQ(results[1].error, "its process crashed (Segmentation fault)");
+    EXPECT_EQ(results[2].state, BatchResult::State::Done);
+}
+
+/// The line of the README that begins with a word, to be run as it stands there.
+std::string readmeLine(const std::string& word) {
+    const std::string readme = readText(fs::path(VEXAMESH_SOURCES) / "README.md");
+    const std::size_t begin = readme.find("\n" + word + " ");
+    EXPECT_NE(begin, std::string::npos) << word;
+    return readme.substr(begin + 1, readme.find('\n', begin + 1) - begin - 1);
+}
+
+class Spreading : public Batch {
+public:
+    /// Runs a command of a shell where models/ holds three models.
+    int runThere(const std::string& command) {
+        for (const char* name : {"models/a.glb", "models/b.glb", "models/c d.glb"}) {
+            writeModel(name);
+        }
+        const std::string tools = fs::path(VEXAMESH_PROGRAM).parent_path().string();
+        const std::string line = "cd '" + directory.path().string() + "' && export HOME=\"$PWD\" PATH='" + tools +
+                                 "':\"$PATH\" && { " + command + "; } >log 2>&1";
+        const int status = std::system(line.c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    std::vector<std::string> made() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(directory / "strips")) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+};
+
+TEST_F(Spreading, ByGnuParallelAsTheReadmeSays) {
+    fs::create_directory(directory / "strips");
+    writeText(directory / "strips" / "b.glb", "made before");
+    EXPECT_EQ(runThere(readmeLine("parallel")), 0) << readText(directory / "log");
+    EXPECT_THAT(made(), ElementsAre("a.glb", "b.glb", "c d.glb"));
+    EXPECT_EQ(readText(directory / "strips" / "b.glb"), "made before");
+    expectSameTriangles(directory / "models" / "a.glb", directory / "strips" / "a.glb");
+}
+
+TEST_F(Spreading, ByTheTaskOfAnArrayAsTheReadmeSays) {
+    std::string task = readmeLine("sbatch");
+    task = task.substr(task.find('\'') + 1);
+    task = task.substr(0, task.rfind('\''));
+    ASSERT_THAT(task, HasSubstr("SLURM_ARRAY_TASK_ID"));
+    // Of the models only those without a space in their name can be listed a line each.
+    const std::string list = "rm 'models/c d.glb'; ls models/* >models.txt; ";
+    EXPECT_EQ(runThere(list + "export SLURM_ARRAY_TASK_COUNT=2 SLURM_ARRAY_TASK_ID=1; " + task), 0)
+        << readText(directory / "log");
+    EXPECT_THAT(made(), ElementsAre("a.glb"));
+    EXPECT_EQ(runThere(list + "export SLURM_ARRAY_TASK_COUNT=2 SLURM_ARRAY_TASK_ID=0; " + task), 0);
+    EXPECT_THAT(made(), ElementsAre("a.glb", "b.glb"));
+}
+
+} // namespace

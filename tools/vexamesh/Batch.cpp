@@ -1,0 +1,141 @@
+#include "Batch.h"
+
+#include "Errors.h"
+#include "Subprocess.h"
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <poll.h>
+
+namespace vexa::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void sendResult(PipeWriter& pipe, const BatchResult& result) {
+    pipe.writeValue(result.state);
+    for (const std::size_t figure : {result.triangles, result.indicesBefore, result.indicesAfter}) {
+        pipe.writeValue(figure);
+    }
+    pipe.writeValue(result.seconds);
+    pipe.writeText(result.error);
+    pipe.writeValue(result.warnings.size());
+    for (const std::string& warning : result.warnings) {
+        pipe.writeText(warning);
+    }
+}
+
+BatchResult receiveResult(ChildProcess& child) {
+    BatchResult result;
+    result.state = child.readValue<BatchResult::State>();
+    for (std::size_t* figure : {&result.triangles, &result.indicesBefore, &result.indicesAfter}) {
+        *figure = child.readValue<std::size_t>();
+    }
+    result.seconds = child.readValue<double>();
+    result.error = child.readText();
+    result.warnings.resize(child.readValue<std::size_t>());
+    for (std::string& warning : result.warnings) {
+        warning = child.readText();
+    }
+    child.wait();
+    return result;
+}
+
+/// The processes of a batch.
+class Pool {
+public:
+    Pool(const std::vector<BatchItem>& items, const std::function<BatchResult(const BatchItem&)>& work)
+        : items_(items), work_(work), results_(items.size()) {}
+
+    void start(std::size_t item) {
+        try {
+            running_.emplace(item, std::make_unique<ChildProcess>(
+                                       [this, item](PipeWriter& pipe) { sendResult(pipe, work_(items_[item])); }));
+        } catch (const std::runtime_error& error) {
+            results_[item].error = error.what();
+        }
+    }
+
+    /// Waits until one has something to say, and takes it.
+    void finishSome() {
+        std::vector<pollfd> inputs;
+        std::vector<std::size_t> items;
+        for (const auto& [item, child] : running_) {
+            inputs.push_back({child->descriptor(), POLLIN, 0});
+            items.push_back(item);
+        }
+        if (::poll(inputs.data(), inputs.size(), -1) < 0) {
+            return;
+        }
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            if (inputs[i].revents != 0) {
+                finish(items[i]);
+            }
+        }
+    }
+
+    [[nodiscard]] std::size_t running() const { return running_.size(); }
+    std::vector<BatchResult> takeResults() { return std::move(results_); }
+
+private:
+    void finish(std::size_t item) {
+        try {
+            results_[item] = receiveResult(*running_.at(item));
+        } catch (const ProcessError& error) {
+            results_[item].error = std::string("its process ") + error.what();
+        }
+        running_.erase(item);
+    }
+
+    const std::vector<BatchItem>& items_;
+    const std::function<BatchResult(const BatchItem&)>& work_;
+    std::map<std::size_t, std::unique_ptr<ChildProcess>> running_;
+    std::vector<BatchResult> results_;
+};
+
+} // namespace
+
+std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const fs::path& directory,
+                                   const std::string& extension) {
+    std::map<fs::path, std::string> inputFiles;
+    for (const std::string& input : inputs) {
+        inputFiles.emplace(fs::weakly_canonical(input), input);
+    }
+    std::vector<BatchItem> items;
+    std::map<fs::path, std::string> names;
+    for (const std::string& input : inputs) {
+        fs::path name = fs::path(input).filename();
+        name.replace_extension(extension);
+        const auto [other, isNew] = names.emplace(name, input);
+        if (!isNew) {
+            throw UsageError(other->second + " and " + input + " would both become " + (directory / name).string());
+        }
+        const auto clash = inputFiles.find(fs::weakly_canonical(directory / name));
+        if (clash != inputFiles.end()) {
+            throw UsageError("the output " + (directory / name).string() + " is the input " + clash->second);
+        }
+        items.push_back({input, directory / name});
+    }
+    return items;
+}
+
+std::vector<BatchResult> runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
+                                  const std::function<BatchResult(const BatchItem&)>& work,
+                                  const std::function<void(std::size_t)>& finished) {
+    Pool pool(items, work);
+    for (std::size_t next = 0; next < items.size() || pool.running() > 0;) {
+        while (next < items.size() && pool.running() < jobs) {
+            pool.start(next++);
+        }
+        finished(next - pool.running());
+        if (pool.running() > 0) {
+            pool.finishSome();
+        }
+    }
+    finished(items.size());
+    return pool.takeResults();
+}
+
+} // namespace vexa::tool
