@@ -163,6 +163,7 @@ TEST_F(ReportCommand, ShowsAPartAndSaysSo) {
     EXPECT_EQ(json["report"]["shownTriangles"], 50);
     EXPECT_EQ(json["total"]["triangles"], 128);
     EXPECT_THAT(page, HasSubstr("The picture shows a part"));
+    EXPECT_THAT(page, HasSubstr(" --show 50</code>"));
 }
 
 TEST_F(ReportCommand, DoesWithoutTriangles) {

@@ -52,6 +52,9 @@ PageTexts textsFor(const ReportArguments& arguments, const ReportFacts& facts) {
     PageTexts texts;
     texts.input = arguments.input;
     texts.command = commandLine("report", arguments.input, arguments.output, arguments.cut);
+    if (arguments.mostShown != PictureBuilder::mostTriangles) {
+        texts.command += " --show " + std::to_string(arguments.mostShown);
+    }
     texts.stripCommand = commandLine("strip", arguments.input, strips, arguments.cut);
     std::ostringstream json;
     printJson(json, reportJson(arguments.input, arguments.output, facts));

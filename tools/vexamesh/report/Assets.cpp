@@ -3,18 +3,26 @@
 #include <cstddef>
 
 // The assembler copies the files; a literal of this size would take the compiler longer than all other sources.
-#define EMBED_FILE(NAME, FILE)                                                                                         \
-    asm(".section .rodata\n"                                                                                           \
-        ".global " #NAME "\n" #NAME ":\n"                                                                              \
-        ".incbin \"" FILE "\"\n"                                                                                       \
-        ".global " #NAME "End\n" #NAME "End:\n"                                                                        \
-        ".byte 0\n"                                                                                                    \
-        ".previous\n");                                                                                                \
-    extern "C" const char NAME[];                                                                                      \
-    extern "C" const char NAME##End[]
+asm(".section .rodata\n"
+    ".global vexameshReportScript\n"
+    "vexameshReportScript:\n"
+    ".incbin \"" VEXAMESH_REPORT_SCRIPT "\"\n"
+    ".global vexameshReportScriptEnd\n"
+    "vexameshReportScriptEnd:\n"
+    ".global vexameshReportStyle\n"
+    "vexameshReportStyle:\n"
+    ".incbin \"" VEXAMESH_REPORT_STYLE "\"\n"
+    ".global vexameshReportStyleEnd\n"
+    "vexameshReportStyleEnd:\n"
+    ".byte 0\n"
+    ".previous\n");
 
-EMBED_FILE(vexameshReportScript, VEXAMESH_REPORT_SCRIPT);
-EMBED_FILE(vexameshReportStyle, VEXAMESH_REPORT_STYLE);
+extern "C" {
+extern const char vexameshReportScript[];
+extern const char vexameshReportScriptEnd[];
+extern const char vexameshReportStyle[];
+extern const char vexameshReportStyleEnd[];
+}
 
 namespace vexa::tool {
 
