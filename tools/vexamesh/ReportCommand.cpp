@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "CutArguments.h"
 #include "Errors.h"
+#include "Progress.h"
 #include "Report.h"
 #include "StripReport.h"
 #include "io/Files.h"
@@ -66,8 +67,12 @@ int runReport(const ReportArguments& arguments, const Streams& streams) {
     checkOutputName(arguments.output, ".html", arguments.input);
     Document document = loadDocument(std::filesystem::path(arguments.input));
     printWarnings(streams.err, document);
-    const ReportFacts facts = collectFacts(std::move(document), {settingsOf(arguments.cut), arguments.mostShown},
-                                           [](std::size_t, std::size_t) {});
+    Progress progress(streams.err);
+    ReportSettings settings{settingsOf(arguments.cut), arguments.mostShown};
+    settings.strip.onPass = [&](std::size_t done, std::size_t all) { progress.show("passes", done, all); };
+    const ReportFacts facts = collectFacts(
+        std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
+    progress.clear();
     const PageTexts texts = textsFor(arguments, facts);
     writeFile(arguments.output, writePage(texts, facts));
     if (arguments.json) {

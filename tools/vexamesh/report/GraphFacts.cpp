@@ -35,14 +35,17 @@ std::vector<bool> splitOffTriangles(const mesh::HalfEdgeGraph& graph, const std:
     return result;
 }
 
-void readPassRecord(const std::string& text, PassCosts& costs) {
+/// \return whether it is the record of a pass
+bool readPassRecord(const std::string& text, PassCosts& costs) {
     std::array<long long, 3> numbers{};
     // NOLINTNEXTLINE(cert-err34-c): a record of another kind is not counted, whatever numbers are in it
-    if (std::sscanf(text.c_str(), " cost/best/worst: %lld/%lld/%lld", &numbers[0], &numbers[1], &numbers[2]) == 3) {
-        costs.totals.push_back(numbers[0]);
-        costs.best = numbers[1];
-        costs.worst = numbers[2];
+    if (std::sscanf(text.c_str(), " cost/best/worst: %lld/%lld/%lld", &numbers[0], &numbers[1], &numbers[2]) != 3) {
+        return false;
     }
+    costs.totals.push_back(numbers[0]);
+    costs.best = numbers[1];
+    costs.worst = numbers[2];
+    return true;
 }
 
 } // namespace
@@ -54,7 +57,8 @@ void PassCosts::add(const PassCosts& other) {
     worst += other.worst;
 }
 
-GraphFacts describeGraph(const Primitive& primitive, const mesh::StripOptions& options, std::uint32_t iterations) {
+GraphFacts describeGraph(const Primitive& primitive, const mesh::StripOptions& options, std::uint32_t iterations,
+                         const std::function<void(std::size_t, std::size_t)>& onPass) {
     const std::vector<unsigned int> triangles = graphTriangles(primitive);
     GraphFacts facts;
     mesh::HalfEdgeGraph graph;
@@ -71,7 +75,11 @@ GraphFacts describeGraph(const Primitive& primitive, const mesh::StripOptions& o
             graph.clear();
             graph.addTriangles(drawn.data(), drawn.size());
         }
-        const LogCapture capture([&](const std::string& line) { readPassRecord(line, facts.passes); });
+        const LogCapture capture([&](const std::string& line) {
+            if (readPassRecord(line, facts.passes) && onPass) {
+                onPass(facts.passes.totals.size(), iterations);
+            }
+        });
         graph.calcOptPrim(iterations, options.buildStrips, options.buildFans, options.minFanTriangles,
                           options.allStrips);
     }

@@ -3,7 +3,9 @@
 #include "Stripping.h"
 #include "io/Document.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,8 @@ struct GraphFacts {
 };
 
 /// \param iterations passes to cut the graph with; with fewer than 2 it is not cut
-GraphFacts describeGraph(const Primitive& primitive, const mesh::StripOptions& options, std::uint32_t iterations);
+/// \param onPass     if set, it is told after each pass how many are done, and of how many
+GraphFacts describeGraph(const Primitive& primitive, const mesh::StripOptions& options, std::uint32_t iterations,
+                         const std::function<void(std::size_t, std::size_t)>& onPass = {});
 
 } // namespace vexa::tool

@@ -84,8 +84,7 @@ void writeHead(std::ostream& out, const std::string& title) {
 }
 
 void writeTop(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportFacts& facts) {
-    out << "<header>\n<p class=\"brand\">vexamesh report</p>\n<h1><bdi>" << escapeHtml(title)
-        << "</bdi></h1>\n";
+    out << "<header>\n<p class=\"brand\">vexamesh report</p>\n<h1><bdi>" << escapeHtml(title) << "</bdi></h1>\n";
     if (texts.input != title) {
         out << "<p class=\"path\"><bdi>" << escapeHtml(texts.input) << "</bdi></p>\n";
     }

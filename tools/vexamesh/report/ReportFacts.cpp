@@ -107,6 +107,8 @@ public:
                 }
             }
         }
+        // The passes were told of already.
+        settings_.strip.onPass = {};
         facts_.outcome = stripDocument(std::move(document_), settings_.strip, progress);
         describeCuts();
         facts_.picture = std::move(builder_.picture());
@@ -156,7 +158,7 @@ private:
         PrimitiveRow row;
         row.name = primitiveName(mesh, p);
         Pending pending{m, p, mesh::toTriangles(primitive.type, primitive.indices), {}, reader.read(m, primitive)};
-        GraphFacts graph = describeGraph(primitive, settings_.strip.options, iterations_);
+        GraphFacts graph = describeGraph(primitive, settings_.strip.options, iterations_, settings_.strip.onPass);
         row.triangles = pending.triangles.size() / 3;
         row.edges = countEdges(pending.triangles);
         row.splitOff = static_cast<std::size_t>(std::count(graph.isSplitOff.begin(), graph.isSplitOff.end(), true));
