@@ -36,11 +36,15 @@ process.on('exit', () => rmSync(directory, { recursive: true }));
 
 let runs = 0;
 
-/// Runs the tool and returns the file that it wrote.
-export function runTool(...args) {
-    const file = join(directory, `${++runs}.glb`);
+function runToolFor(extension, args) {
+    const file = join(directory, `${++runs}${extension}`);
     execFileSync(program, [...args, '-o', file], { stdio: ['ignore', 'ignore', 'inherit'] });
     return file;
+}
+
+/// Runs the tool and returns the file that it wrote.
+export function runTool(...args) {
+    return runToolFor('.glb', args);
 }
 
 /// What a model draws; an OBJ file, which `readGltf` can't read, is read by three.
@@ -53,7 +57,8 @@ function readShared(model, readGltf) {
     return readGltf(extname(model) === '.obj' ? runTool('merge', model) : model);
 }
 
-const joins = ['degenerate', 'none', 'restart'];
+const help = execFileSync(program, ['strip', '--help'], { encoding: 'utf8' });
+const joins = help.match(/--join TEXT:\{([^}]+)\}/)[1].split(',');
 
 const verbs = [
     ...joins.map((join) => ({
@@ -71,6 +76,17 @@ const verbs = [
     {
         name: 'strip --fans 5',
         args: (model) => ['strip', model, '--fans', '5'],
+        expected: readModel,
+    },
+    {
+        name: 'unstrip of strips in groups',
+        args: (model) => ['unstrip', runTool('strip', model, '--join', 'restart')],
+        expected: readModel,
+    },
+    {
+        name: 'unstrip of fans to .gltf',
+        args: (model) => ['unstrip', runTool('strip', model, '--fans', '5')],
+        extension: '.gltf',
         expected: readModel,
     },
     {
@@ -98,9 +114,9 @@ const verbs = [
 export const outputs = [...models, ...furtherModels].flatMap((model) =>
     verbs
         .filter(({ isFor = () => true }) => isFor(model))
-        .map(({ name, args, expected, change = (file) => file }) => ({
+        .map(({ name, args, expected, extension = '.glb', change = (file) => file }) => ({
             title: `${basename(model)}: ${name}`,
             model,
-            write: () => change(runTool(...args(model))),
+            write: () => change(runToolFor(extension, args(model))),
             expected: (readGltf) => expected(model, readGltf),
         })));

@@ -31,7 +31,7 @@ const ofChangedGroups = [/^information UNUSED_OBJECT at \/accessors\/\*$/];
 /// All that is to be said of groups of strips, which the validator does not know: that, and that it sees no use for the
 /// indices of the groups.
 function ofGroups(file) {
-    const groups = groupsOf(readGlb(file));
+    const groups = groupsOf(extname(file) === '.gltf' ? { json: JSON.parse(readFileSync(file)) } : readGlb(file));
     return groups.length === 0 ? [] : [
         'information UNSUPPORTED_EXTENSION at /extensionsUsed/0',
         ...groups.map(({ indices }) => `information UNUSED_OBJECT at /accessors/${indices}`),

@@ -104,6 +104,25 @@ TEST_F(UnstripCommand, GivesBackWhatStripTookWhateverTheJoin) {
     }
 }
 
+TEST_F(UnstripCommand, LeavesNoIndicesOfGroupsBehind) {
+    GltfModel model = modelOf({0, 1, 3, 4}, 5);
+    model.json["meshes"][0]["primitives"].push_back(model.primitive(0));
+    model.primitive(0, 1)["indices"] = model.addIndices({4, 5, 7, 8});
+    const int group = model.addIndices({0, 1, 3, 4, 65535, 4, 5, 7, 8});
+    const int translations = model.addAccessor<float>({0, 0, 0, 9, 9, 9}, 5126, "VEC3");
+    model.json["extensionsUsed"] = {"KHR_mesh_primitive_restart", "EXT_mesh_gpu_instancing"};
+    model.json["meshes"][0]["extensions"]["KHR_mesh_primitive_restart"]["primitiveGroups"] = {
+        {{"primitives", {0, 1}}, {"indices", group}}};
+    model.json["nodes"][0]["extensions"]["EXT_mesh_gpu_instancing"]["attributes"]["TRANSLATION"] = translations;
+    unstrip(model);
+    const Json json = Json::parse(glbJson(out));
+    EXPECT_EQ(json["accessors"].size(), 4u);
+    const Json& attributes = json["nodes"][0]["extensions"]["EXT_mesh_gpu_instancing"]["attributes"];
+    EXPECT_EQ(attributes["TRANSLATION"], translations - 1);
+    EXPECT_EQ(json["accessors"][3]["count"], 2);
+    EXPECT_EQ(outputIndices(), (std::vector<std::size_t>{0, 1, 3, 1, 4, 3}));
+}
+
 TEST_F(UnstripCommand, WritesTextFilesThatHoldTheirData) {
     modelOf({0, 1, 3, 4}, 5).writeGlb(in);
     const std::string text = (directory / "out.gltf").string();

@@ -121,8 +121,8 @@ std::vector<EdgeFigures> replaceByEdges(Document& document, bool borderOnly) {
         }
         result.push_back(std::move(figures));
     }
-    const UsedData usedBefore(document.asset.json);
     replaceIndices(document.asset, edits);
+    const UsedData usedBefore(document.asset.json);
     removePrimitives(document.asset.json, isEmpty);
     usedBefore.removeUnused(document.asset.json);
     return result;

@@ -10,7 +10,7 @@ namespace vexa::tool {
 
 namespace {
 
-// Their members refer to no accessor, buffer view or buffer (or as told at `collectKnown`).
+// Their members refer to no accessor, buffer view or buffer (or as told at `forEachKnownReference`).
 constexpr std::array SUPPORTED = {std::string_view("AGI_articulations"),
                                   std::string_view("AGI_stk_metadata"),
                                   std::string_view("CESIUM_primitive_outline"),
@@ -46,10 +46,10 @@ bool isCompression(std::string_view name) {
 }
 
 /// Calls `visit(name, content)` for each member of each "extensions" object. What extras hold is no part of glTF.
-template <typename Visit>
-void forEachExtension(const Json& value, const Visit& visit) {
+template <typename Value, typename Visit>
+void forEachExtension(Value& value, const Visit& visit) {
     if (value.is_array()) {
-        for (const Json& element : value) {
+        for (auto& element : value) {
             forEachExtension(element, visit);
         }
         return;
@@ -57,10 +57,12 @@ void forEachExtension(const Json& value, const Visit& visit) {
     if (!value.is_object()) {
         return;
     }
-    for (const auto& [key, member] : value.items()) {
+    for (auto item : value.items()) {
+        const std::string& key = item.key();
+        auto& member = item.value();
         if (key == "extensions" && member.is_object()) {
-            for (const auto& [name, content] : member.items()) {
-                visit(name, content);
+            for (auto extension : member.items()) {
+                visit(extension.key(), extension.value());
             }
         }
         if (key != "extras") {
@@ -86,22 +88,24 @@ bool namesBuffer(const Json& value) {
     return value.is_structured() && std::any_of(value.begin(), value.end(), namesBuffer);
 }
 
-void collectKnown(const std::string& name, const Json& content, std::set<std::size_t>& accessors) {
-    const auto add = [&](const Json& value) {
+/// Calls `visit(reference)` for each reference to an accessor that a supported extension holds.
+template <typename Value, typename Visit>
+void forEachKnownReference(const std::string& name, Value& content, const Visit& visit) {
+    const auto visitNumber = [&](auto& value) {
         if (value.is_number_unsigned()) {
-            accessors.insert(value.get<std::size_t>());
+            visit(value);
         }
     };
     if (name == "EXT_mesh_gpu_instancing" && content.is_object() && content.contains("attributes")) {
-        for (const Json& accessor : content["attributes"]) {
-            add(accessor);
+        for (auto& accessor : content["attributes"]) {
+            visitNumber(accessor);
         }
     } else if (name == "CESIUM_primitive_outline" && content.is_object() && content.contains("indices")) {
-        add(content["indices"]);
+        visitNumber(content["indices"]);
     } else if (name == restartExtension && content.is_object() && content.contains("primitiveGroups")) {
-        for (const Json& group : content["primitiveGroups"]) {
+        for (auto& group : content["primitiveGroups"]) {
             if (group.is_object() && group.contains("indices")) {
-                add(group["indices"]);
+                visitNumber(group["indices"]);
             }
         }
     }
@@ -140,7 +144,8 @@ ExtensionReferences collectExtensionReferences(const Json& document) {
     ExtensionReferences references;
     forEachExtension(document, [&](const std::string& name, const Json& content) {
         if (isSupportedExtension(name)) {
-            collectKnown(name, content, references.accessors);
+            forEachKnownReference(
+                name, content, [&](const Json& accessor) { references.accessors.insert(accessor.get<std::size_t>()); });
             return;
         }
         references.unknown = true;
@@ -150,6 +155,16 @@ ExtensionReferences collectExtensionReferences(const Json& document) {
         }
     });
     return references;
+}
+
+void renumberExtensionAccessors(Json& document, const std::vector<std::size_t>& numbers) {
+    forEachExtension(document, [&](const std::string& name, Json& content) {
+        forEachKnownReference(name, content, [&](Json& accessor) {
+            if (const auto number = accessor.get<std::size_t>(); number < numbers.size()) {
+                accessor = numbers[number];
+            }
+        });
+    });
 }
 
 } // namespace vexa::tool

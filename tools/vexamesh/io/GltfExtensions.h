@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vexa::tool {
 
@@ -25,5 +26,10 @@ struct ExtensionReferences {
 };
 
 ExtensionReferences collectExtensionReferences(const Json& document);
+
+/// Rewrites the references in `ExtensionReferences::accessors`.
+///
+/// \param numbers per accessor its new number
+void renumberExtensionAccessors(Json& document, const std::vector<std::size_t>& numbers);
 
 } // namespace vexa::tool

@@ -5,6 +5,7 @@
 #include "io/GltfCheck.h"
 #include "io/GltfExtensions.h"
 #include "io/PrimitiveRestart.h"
+#include "io/UnusedData.h"
 
 #include <algorithm>
 #include <map>
@@ -88,7 +89,7 @@ References collectReferences(const Json& json, const ExtensionReferences& extens
 class IndexEditor {
 public:
     IndexEditor(Asset& asset, const std::vector<IndexEdit>& edits)
-        : json_(asset.json), buffers_(asset.buffers), edits_(edits), oldGroups_(removeOldGroups()),
+        : json_(asset.json), buffers_(asset.buffers), edits_(edits), used_(json_), oldGroups_(removeOldGroups()),
           extensions_(collectExtensionReferences(json_)), references_(collectReferences(json_, extensions_)) {
         if (!extensions_.bufferUsers.empty()) {
             throw FormatError("the extension " + *extensions_.bufferUsers.begin() +
@@ -98,7 +99,6 @@ public:
 
     std::vector<EditedIndices> run() {
         findReplacedAccessors();
-        const std::set<std::size_t> viewsBefore = usedViews();
         for (const IndexEdit& edit : edits_) {
             placeEdit(edit);
         }
@@ -107,9 +107,7 @@ public:
         addGroups();
         reuseOldGroups();
         listRestartExtension(json_);
-        if (!extensions_.unknown) {
-            dropViews(viewsBefore);
-        }
+        removeUnused();
         return results_;
     }
 
@@ -148,7 +146,7 @@ private:
                !references_.otherAccessorUses[accessor];
     }
 
-    /// An accessor of a group that is gone cannot go, too, without renumbering others: it shows what another one does.
+    /// The indices of a group that is gone may be gone, too: where its accessor has to stay, it shows what another does.
     void reuseOldGroups() {
         for (std::size_t i = 0; i < references_.indexUses.size(); ++i) {
             if (isOldGroup(i)) {
@@ -170,20 +168,6 @@ private:
                 replaced_.insert(accessor);
             }
         }
-    }
-
-    std::set<std::size_t> usedViews() {
-        std::set<std::size_t> views;
-        for (const Json& accessor : arrayMember(json_, "accessors", "")) {
-            if (accessor.contains("bufferView")) {
-                views.insert(accessor["bufferView"].get<std::size_t>());
-            }
-            if (accessor.contains("sparse")) {
-                views.insert(accessor["sparse"]["indices"]["bufferView"].get<std::size_t>());
-                views.insert(accessor["sparse"]["values"]["bufferView"].get<std::size_t>());
-            }
-        }
-        return views;
     }
 
     /// A buffer view that holds nothing but indices can be written anew.
@@ -401,42 +385,16 @@ private:
         }
     }
 
-    /// Removes the buffer views that were used before and are no more.
-    void dropViews(const std::set<std::size_t>& before) {
-        const std::set<std::size_t> after = usedViews();
-        Json& views = json_["bufferViews"];
-        std::vector<std::size_t> newIndex(views.size());
-        Json kept = Json::array();
-        for (std::size_t i = 0; i < views.size(); ++i) {
-            newIndex[i] = kept.size();
-            const bool isImage = i < references_.otherViewUses.size() && references_.otherViewUses[i] && isImageView(i);
-            if (!before.contains(i) || after.contains(i) || isImage) {
-                kept.push_back(std::move(views[i]));
+    void removeUnused() {
+        const std::vector<std::size_t> numbers = used_.removeUnused(json_);
+        for (EditedIndices& result : results_) {
+            for (std::size_t& accessor : result.accessors) {
+                accessor = numbers[accessor];
+            }
+            if (result.group) {
+                result.group = numbers[*result.group];
             }
         }
-        views = std::move(kept);
-        const auto renumber = [&](Json& object) {
-            if (object.contains("bufferView")) {
-                object["bufferView"] = newIndex[object["bufferView"].get<std::size_t>()];
-            }
-        };
-        for (Json& accessor : json_["accessors"]) {
-            renumber(accessor);
-            if (accessor.contains("sparse")) {
-                renumber(accessor["sparse"]["indices"]);
-                renumber(accessor["sparse"]["values"]);
-            }
-        }
-        if (json_.contains("images")) {
-            std::for_each(json_["images"].begin(), json_["images"].end(), renumber);
-        }
-    }
-
-    bool isImageView(std::size_t view) {
-        const Json& images = arrayMember(json_, "images", "");
-        return std::any_of(images.begin(), images.end(), [&](const Json& image) {
-            return image.contains("bufferView") && image["bufferView"] == view;
-        });
     }
 
     static constexpr std::size_t newView = static_cast<std::size_t>(-1);
@@ -444,6 +402,7 @@ private:
     Json& json_;
     std::vector<Bytes>& buffers_;
     const std::vector<IndexEdit>& edits_;
+    UsedData used_;
     std::set<std::size_t> oldGroups_; ///< accessors of groups whose meshes are edited
     ExtensionReferences extensions_;
     References references_;

@@ -25,8 +25,8 @@ struct EditedIndices {
 };
 
 /// Gives primitives other indices, of the narrowest type that holds them. Index accessors that only edited primitives
-/// used give their places to the new ones, and buffer views without use go, so that nothing else is renumbered but
-/// buffer views; and not even these where an unknown extension might refer to them. Primitives that shared their
+/// used give their places to the new ones. What is without use after that, accessors of groups and buffer views, goes,
+/// and others are renumbered; but not where an unknown extension might refer to them. Primitives that shared their
 /// indices and become the same go on sharing them. The groups of `KHR_mesh_primitive_restart` that a mesh had go with
 /// its primitives.
 ///

@@ -2,7 +2,7 @@
 
 #include "io/GltfExtensions.h"
 
-#include <cstddef>
+#include <numeric>
 #include <utility>
 
 namespace vexa::tool {
@@ -70,8 +70,14 @@ std::vector<bool> usedElements(const Json& document, const char* array, const Fo
 }
 
 std::vector<bool> usedAccessors(const Json& document) {
-    return usedElements(document, "accessors",
-                        [](const Json& json, const auto& visit) { forEachAccessorReference(json, visit); });
+    std::vector<bool> used = usedElements(
+        document, "accessors", [](const Json& json, const auto& visit) { forEachAccessorReference(json, visit); });
+    for (const std::size_t accessor : collectExtensionReferences(document).accessors) {
+        if (accessor < used.size()) {
+            used[accessor] = true;
+        }
+    }
+    return used;
 }
 
 std::vector<bool> usedViews(const Json& document) {
@@ -104,18 +110,21 @@ std::vector<std::size_t> removeElements(Json& document, const char* array, const
 
 UsedData::UsedData(const Json& document) : accessors_(usedAccessors(document)), views_(usedViews(document)) {}
 
-void UsedData::removeUnused(Json& document) const {
-    const ExtensionReferences extensions = collectExtensionReferences(document);
-    if (extensions.unknown || !extensions.accessors.empty()) {
-        return;
+std::vector<std::size_t> UsedData::removeUnused(Json& document) const {
+    if (collectExtensionReferences(document).unknown) {
+        std::vector<std::size_t> same(arrayMember(document, "accessors", "").size());
+        std::iota(same.begin(), same.end(), std::size_t{0});
+        return same;
     }
     const auto renumberWith = [](const std::vector<std::size_t>& numbers) {
         return [&numbers](Json& reference) { reference = numbers[reference.get<std::size_t>()]; };
     };
-    const auto accessors = removeElements(document, "accessors", accessors_, usedAccessors(document));
+    std::vector<std::size_t> accessors = removeElements(document, "accessors", accessors_, usedAccessors(document));
     forEachAccessorReference(document, renumberWith(accessors));
-    const auto views = removeElements(document, "bufferViews", views_, usedViews(document));
+    renumberExtensionAccessors(document, accessors);
+    const std::vector<std::size_t> views = removeElements(document, "bufferViews", views_, usedViews(document));
     forEachViewReference(document, renumberWith(views));
+    return accessors;
 }
 
 } // namespace vexa::tool

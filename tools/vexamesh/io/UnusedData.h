@@ -2,6 +2,7 @@
 
 #include "io/Json.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace vexa::tool {
@@ -12,9 +13,11 @@ class UsedData {
 public:
     explicit UsedData(const Json& document);
 
-    /// Removes what is used no more, and renumbers the references to the rest. Does nothing when an extension of the
-    /// document may refer to an accessor or a buffer view by its number.
-    void removeUnused(Json& document) const;
+    /// Removes what is used no more, and renumbers the references to the rest. Where an unknown extension may refer to
+    /// something by its number, nothing is removed.
+    ///
+    /// \return per accessor its new number
+    std::vector<std::size_t> removeUnused(Json& document) const;
 
 private:
     std::vector<bool> accessors_;
