@@ -221,7 +221,7 @@ TEST_F(Spreading, ByGnuParallelAsTheReadmeSays) {
 TEST_F(Spreading, ByTheTaskOfAnArrayAsTheReadmeSays) {
     std::string task = readmeLine("sbatch");
     task = task.substr(task.find('\'') + 1);
-    task = task.substr(0, task.rfind('\''));
+    task.resize(task.rfind('\''));
     ASSERT_THAT(task, HasSubstr("SLURM_ARRAY_TASK_ID"));
     // Of the models only those without a space in their name can be listed a line each.
     const std::string list = "rm 'models/c d.glb'; ls models/* >models.txt; ";
