@@ -57,11 +57,11 @@ void forEachExtension(Value& value, const Visit& visit) {
     if (!value.is_object()) {
         return;
     }
-    for (auto item : value.items()) {
+    for (const auto& item : value.items()) {
         const std::string& key = item.key();
         auto& member = item.value();
         if (key == "extensions" && member.is_object()) {
-            for (auto extension : member.items()) {
+            for (const auto& extension : member.items()) {
                 visit(extension.key(), extension.value());
             }
         }
