@@ -13,15 +13,19 @@ const quiet = [
     '--force-color-profile=srgb',
 ];
 const softwareWebGl = ['--use-gl=angle', '--use-angle=swiftshader', '--enable-unsafe-swiftshader'];
+// Drawing in software takes its time where much else runs.
+const patience = 240000;
 const noWebGl = ['--disable-gpu', '--disable-3d-apis'];
 
 export function launch({ webGl = true } = {}) {
-    return chromium.launch({ executablePath: program, args: [...quiet, ...(webGl ? softwareWebGl : noWebGl)] });
+    const args = [...quiet, ...(webGl ? softwareWebGl : noWebGl)];
+    return chromium.launch({ executablePath: program, args, timeout: patience });
 }
 
 /// Opens a report; `said` collects what must not be said: messages, errors and requests of anything but the page.
 export async function open(browser, file, options = {}) {
     const page = await browser.newPage({ viewport: { width: 1280, height: 900 }, colorScheme: 'light', ...options });
+    page.setDefaultTimeout(patience);
     const url = `file://${file}`;
     page.said = [];
     page.on('console', (message) => page.said.push(`console ${message.type()}: ${message.text()}`));
