@@ -137,6 +137,28 @@ TEST_F(Batch, ADirectoryThatCannotBeMadeIsAnError) {
     EXPECT_THAT(strip({writeModel("a.glb")}, 3).err, HasSubstr("made/here: cannot be made"));
 }
 
+TEST_F(Batch, ARunThatWasKilledIsGoneOnWith) {
+    std::vector<std::string> inputs;
+    std::string names;
+    for (int i = 0; i < 30; ++i) {
+        inputs.push_back(writeModel("model" + std::to_string(i) + ".glb", 100));
+        names += " " + inputs.back();
+    }
+    const std::string directories = " -d " + out.string();
+    const std::string killed = std::string(VEXAMESH_PROGRAM) + " strip" + names + directories +
+                               " --jobs 2 >/dev/null & while [ ! -e " + (out / "model0.glb").string() +
+                               " ] && kill -0 $!; do :; done; kill -9 $!; wait $! 2>/dev/null";
+    EXPECT_NE(std::system(killed.c_str()), -1);
+    for (const std::string& name : outputs()) {
+        if (fs::path(name).extension() == ".glb") {
+            expectSameTriangles(directory / name, out / name);
+        }
+    }
+    inputs.emplace_back("--skip-existing");
+    EXPECT_THAT(strip(inputs).out, HasSubstr("there already\n"));
+    EXPECT_TRUE(fs::exists(out / "model29.glb"));
+}
+
 TEST(RunBatch, RunsAsManyAsAllowedAndKeepsTheirOrder) {
     std::vector<BatchItem> items;
     for (int i = 0; i < 20; ++i) {
