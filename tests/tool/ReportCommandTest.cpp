@@ -122,6 +122,23 @@ TEST_F(ReportCommand, CountsBorderAndNonManifoldEdgesAndWhatIsSplitOff) {
     EXPECT_THAT(page, HasSubstr("split off by the half-edge graph"));
 }
 
+TEST_F(ReportCommand, TellsCopiesOfATriangleApartWhenSomeAreSplitOff) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 0, 1, 0, 1, 0, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2}));
+    EXPECT_EQ(report(model)["report"]["primitives"][0]["splitOff"], 3);
+    // The numbers 2, 3 and 4.
+    EXPECT_THAT(page, HasSubstr("id=\"data-split-off\">AgAAAAMAAAAEAAAA<"));
+}
+
+TEST_F(ReportCommand, TakesAttributesWithLineFeedsInTheirNames) {
+    GltfModel model = gridModel(1, 1);
+    Json& attributes = model.primitive(0)["attributes"];
+    attributes["_one\ntwo"] = attributes["POSITION"];
+    report(model);
+    EXPECT_THAT(page, HasSubstr("_one two"));
+}
+
 TEST_F(ReportCommand, TellsTheCostOfEveryPass) {
     const Json passes = report(gridModel(9, 7), {"--iterations", "12"})["report"]["passes"];
     const auto costs = passes["costs"].get<std::vector<int>>();

@@ -27,6 +27,10 @@ TEST(ReportHtml, EscapesWhatMarkupIsMadeOf) {
     EXPECT_EQ(escapeHtml("Dreiecke \xc3\xa4"), "Dreiecke \xc3\xa4");
 }
 
+TEST(ReportHtml, ReplacesWhatIsNoUtf8) {
+    EXPECT_EQ(escapeHtml("a\xff z\xc3\xa4"), "a\xef\xbf\xbd z\xc3\xa4");
+}
+
 TEST(ReportHtml, KeepsAScriptElementOpen) {
     EXPECT_EQ(escapeScript("{\"name\":\"</script><!--\"}"), "{\"name\":\"\\u003c/script>\\u003c!--\"}");
 }

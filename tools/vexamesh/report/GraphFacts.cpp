@@ -14,23 +14,17 @@ namespace vexa::tool {
 
 namespace {
 
-/// The triangles of a graph that were split off, by their numbers. Degenerate ones are left out of the counting.
-std::vector<bool> splitOffTriangles(const mesh::HalfEdgeGraph& graph, const std::vector<unsigned int>& triangles) {
+/// Which triangles of a graph in a single chunk were split off, in the order in which they came, without degenerate ones.
+std::vector<bool> splitOffTriangles(const mesh::HalfEdgeGraph& graph) {
     std::vector<bool> result;
-    // Split-off triangles wait in the order in which they came, so that one walk over both finds them.
-    const mesh::HalfEdgeGraph::Triangle* waiting = graph.claimedTriangles.first;
-    const auto isNext = [&](const unsigned int* corners) {
-        return waiting != nullptr && waiting->halfEdge[0].vertex == corners[0] &&
-               waiting->halfEdge[1].vertex == corners[1] && waiting->halfEdge[2].vertex == corners[2];
-    };
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        const unsigned int* corners = &triangles[i];
-        if (corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0]) {
-            continue;
+    for (unsigned long i = 0; i < graph.pool.used; ++i) {
+        const mesh::HalfEdgeGraph::Triangle& triangle = graph.pool.chunks->triangles[i];
+        const std::uint32_t a = triangle.halfEdge[0].vertex;
+        const std::uint32_t b = triangle.halfEdge[1].vertex;
+        const std::uint32_t c = triangle.halfEdge[2].vertex;
+        if (a != b && b != c && c != a) {
+            result.push_back(triangle.state == mesh::HalfEdgeGraph::Triangle::splitOff);
         }
-        const bool isSplitOff = isNext(corners);
-        waiting = isSplitOff ? waiting->next : waiting;
-        result.push_back(isSplitOff);
     }
     return result;
 }
@@ -62,12 +56,13 @@ GraphFacts describeGraph(const Primitive& primitive, const mesh::StripOptions& o
     const std::vector<unsigned int> triangles = graphTriangles(primitive);
     GraphFacts facts;
     mesh::HalfEdgeGraph graph;
+    graph.reserve(0, static_cast<unsigned int>(triangles.size() / 3), 0);
     graph.addTriangles(triangles.data(), triangles.size());
     {
         const LogCapture capture([&](const std::string& line) { facts.lines.push_back(line); });
         graph.verify(false);
     }
-    facts.isSplitOff = splitOffTriangles(graph, triangles);
+    facts.isSplitOff = splitOffTriangles(graph);
     if (iterations > 1) {
         if (3 * facts.isSplitOff.size() < triangles.size()) {
             // Degenerate triangles would cost indices that no strip is written with.

@@ -1,5 +1,7 @@
 #include "report/Html.h"
 
+#include "io/Json.h"
+
 #include <algorithm>
 
 namespace vexa::tool {
@@ -11,12 +13,18 @@ bool isControl(char c) {
     return (value < 0x20 && c != '\n' && c != '\t') || value == 0x7f;
 }
 
+/// Text with U+FFFD for what is no UTF-8, which a file's name need not be.
+std::string asUtf8(std::string_view text) {
+    const std::string quoted = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+    return Json::parse(quoted).get<std::string>();
+}
+
 } // namespace
 
 std::string escapeHtml(std::string_view text) {
     std::string result;
     result.reserve(text.size());
-    for (const char c : text) {
+    for (const char c : asUtf8(text)) {
         switch (c) {
         case '&':
             result += "&amp;";

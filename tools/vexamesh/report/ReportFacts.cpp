@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <sstream>
+#include <string>
 #include <vexa/mesh/AttributeBufferDump.h>
 
 namespace vexa::tool {
@@ -22,6 +23,20 @@ namespace {
 constexpr std::uint32_t trialPasses = 16;
 /// Triangles up to which they are.
 constexpr std::size_t mostTrialTriangles = 300'000;
+
+/// Columns before a property's value in the dump of a buffer.
+constexpr std::size_t labelWidth = 29;
+
+/// The dump of a buffer, without what would break a line in its name.
+std::string dumpOf(const std::shared_ptr<mesh::AttributeBuffer>& buffer) {
+    std::ostringstream out;
+    mesh::detail::printAttributeBuffer(out, buffer, false);
+    std::string dump = out.str();
+    const auto name = dump.begin() + static_cast<std::ptrdiff_t>(dump.find('\n') + 1 + labelWidth);
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+    std::replace_if(name, name + static_cast<std::ptrdiff_t>(buffer->getAttributeName().size()), isControl, ' ');
+    return dump;
+}
 
 using Positions = std::shared_ptr<const std::vector<float>>;
 
@@ -134,14 +149,12 @@ private:
     void describeBuffers(std::size_t mesh, std::size_t index) {
         const mesh::MeshPtr primitive = toMesh(document_, document_.meshes[mesh].primitives[index]);
         for (unsigned long i = 0; i < primitive->getNumAttributeBuffers(); ++i) {
-            std::stringstream lines;
-            mesh::detail::printAttributeBuffer(lines, primitive->getAttributeBuffer(i), false);
+            std::istringstream lines(dumpOf(primitive->getAttributeBuffer(i)));
             BufferRow row{primitiveName(document_.meshes[mesh], index), {}};
             std::vector<std::string> properties;
             std::string line;
             std::getline(lines, line);
             constexpr std::size_t markWidth = 4;
-            constexpr std::size_t labelWidth = 29;
             while (std::getline(lines, line)) {
                 const std::string label = line.substr(markWidth, labelWidth - markWidth);
                 properties.push_back(label.substr(0, label.find_last_not_of(' ') + 1));
