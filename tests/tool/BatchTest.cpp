@@ -86,6 +86,17 @@ TEST_F(Batch, GoesOnAfterABadFileAndEndsWithOne) {
     EXPECT_EQ(result.err, "vexamesh: 2 of 4 files failed\n");
 }
 
+TEST_F(Batch, GoesOnAfterANameThatLeadsNowhere) {
+    const fs::path loop = directory / "loop.glb";
+    fs::create_symlink("loop.glb", loop);
+    const ProcessResult result =
+        strip({loop.string(), (directory / (std::string(300, 'n') + ".glb")).string(), writeModel("a.glb")}, 1);
+    EXPECT_THAT(outputs(), ElementsAre("a.glb"));
+    EXPECT_THAT(result.out, HasSubstr("Too many levels of symbolic links\n"));
+    EXPECT_THAT(result.out, HasSubstr("File name too long\n"));
+    EXPECT_EQ(result.err, "vexamesh: 2 of 3 files failed\n");
+}
+
 TEST_F(Batch, SkipExistingDoesOnlyWhatIsMissing) {
     const std::string a = writeModel("a.glb");
     const std::string b = writeModel("b.glb");

@@ -95,13 +95,23 @@ private:
     std::vector<BatchResult> results_;
 };
 
+/// The file that a path leads to, as far as it leads anywhere.
+fs::path resolved(const fs::path& path) {
+    std::error_code error;
+    fs::path file = fs::weakly_canonical(path, error);
+    if (error) {
+        file = fs::absolute(path, error).lexically_normal();
+    }
+    return file;
+}
+
 } // namespace
 
 std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const fs::path& directory,
                                    const std::string& extension) {
     std::map<fs::path, std::string> inputFiles;
     for (const std::string& input : inputs) {
-        inputFiles.emplace(fs::weakly_canonical(input), input);
+        inputFiles.emplace(resolved(input), input);
     }
     std::vector<BatchItem> items;
     std::map<fs::path, std::string> names;
@@ -112,7 +122,7 @@ std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const
         if (!isNew) {
             throw UsageError(other->second + " and " + input + " would both become " + (directory / name).string());
         }
-        const auto clash = inputFiles.find(fs::weakly_canonical(directory / name));
+        const auto clash = inputFiles.find(resolved(directory / name));
         if (clash != inputFiles.end()) {
             throw UsageError("the output " + (directory / name).string() + " is the input " + clash->second);
         }
