@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -208,6 +210,40 @@ TEST(RunBatch, ACrashFailsNothingButItsItem) {
     EXPECT_EQ(results[1].state, BatchResult::State::Failed);
     EXPECT_EQ(results[1].error, "its process crashed (Segmentation fault)");
     EXPECT_EQ(results[2].state, BatchResult::State::Done);
+}
+
+/// Leaves this process that many more descriptors, as long as it lives.
+class FewDescriptors {
+public:
+    explicit FewDescriptors(rlim_t count) {
+        ::getrlimit(RLIMIT_NOFILE, &before_);
+        const int next = ::dup(STDOUT_FILENO);
+        ::close(next);
+        const rlimit few{static_cast<rlim_t>(next) + count, before_.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+    }
+    FewDescriptors(const FewDescriptors&) = delete;
+    FewDescriptors& operator=(const FewDescriptors&) = delete;
+    ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+
+private:
+    rlimit before_{};
+};
+
+TEST(RunBatch, MoreJobsThanTheMachineAllowsWaitForOneAnother) {
+    const FewDescriptors few(10);
+    const auto results = vexa::tool::runBatch(
+        std::vector<BatchItem>(40), 40,
+        [](const BatchItem&) {
+            BatchResult result;
+            result.state = BatchResult::State::Done;
+            return result;
+        },
+        [](std::size_t) {});
+    ASSERT_EQ(results.size(), 40u);
+    for (const BatchResult& result : results) {
+        EXPECT_EQ(result.state, BatchResult::State::Done) << result.error;
+    }
 }
 
 /// The line of the README that begins with a word, to be run as it stands there.

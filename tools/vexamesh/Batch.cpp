@@ -49,13 +49,18 @@ public:
     Pool(const std::vector<BatchItem>& items, const std::function<BatchResult(const BatchItem&)>& work)
         : items_(items), work_(work), results_(items.size()) {}
 
-    void start(std::size_t item) {
+    /// \return false: there is room for it when another one has ended
+    bool start(std::size_t item) {
         try {
             running_.emplace(item, std::make_unique<ChildProcess>(
                                        [this, item](PipeWriter& pipe) { sendResult(pipe, work_(items_[item])); }));
         } catch (const std::runtime_error& error) {
+            if (!running_.empty()) {
+                return false;
+            }
             results_[item].error = error.what();
         }
+        return true;
     }
 
     /// Waits until one has something to say, and takes it.
@@ -136,8 +141,8 @@ std::vector<BatchResult> runBatch(const std::vector<BatchItem>& items, std::size
                                   const std::function<void(std::size_t)>& finished) {
     Pool pool(items, work);
     for (std::size_t next = 0; next < items.size() || pool.running() > 0;) {
-        while (next < items.size() && pool.running() < jobs) {
-            pool.start(next++);
+        while (next < items.size() && pool.running() < jobs && pool.start(next)) {
+            ++next;
         }
         finished(next - pool.running());
         if (pool.running() > 0) {
