@@ -1,7 +1,7 @@
 // The tool, the models of its demo and some more, and what it makes of each of them.
 
 import { execFileSync } from 'node:child_process';
-import { mkdtempSync, readFileSync, rmSync } from 'node:fs';
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { basename, extname, join } from 'node:path';
 import { edges, mirrored } from './geometry.js';
@@ -31,6 +31,9 @@ export const models = modelsOf(setting('VEXAMESH_DEMO_MODELS'));
 /// Small ones, with what those of the demo have not: strips, fans, skins, morph targets, files beside them.
 const furtherModels = modelsOf(new URL('models.txt', import.meta.url));
 
+/// In formats that only the tool reads here.
+export const otherModels = modelsOf(new URL('otherModels.txt', import.meta.url));
+
 const directory = mkdtempSync(join(tmpdir(), 'vexamesh-clients-'));
 process.on('exit', () => rmSync(directory, { recursive: true }));
 
@@ -39,6 +42,13 @@ let runs = 0;
 function runToolFor(extension, args) {
     const file = join(directory, `${++runs}${extension}`);
     execFileSync(program, [...args, '-o', file], { stdio: ['ignore', 'ignore', 'inherit'] });
+    return file;
+}
+
+/// A model of a test's own.
+export function writeModel(name, text) {
+    const file = join(directory, name);
+    writeFileSync(file, text);
     return file;
 }
 

@@ -2,13 +2,13 @@
 
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
-import { dirname, extname, join } from 'node:path';
+import { basename, dirname, extname, join } from 'node:path';
 import { test } from 'node:test';
 import validator from 'gltf-validator';
 import { triangleDamages, withUnknownMember } from './damage.js';
 import { readGlb } from './glb.js';
 import { groupsOf } from './restart.js';
-import { models, outputs, runTool } from './tool.js';
+import { models, otherModels, outputs, runTool, writeModel } from './tool.js';
 
 const severities = ['error', 'warning', 'information', 'hint'];
 
@@ -53,8 +53,10 @@ async function remarks(file) {
 /// Where numbers do not count: a primitive may become many.
 const withoutNumbers = (remark) => remark.replace(/\/\d+/g, '/*');
 
+const isGltf = (file) => ['.glb', '.gltf'].includes(extname(file));
+
 async function check(file, model, allowed = []) {
-    const before = extname(model) === '.obj' ? [] : (await remarks(model)).map(withoutNumbers);
+    const before = isGltf(model) ? (await remarks(model)).map(withoutNumbers) : [];
     const after = await remarks(file);
     const expected = ofGroups(file);
     assert.deepEqual(before.filter((remark) => remark.startsWith('error')), []);
@@ -71,6 +73,41 @@ for (const { title, model, write } of outputs) {
     ];
     test(title, () => check(write(), model, allowed));
 }
+
+for (const model of otherModels) {
+    test(`${basename(model)}: strip`, () => check(runTool('strip', model), model, ofObjModels));
+}
+
+const ply = `ply
+format ascii 1.0
+element vertex 3
+property float x
+property float y
+property float z
+property float u
+property float v
+property float red
+property float green
+property float blue
+element face 1
+property list uchar int vertex_indices
+end_header
+`;
+
+test('colours beyond their range', () => {
+    const model = writeModel('beyond.ply', `${ply}0 0 0 0 0 -5 0 0\n1 0 0 1 0 7 1 0\n0 1 0 0 1 0 0 1\n3 0 1 2\n`);
+    return check(runTool('strip', model), model, ofObjModels);
+});
+
+test('colours and texture coordinates that are no numbers', () => {
+    const model = writeModel('nan.ply', `${ply}0 0 0 nan 0 0 0 0\n1 0 0 1 0 nan 1 0\n0 1 0 0 1 0 0 1\n3 0 1 2\n`);
+    return check(runTool('strip', model), model);
+});
+
+test('colours of bytes in text', () => {
+    const model = writeModel('bytes.off', 'COFF\n3 1 0\n0 0 0 255 0 0 255\n1 0 0 0 51 0 255\n0 1 0 0 0 9 255\n3 0 1 2\n');
+    return check(runTool('strip', model), model);
+});
 
 test('notices an index without a vertex', async () => {
     await check(runTool('merge', models[1]), models[1], ofObjModels);

@@ -108,6 +108,44 @@ TEST_F(OtherFormats, NormalsWithoutDirectionAreLeftOutWithAWarning) {
     EXPECT_FALSE(loadModel(out).meshes[0].primitives[0].attributes.contains("NORMAL"));
 }
 
+/// The square with a colour and texture coordinates of its first vertex.
+std::string withFirstVertex(const std::string& color, const std::string& texcoord = "0 0") {
+    std::string text = plyQuad;
+    for (std::size_t at = 0; (at = text.find("uchar ", at)) != std::string::npos && at < text.find("element face");) {
+        text.replace(at, 5, "float");
+    }
+    return text.replace(text.find("0 0 0 0 0 2 0 0 255 0 0"), 23, "0 0 0 0 0 2 " + texcoord + " " + color);
+}
+
+TEST_F(OtherFormats, ColoursAndTexcoordsThatAreNotFiniteAreLeftOutWithAWarning) {
+    for (const auto& [text, name, kept, warning] :
+         {std::tuple(withFirstVertex("nan 0 0"), "COLOR_0", "TEXCOORD_0", "colours are left out"),
+          std::tuple(withFirstVertex("0 0 1e99"), "COLOR_0", "TEXCOORD_0", "colours are left out"),
+          std::tuple(withFirstVertex("0 0 0", "0 nan"), "TEXCOORD_0", "COLOR_0", "texture coordinates are left out")}) {
+        const ProcessResult result = runForked({"strip", write("a.ply", text), "-o", out});
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_THAT(result.err, HasSubstr(warning));
+        EXPECT_FALSE(loadModel(out).meshes[0].primitives[0].attributes.contains(name));
+        EXPECT_TRUE(loadModel(out).meshes[0].primitives[0].attributes.contains(kept));
+    }
+}
+
+TEST_F(OtherFormats, ColoursOfPlyStayBetweenZeroAndOne) {
+    const std::vector<double> colors = valuesOf(load("a.ply", withFirstVertex("-5 0.25 7")), "COLOR_0");
+    EXPECT_EQ(std::vector<double>(colors.begin(), colors.begin() + 4), (std::vector<double>{0, 0.25, 1, 1}));
+}
+
+TEST_F(OtherFormats, ColoursOfOffAreFractionsOrBytes) {
+    const auto colorsOf = [&](const std::string& second) {
+        const std::vector<double> colors = valuesOf(
+            load("a.off", "COFF\n3 1 0\n0 0 0 0 1 0 1\n1 0 0 " + second + "\n1 1 0 0 0 0 1\n3 0 1 2\n"), "COLOR_0");
+        return std::vector<double>(colors.begin(), colors.begin() + 8);
+    };
+    EXPECT_EQ(colorsOf("0.5 1 0 0"), (std::vector<double>{0, 1, 0, 1, 0.5, 1, 0, 0}));
+    EXPECT_EQ(colorsOf("255 51 0 1"), (std::vector<double>{0, 1.F / 255, 0, 1, 1, 0.2F, 0, 1}));
+    EXPECT_EQ(colorsOf("255 51 0 102"), (std::vector<double>{0, 1.F / 255, 0, 1.F / 255, 1, 0.2F, 0, 0.4F}));
+}
+
 /// A binary PLY file of one triangle.
 std::string binaryPly(bool bigEndian, unsigned int vertices = 3) {
     std::string data;

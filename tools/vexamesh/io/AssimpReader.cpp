@@ -5,6 +5,7 @@
 #include "io/LoaderChecks.h"
 #include "io/Polygon.h"
 
+#include <algorithm>
 #include <array>
 #include <assimp/Importer.hpp>
 #include <assimp/importerdesc.h>
@@ -138,40 +139,71 @@ void addNormals(const aiMesh& mesh, std::vector<NewAttribute>& attributes, std::
     attributes.push_back({"NORMAL", vectors(normals)});
 }
 
-void addColors(const aiMesh& mesh, std::vector<NewAttribute>& attributes) {
+bool areFinite(const std::vector<float>& values) {
+    return std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); });
+}
+
+/// Colours with a component above 1 count to 255. Alpha goes by itself: 1 may be all of it.
+void scaleBytes(std::vector<float>& colors) {
+    std::array<float, 2> largest{};
+    for (std::size_t i = 0; i < colors.size(); ++i) {
+        float& value = largest[i % 4 / 3];
+        value = std::max(value, colors[i]);
+    }
+    for (std::size_t i = 0; i < colors.size(); ++i) {
+        colors[i] = largest[i % 4 / 3] > 1 ? colors[i] / 255 : colors[i];
+    }
+}
+
+void addColors(const aiMesh& mesh, bool mayBeBytes, std::vector<NewAttribute>& attributes,
+               std::vector<std::string>& warnings) {
     std::vector<float> colors;
     for (const aiColor4D& color : std::span(mesh.mColors[0], mesh.mNumVertices)) {
         colors.insert(colors.end(), {color.r, color.g, color.b, color.a});
     }
+    if (!areFinite(colors)) {
+        warnings.emplace_back("colours are left out: some of them are not finite");
+        return;
+    }
+    if (mayBeBytes) {
+        scaleBytes(colors);
+    }
+    for (float& component : colors) {
+        component = std::clamp(component, 0.F, 1.F);
+    }
     attributes.push_back({"COLOR_0", floatValues("VEC4", colors)});
 }
 
-void addTexcoords(const aiMesh& mesh, std::vector<NewAttribute>& attributes) {
+void addTexcoords(const aiMesh& mesh, std::vector<NewAttribute>& attributes, std::vector<std::string>& warnings) {
     std::vector<float> texcoords;
     for (const aiVector3D& texcoord : std::span(mesh.mTextureCoords[0], mesh.mNumVertices)) {
         // glTF counts from the upper edge of a picture.
         texcoords.insert(texcoords.end(), {texcoord.x, 1 - texcoord.y});
     }
+    if (!areFinite(texcoords)) {
+        warnings.emplace_back("texture coordinates are left out: some of them are not finite");
+        return;
+    }
     attributes.push_back({"TEXCOORD_0", floatValues("VEC2", texcoords)});
 }
 
-std::vector<NewAttribute> attributesOf(const aiMesh& mesh, std::vector<std::string>& warnings) {
+std::vector<NewAttribute> attributesOf(const aiMesh& mesh, bool isOff, std::vector<std::string>& warnings) {
     std::vector<NewAttribute> attributes{{"POSITION", vectors(positionsOf(mesh))}};
     if (mesh.HasNormals()) {
         addNormals(mesh, attributes, warnings);
     }
     if (mesh.HasTextureCoords(0)) {
-        addTexcoords(mesh, attributes);
+        addTexcoords(mesh, attributes, warnings);
     }
     if (mesh.HasVertexColors(0)) {
-        addColors(mesh, attributes);
+        addColors(mesh, isOff, attributes, warnings);
     }
     return attributes;
 }
 
-std::vector<NewPrimitive> primitivesOf(const aiMesh& mesh, std::vector<std::string>& warnings) {
+std::vector<NewPrimitive> primitivesOf(const aiMesh& mesh, bool isOff, std::vector<std::string>& warnings) {
     Faces faces = facesOf(mesh, positionsOf(mesh));
-    const std::vector<NewAttribute> attributes = attributesOf(mesh, warnings);
+    const std::vector<NewAttribute> attributes = attributesOf(mesh, isOff, warnings);
     std::vector<NewPrimitive> primitives;
     for (auto& [type, indices] :
          {std::pair(mesh::TRIANGLES, std::move(faces.triangles)), std::pair(mesh::LINES, std::move(faces.lines)),
@@ -230,7 +262,7 @@ Asset readWithAssimp(const Bytes& content, const std::string& extension) {
     for (const aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes)) {
         std::vector<NewPrimitive> primitives;
         if (!isStl) {
-            primitives = primitivesOf(*mesh, warnings);
+            primitives = primitivesOf(*mesh, extension == ".off", warnings);
         } else if (mesh->mNumFaces > 0) {
             primitives.push_back(weld(*mesh));
             if (mesh->HasVertexColors(0)) {
