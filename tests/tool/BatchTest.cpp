@@ -261,6 +261,7 @@ public:
         for (const char* name : {"models/a.glb", "models/b.glb", "models/c d.glb"}) {
             writeModel(name);
         }
+        writeText(directory / "models" / "notes.txt", "no model");
         const std::string tools = fs::path(VEXAMESH_PROGRAM).parent_path().string();
         const std::string line = "cd '" + directory.path().string() + "' && export HOME=\"$PWD\" PATH='" + tools +
                                  "':\"$PATH\" && { " + command + "; } >log 2>&1";
@@ -287,17 +288,28 @@ TEST_F(Spreading, ByGnuParallelAsTheReadmeSays) {
     expectSameTriangles(directory / "models" / "a.glb", directory / "strips" / "a.glb");
 }
 
-TEST_F(Spreading, ByTheTaskOfAnArrayAsTheReadmeSays) {
+TEST_F(Spreading, ByTheTasksOfAnArrayAsTheReadmeSays) {
     std::string task = readmeLine("sbatch");
     task = task.substr(task.find('\'') + 1);
     task.resize(task.rfind('\''));
     ASSERT_THAT(task, HasSubstr("SLURM_ARRAY_TASK_ID"));
-    // Of the models only those without a space in their name can be listed a line each.
-    const std::string list = "rm 'models/c d.glb'; ls models/* >models.txt; ";
-    EXPECT_EQ(runThere(list + "export SLURM_ARRAY_TASK_COUNT=2 SLURM_ARRAY_TASK_ID=1; " + task), 0)
-        << readText(directory / "log");
+    const auto run = [&](const std::string& id) {
+        return runThere("ls models/*.glb >models.txt; export SLURM_ARRAY_TASK_COUNT=5 SLURM_ARRAY_TASK_ID=" + id +
+                        "; " + task);
+    };
+    EXPECT_EQ(run("1"), 0) << readText(directory / "log");
     EXPECT_THAT(made(), ElementsAre("a.glb"));
-    EXPECT_EQ(runThere(list + "export SLURM_ARRAY_TASK_COUNT=2 SLURM_ARRAY_TASK_ID=0; " + task), 0);
+    EXPECT_EQ(run("3"), 0) << readText(directory / "log");
+    EXPECT_EQ(run("4"), 0) << "there is nothing for it: " << readText(directory / "log");
+    EXPECT_THAT(made(), ElementsAre("a.glb", "c d.glb"));
+}
+
+TEST_F(Spreading, ByTheRuleOfMakeAsTheReadmeSays) {
+    const std::string readme = readText(fs::path(VEXAMESH_SOURCES) / "README.md");
+    const std::size_t begin = readme.find("```make\n");
+    ASSERT_NE(begin, std::string::npos);
+    writeText(directory / "Makefile", readme.substr(begin + 8, readme.find("```", begin + 8) - begin - 8));
+    EXPECT_EQ(runThere("make strips/a.glb strips/b.glb"), 0) << readText(directory / "log");
     EXPECT_THAT(made(), ElementsAre("a.glb", "b.glb"));
 }
 

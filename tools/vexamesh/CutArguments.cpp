@@ -5,7 +5,7 @@ namespace vexa::tool {
 void addCutOptions(CLI::App& command, CutArguments& arguments) {
     command
         .add_option("--iterations", arguments.iterations,
-                    "Passes: more of them search for fewer indices, and never end with more")
+                    "Passes: more of them search for fewer indices, and never end with more than one pass")
         ->check(CLI::Range(1U, 4294967295U))
         ->capture_default_str();
     command.add_option("--fans", arguments.fans, "Make fans around vertices with at least MIN triangles")

@@ -28,7 +28,8 @@ Strips, fans and lists of triangles become strips; everything else in a glTF fil
 written the output is read back and its triangles are compared with those of the input.
 
 Of many files one that fails does not keep the others from being done; the program ends with 1 then. A file is written
-as a whole or not at all, so that --skip-existing can go on where an earlier run was ended.)";
+as a whole or not at all, so that --skip-existing can go on where an earlier run was ended. What a killed run may leave
+beside it has six more letters, as model.glb.AbCdEf, and can be removed.)";
 
 struct StripArguments {
     std::vector<std::string> inputs;
