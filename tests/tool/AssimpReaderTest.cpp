@@ -199,6 +199,8 @@ TEST_F(OtherFormats, BrokenPlyIsRefused) {
     std::string notFinite = plyQuad;
     notFinite.replace(notFinite.find("\n1 0 0 "), 7, "\n1 nan 0 ");
     expectRefused("e.ply", notFinite, "vertex 1 is not finite");
+    expectRefused("h.ply", "ply\nformat ascii 1.0\nelement vertex 4000000000\nend_header\n",
+                  "announces 4000000000 entries of the element vertex, but no property of them");
     const std::string binary = binaryPly(false);
     expectRefused("f.ply", binary.substr(0, binary.size() - 1), "the element face, 0 are there");
 }

@@ -176,7 +176,11 @@ void checkPly(const Bytes& content) {
     }
     Walker walker(text.substr(header->size), header->encoding);
     for (const Element& element : header->elements) {
-        for (std::uint64_t i = 0; i < element.count && !element.properties.empty(); ++i) {
+        if (element.count > 0 && element.properties.empty()) {
+            throw FormatError("is broken: the header announces " + std::to_string(element.count) +
+                              " entries of the element " + element.name + ", but no property of them");
+        }
+        for (std::uint64_t i = 0; i < element.count; ++i) {
             if (!walker.passEntry(element)) {
                 throw FormatError("is cut off: the header announces " + std::to_string(element.count) +
                                   " entries of the element " + element.name + ", " + std::to_string(i) + " are there");
