@@ -260,7 +260,11 @@ TEST_F(OtherFormats, WeldingGoesByBits) {
 }
 
 TEST_F(OtherFormats, BrokenStlIsRefused) {
-    expectRefused("a.stl", "solid\n", "cannot be read: ");
+    expectRefused("a.stl", "solid\nendsolid\n", "holds no meshes");
+    expectRefused("g.stl", "solid square\n", "is cut off: 0 facets would take 84 bytes, 13 are there");
+    const std::string cut = "is cut off: no \"endsolid\" comes after its last facet";
+    expectRefused("h.stl", stlSquare.substr(0, stlSquare.find("facet normal", 40)), cut);
+    expectRefused("i.stl", stlSquare + stlSquare.substr(0, stlSquare.find("endsolid")), cut);
     expectRefused("b.stl", stlSquare.substr(0, stlSquare.find("endfacet")), "is cut off inside a facet");
     std::string twoCorners = stlSquare;
     twoCorners.erase(twoCorners.find("    vertex 1 0 0\n"), 17);
@@ -273,12 +277,35 @@ TEST_F(OtherFormats, BrokenStlIsRefused) {
     expectRefused("f.stl", binaryStl({0, 0, 0, 1, 0, 0, 1, INFINITY, 0}), "vertex 2 is not finite");
 }
 
+TEST_F(OtherFormats, WordsOfTextStlMayBeCapitalsAfterBlanks) {
+    std::string text = "\r\n \t" + stlSquare;
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
+    const Document document = load("a.stl", text);
+    EXPECT_EQ(document.meshes[0].name, "SQUARE");
+    EXPECT_EQ(document.meshes[0].primitives[0].indices, (std::vector<unsigned int>{0, 1, 2, 0, 2, 3}));
+}
+
+TEST_F(OtherFormats, BinaryStlMayBeginWithTheWordOfText) {
+    std::string file = binaryStl({0, 0, 0, 1, 0, 0, 1, 1, 0});
+    file.replace(0, 12, "solid facet\n");
+    EXPECT_EQ(load("a.stl", file).meshes[0].primitives[0].vertices, 3u);
+    expectRefused("b.stl", file.substr(0, 100), "is cut off: 1 facets would take 134 bytes, 100 are there");
+    expectRefused("c.stl", file + "more", "4 bytes follow the 1 facets that it announces");
+}
+
 TEST_F(OtherFormats, PolygonsOfOffBecomeTriangles) {
     const Document document =
         load("a.off", "OFF # a roof\n5 2 0\n0 0 0\n1 0 0\n1 1 0 # a corner\n0 1 0\n0.5 0.5 1\n4 0 1 2 3\n3 0 1 4\n");
     EXPECT_EQ(document.format, "OFF");
     EXPECT_EQ(document.meshes[0].primitives[0].indices, (std::vector<unsigned int>{0, 1, 2, 0, 2, 3, 0, 1, 4}));
     EXPECT_EQ(document.meshes[0].primitives[0].vertices, 5u);
+}
+
+TEST_F(OtherFormats, CommentsOfOffMayStandAnywhere) {
+    const Document document = load("a.off", "# m\nOFF # m\n # m\n3 1 0#m\n0 0 0\r\n# m\n \n1 0 0\t# m\n\n1 1 0\n"
+                                            "#m\n3 0 1 2 # m\n# m");
+    EXPECT_EQ(valuesOf(document, "POSITION"), (std::vector<double>{0, 0, 0, 1, 0, 0, 1, 1, 0}));
+    EXPECT_EQ(document.meshes[0].primitives[0].indices, (std::vector<unsigned int>{0, 1, 2}));
 }
 
 TEST_F(OtherFormats, BrokenOffIsRefused) {

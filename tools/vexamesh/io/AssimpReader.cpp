@@ -14,6 +14,7 @@
 #include <cmath>
 #include <new>
 #include <numeric>
+#include <optional>
 #include <span>
 #include <unordered_map>
 
@@ -29,6 +30,18 @@ void registerOnly(Assimp::Importer& importer, const std::string& name) {
             importer.UnregisterLoader(other);
         }
     }
+}
+
+/// \return what to load instead of the content
+std::optional<Bytes> check(const Bytes& content, const std::string& extension) {
+    if (extension == ".stl") {
+        return checkStl(content);
+    }
+    if (extension == ".off") {
+        return checkOff(content);
+    }
+    checkPly(content);
+    return std::nullopt;
 }
 
 const aiScene& load(Assimp::Importer& importer, const Bytes& content, const std::string& name) {
@@ -254,9 +267,9 @@ NewPrimitive weld(const aiMesh& mesh) {
 
 Asset readWithAssimp(const Bytes& content, const std::string& extension) {
     const bool isStl = extension == ".stl";
-    isStl ? checkStl(content) : extension == ".ply" ? checkPly(content) : checkOff(content);
+    const std::optional<Bytes> changed = check(content, extension);
     Assimp::Importer importer;
-    const aiScene& scene = load(importer, content, extension.substr(1));
+    const aiScene& scene = load(importer, changed ? *changed : content, extension.substr(1));
     AssetBuilder builder;
     std::vector<std::string> warnings;
     for (const aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes)) {

@@ -10,6 +10,10 @@ namespace vexa::tool {
 
 namespace {
 
+std::vector<std::string_view>::const_iterator findComment(const std::vector<std::string_view>& words) {
+    return std::find_if(words.begin(), words.end(), [](std::string_view word) { return word.starts_with('#'); });
+}
+
 class OffWalker {
 public:
     explicit OffWalker(const Bytes& content) : lines_(content) {}
@@ -49,9 +53,7 @@ private:
     /// The words of the next line with any, without its comment.
     std::vector<std::string_view> nextLine(const std::string& what) {
         while (auto words = lines_.next()) {
-            const auto comment =
-                std::find_if(words->begin(), words->end(), [](std::string_view word) { return word.starts_with('#'); });
-            words->erase(comment, words->end());
+            words->erase(findComment(*words), words->end());
             if (!words->empty()) {
                 return *words;
             }
@@ -84,10 +86,25 @@ private:
     TextLines lines_;
 };
 
+Bytes withoutComments(const Bytes& content) {
+    Bytes result;
+    result.reserve(content.size() + 1);
+    TextLines lines(content);
+    while (const auto words = lines.next()) {
+        const auto comment = findComment(*words);
+        if (comment != words->begin()) {
+            result.insert(result.end(), words->front().begin(), (comment - 1)->end());
+            result.push_back('\n');
+        }
+    }
+    return result;
+}
+
 } // namespace
 
-void checkOff(const Bytes& content) {
+Bytes checkOff(const Bytes& content) {
     OffWalker(content).run();
+    return withoutComments(content);
 }
 
 } // namespace vexa::tool
