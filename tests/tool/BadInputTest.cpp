@@ -146,6 +146,8 @@ TEST_F(BadInput, ExtensionsByName) {
         expectRefused([&](Json& json) { json["bufferViews"][0]["extensions"] = {{name, Json::object()}}; }, name);
     }
     expectRefused([](Json& json) { json["extensionsRequired"] = {"ACME_other"}; }, "requires the extension ACME_other");
+    expectRefused([](Json& json) { json["extensionsRequired"] = {"KHR_materials_nonsense"}; },
+                  "requires the extension KHR_materials_nonsense");
 }
 
 TEST_F(BadInput, BrokenScenes) {

@@ -11,7 +11,7 @@ namespace vexa::tool {
 namespace {
 
 // Their members refer to no accessor, buffer view or buffer (or as told at `forEachKnownReference`).
-constexpr std::array SUPPORTED = {std::string_view("AGI_articulations"),
+constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("AGI_stk_metadata"),
                                   std::string_view("CESIUM_primitive_outline"),
                                   std::string_view("EXT_lights_ies"),
@@ -22,6 +22,20 @@ constexpr std::array SUPPORTED = {std::string_view("AGI_articulations"),
                                   std::string_view("FB_ngon_encoding"),
                                   std::string_view("KHR_animation_pointer"),
                                   std::string_view("KHR_lights_punctual"),
+                                  std::string_view("KHR_materials_anisotropy"),
+                                  std::string_view("KHR_materials_clearcoat"),
+                                  std::string_view("KHR_materials_diffuse_transmission"),
+                                  std::string_view("KHR_materials_dispersion"),
+                                  std::string_view("KHR_materials_emissive_strength"),
+                                  std::string_view("KHR_materials_ior"),
+                                  std::string_view("KHR_materials_iridescence"),
+                                  std::string_view("KHR_materials_pbrSpecularGlossiness"),
+                                  std::string_view("KHR_materials_sheen"),
+                                  std::string_view("KHR_materials_specular"),
+                                  std::string_view("KHR_materials_transmission"),
+                                  std::string_view("KHR_materials_unlit"),
+                                  std::string_view("KHR_materials_variants"),
+                                  std::string_view("KHR_materials_volume"),
                                   std::string_view(restartExtension),
                                   std::string_view("KHR_mesh_quantization"),
                                   std::string_view("KHR_node_hoverability"),
@@ -37,12 +51,12 @@ constexpr std::array SUPPORTED = {std::string_view("AGI_articulations"),
                                   std::string_view("MSFT_packing_occlusionRoughnessMetallic"),
                                   std::string_view("MSFT_texture_dds")};
 
-constexpr std::array COMPRESSIONS = {std::string_view("KHR_draco_mesh_compression"),
+constexpr std::array compressions = {std::string_view("KHR_draco_mesh_compression"),
                                      std::string_view("EXT_meshopt_compression"),
                                      std::string_view("KHR_meshopt_compression")};
 
 bool isCompression(std::string_view name) {
-    return std::find(COMPRESSIONS.begin(), COMPRESSIONS.end(), name) != COMPRESSIONS.end();
+    return std::find(compressions.begin(), compressions.end(), name) != compressions.end();
 }
 
 /// Calls `visit(name, content)` for each member of each "extensions" object. What extras hold is no part of glTF.
@@ -114,7 +128,7 @@ void forEachKnownReference(const std::string& name, Value& content, const Visit&
 } // namespace
 
 bool isSupportedExtension(std::string_view name) {
-    return name.starts_with("KHR_materials_") || std::find(SUPPORTED.begin(), SUPPORTED.end(), name) != SUPPORTED.end();
+    return std::find(supported.begin(), supported.end(), name) != supported.end();
 }
 
 void checkExtensions(const Json& document) {
