@@ -9,6 +9,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -83,6 +84,15 @@ TEST_F(IsolatedReader, EndsAReaderThatWorksForEver) {
         }
     };
     EXPECT_THAT(faultOf(work, {{}, 1}), HasSubstr("took more than 1 second"));
+}
+
+TEST(ChildProcess, FailsWhenItsPipeCannotBeRead) {
+    vexa::tool::ChildProcess child([](vexa::tool::PipeWriter& pipe) { pipe.writeValue(1); });
+    const int unreadable = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(::dup2(unreadable, child.descriptor()), 0);
+    ::close(unreadable);
+    EXPECT_THROW(child.readValue<int>(), vexa::tool::ProcessError);
+    EXPECT_THROW(child.wait(), vexa::tool::ProcessError);
 }
 
 TEST_F(IsolatedReader, LetsNoReaderPrint) {

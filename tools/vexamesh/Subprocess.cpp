@@ -47,6 +47,13 @@ void applyLimits(const ProcessLimits& limits) {
     }
 }
 
+/// \param count what a read returned
+void checkRead(ssize_t count) {
+    if (count < 0 && errno != EINTR) {
+        throw ProcessError(ProcessError::Cause::Crash, "broke off: " + std::generic_category().message(errno));
+    }
+}
+
 /// What a library prints when it ends the process is not for the person who started the program.
 void silence() {
     const int nowhere = ::open("/dev/null", O_RDWR);
@@ -165,6 +172,7 @@ void ChildProcess::readBytes(void* data, std::size_t size) {
         if (count == 0) {
             failAtEnd();
         }
+        checkRead(count);
         at += std::max<ssize_t>(count, 0);
         size -= static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
@@ -214,7 +222,11 @@ void ChildProcess::failAtEnd() {
 void ChildProcess::wait() {
     unsigned char more = 0;
     waitForInput();
-    const ssize_t count = ::read(descriptor_, &more, 1);
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor_, &more, 1);
+        checkRead(count);
+    } while (count < 0);
     if (count > 0) {
         throw ProcessError(ProcessError::Cause::Crash, "sent more than it was asked for");
     }
