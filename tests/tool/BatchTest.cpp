@@ -82,8 +82,9 @@ TEST_F(Batch, GoesOnAfterABadFileAndEndsWithOne) {
     writeText(broken, "no model");
     const ProcessResult result = strip({writeModel("a.glb"), broken, "missing.ply", writeModel("c.glb")}, 1);
     EXPECT_THAT(outputs(), ElementsAre("a.glb", "c.glb"));
-    EXPECT_THAT(result.out, HasSubstr(broken + ": no binary glTF: it does not begin with \"glTF\"\n"));
-    EXPECT_THAT(result.out, HasSubstr("missing.ply: cannot be read: No such file or directory\n"));
+    EXPECT_THAT(result.out, HasSubstr("  no binary glTF: it does not begin with \"glTF\"\n"));
+    EXPECT_THAT(result.out, HasSubstr("  cannot be read: No such file or directory\n"));
+    EXPECT_EQ(countOf(result.out, broken), 1u);
     EXPECT_EQ(countOf(result.out, "done\n"), 2u);
     EXPECT_EQ(result.err, "vexamesh: 2 of 4 files failed\n");
 }
@@ -110,6 +111,12 @@ TEST_F(Batch, SkipExistingDoesOnlyWhatIsMissing) {
     EXPECT_EQ(countOf(result.out, "there already\n"), 1u);
     strip({a, b});
     expectSameTriangles(a, out / "a.glb");
+}
+
+TEST_F(Batch, ADirectoryIsNoOutputThatIsThereAlready) {
+    fs::create_directories(out / "a.glb");
+    const ProcessResult result = strip({writeModel("a.glb"), "--skip-existing"}, 1);
+    EXPECT_THAT(result.out, HasSubstr("made/here/a.glb: is a directory\n"));
 }
 
 TEST_F(Batch, OutputsOfTheSameNameAreAnErrorBeforeAnyWork) {

@@ -5,7 +5,6 @@
 #include "Progress.h"
 #include "Report.h"
 #include "StripFile.h"
-#include "io/Files.h"
 
 #include <chrono>
 #include <ostream>
@@ -16,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-BatchResult stripOne(const BatchItem& item, const StripSettings& settings) {
+BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
     BatchResult result;
     const auto begin = std::chrono::steady_clock::now();
     try {
@@ -26,13 +25,8 @@ BatchResult stripOne(const BatchItem& item, const StripSettings& settings) {
         result.triangles = outcome.total.triangles;
         result.indicesBefore = outcome.total.indicesBefore;
         result.indicesAfter = outcome.total.indicesAfter;
-        if (!outcome.total.sameTriangles) {
-            throw CheckError("not written, because its triangles would not be those of the input");
-        }
-        writeFile(item.output, outcome.file);
-        if (outcome.groups > 0) {
-            result.warnings.emplace_back(fewReadersWarning);
-        }
+        const std::vector<std::string> warnings = writeStrips(item.output, outcome);
+        result.warnings.insert(result.warnings.end(), warnings.begin(), warnings.end());
         result.state = BatchResult::State::Done;
     } catch (const std::bad_alloc&) {
         result.error = "not enough memory";
@@ -67,13 +61,19 @@ Json resultJson(const BatchItem& item, const BatchResult& result) {
     return json;
 }
 
+/// Without the name of the file, which begins the row.
+std::string shortError(const BatchItem& item, const BatchResult& result) {
+    const std::string beginning = item.input + ": ";
+    return printable(result.error.substr(result.error.starts_with(beginning) ? beginning.size() : 0));
+}
+
 std::vector<std::string> tableRow(const BatchItem& item, const BatchResult& result) {
     const std::string name = printable(item.input);
     switch (result.state) {
     case BatchResult::State::Skipped:
         return {name, "", "", "", "", "", "there already"};
     case BatchResult::State::Failed:
-        return {name, "", "", "", "", "", printable(result.error)};
+        return {name, "", "", "", "", "", shortError(item, result)};
     default:
         return {name,
                 std::to_string(result.triangles),
@@ -111,7 +111,7 @@ std::vector<BatchResult> runAll(const StripBatch& batch, const std::vector<Batch
     std::vector<BatchResult> results(items.size());
     for (std::size_t i = 0; i < items.size(); ++i) {
         std::error_code error;
-        if (batch.skipExisting && fs::exists(items[i].output, error)) {
+        if (batch.skipExisting && fs::is_regular_file(items[i].output, error)) {
             results[i].state = BatchResult::State::Skipped;
         } else {
             wanted.push_back(items[i]);
@@ -120,7 +120,7 @@ std::vector<BatchResult> runAll(const StripBatch& batch, const std::vector<Batch
     }
     Progress progress(err);
     std::vector<BatchResult> made = runBatch(
-        wanted, batch.jobs, [&](const BatchItem& item) { return stripOne(item, batch.settings); },
+        wanted, batch.jobs, [&](const BatchItem& item) { return stripItem(item, batch.settings); },
         [&](std::size_t done) { progress.show("files", done, wanted.size()); });
     for (std::size_t i = 0; i < made.size(); ++i) {
         results[places[i]] = std::move(made[i]);

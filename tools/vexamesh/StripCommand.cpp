@@ -64,11 +64,9 @@ int stripOne(const StripArguments& arguments, const Streams& streams) {
     progress.clear();
     if (!outcome.total.sameTriangles) {
         printReport(arguments, outcome, streams.out);
-        throw CheckError(arguments.output + ": not written, because its triangles would not be those of the input");
     }
-    writeFile(arguments.output, outcome.file);
-    if (outcome.groups > 0) {
-        streams.err << "vexamesh: warning: " << printable(arguments.output) << ": " << fewReadersWarning << '\n';
+    for (const std::string& warning : writeStrips(arguments.output, outcome)) {
+        streams.err << "vexamesh: warning: " << printable(arguments.output) << ": " << warning << '\n';
     }
     printReport(arguments, outcome, streams.out);
     return EXIT_DONE;

@@ -2,6 +2,7 @@
 
 #include "Errors.h"
 #include "MeshFacts.h"
+#include "io/Files.h"
 #include "io/IndexEdit.h"
 #include "io/PrimitiveRestart.h"
 
@@ -189,6 +190,17 @@ StripOutcome stripDocument(Document document, const StripSettings& settings, con
     } catch (const FormatError& error) {
         throw FileError(file, error.what());
     }
+}
+
+std::vector<std::string> writeStrips(const std::filesystem::path& output, const StripOutcome& outcome) {
+    if (!outcome.total.sameTriangles) {
+        throw CheckError(output.string() + ": not written, because its triangles would not be those of the input");
+    }
+    writeFile(output, outcome.file);
+    if (outcome.groups == 0) {
+        return {};
+    }
+    return {"few readers know KHR_mesh_primitive_restart; the others draw each strip by itself"};
 }
 
 } // namespace vexa::tool

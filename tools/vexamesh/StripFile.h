@@ -43,10 +43,6 @@ struct StripOutcome {
     std::size_t groups = 0;         ///< of strips with restart indices between them
 };
 
-/// What to say when `StripOutcome::groups` is not 0.
-constexpr const char* fewReadersWarning =
-    "few readers know KHR_mesh_primitive_restart; the others draw each strip by itself";
-
 /// Is told how many meshes are done, and of how many.
 using StripProgress = std::function<void(std::size_t, std::size_t)>;
 
@@ -54,5 +50,11 @@ using StripProgress = std::function<void(std::size_t, std::size_t)>;
 ///
 /// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
 StripOutcome stripDocument(Document document, const StripSettings& settings, const StripProgress& progress);
+
+/// Writes the file of an outcome.
+///
+/// \throw CheckError it has not the triangles of the input, and is not written
+/// \return what a person should know of it
+std::vector<std::string> writeStrips(const std::filesystem::path& output, const StripOutcome& outcome);
 
 } // namespace vexa::tool
