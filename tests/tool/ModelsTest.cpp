@@ -14,10 +14,10 @@ namespace {
 using namespace tool_test;
 namespace fs = std::filesystem;
 
-const fs::path MODELS = "/usr/share/assimp/models";
+const fs::path modelDirectory = "/usr/share/assimp/models";
 
 /// Models that cannot be read, and what the tool is to say of them.
-const std::map<std::string, std::string> REFUSED = {
+const std::map<std::string, std::string> refusals = {
     {"OBJ/box_UTF16BE.obj", "no OBJ text: a zero byte at 2"},
     {"glTF2/BoxTextured-glTF-techniqueWebGL/BoxTextured.gltf", "requires the extension KHR_technique_webgl"},
     {"glTF2/IncorrectVertexArrays/Cube.gltf", "bufferViews[2] reaches to byte 936 of buffers[0], which has 514"},
@@ -36,10 +36,10 @@ const std::map<std::string, std::string> REFUSED = {
 std::vector<std::string> modelNames() {
     std::vector<std::string> names;
     for (const char* folder : {"glTF2", "OBJ", "invalid"}) {
-        for (const auto& entry : fs::recursive_directory_iterator(MODELS / folder)) {
+        for (const auto& entry : fs::recursive_directory_iterator(modelDirectory / folder)) {
             const std::string extension = entry.path().extension().string();
             if (extension == ".glb" || extension == ".gltf" || extension == ".obj") {
-                names.push_back(fs::relative(entry.path(), MODELS).string());
+                names.push_back(fs::relative(entry.path(), modelDirectory).string());
             }
         }
     }
@@ -119,12 +119,12 @@ class Model : public testing::TestWithParam<std::string> {
 public:
     TemporaryDirectory directory;
     fs::path out = directory / "out.glb";
-    fs::path in = MODELS / GetParam();
+    fs::path in = modelDirectory / GetParam();
 };
 
 TEST_P(Model, KeepsItsTrianglesOrIsRefusedForAKnownReason) {
     const ProcessResult result = runProgram({"strip", in.string(), "-o", out.string()});
-    if (const auto refused = REFUSED.find(GetParam()); refused != REFUSED.end()) {
+    if (const auto refused = refusals.find(GetParam()); refused != refusals.end()) {
         EXPECT_EQ(result.exitCode, 3);
         EXPECT_EQ(countOf(result.err, "\n"), 1u) << result.err;
         EXPECT_THAT(result.err, testing::HasSubstr(refused->second));
@@ -148,7 +148,7 @@ TEST_P(Model, KeepsItsTrianglesOrIsRefusedForAKnownReason) {
 TEST_P(Model, SurvivesEveryOption) {
     const ProcessResult result = runForked({"strip", in.string(), "-o", out.string(), "--join", "none", "--fans", "5",
                                             "--all-strips", "--iterations", "3"});
-    if (REFUSED.contains(GetParam())) {
+    if (refusals.contains(GetParam())) {
         EXPECT_EQ(result.exitCode, 3);
         return;
     }
@@ -173,7 +173,7 @@ INSTANTIATE_TEST_SUITE_P(Assimp, Model, testing::ValuesIn(modelNames()), testNam
 TEST(Models, AreAllThere) {
     const std::vector<std::string> names = modelNames();
     EXPECT_GE(names.size(), 60u);
-    for (const auto& [name, reason] : REFUSED) {
+    for (const auto& [name, reason] : refusals) {
         EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name;
     }
 }

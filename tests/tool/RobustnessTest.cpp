@@ -56,8 +56,8 @@ TEST_F(DamagedFile, TruncatedAtEveryByte) {
 TEST_F(DamagedFile, OneByteChanged) {
     const std::string model = seedModel();
     std::mt19937 random(20240229);
-    constexpr int CHANGES = 3000;
-    for (int i = 0; i < CHANGES; ++i) {
+    constexpr int changes = 3000;
+    for (int i = 0; i < changes; ++i) {
         std::string changed = model;
         const std::size_t at = random() % changed.size();
         changed[at] = static_cast<char>(random());
@@ -66,8 +66,8 @@ TEST_F(DamagedFile, OneByteChanged) {
             return;
         }
     }
-    EXPECT_GT(failures, CHANGES / 4);
-    EXPECT_LT(failures, CHANGES);
+    EXPECT_GT(failures, changes / 4);
+    EXPECT_LT(failures, changes);
 }
 
 TEST_F(DamagedFile, OneByteChangedForEveryVerb) {

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned int LONGEST_RUN_SECONDS = 120;
+constexpr unsigned int longestRunSeconds = 120;
 
 /// A file without a name.
 class MemoryFile {
@@ -58,7 +58,7 @@ ProcessResult runChild(const Child& child) {
     if (pid == 0) {
         out.replace(STDOUT_FILENO);
         err.replace(STDERR_FILENO);
-        ::alarm(LONGEST_RUN_SECONDS);
+        ::alarm(longestRunSeconds);
         child();
         ::_exit(127);
     }

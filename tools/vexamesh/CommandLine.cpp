@@ -11,7 +11,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXIT_CODES = R"(Exit codes:
+constexpr const char* exitCodes = R"(Exit codes:
   0  done
   1  a check failed: the meshes are not what they should be; or one of many files failed
   2  wrong arguments
@@ -68,7 +68,7 @@ int runCommand(const Command& command, const Streams& streams) {
 int runTool(int argc, const char* const* argv, const Streams& streams) {
     CLI::App app("Looks at the meshes of glTF, OBJ, PLY, STL and OFF files, and turns their triangles into strips.",
                  "vexamesh");
-    app.footer(EXIT_CODES);
+    app.footer(exitCodes);
     app.set_version_flag("--version", "vexamesh " VEXAMESH_VERSION);
     app.require_subcommand(1);
     // The options for every subcommand may stand behind its name, too.

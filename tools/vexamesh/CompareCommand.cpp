@@ -11,7 +11,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh compare before.glb after.glb
   vexamesh compare --json a.obj b.obj
 
@@ -94,7 +94,7 @@ void addCompareCommand(CLI::App& app, Command& chosen) {
     command->add_option("A", arguments->first, readableFile)->required();
     command->add_option("B", arguments->second, "Another one")->required();
     command->add_flag("--json", arguments->json, "Print JSON instead of text");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runCompare(*arguments, streams); };
     });

@@ -11,7 +11,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh dump model.glb
   vexamesh dump model.obj --attribute normal --elements
 
@@ -70,7 +70,7 @@ void addDumpCommand(CLI::App& app, Command& chosen) {
     command->add_option("FILE", arguments->file, readableFile)->required();
     command->add_option("--attribute", arguments->attribute, "Only the attribute of this name")->type_name("NAME");
     command->add_flag("--elements", arguments->elements, "All elements, too");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runDump(*arguments, streams); };
     });

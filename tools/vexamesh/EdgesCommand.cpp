@@ -16,7 +16,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh edges model.glb -o wireframe.glb
   vexamesh edges model.obj -o outline.glb --border
 
@@ -179,7 +179,7 @@ void addEdgesCommand(CLI::App& app, Command& chosen) {
     command->add_option("-o,--output", arguments->output, "The .glb file to write")->required();
     command->add_flag("--border", arguments->border, "Border edges alone");
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runEdges(*arguments, streams); };
     });

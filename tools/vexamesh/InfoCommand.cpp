@@ -10,7 +10,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh info model.glb
   vexamesh info --json scene.gltf part.obj
 
@@ -224,7 +224,7 @@ void addInfoCommand(CLI::App& app, Command& chosen) {
     CLI::App* command = app.add_subcommand("info", "Describes the meshes of files.");
     command->add_option("FILE", arguments->files, readableFiles)->required();
     command->add_flag("--json", arguments->json, "Print JSON instead of tables");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runInfo(*arguments, streams); };
     });

@@ -14,7 +14,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh merge body.glb wheel.obj -o car.glb
   vexamesh merge wheel.obj --translate 1,0,0 wheel.obj --scale -1,1,1 --translate -1,0,0 -o axle.glb
   vexamesh merge part.glb --rotate y,90 --scale 0.001 -o part-in-metres.glb
@@ -130,7 +130,7 @@ void addMergeCommand(CLI::App& app, Command& chosen) {
     addPlacement("--scale", arguments->scale, "Scale the input before", "S|X,Y,Z");
     addPlacement("--rotate", arguments->rotation, "Turn the input before around x, y or z", "AXIS,DEGREES");
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, command, &chosen] {
         chosen = [arguments, command](const Streams& streams) {
             readInputs(*command, *arguments);

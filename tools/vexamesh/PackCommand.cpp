@@ -13,7 +13,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh pack model.glb --stats
   vexamesh pack model.glb -o normals.bin
 
@@ -112,7 +112,7 @@ void addPackCommand(CLI::App& app, Command& chosen) {
     command->add_option("-o,--output", arguments->output, "The .bin file to write");
     command->add_flag("--stats", arguments->stats, "Only report what packing costs");
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runPack(*arguments, streams); };
     });

@@ -17,7 +17,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh strip model.glb -o model-strips.glb
   vexamesh strip model.obj -o model.glb --iterations 50
   vexamesh strip model.gltf -o model.glb --fans 8 --join none --json
@@ -101,7 +101,7 @@ void addStripCommand(CLI::App& app, Command& chosen) {
     command->add_flag("--skip-existing", arguments->skipExisting, "Leave files that are in the directory already");
     addCutOptions(*command, arguments->cut);
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runStrip(*arguments, streams); };
     });

@@ -12,7 +12,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh validate model.glb
   vexamesh validate --json *.glb
 
@@ -98,7 +98,7 @@ void addValidateCommand(CLI::App& app, Command& chosen) {
     CLI::App* command = app.add_subcommand("validate", "Checks that meshes are consistent.");
     command->add_option("FILE", arguments->files, readableFiles)->required();
     command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runValidate(*arguments, streams); };
     });

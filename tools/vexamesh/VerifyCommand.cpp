@@ -13,7 +13,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr const char* EXAMPLES = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vexamesh verify model.glb
   vexamesh verify model.obj --verbose
 
@@ -69,7 +69,7 @@ void addVerifyCommand(CLI::App& app, Command& chosen) {
     command->add_option("FILE", arguments->file, readableFile)->required();
     command->add_flag("--verbose", arguments->verbose, "A line for each triangle and each half-edge, too");
     command->add_flag("--json", arguments->json, "Print JSON instead of text");
-    command->footer(EXAMPLES);
+    command->footer(examples);
     command->callback([arguments, &chosen] {
         chosen = [arguments](const Streams& streams) { return runVerify(*arguments, streams); };
     });

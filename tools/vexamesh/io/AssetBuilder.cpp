@@ -11,8 +11,8 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr int ARRAY_BUFFER = 34962;
-constexpr int ELEMENT_ARRAY_BUFFER = 34963;
+constexpr int arrayBuffer = 34962;
+constexpr int elementArrayBuffer = 34963;
 
 /// The least and the largest value of each component, of those that JSON can write; 0 when there is none.
 std::pair<Json, Json> bounds(const AccessorData& values) {
@@ -108,8 +108,8 @@ std::size_t AssetBuilder::addAttribute(const NewAttribute& attribute) {
     const AccessorData& values = attribute.values;
     const std::size_t size = values.elementSize();
     const std::size_t stride = (size + 3) / 4 * 4;
-    const std::size_t view = stride == size ? addView(values.bytes, ARRAY_BUFFER, 0)
-                                            : addView(alignElements(values, stride), ARRAY_BUFFER, stride);
+    const std::size_t view = stride == size ? addView(values.bytes, arrayBuffer, 0)
+                                            : addView(alignElements(values, stride), arrayBuffer, stride);
     Json accessor = {
         {"bufferView", view}, {"componentType", values.componentType}, {"count", values.count}, {"type", values.type}};
     if (values.normalized) {
@@ -126,7 +126,7 @@ std::size_t AssetBuilder::addIndices(const std::vector<unsigned int>& indices) {
     const mesh::ComponentType type = narrowestIndexType(indices);
     Bytes content;
     appendIndices(content, indices, type);
-    const std::size_t view = addView(content, ELEMENT_ARRAY_BUFFER, 0);
+    const std::size_t view = addView(content, elementArrayBuffer, 0);
     json_["accessors"].push_back(
         {{"bufferView", view}, {"componentType", type}, {"count", indices.size()}, {"type", "SCALAR"}});
     return json_["accessors"].size() - 1;

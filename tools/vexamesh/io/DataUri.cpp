@@ -23,7 +23,7 @@ constexpr std::array<std::int8_t, 256> makeDigits() {
 }
 
 Bytes decodeBase64(std::string_view text) {
-    constexpr std::array<std::int8_t, 256> DIGITS = makeDigits();
+    constexpr std::array<std::int8_t, 256> digits = makeDigits();
     while (!text.empty() && text.back() == '=') {
         text.remove_suffix(1);
     }
@@ -36,7 +36,7 @@ Bytes decodeBase64(std::string_view text) {
     int bits = 0;
     for (const char c : text) {
         const int digit =
-            DIGITS[static_cast<unsigned char>(c)]; // NOLINT(bugprone-signed-char-misuse): a number, -1 for none
+            digits[static_cast<unsigned char>(c)]; // NOLINT(bugprone-signed-char-misuse): a number, -1 for none
         if (digit < 0) {
             throw FormatError("malformed base64");
         }
@@ -61,17 +61,17 @@ int hexValue(char c) {
 } // namespace
 
 std::optional<DataUri> decodeDataUri(std::string_view uri) {
-    constexpr std::string_view SCHEME = "data:";
-    constexpr std::string_view ENCODING = ";base64";
-    if (!uri.starts_with(SCHEME)) {
+    constexpr std::string_view scheme = "data:";
+    constexpr std::string_view encoding = ";base64";
+    if (!uri.starts_with(scheme)) {
         return std::nullopt;
     }
-    uri.remove_prefix(SCHEME.size());
+    uri.remove_prefix(scheme.size());
     const std::size_t comma = uri.find(',');
-    if (comma == std::string_view::npos || !uri.substr(0, comma).ends_with(ENCODING)) {
+    if (comma == std::string_view::npos || !uri.substr(0, comma).ends_with(encoding)) {
         throw FormatError("data URI that is not in base64");
     }
-    const std::string_view header = uri.substr(0, comma - ENCODING.size());
+    const std::string_view header = uri.substr(0, comma - encoding.size());
     return DataUri{std::string(header.substr(0, header.find(';'))), decodeBase64(uri.substr(comma + 1))};
 }
 

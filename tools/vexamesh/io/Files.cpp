@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::int64_t LARGEST_FILE = 0xffffffff;
+constexpr std::int64_t largestFile = 0xffffffff;
 
 std::string errorText(int error) {
     return std::generic_category().message(error);
@@ -47,9 +47,9 @@ private:
 
 /// Where a write to `path` ends up: behind symbolic links, also one that leads to no file yet.
 fs::path resolveLinks(fs::path path) {
-    constexpr int LONGEST_CHAIN = 40;
+    constexpr int longestChain = 40;
     std::error_code error;
-    for (int i = 0; i < LONGEST_CHAIN && fs::is_symlink(path, error); ++i) {
+    for (int i = 0; i < longestChain && fs::is_symlink(path, error); ++i) {
         const fs::path target = fs::read_symlink(path, error);
         path = target.is_absolute() ? target : path.parent_path() / target;
     }
@@ -127,7 +127,7 @@ Bytes readFile(const fs::path& path) {
     if (!S_ISREG(status.st_mode)) {
         throw FileError(path.string(), S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file");
     }
-    if (status.st_size > LARGEST_FILE) {
+    if (status.st_size > largestFile) {
         throw FileError(path.string(), "is larger than 4 GiB");
     }
     Bytes content(static_cast<std::size_t>(status.st_size));

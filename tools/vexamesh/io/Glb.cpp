@@ -10,11 +10,11 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr std::uint32_t MAGIC = 0x46546C67;
-constexpr std::uint32_t JSON_CHUNK = 0x4E4F534A;
-constexpr std::uint32_t BINARY_CHUNK = 0x004E4942;
-constexpr std::size_t HEADER_SIZE = 12;
-constexpr std::size_t CHUNK_HEADER_SIZE = 8;
+constexpr std::uint32_t magic = 0x46546C67;
+constexpr std::uint32_t jsonChunk = 0x4E4F534A;
+constexpr std::uint32_t binaryChunk = 0x004E4942;
+constexpr std::size_t headerSize = 12;
+constexpr std::size_t chunkHeaderSize = 8;
 
 struct Chunk {
     std::uint32_t type;
@@ -23,17 +23,17 @@ struct Chunk {
 
 Chunk chunkAt(std::span<const unsigned char> file, std::size_t offset) {
     const std::string where = "chunk at byte " + std::to_string(offset);
-    if (file.size() - offset < CHUNK_HEADER_SIZE) {
+    if (file.size() - offset < chunkHeaderSize) {
         throw FormatError(where + " is cut off");
     }
     const auto length = loadValue<std::uint32_t>(file.data() + offset);
     const auto type = loadValue<std::uint32_t>(file.data() + offset + 4);
-    const std::size_t left = file.size() - offset - CHUNK_HEADER_SIZE;
+    const std::size_t left = file.size() - offset - chunkHeaderSize;
     if (length > left) {
         throw FormatError(where + " is cut off: " + std::to_string(length) + " bytes announced, " +
                           std::to_string(left) + " there");
     }
-    return {type, file.subspan(offset + CHUNK_HEADER_SIZE, length)};
+    return {type, file.subspan(offset + chunkHeaderSize, length)};
 }
 
 void appendChunk(Bytes& file, std::uint32_t type, std::span<const unsigned char> content, unsigned char fill) {
@@ -47,14 +47,14 @@ void appendChunk(Bytes& file, std::uint32_t type, std::span<const unsigned char>
 } // namespace
 
 bool hasGlbMagic(std::span<const unsigned char> file) {
-    return file.size() >= 4 && loadValue<std::uint32_t>(file.data()) == MAGIC;
+    return file.size() >= 4 && loadValue<std::uint32_t>(file.data()) == magic;
 }
 
 GlbChunks splitGlb(std::span<const unsigned char> file) {
     if (!hasGlbMagic(file)) {
         throw FormatError("no binary glTF: it does not begin with \"glTF\"");
     }
-    if (file.size() < HEADER_SIZE) {
+    if (file.size() < headerSize) {
         throw FormatError("the header is cut off");
     }
     const auto version = loadValue<std::uint32_t>(file.data() + 4);
@@ -67,37 +67,37 @@ GlbChunks splitGlb(std::span<const unsigned char> file) {
                           std::to_string(file.size()));
     }
 
-    const Chunk json = chunkAt(file, HEADER_SIZE);
-    if (json.type != JSON_CHUNK) {
+    const Chunk json = chunkAt(file, headerSize);
+    if (json.type != jsonChunk) {
         throw FormatError("the first chunk is no JSON");
     }
     GlbChunks chunks{{reinterpret_cast<const char*>(json.content.data()), json.content.size()}, std::nullopt};
-    std::size_t offset = HEADER_SIZE + CHUNK_HEADER_SIZE + json.content.size();
+    std::size_t offset = headerSize + chunkHeaderSize + json.content.size();
     for (bool second = true; offset < file.size(); second = false) {
         const Chunk chunk = chunkAt(file, offset);
         // Chunks of other types may follow and are to be ignored.
-        if (second && chunk.type == BINARY_CHUNK) {
+        if (second && chunk.type == binaryChunk) {
             chunks.binary = chunk.content;
         }
-        offset += CHUNK_HEADER_SIZE + chunk.content.size();
+        offset += chunkHeaderSize + chunk.content.size();
     }
     return chunks;
 }
 
 Bytes joinGlb(const std::string& json, const Bytes& binary) {
-    const std::size_t size = HEADER_SIZE + CHUNK_HEADER_SIZE + (json.size() + 3) / 4 * 4 +
-                             (binary.empty() ? 0 : CHUNK_HEADER_SIZE + (binary.size() + 3) / 4 * 4);
+    const std::size_t size = headerSize + chunkHeaderSize + (json.size() + 3) / 4 * 4 +
+                             (binary.empty() ? 0 : chunkHeaderSize + (binary.size() + 3) / 4 * 4);
     if (size > std::numeric_limits<std::uint32_t>::max()) {
         throw FormatError("the file would be larger than 4 GiB");
     }
     Bytes file;
     file.reserve(size);
-    appendValue(file, MAGIC);
+    appendValue(file, magic);
     appendValue(file, std::uint32_t{2});
     appendValue(file, static_cast<std::uint32_t>(size));
-    appendChunk(file, JSON_CHUNK, {reinterpret_cast<const unsigned char*>(json.data()), json.size()}, ' ');
+    appendChunk(file, jsonChunk, {reinterpret_cast<const unsigned char*>(json.data()), json.size()}, ' ');
     if (!binary.empty()) {
-        appendChunk(file, BINARY_CHUNK, binary, 0);
+        appendChunk(file, binaryChunk, binary, 0);
     }
     return file;
 }

@@ -15,14 +15,14 @@ namespace vexa::tool {
 namespace {
 
 // Also where the arithmetic on them below stays far from overflowing 64 bits.
-constexpr std::uint64_t LARGEST_SIZE = std::uint64_t{1} << 40;
+constexpr std::uint64_t largestSize = std::uint64_t{1} << 40;
 // Elements of an accessor without data of its own, which a file of a few bytes can ask for.
-constexpr std::uint64_t MOST_ZERO_ELEMENTS = std::uint64_t{1} << 24;
+constexpr std::uint64_t mostZeroElements = std::uint64_t{1} << 24;
 
 std::uint64_t sizeMember(const Json& object, const char* key, const std::string& where,
                          std::optional<std::uint64_t> fallback = std::nullopt) {
     const std::uint64_t size = unsignedMember(object, key, where, fallback);
-    if (size > LARGEST_SIZE) {
+    if (size > largestSize) {
         throw FormatError(where + "." + key + " is " + std::to_string(size) + ", which is too large");
     }
     return size;
@@ -54,10 +54,10 @@ void checkAsset(const Json& document) {
 }
 
 void checkArrays(const Json& document) {
-    constexpr std::array NAMES = {"accessors", "animations", "bufferViews", "buffers", "cameras",
+    constexpr std::array names = {"accessors", "animations", "bufferViews", "buffers", "cameras",
                                   "images",    "materials",  "meshes",      "nodes",   "samplers",
                                   "scenes",    "skins",      "textures"};
-    for (const char* name : NAMES) {
+    for (const char* name : names) {
         const Json& array = arrayMember(document, name, "");
         for (std::size_t i = 0; i < array.size(); ++i) {
             if (!array[i].is_object()) {
@@ -155,7 +155,7 @@ void checkAccessors(const Json& document) {
                                   " bytes, which overlap at a byteStride of " + std::to_string(stride));
             }
             checkRange(views[*view], *view, offset, count, size, stride, where);
-        } else if (count > MOST_ZERO_ELEMENTS) {
+        } else if (count > mostZeroElements) {
             throw FormatError(where + " has " + std::to_string(count) + " elements without data");
         }
         if (accessor.contains("sparse")) {
@@ -304,11 +304,11 @@ void checkScenes(const Json& document) {
 } // namespace
 
 std::size_t componentCount(const std::string& type) {
-    constexpr std::array<std::pair<std::string_view, std::size_t>, 7> TYPES{
+    constexpr std::array<std::pair<std::string_view, std::size_t>, 7> types{
         {{"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}, {"MAT2", 4}, {"MAT3", 9}, {"MAT4", 16}}};
     const auto* const found =
-        std::find_if(TYPES.begin(), TYPES.end(), [&](const auto& entry) { return entry.first == type; });
-    return found == TYPES.end() ? 0 : found->second;
+        std::find_if(types.begin(), types.end(), [&](const auto& entry) { return entry.first == type; });
+    return found == types.end() ? 0 : found->second;
 }
 
 std::size_t elementSize(std::uint64_t componentType, const std::string& type) {

@@ -114,13 +114,13 @@ void embedImages(Json& document, std::vector<Bytes>& buffers, const fs::path& di
 
 // ---- TinyGLTF. It sees a copy of the document whose buffers have short names; their content comes from here.
 
-constexpr std::string_view BUFFER_NAME = "buffer-";
+constexpr std::string_view bufferName = "buffer-";
 
 Bytes* bufferByName(const std::string& path, void* buffers) {
-    const std::size_t at = path.rfind(BUFFER_NAME);
+    const std::size_t at = path.rfind(bufferName);
     std::size_t index = 0;
     if (at == std::string::npos ||
-        std::from_chars(path.data() + at + BUFFER_NAME.size(), path.data() + path.size(), index).ec != std::errc()) {
+        std::from_chars(path.data() + at + bufferName.size(), path.data() + path.size(), index).ec != std::errc()) {
         return nullptr;
     }
     return &static_cast<std::vector<Bytes>*>(buffers)->at(index);
@@ -148,7 +148,7 @@ Json documentForLoader(const Json& document) {
     copy.erase("images");
     if (copy.contains("buffers")) {
         for (std::size_t i = 0; i < copy["buffers"].size(); ++i) {
-            copy["buffers"][i]["uri"] = std::string(BUFFER_NAME) + std::to_string(i);
+            copy["buffers"][i]["uri"] = std::string(bufferName) + std::to_string(i);
         }
     }
     if (copy.contains("meshes")) {

@@ -40,10 +40,10 @@ std::vector<Segment> liveSegments(const Json& views) {
 
 /// Copies the segments; each keeps its position modulo 8, so that no element becomes less aligned than it was.
 Bytes packSegments(std::vector<Segment>& segments, const std::vector<Bytes>& buffers) {
-    constexpr std::size_t ALIGNMENT = 8;
+    constexpr std::size_t alignment = 8;
     Bytes binary;
     for (Segment& segment : segments) {
-        const std::size_t shift = (segment.begin + ALIGNMENT - binary.size() % ALIGNMENT) % ALIGNMENT;
+        const std::size_t shift = (segment.begin + alignment - binary.size() % alignment) % alignment;
         binary.resize(binary.size() + shift);
         segment.newBegin = binary.size();
         const Bytes& source = buffers.at(segment.buffer);

@@ -6,7 +6,7 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr int DEEPEST_NESTING = 100;
+constexpr int deepestNesting = 100;
 
 /// A document made here holds plain ints, too.
 bool isUnsigned(const Json& value) {
@@ -22,8 +22,8 @@ std::string memberName(const std::string& where, const char* key) {
 Json parseJson(std::string_view text) {
     const auto limitDepth = [](int depth, Json::parse_event_t, const Json&) {
         // Everything that walks a document afterwards does so by recursion.
-        if (depth > DEEPEST_NESTING) {
-            throw FormatError("JSON is nested more than " + std::to_string(DEEPEST_NESTING) + " deep");
+        if (depth > deepestNesting) {
+            throw FormatError("JSON is nested more than " + std::to_string(deepestNesting) + " deep");
         }
         return true;
     };

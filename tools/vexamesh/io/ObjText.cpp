@@ -14,21 +14,21 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr char WORD_JOINT = '\x1f';
-constexpr std::string_view SPACES = " \t\v\f";
+constexpr char wordJoint = '\x1f';
+constexpr std::string_view spaces = " \t\v\f";
 
 std::string_view nextWord(std::string_view& line) {
-    const std::size_t begin = std::min(line.find_first_not_of(SPACES), line.size());
-    const std::size_t end = std::min(line.find_first_of(SPACES, begin), line.size());
+    const std::size_t begin = std::min(line.find_first_not_of(spaces), line.size());
+    const std::size_t end = std::min(line.find_first_of(spaces, begin), line.size());
     const std::string_view word = line.substr(begin, end - begin);
     line.remove_prefix(end);
     return word;
 }
 
 std::string quoted(std::string_view word) {
-    constexpr std::size_t LONGEST = 40;
+    constexpr std::size_t longest = 40;
     std::string text(1, '"');
-    text.append(word.substr(0, LONGEST)).append(1, '"');
+    text.append(word.substr(0, longest)).append(1, '"');
     return text;
 }
 
@@ -260,28 +260,28 @@ private:
 } // namespace
 
 std::string_view trim(std::string_view text) {
-    const std::size_t begin = text.find_first_not_of(SPACES);
-    const std::size_t end = text.find_last_not_of(SPACES);
+    const std::size_t begin = text.find_first_not_of(spaces);
+    const std::size_t end = text.find_last_not_of(spaces);
     return begin == std::string_view::npos ? std::string_view() : text.substr(begin, end - begin + 1);
 }
 
 std::string joinWords(std::string_view name) {
     std::string word(name);
     std::replace_if(
-        word.begin(), word.end(), [](char c) { return SPACES.find(c) != std::string_view::npos; }, WORD_JOINT);
+        word.begin(), word.end(), [](char c) { return spaces.find(c) != std::string_view::npos; }, wordJoint);
     return word;
 }
 
 std::string splitWords(std::string_view word) {
     std::string name(word);
-    std::replace(name.begin(), name.end(), WORD_JOINT, ' ');
+    std::replace(name.begin(), name.end(), wordJoint, ' ');
     return name;
 }
 
 ObjText readObjText(std::string_view text) {
-    constexpr std::string_view BYTE_ORDER_MARK = "\xef\xbb\xbf";
-    if (text.starts_with(BYTE_ORDER_MARK)) {
-        text.remove_prefix(BYTE_ORDER_MARK.size());
+    constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+    if (text.starts_with(byteOrderMark)) {
+        text.remove_prefix(byteOrderMark.size());
     }
     const std::size_t zero = text.find('\0');
     if (zero != std::string_view::npos) {
