@@ -257,7 +257,9 @@ private:
     /// bits (Lemire, Kaser, Kurz: Faster remainder by direct computation, 2019). The inverse of 1 has no room.
     [[nodiscard]] std::uint64_t divide(detail::TriangleId triangle) const {
         __extension__ using Product = unsigned __int128;
-        return inverse_ == 0 ? triangle : static_cast<std::uint64_t>((Product{triangle} * inverse_) >> 64);
+        const Product product = Product{triangle} * inverse_;
+        // cppcheck-suppress shiftTooManyBits  // it takes the product for one of 64 bits
+        return inverse_ == 0 ? triangle : static_cast<std::uint64_t>(product >> 64);
     }
 
     std::uint64_t capacity_;
