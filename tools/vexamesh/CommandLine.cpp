@@ -3,6 +3,7 @@
 #include "Report.h"
 #include "io/IsolatedReader.h"
 
+#include <algorithm>
 #include <new>
 #include <ostream>
 #include <string>
@@ -64,6 +65,21 @@ int runCommand(const Command& command, const Streams& streams) {
 }
 
 } // namespace
+
+int forEachFile(const std::vector<std::string>& files, Json& report, std::ostream& err,
+                const std::function<int(const std::string&)>& work) {
+    int code = EXIT_DONE;
+    for (const std::string& file : files) {
+        try {
+            code = std::max(code, work(file));
+        } catch (const FileError& error) {
+            printError(err, error.what());
+            report.push_back({{"file", file}, {"error", error.what()}});
+            code = EXIT_BAD_FILE;
+        }
+    }
+    return code;
+}
 
 int runTool(int argc, const char* const* argv, const Streams& streams) {
     CLI::App app("Looks at the meshes of glTF, OBJ, PLY, STL and OFF files, and turns their triangles into strips.",

@@ -69,10 +69,8 @@ std::string findDifference(const Document& first, const Document& second) {
 }
 
 int runCompare(const CompareArguments& arguments, const Streams& streams) {
-    const Document first = loadDocument(std::filesystem::path(arguments.first));
-    printWarnings(streams.err, first);
-    const Document second = loadDocument(std::filesystem::path(arguments.second));
-    printWarnings(streams.err, second);
+    const Document first = loadAndWarn(arguments.first, streams.err);
+    const Document second = loadAndWarn(arguments.second, streams.err);
     const std::string difference = findDifference(first, second);
     if (arguments.json) {
         Json json = {{"first", arguments.first}, {"second", arguments.second}, {"sameLayout", difference.empty()}};
@@ -90,14 +88,11 @@ int runCompare(const CompareArguments& arguments, const Streams& streams) {
 
 void addCompareCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<CompareArguments>();
-    CLI::App* command = app.add_subcommand("compare", "Compares the layouts of the meshes of two files.");
-    command->add_option("A", arguments->first, readableFile)->required();
-    command->add_option("B", arguments->second, "Another one")->required();
-    command->add_flag("--json", arguments->json, "Print JSON instead of text");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runCompare(*arguments, streams); };
-    });
+    CLI::App& command = addSubcommand(app, chosen, "compare", "Compares the layouts of the meshes of two files.",
+                                      examples, arguments, runCompare);
+    command.add_option("A", arguments->first, readableFile)->required();
+    command.add_option("B", arguments->second, "Another one")->required();
+    command.add_flag("--json", arguments->json, "Print JSON instead of text");
 }
 
 } // namespace vexa::tool

@@ -33,8 +33,7 @@ std::size_t countPrimitives(const Document& document) {
 }
 
 int runDump(const DumpArguments& arguments, const Streams& streams) {
-    const Document document = loadDocument(std::filesystem::path(arguments.file));
-    printWarnings(streams.err, document);
+    const Document document = loadAndWarn(arguments.file, streams.err);
     const bool namesPrimitives = countPrimitives(document) > 1;
     const std::string wanted = libraryName(arguments.attribute);
     bool isFound = false;
@@ -66,14 +65,11 @@ int runDump(const DumpArguments& arguments, const Streams& streams) {
 
 void addDumpCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<DumpArguments>();
-    CLI::App* command = app.add_subcommand("dump", "Prints attribute buffers as text.");
-    command->add_option("FILE", arguments->file, readableFile)->required();
-    command->add_option("--attribute", arguments->attribute, "Only the attribute of this name")->type_name("NAME");
-    command->add_flag("--elements", arguments->elements, "All elements, too");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runDump(*arguments, streams); };
-    });
+    CLI::App& command =
+        addSubcommand(app, chosen, "dump", "Prints attribute buffers as text.", examples, arguments, runDump);
+    command.add_option("FILE", arguments->file, readableFile)->required();
+    command.add_option("--attribute", arguments->attribute, "Only the attribute of this name")->type_name("NAME");
+    command.add_flag("--elements", arguments->elements, "All elements, too");
 }
 
 } // namespace vexa::tool

@@ -155,8 +155,7 @@ void printReport(const EdgesArguments& arguments, const std::vector<EdgeFigures>
 
 int runEdges(const EdgesArguments& arguments, const Streams& streams) {
     checkOutputName(arguments.output, ".glb", arguments.input);
-    Document document = loadDocument(std::filesystem::path(arguments.input));
-    printWarnings(streams.err, document);
+    Document document = loadAndWarn(arguments.input, streams.err);
     Bytes file;
     std::vector<EdgeFigures> figures;
     try {
@@ -174,15 +173,12 @@ int runEdges(const EdgesArguments& arguments, const Streams& streams) {
 
 void addEdgesCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<EdgesArguments>();
-    CLI::App* command = app.add_subcommand("edges", "Turns triangles into the lines of their edges.");
-    command->add_option("IN", arguments->input, readableFile)->required();
-    command->add_option("-o,--output", arguments->output, "The .glb file to write")->required();
-    command->add_flag("--border", arguments->border, "Border edges alone");
-    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runEdges(*arguments, streams); };
-    });
+    CLI::App& command = addSubcommand(app, chosen, "edges", "Turns triangles into the lines of their edges.", examples,
+                                      arguments, runEdges);
+    command.add_option("IN", arguments->input, readableFile)->required();
+    command.add_option("-o,--output", arguments->output, "The .glb file to write")->required();
+    command.add_flag("--border", arguments->border, "Border edges alone");
+    command.add_flag("--json", arguments->json, "Print JSON instead of a table");
 }
 
 } // namespace vexa::tool

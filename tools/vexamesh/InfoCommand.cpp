@@ -190,27 +190,19 @@ void printDocument(std::ostream& out, const Document& document) {
 }
 
 int runInfo(const InfoArguments& arguments, const Streams& streams) {
-    int code = EXIT_DONE;
     Json files = Json::array();
     bool isFirst = true;
-    for (const std::string& file : arguments.files) {
-        try {
-            const Document document = loadDocument(std::filesystem::path(file));
-            printWarnings(streams.err, document);
-            if (arguments.json) {
-                files.push_back(documentJson(document));
-            } else {
-                streams.out << (isFirst ? "" : "\n");
-                printDocument(streams.out, document);
-            }
-            isFirst = false;
-        } catch (const FileError& error) {
-            // The others are still described.
-            printError(streams.err, error.what());
-            files.push_back({{"file", file}, {"error", error.what()}});
-            code = EXIT_BAD_FILE;
+    const int code = forEachFile(arguments.files, files, streams.err, [&](const std::string& file) {
+        const Document document = loadAndWarn(file, streams.err);
+        if (arguments.json) {
+            files.push_back(documentJson(document));
+        } else {
+            streams.out << (isFirst ? "" : "\n");
+            printDocument(streams.out, document);
         }
-    }
+        isFirst = false;
+        return EXIT_DONE;
+    });
     if (arguments.json) {
         printJson(streams.out, {{"files", std::move(files)}});
     }
@@ -221,13 +213,10 @@ int runInfo(const InfoArguments& arguments, const Streams& streams) {
 
 void addInfoCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<InfoArguments>();
-    CLI::App* command = app.add_subcommand("info", "Describes the meshes of files.");
-    command->add_option("FILE", arguments->files, readableFiles)->required();
-    command->add_flag("--json", arguments->json, "Print JSON instead of tables");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runInfo(*arguments, streams); };
-    });
+    CLI::App& command =
+        addSubcommand(app, chosen, "info", "Describes the meshes of files.", examples, arguments, runInfo);
+    command.add_option("FILE", arguments->files, readableFiles)->required();
+    command.add_flag("--json", arguments->json, "Print JSON instead of tables");
 }
 
 } // namespace vexa::tool

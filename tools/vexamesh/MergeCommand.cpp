@@ -98,8 +98,7 @@ int runMerge(const MergeArguments& arguments, const Streams& streams) {
     }
     Merger merger;
     for (const PlacedInput& input : arguments.inputs) {
-        const Document document = loadDocument(std::filesystem::path(input.file));
-        printWarnings(streams.err, document);
+        const Document document = loadAndWarn(input.file, streams.err);
         merger.add(document, input.placement);
     }
     Bytes file;

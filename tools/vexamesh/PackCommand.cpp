@@ -69,8 +69,7 @@ int runPack(const PackArguments& arguments, const Streams& streams) {
     if (!arguments.output.empty()) {
         checkOutputName(arguments.output, ".bin", arguments.input);
     }
-    const Document document = loadDocument(std::filesystem::path(arguments.input));
-    printWarnings(streams.err, document);
+    const Document document = loadAndWarn(arguments.input, streams.err);
     Bytes bytes;
     std::vector<AngleFigures> primitives;
     AngleFigures total;
@@ -107,15 +106,12 @@ int runPack(const PackArguments& arguments, const Streams& streams) {
 
 void addPackCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<PackArguments>();
-    CLI::App* command = app.add_subcommand("pack", "Packs normals into two bytes each.");
-    command->add_option("IN", arguments->input, readableFile)->required();
-    command->add_option("-o,--output", arguments->output, "The .bin file to write");
-    command->add_flag("--stats", arguments->stats, "Only report what packing costs");
-    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runPack(*arguments, streams); };
-    });
+    CLI::App& command =
+        addSubcommand(app, chosen, "pack", "Packs normals into two bytes each.", examples, arguments, runPack);
+    command.add_option("IN", arguments->input, readableFile)->required();
+    command.add_option("-o,--output", arguments->output, "The .bin file to write");
+    command.add_flag("--stats", arguments->stats, "Only report what packing costs");
+    command.add_flag("--json", arguments->json, "Print JSON instead of a table");
 }
 
 } // namespace vexa::tool

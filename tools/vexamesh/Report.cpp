@@ -77,10 +77,12 @@ void printError(std::ostream& err, const std::string& text) {
     err << "vexamesh: " << printable(text) << '\n';
 }
 
-void printWarnings(std::ostream& err, const Document& document) {
+Document loadAndWarn(const std::filesystem::path& file, std::ostream& err, MeshCheck check) {
+    Document document = loadDocument(file, check);
     for (const std::string& warning : document.asset.warnings) {
-        err << "vexamesh: warning: " << printable(document.file.string() + ": " + warning) << '\n';
+        err << "vexamesh: warning: " << printable(file.string() + ": " + warning) << '\n';
     }
+    return document;
 }
 
 void printJson(std::ostream& out, const Json& json) {

@@ -4,6 +4,7 @@
 #include "io/Json.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -43,8 +44,10 @@ std::string printable(const std::string& text);
 /// Prints what went wrong, in one line.
 void printError(std::ostream& err, const std::string& text);
 
-/// Prints what a person should know of a document, in a line each.
-void printWarnings(std::ostream& err, const Document& document);
+/// Reads a file and prints what a person should know of it, in a line each.
+///
+/// \throw FileError as `loadDocument` does
+Document loadAndWarn(const std::filesystem::path& file, std::ostream& err, MeshCheck check = MeshCheck::Full);
 
 /// Prints a JSON document for programs, indented, with a newline behind it.
 void printJson(std::ostream& out, const Json& json);

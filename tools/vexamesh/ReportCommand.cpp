@@ -65,8 +65,7 @@ PageTexts textsFor(const ReportArguments& arguments, const ReportFacts& facts) {
 
 int runReport(const ReportArguments& arguments, const Streams& streams) {
     checkOutputName(arguments.output, ".html", arguments.input);
-    Document document = loadDocument(std::filesystem::path(arguments.input));
-    printWarnings(streams.err, document);
+    Document document = loadAndWarn(arguments.input, streams.err);
     Progress progress(streams.err);
     ReportSettings settings{settingsOf(arguments.cut), arguments.mostShown};
     settings.strip.onPass = [&](std::size_t done, std::size_t all) { progress.show("passes", done, all); };
@@ -91,21 +90,18 @@ int runReport(const ReportArguments& arguments, const Streams& streams) {
 
 void addReportCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<ReportArguments>();
-    CLI::App* command = app.add_subcommand("report", "Shows the strips of a file in a page for the browser.");
-    command->add_option("IN", arguments->input, readableFile)->required();
-    command->add_option("-o,--output", arguments->output, "The .html file to write")->required();
-    addCutOptions(*command, arguments->cut);
+    CLI::App& command = addSubcommand(app, chosen, "report", "Shows the strips of a file in a page for the browser.",
+                                      examples, arguments, runReport);
+    command.add_option("IN", arguments->input, readableFile)->required();
+    command.add_option("-o,--output", arguments->output, "The .html file to write")->required();
+    addCutOptions(command, arguments->cut);
     command
-        ->add_option("--show", arguments->mostShown,
-                     "The picture holds this many triangles at most; the figures are those of all")
+        .add_option("--show", arguments->mostShown,
+                    "The picture holds this many triangles at most; the figures are those of all")
         ->type_name("COUNT")
         ->check(CLI::Range(std::size_t{1}, PictureBuilder::mostTriangles))
         ->capture_default_str();
-    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runReport(*arguments, streams); };
-    });
+    command.add_flag("--json", arguments->json, "Print JSON instead of a table");
 }
 
 } // namespace vexa::tool

@@ -52,8 +52,7 @@ void printReport(const StripArguments& arguments, const StripOutcome& outcome, s
 int stripOne(const StripArguments& arguments, const Streams& streams) {
     const std::string& input = arguments.inputs.front();
     checkOutputName(arguments.output, ".glb", input);
-    Document document = loadDocument(std::filesystem::path(input));
-    printWarnings(streams.err, document);
+    Document document = loadAndWarn(input, streams.err);
     Progress progress(streams.err);
     StripSettings settings = settingsOf(arguments.cut);
     if (progress.isShown()) {
@@ -91,20 +90,17 @@ int runStrip(const StripArguments& arguments, const Streams& streams) {
 
 void addStripCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<StripArguments>();
-    CLI::App* command = app.add_subcommand("strip", "Turns the triangles of a file into strips.");
-    command->add_option("IN", arguments->inputs, readableFiles)->required();
-    command->add_option("-o,--output", arguments->output, "The .glb file to write, for one input");
-    command->add_option("-d,--directory", arguments->directory, "Where to write a .glb file for each of many inputs");
-    command->add_option("--jobs", arguments->jobs, "Files that are worked on side by side")
+    CLI::App& command = addSubcommand(app, chosen, "strip", "Turns the triangles of a file into strips.", examples,
+                                      arguments, runStrip);
+    command.add_option("IN", arguments->inputs, readableFiles)->required();
+    command.add_option("-o,--output", arguments->output, "The .glb file to write, for one input");
+    command.add_option("-d,--directory", arguments->directory, "Where to write a .glb file for each of many inputs");
+    command.add_option("--jobs", arguments->jobs, "Files that are worked on side by side")
         ->check(CLI::Range(1U, 1024U))
         ->capture_default_str();
-    command->add_flag("--skip-existing", arguments->skipExisting, "Leave files that are in the directory already");
-    addCutOptions(*command, arguments->cut);
-    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runStrip(*arguments, streams); };
-    });
+    command.add_flag("--skip-existing", arguments->skipExisting, "Leave files that are in the directory already");
+    addCutOptions(command, arguments->cut);
+    command.add_flag("--json", arguments->json, "Print JSON instead of a table");
 }
 
 } // namespace vexa::tool

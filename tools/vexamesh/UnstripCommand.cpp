@@ -101,8 +101,7 @@ int runUnstrip(const UnstripArguments& arguments, const Streams& streams) {
         throw UsageError("the output " + arguments.output + " does not end in .glb or .gltf");
     }
     checkOutputName(arguments.output, isText ? ".gltf" : ".glb", arguments.input);
-    Document document = loadDocument(std::filesystem::path(arguments.input));
-    printWarnings(streams.err, document);
+    Document document = loadAndWarn(arguments.input, streams.err);
     std::vector<UnstripFigures> meshes;
     const std::vector<IndexEdit> edits = triangleEdits(document, meshes);
     Bytes file;
@@ -123,14 +122,11 @@ int runUnstrip(const UnstripArguments& arguments, const Streams& streams) {
 
 void addUnstripCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<UnstripArguments>();
-    CLI::App* command = app.add_subcommand("unstrip", "Turns strips and fans back into triangles.");
-    command->add_option("IN", arguments->input, readableFile)->required();
-    command->add_option("-o,--output", arguments->output, "The .glb or .gltf file to write")->required();
-    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runUnstrip(*arguments, streams); };
-    });
+    CLI::App& command = addSubcommand(app, chosen, "unstrip", "Turns strips and fans back into triangles.", examples,
+                                      arguments, runUnstrip);
+    command.add_option("IN", arguments->input, readableFile)->required();
+    command.add_option("-o,--output", arguments->output, "The .glb or .gltf file to write")->required();
+    command.add_flag("--json", arguments->json, "Print JSON instead of a table");
 }
 
 } // namespace vexa::tool

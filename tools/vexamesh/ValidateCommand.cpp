@@ -39,8 +39,7 @@ std::string findFault(const Document& document, const Primitive& primitive) {
 /// \return whether everything is valid
 bool validateFile(const std::string& file, const ValidateArguments& arguments, Table& table, Json& files,
                   const Streams& streams) {
-    const Document document = loadDocument(std::filesystem::path(file), MeshCheck::References);
-    printWarnings(streams.err, document);
+    const Document document = loadAndWarn(file, streams.err, MeshCheck::References);
     bool isValid = true;
     Json meshes = Json::array();
     for (const Mesh& mesh : document.meshes) {
@@ -64,7 +63,6 @@ bool validateFile(const std::string& file, const ValidateArguments& arguments, T
 }
 
 int runValidate(const ValidateArguments& arguments, const Streams& streams) {
-    int code = EXIT_DONE;
     Json files = Json::array();
     Table table;
     table.addColumn("file", Table::Align::Left);
@@ -72,17 +70,9 @@ int runValidate(const ValidateArguments& arguments, const Streams& streams) {
     table.addColumn("primitive");
     table.addColumn("type", Table::Align::Left);
     table.addColumn("result", Table::Align::Left);
-    for (const std::string& file : arguments.files) {
-        try {
-            if (!validateFile(file, arguments, table, files, streams)) {
-                code = std::max<int>(code, EXIT_CHECK_FAILED);
-            }
-        } catch (const FileError& error) {
-            printError(streams.err, error.what());
-            files.push_back({{"file", file}, {"error", error.what()}});
-            code = EXIT_BAD_FILE;
-        }
-    }
+    const int code = forEachFile(arguments.files, files, streams.err, [&](const std::string& file) {
+        return validateFile(file, arguments, table, files, streams) ? EXIT_DONE : EXIT_CHECK_FAILED;
+    });
     if (arguments.json) {
         printJson(streams.out, {{"files", std::move(files)}});
     } else {
@@ -95,13 +85,10 @@ int runValidate(const ValidateArguments& arguments, const Streams& streams) {
 
 void addValidateCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<ValidateArguments>();
-    CLI::App* command = app.add_subcommand("validate", "Checks that meshes are consistent.");
-    command->add_option("FILE", arguments->files, readableFiles)->required();
-    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runValidate(*arguments, streams); };
-    });
+    CLI::App& command =
+        addSubcommand(app, chosen, "validate", "Checks that meshes are consistent.", examples, arguments, runValidate);
+    command.add_option("FILE", arguments->files, readableFiles)->required();
+    command.add_flag("--json", arguments->json, "Print JSON instead of a table");
 }
 
 } // namespace vexa::tool

@@ -36,8 +36,7 @@ void report(const Primitive& primitive, bool verbose, const std::function<void(c
 }
 
 int runVerify(const VerifyArguments& arguments, const Streams& streams) {
-    const Document document = loadDocument(std::filesystem::path(arguments.file));
-    printWarnings(streams.err, document);
+    const Document document = loadAndWarn(arguments.file, streams.err);
     Json reports = Json::array();
     for (const Mesh& mesh : document.meshes) {
         for (std::size_t p = 0; p < mesh.primitives.size(); ++p) {
@@ -65,14 +64,11 @@ int runVerify(const VerifyArguments& arguments, const Streams& streams) {
 
 void addVerifyCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<VerifyArguments>();
-    CLI::App* command = app.add_subcommand("verify", "Reports on the adjacency of triangles.");
-    command->add_option("FILE", arguments->file, readableFile)->required();
-    command->add_flag("--verbose", arguments->verbose, "A line for each triangle and each half-edge, too");
-    command->add_flag("--json", arguments->json, "Print JSON instead of text");
-    command->footer(examples);
-    command->callback([arguments, &chosen] {
-        chosen = [arguments](const Streams& streams) { return runVerify(*arguments, streams); };
-    });
+    CLI::App& command =
+        addSubcommand(app, chosen, "verify", "Reports on the adjacency of triangles.", examples, arguments, runVerify);
+    command.add_option("FILE", arguments->file, readableFile)->required();
+    command.add_flag("--verbose", arguments->verbose, "A line for each triangle and each half-edge, too");
+    command.add_flag("--json", arguments->json, "Print JSON instead of text");
 }
 
 } // namespace vexa::tool
