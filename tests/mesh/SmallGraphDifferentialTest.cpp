@@ -3,6 +3,7 @@
 
 #include "reference/ReferenceGraph.h"
 #include "support/GraphComparison.h"
+#include "support/Graphs.h"
 #include "support/LogCapture.h"
 #include "support/Meshes.h"
 
@@ -129,6 +130,64 @@ TEST(RandomMeshes, AreCutAsByTheReference) {
             ASSERT_EQ(differenceOnMesh(graph, mesh, parameters), "") << describe(mesh, parameters);
         }
         ASSERT_EQ(differenceOnList(mesh, parameters), "") << describe(mesh, parameters);
+    }
+}
+
+/// A small mesh in the graph and in the reference, whose records a test may spoil alike.
+struct FilledTwice {
+    explicit FilledTwice(const meshes::Indices& mesh) : library(mesh), triangles(graphs::triangles(library)) {
+        expected.addTriangles(mesh);
+    }
+
+    /// Takes the twin away from a half-edge, which stays that of its twin.
+    void forgetTwin(std::size_t halfEdge) {
+        triangles[halfEdge / 3]->halfEdge[halfEdge % 3].twin = nullptr;
+        expected.twin[halfEdge] = reference::none;
+    }
+    void setState(std::size_t triangle, int state) {
+        triangles[triangle]->state = state;
+        expected.state[triangle] = state;
+    }
+    /// Cuts both into strips, single triangles too; the first difference, or "".
+    std::string differenceInPasses(std::uint32_t iterations) {
+        const GraphComparison comparison(library, expected);
+        const std::uint32_t cost = library.calcOptPrim(iterations, true, false, 6, true);
+        if (cost != expected.calcOptPrim({.iterations = iterations, .allStrips = true})) {
+            return "another number is returned";
+        }
+        return comparison.differenceInResult();
+    }
+
+    graphs::FilledGraph library;
+    std::vector<graphs::Triangle*> triangles;
+    reference::Graph expected;
+};
+
+TEST(RandomMeshes, WithLinksInOneDirectionAreCutAsByTheReference) {
+    const LogCapture quiet(Severity::Fatal);
+    meshes::Random random(21);
+    for (int round = 0; round < 3000; ++round) {
+        FilledTwice graphs(meshes::grid(1 + random.below(4), 1 + random.below(4)));
+        for (std::size_t halfEdge = 0; halfEdge < graphs.expected.twin.size(); ++halfEdge) {
+            if (random.chance(25)) {
+                graphs.forgetTwin(halfEdge);
+            }
+        }
+        ASSERT_EQ(graphs.differenceInPasses(2 + random.below(6)), "") << "round " << round;
+    }
+}
+
+TEST(RandomMeshes, WithStatesThatDoNotFitTheirLinksAreCutAsByTheReference) {
+    const LogCapture quiet(Severity::Fatal);
+    meshes::Random random(22);
+    for (int round = 0; round < 3000; ++round) {
+        FilledTwice graphs(meshes::grid(1 + random.below(4), 1 + random.below(4)));
+        for (std::size_t triangle = 0; triangle < graphs.triangles.size(); ++triangle) {
+            if (random.chance(25)) {
+                graphs.setState(triangle, static_cast<int>(random.below(4)));
+            }
+        }
+        ASSERT_EQ(graphs.differenceInPasses(2 + random.below(6)), "") << "round " << round;
     }
 }
 

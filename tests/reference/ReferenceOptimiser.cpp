@@ -215,6 +215,10 @@ void Optimiser::buildStrip(std::uint32_t start) {
 
     while (parity != 3) {
         const std::uint32_t entering = graph_.twin[leaving];
+        if (entering == none || graph_.state[Graph::triangleOf(entering)] <= stripState) {
+            // The state before promised a neighbour that is not there.
+            break;
+        }
         const std::uint32_t triangle = Graph::triangleOf(entering);
         const std::uint32_t after = Graph::next(entering);
         const std::uint32_t before = Graph::next(after);
