@@ -60,7 +60,8 @@ public:
         struct VEXA_MESH_EXPORT Chunk {
             std::uint64_t capacity = 0;    ///< number of triangles that it can hold
             Chunk* next = nullptr;         ///< the chunk taken before this one; owned
-            Triangle* triangles = nullptr; ///< owned array of `capacity` triangles
+            Triangle* triangles = nullptr; ///< owned array with room for `capacity` triangles; what was not handed out
+                                           ///< yet holds nothing to be read
 
             Chunk() = default;
             /// Frees the triangles and every following chunk, in a loop: a chain of a million is freed on a small

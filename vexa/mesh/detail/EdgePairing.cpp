@@ -196,7 +196,7 @@ std::vector<unsigned int> closeGaps(std::span<const unsigned int> triangles, std
     return dense;
 }
 
-void linkAnyhow(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
+void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     CompactTriangle& one = graph[triangleOf(a)];
     CompactTriangle& other = graph[triangleOf(b)];
     one.twin[placeOf(a)] = b;
@@ -205,8 +205,8 @@ void linkAnyhow(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     ++other.state;
 }
 
-/// Tells apart too what shares several edges.
-void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
+/// Links, and marks triangles that share several edges as irregular.
+void linkAndMark(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     CompactTriangle& one = graph[triangleOf(a)];
     CompactTriangle& other = graph[triangleOf(b)];
     if (std::any_of(std::begin(one.twin), std::end(one.twin),
@@ -214,7 +214,7 @@ void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
         one.isIrregular = true;
         other.isIrregular = true;
     }
-    linkAnyhow(graph, a, b);
+    link(graph, a, b);
 }
 
 /// A graph of the triangles without any links.
@@ -259,7 +259,7 @@ CompactGraph pairEdges(std::span<const unsigned int> triangles) {
     forEachHalfEdge(dense.triangles(), fetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from > to) {
             if (const HalfEdgeId twin = upward.take(to, from); twin != noHalfEdge) {
-                link(graph, twin, halfEdge);
+                linkAndMark(graph, twin, halfEdge);
             }
         }
     });
@@ -284,7 +284,7 @@ std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> tria
         if (!twin.isOnly) {
             isManifold = false;
         } else if (twin.halfEdge != noHalfEdge) {
-            linkAnyhow(graph, twin.halfEdge, halfEdge);
+            link(graph, twin.halfEdge, halfEdge);
         } else {
             downwardAlone.emplace_back(from, to);
         }

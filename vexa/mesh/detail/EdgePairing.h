@@ -18,7 +18,8 @@ namespace vexa::mesh::detail {
 CompactGraph pairEdges(std::span<const unsigned int> triangles);
 
 /// The same for a mesh without an edge at which more than two half-edges of triangles that are not collapsed meet;
-/// nothing for any other, nor for more triangles than `maxTriangles`, at most what a compact graph holds.
+/// nothing for any other, nor for more triangles than `maxTriangles`, at most what a compact graph holds. No triangle is
+/// marked as irregular.
 std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles,
                                               std::uint64_t maxTriangles = CompactGraph::maxCount);
 
