@@ -43,7 +43,7 @@ public:
         std::vector<std::uint32_t> entries;
         for (std::uint32_t k = 0; k < plain_.size(); ++k) {
             entries.push_back(plain_[k].second);
-            ASSERT_EQ(bucket_.at(k), plain_[k].second) << k;
+            ASSERT_EQ(bucket_.entry(bucket_.find(k)), plain_[k].second) << k;
         }
         ASSERT_EQ(entriesOf(bucket_), entries);
     }
@@ -70,7 +70,7 @@ TEST(RankedBucket, KeepsTheOrderOfInsertion) {
     bucket.erase(1);
     EXPECT_EQ(bucket.push(10), 3u);
     EXPECT_EQ(entriesOf(bucket), (std::vector<std::uint32_t>{30, 20, 10}));
-    EXPECT_EQ(bucket.at(2), 10u);
+    EXPECT_EQ(bucket.entry(bucket.find(2)), 10u);
 }
 
 TEST(RankedBucket, IsFullToTheLastEntryAtBlockBoundaries) {
@@ -79,14 +79,14 @@ TEST(RankedBucket, IsFullToTheLastEntryAtBlockBoundaries) {
         for (std::uint32_t i = 0; i < capacity; ++i) {
             bucket.push(2 * i);
         }
-        EXPECT_EQ(bucket.at(capacity - 1), 2 * (capacity - 1));
+        EXPECT_EQ(bucket.entry(bucket.find(capacity - 1)), 2 * (capacity - 1));
         for (std::uint32_t i = 0; i + 1 < capacity; ++i) {
             bucket.erase(i);
         }
-        EXPECT_EQ(bucket.at(0), 2 * (capacity - 1));
+        EXPECT_EQ(bucket.entry(bucket.find(0)), 2 * (capacity - 1));
         bucket.restart(capacity);
         EXPECT_EQ(bucket.size(), capacity);
-        EXPECT_EQ(bucket.at(capacity - 1), 2 * (capacity - 1));
+        EXPECT_EQ(bucket.entry(bucket.find(capacity - 1)), 2 * (capacity - 1));
     }
 }
 
@@ -147,7 +147,7 @@ TEST(RankedBucket, FindsTheFewThatAreLeftOfVeryMany) {
     for (std::uint32_t i = 0; i < count; ++i) {
         bucket.push(count - i);
     }
-    EXPECT_EQ(bucket.at(4194304), count - 4194304);
+    EXPECT_EQ(bucket.entry(bucket.find(4194304)), count - 4194304);
     const std::vector<std::uint32_t> left = {0, 1023, 65536, 4194303, 4194304, count - 1};
     for (std::uint32_t i = 0, k = 0; i < count; ++i) {
         if (i == left[k]) {
@@ -158,7 +158,7 @@ TEST(RankedBucket, FindsTheFewThatAreLeftOfVeryMany) {
     }
     ASSERT_EQ(bucket.size(), left.size());
     for (std::uint32_t k = 0; k < left.size(); ++k) {
-        EXPECT_EQ(bucket.at(k), count - left[k]);
+        EXPECT_EQ(bucket.entry(bucket.find(k)), count - left[k]);
     }
 }
 

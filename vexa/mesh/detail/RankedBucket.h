@@ -45,12 +45,10 @@ public:
         --size_;
     }
 
-    /// The entry before which `k` others are in, in order of insertion; `k` is below `size`.
-    [[nodiscard]] TriangleId at(std::uint32_t k) const { return entry(find(k)); }
     /// What was pushed at a position.
     [[nodiscard]] TriangleId entry(std::uint32_t position) const { return log_[position]; }
 
-    /// Position of the entry before which `k` others are in; `k` is below `size`.
+    /// Position of the entry before which `k` others are in, in order of insertion; `k` is below `size`.
     [[nodiscard]] std::uint32_t find(std::uint32_t k) const {
         std::size_t i = skip(top_, 0, k);
         i = skip(coarse_, i * (topSize / coarseSize), k);
