@@ -33,7 +33,8 @@ struct MergeArguments {
     std::string translation, scale, rotation;
     std::string output;
     bool json = false;
-    std::vector<PlacedInput> inputs;
+    std::vector<PlacedInput> inputs;   ///< once readInputs has read them
+    const CLI::App* command = nullptr; ///< knows the order of all arguments
 };
 
 /// Assigns each placement to the input that it follows, which only the order of all arguments tells.
@@ -119,23 +120,21 @@ int runMerge(const MergeArguments& arguments, const Streams& streams) {
 
 void addMergeCommand(CLI::App& app, Command& chosen) {
     auto arguments = std::make_shared<MergeArguments>();
-    CLI::App* command = app.add_subcommand("merge", "Puts the meshes of files together.");
-    command->add_option("IN", arguments->files, readableFiles)->required();
-    command->add_option("-o,--output", arguments->output, "The .glb file to write")->required();
+    CLI::App& command = addSubcommand(app, chosen, "merge", "Puts the meshes of files together.", examples, arguments,
+                                      [](MergeArguments& given, const Streams& streams) {
+                                          readInputs(*given.command, given);
+                                          return runMerge(given, streams);
+                                      });
+    arguments->command = &command;
+    command.add_option("IN", arguments->files, readableFiles)->required();
+    command.add_option("-o,--output", arguments->output, "The .glb file to write")->required();
     const auto addPlacement = [&](const char* name, std::string& value, const char* help, const char* form) {
-        command->add_option(name, value, help)->type_name(form)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        command.add_option(name, value, help)->type_name(form)->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     };
     addPlacement("--translate", arguments->translation, "Move the input before", "X,Y,Z");
     addPlacement("--scale", arguments->scale, "Scale the input before", "S|X,Y,Z");
     addPlacement("--rotate", arguments->rotation, "Turn the input before around x, y or z", "AXIS,DEGREES");
-    command->add_flag("--json", arguments->json, "Print JSON instead of a table");
-    command->footer(examples);
-    command->callback([arguments, command, &chosen] {
-        chosen = [arguments, command](const Streams& streams) {
-            readInputs(*command, *arguments);
-            return runMerge(*arguments, streams);
-        };
-    });
+    command.add_flag("--json", arguments->json, "Print JSON instead of a table");
 }
 
 } // namespace vexa::tool
