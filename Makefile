@@ -1,9 +1,17 @@
-# The commands a person types. `make help` lists them.
+# The commands that people type. `make help` lists them.
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
-# Whatever calls this file reads the last lines of `make test`, which are to be those of ctest.
+# Scripts that call this file read the last lines of `make test`, which must be those of ctest.
 MAKEFLAGS += --no-print-directory
+
+# Sources that were compiled before, in another preset's or branch's build directory too, are not compiled again.
+ifneq ($(shell command -v ccache 2>/dev/null),)
+export CMAKE_CXX_COMPILER_LAUNCHER ?= ccache
+export CCACHE_BASEDIR ?= $(CURDIR)
+export CCACHE_NOHASHDIR ?= 1
+export CCACHE_SLOPPINESS ?= pch_defines,time_macros,include_file_mtime,include_file_ctime
+endif
 
 INSTALL_DEPENDENCIES = @sh cmake/install-dependencies.sh
 BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
@@ -18,13 +26,13 @@ help: ## list these commands
 deps: ## install every package that the project needs (cmake/dependencies.txt)
 	$(INSTALL_DEPENDENCIES)
 
-demo: ## build the tool and show what it does to a model
+demo: ## build the tool and run it on a few models
 	$(INSTALL_DEPENDENCIES) library tool
 	cmake --preset release -D VEXA_BUILD_TESTS=OFF
 	cmake --build --preset release -j $(JOBS) --target vexamesh
 	sh tools/vexamesh/demo.sh build/release/tools/vexamesh/vexamesh build/demo
 
-test: ## build with g++ and clang++, run every suite, also under sanitizers and checked iterators
+test: ## build with g++ and clang++ and run every suite, also with sanitizers and checked iterators
 	$(INSTALL_DEPENDENCIES) library tool tests
 	$(call BUILD,release)
 	$(call BUILD,clang)
@@ -35,37 +43,37 @@ test: ## build with g++ and clang++, run every suite, also under sanitizers and 
 	$(call RUN_TESTS,debug)
 	$(call RUN_TESTS,release)
 
-bench: ## measure beside peers (BENCH=--quick is faster); the figures go to build/bench/results.json too
+bench: ## measure alongside other libraries (BENCH=--quick is faster); writes build/bench/results.json too
 	$(INSTALL_DEPENDENCIES) library bench
 	sh bench/models/fetch.sh build/bench/models
 	$(call BUILD,bench)
 	build/bench/bench/vexaMeshBench $(BENCH)
 
 FUZZ_SECONDS ?= 60
-fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) for each target
+fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) per target
 	$(INSTALL_DEPENDENCIES) library tool fuzz
 	$(call BUILD,fuzz)
 	sh fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
 
-docs: ## write the reference of the public headers to build/docs/html
+docs: ## generate the reference of the public headers in build/docs/html
 	$(INSTALL_DEPENDENCIES) docs
 	@mkdir -p build
 	doxygen docs/Doxyfile
 
-format: ## lay out every source with clang-format
+format: ## reformat every source with clang-format
 	$(INSTALL_DEPENDENCIES) lint
 	sh cmake/lint.sh format
 
-lint: ## check layout, names and suspicious code: clang-format, clang-tidy, cppcheck
+lint: ## check formatting, names and suspicious code: clang-format, clang-tidy, cppcheck
 	$(INSTALL_DEPENDENCIES) library tool lint
 	sh cmake/lint.sh check
 
-install: ## build and install to PREFIX (/usr/local), below DESTDIR if that is set
+install: ## build and install to PREFIX (/usr/local), below DESTDIR if set
 	$(INSTALL_DEPENDENCIES) library tool
 	cmake --preset install -D CMAKE_INSTALL_PREFIX=$(PREFIX)
 	cmake --build --preset install -j $(JOBS)
 	cmake --install build/install
 	@[ -n "$(DESTDIR)" ] || [ "$$(id -u)" != 0 ] || ldconfig
 
-clean: ## remove everything that was built
+clean: ## remove the build directory
 	rm -rf build

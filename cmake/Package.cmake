@@ -12,7 +12,7 @@ install(TARGETS ${VEXA_LIBRARIES} EXPORT vexaMeshTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-# Of the implementation only the classes that a caller may derive from or name; the rest serves the sources alone.
+# The only implementation headers to install are those of classes that callers may name or derive from.
 file(GLOB VEXA_DETAIL_HEADERS CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/vexa/mesh/detail/*BufferData.h
     ${PROJECT_SOURCE_DIR}/vexa/mesh/detail/Default*.h)
@@ -23,7 +23,7 @@ install(FILES ${VEXA_DETAIL_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vex
 if(NOT VEXA_LOGGING_TARGET)
     install(FILES ${PROJECT_SOURCE_DIR}/logging/Logger.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/logging)
 endif()
-# The installed files find one another wherever the prefix is moved.
+# Relative, so that the installation still works after the prefix is moved.
 set_target_properties(${VEXA_LIBRARIES} PROPERTIES INSTALL_RPATH "$ORIGIN")
 if(TARGET vexamesh)
     file(RELATIVE_PATH VEXA_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

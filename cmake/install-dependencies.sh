@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs the Debian packages of dependencies.txt that are needed by the named parts and missing here. Those of npm are
-# fetched by what uses them, each with the lock file beside its package.json.
+# Installs the Debian packages in dependencies.txt that the named parts need and that are missing. npm packages are
+# fetched by the builds and tests that use them, from the lock file next to their package.json.
 # usage: install-dependencies.sh [PART...]   (library, tool, tests, lint, bench, fuzz, docs; none means all)
 set -eu
 
@@ -10,7 +10,7 @@ for part in $wanted; do
     case "$part" in
     library | tool | tests | lint | bench | fuzz | docs) ;;
     *)
-        echo "install-dependencies.sh: no part named '$part' (library, tool, tests, lint, bench, fuzz, docs)" >&2
+        echo "install-dependencies.sh: unknown part '$part' (library, tool, tests, lint, bench, fuzz, docs)" >&2
         exit 2
         ;;
     esac
@@ -23,7 +23,7 @@ packages=$(awk -F'|' -v wanted="$wanted" '
         for (i = 1; i <= count; i++) if (index(wanted, " " parts[i] " ")) { print $1; break }
     }' "$list")
 
-# A package also counts as there when another one brings it along.
+# A package also counts as installed if another one provides it.
 installed=$(dpkg-query -W -f='${db:Status-Status}|${Package}, ${Provides}\n' | sed -n 's/^installed|//p' |
     tr ',' '\n' | sed 's/^ *//; s/ .*//')
 missing=
@@ -38,5 +38,5 @@ sudo=
 [ "$(id -u)" = 0 ] || sudo=sudo
 echo "Installing:$missing"
 $sudo apt-get update -qq
-# shellcheck disable=SC2086  # one word a package
+# shellcheck disable=SC2086  # one word per package
 $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null

@@ -1,12 +1,13 @@
 #!/bin/sh
-# Layout, names and suspicious code of every source of the project.
-# usage: lint.sh check    fails when clang-format, clang-tidy or cppcheck finds something
-#        lint.sh format   rewrites the sources with clang-format
+# Checks formatting, names and suspicious code in every source of the project.
+# usage: lint.sh check    fails if clang-format, clang-tidy or cppcheck reports something
+#        lint.sh format   reformats the sources with clang-format
 set -eu
 cd "$(dirname "$0")/.."
 
-# shellcheck disable=SC2046  # no path of the project holds a space
-set -- "${1:-check}" $(find vexa logging tools tests examples bench fuzz -name '*.h' -o -name '*.cpp' 2>/dev/null | sort)
+# shellcheck disable=SC2046  # no path in the project contains a space
+set -- "${1:-check}" \
+    $(find vexa logging tools tests examples bench fuzz docs -name '*.h' -o -name '*.cpp' 2>/dev/null | sort)
 command=$1
 shift
 
@@ -17,10 +18,12 @@ format)
     ;;
 check) ;;
 *)
-    echo "lint.sh: no command '$command' (check, format)" >&2
+    echo "lint.sh: unknown command '$command' (check, format)" >&2
     exit 2
     ;;
 esac
+
+sh cmake/layers.sh
 
 echo "clang-format: $# files"
 clang-format --dry-run -Werror "$@"
@@ -36,4 +39,4 @@ fi
 echo "cppcheck"
 cppcheck --quiet --error-exitcode=1 --inline-suppr --suppressions-list=cmake/cppcheck-suppressions.txt \
     --enable=warning,performance,portability --std=c++20 --library=googletest --template=gcc -j "$(nproc)" \
-    -I . -I build/lint/include vexa logging tools examples bench fuzz tests
+    -I . -I build/lint/include vexa logging tools examples bench fuzz docs tests

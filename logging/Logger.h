@@ -7,7 +7,7 @@
 
 namespace logging {
 
-/// Where the library asks for a logger, once for every record that it writes.
+/// Provides the logger for each record that the library writes.
 ///
 /// A host program that has a logging library of its own defines `getBoostLogger` itself (its definition takes
 /// precedence over the default one) or names the CMake target that does with `-DVEXA_LOGGING_TARGET`.
