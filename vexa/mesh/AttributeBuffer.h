@@ -19,9 +19,9 @@ public:
     ///
     /// \param type           scalar type of a component; an unknown one makes the sizes and the stride 0
     /// \param componentCount components per element
-    /// \param attributeName  what lookups by name compare; byte-wise, may be empty
+    /// \param attributeName  name for lookups, which compare it byte by byte; may be empty
     /// \return never empty
-    /// \throw std::bad_alloc
+    /// \throw std::bad_alloc if memory runs out
     static std::shared_ptr<AttributeBuffer> createDefault(ComponentType type, unsigned long componentCount,
                                                           std::string attributeName);
 
@@ -36,7 +36,7 @@ public:
     /// Copies one element out.
     ///
     /// \param index       0-based element
-    /// \param destination receives getElementSizeInBytes() bytes
+    /// \param destination receives getElementSizeInBytes() bytes; must not be null
     virtual void getElement(unsigned long index, void* destination) const = 0;
 
     /// Copies one element in.
@@ -49,7 +49,7 @@ public:
     ///
     /// \param index       0-based element
     /// \param component   0-based component of the element
-    /// \param destination receives getComponentSizeInBytes() bytes
+    /// \param destination receives getComponentSizeInBytes() bytes; must not be null
     virtual void getComponent(unsigned long index, unsigned long component, void* destination) const = 0;
 
     /// Copies one component in; the other components of the element keep their bytes.
@@ -62,11 +62,11 @@ public:
     /// The name; fixed for the life of the buffer.
     virtual std::string getAttributeName() const = 0;
 
-    /// Whether an element is three floats. The component count is only asked for when the type is `FLOAT`.
+    /// Whether an element is three floats. The component count is queried only if the type is `FLOAT`.
     bool isVec3f() const;
 
     /// Whether elements have the same component type and the same number of components. Name, element count, stride and
-    /// offset are not compared; the counts are only asked for when the types agree.
+    /// offset are not compared; the counts are queried only if the types agree.
     ///
     /// \param other may be this buffer, must not be empty
     bool isCompatible(const std::shared_ptr<AttributeBuffer>& other) const;

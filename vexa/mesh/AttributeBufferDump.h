@@ -9,7 +9,7 @@
 
 namespace vexa::mesh::detail {
 
-/// Writes a description of an attribute buffer, a property a line, and on demand its elements, one a line:
+/// Writes the properties of an attribute buffer, one per line, and optionally its elements, one per line:
 ///
 /// ```
 /// AttributeBuffer:
@@ -26,22 +26,21 @@ namespace vexa::mesh::detail {
 ///         0, 1, 0
 /// ```
 ///
-/// Every line ends with std::endl. The stream's format flags hold for the numbers; its errors stay in its state.
+/// Every line ends with std::endl. The numbers follow the stream's format flags; write errors are left in the stream's state.
 ///
 /// \param os            any output stream
 /// \param buffer        any implementation; must not be empty
 /// \param printElements false leaves out the line "Elements:" and the elements
-/// \throw std::bad_alloc the property lines are already written
+/// \throw std::bad_alloc if memory runs out; the property lines are already written
 VEXA_MESH_EXPORT void printAttributeBuffer(std::ostream& os, std::shared_ptr<AttributeBuffer> buffer,
                                            bool printElements);
 
 /// Writes the components of one element, separated by ", ".
 ///
 /// \param os             any output stream
-/// \param element        componentCount components of the type, one behind the other, of any alignment; may be null
-/// when
-///                       there are none
-/// \param type           nothing stands for a component of an unknown type
+/// \param element        componentCount consecutive components of the type, of any alignment; may be null if there are
+///                       none
+/// \param type           a component of an unknown type is written as nothing
 /// \param componentCount components to write
 VEXA_MESH_EXPORT void printAttributeBufferElement(std::ostream& os, const unsigned char* element, ComponentType type,
                                                   unsigned long componentCount);

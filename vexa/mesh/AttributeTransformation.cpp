@@ -1,8 +1,8 @@
 #include "vexa/mesh/AttributeTransformation.h"
 
-#include "vexa/mesh/detail/ElementTransformation.h"
-#include "vexa/mesh/detail/Kernels.h"
-#include "vexa/mesh/detail/MeshBuffers.h"
+#include "vexa/mesh/detail/elements/ElementTransformation.h"
+#include "vexa/mesh/detail/elements/Kernels.h"
+#include "vexa/mesh/detail/elements/MeshBuffers.h"
 
 #include <cstring>
 #include <iostream>

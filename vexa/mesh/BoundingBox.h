@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vexa/mesh/GlmLayout.h"
+
 #include <cstdint>
 #include <glm/vec3.hpp>
 
@@ -9,7 +11,7 @@ namespace glm::detail {
 /// Axis-aligned box between two corners.
 template <typename T>
 struct taabb {           // NOLINT(readability-identifier-naming)
-    std::uint32_t flags; ///< at the program's disposal; the library neither reads nor writes it
+    std::uint32_t flags; ///< for the program's use; the library neither reads nor writes it
     glm::vec<3, T> min;
     glm::vec<3, T> max;
 };

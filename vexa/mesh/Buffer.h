@@ -7,8 +7,8 @@ namespace vexa::mesh {
 
 /// Typed view of a block of raw bytes: equally spaced elements of one or more components of one scalar type.
 ///
-/// The sizes are fixed for the life of a buffer; only the element count changes. A buffer may be read from several
-/// threads at once; whatever writes needs the caller's exclusion.
+/// The sizes are fixed for the life of a buffer; only the element count changes. Several threads may
+/// read a buffer at the same time; writing requires exclusive access.
 ///
 /// The order of the virtual functions is part of the binary interface.
 class VEXA_MESH_EXPORT Buffer {
@@ -39,8 +39,8 @@ public:
     /// Grows or shrinks to a number of elements. Remaining elements keep their bytes, new bytes are zero.
     ///
     /// \param elementCount number of elements; a stride of 0 leaves the buffer without any
-    /// \throw std::length_error the size in bytes exceeds 64 bits, or what the storage can hold; nothing is changed
-    /// \throw std::bad_alloc    nothing is changed
+    /// \throw std::length_error the size in bytes exceeds 64 bits or the limit of the storage; nothing is changed
+    /// \throw std::bad_alloc    if memory runs out; nothing is changed
     /// Cost: linear in the number of new elements, and in all of them when the storage moves.
     virtual void resize(unsigned long elementCount) = 0;
 };

@@ -15,7 +15,7 @@ public:
     ///
     /// \param type one of the six integer types, `BYTE` to `UNSIGNED_INT`
     /// \return an empty pointer for any other type, `FLOAT` included
-    /// \throw std::bad_alloc
+    /// \throw std::bad_alloc if memory runs out
     static std::shared_ptr<IndexBuffer> createDefault(ComponentType type);
 
     ~IndexBuffer() override;
@@ -29,7 +29,7 @@ public:
     /// Writes one element.
     ///
     /// \param index 0-based element; not checked against getElementCount()
-    /// \param value its low bits are stored, as many as the component type has; neither checked nor saturated
+    /// \param value truncated to the width of the component type; neither checked nor saturated
     virtual void setElement(unsigned long index, unsigned long value) = 0;
 };
 

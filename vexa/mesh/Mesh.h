@@ -16,7 +16,7 @@ using MeshPtr = std::shared_ptr<Mesh>;
 /// Indexed mesh: a primitive type, at most one index buffer and an ordered list of named attribute buffers.
 ///
 /// A mesh holds a share of each of its buffers, and its getters hand out further shares of the same objects: writing
-/// into a buffer that came from a mesh changes the mesh. No member locks; a mesh is used by one thread at a time.
+/// into a buffer that came from a mesh changes the mesh. No member locks; a mesh must be used by one thread at a time.
 ///
 /// The order of the virtual functions is part of the binary interface; the destructor is the last of them.
 class VEXA_MESH_EXPORT Mesh {
@@ -27,31 +27,33 @@ public:
     /// \param indexType     component type of the index buffer; with a type that IndexBuffer::createDefault does not
     ///                      support, such as `FLOAT`, the mesh has no index buffer
     /// \return never empty
-    /// \throw std::bad_alloc
+    /// \throw std::bad_alloc if memory runs out
     static MeshPtr createDefault(PrimitiveType primitiveType, ComponentType indexType);
 
     /// The same as `createDefault(TRIANGLES, UNSIGNED_INT)`.
     static MeshPtr createDefault();
 
     /// Creates a mesh with the layout of another and without elements: primitive type, index type (no index buffer
-    /// without one), names, component types and counts of the attributes. Stride and offset are not taken over.
+    /// without one), names, component types and counts of the attributes. Stride and offset are not copied.
     ///
     /// \param mesh not changed, shares no buffer with the result; must not be empty
+    /// \return never empty
     /// \throw std::logic_error "Attribute buffer is empty": the mesh holds an empty pointer
-    /// \throw std::bad_alloc
+    /// \throw std::bad_alloc   if memory runs out
     static MeshPtr createEmptyMesh(const MeshPtr& mesh);
 
     /// Whether two meshes have the same layout: primitive type, and by position the names, component types and
     /// component counts of their attributes. Index buffers, element counts, strides and contents are not compared.
     ///
     /// \param first, second  not changed; must not be empty; may be the same
-    /// \param logDifferences whether one record at severity error names the first difference found
+    /// \param logDifferences whether the first difference is logged at severity error
     /// \throw std::logic_error "Attribute buffer is empty": a mesh holds an empty pointer
-    /// \throw whatever the logging library throws
+    /// Also throws whatever the logging library throws.
+    /// Cost: linear in the number of attribute buffers.
     static bool meshesAreCompatible(const MeshPtr& first, const MeshPtr& second, bool logDifferences);
 
-    /// Checks that the mesh is consistent in itself: it has positions, no attribute has fewer elements than those, and
-    /// every index is below their number. The primitive type is not looked at.
+    /// Checks that the mesh is consistent: it has positions, no attribute has fewer elements than there are positions,
+    /// and every index is below their number. The primitive type is not checked.
     ///
     /// \throw std::logic_error "Missing position attribute"
     /// \throw std::logic_error "Attribute buffer is empty": the mesh holds an empty pointer
@@ -71,15 +73,15 @@ public:
     /// A share of the index buffer; empty when the mesh is not indexed.
     virtual std::shared_ptr<IndexBuffer> getIndexBuffer() const = 0;
 
-    /// Number of attribute buffers, empty pointers among them included.
+    /// Number of attribute buffers, including empty pointers.
     virtual unsigned long getNumAttributeBuffers() const = 0;
 
     /// A share of one attribute buffer.
     ///
-    /// \param index 0-based, in the order of adding; not checked
+    /// \param index 0-based, in the order in which they were added; not checked
     virtual std::shared_ptr<AttributeBuffer> getAttributeBuffer(unsigned long index) const = 0;
 
-    /// A share of the first attribute buffer of a name; empty when there is none. Uses the virtual functions only.
+    /// A share of the first attribute buffer with a name; empty when there is none. Uses only the virtual functions.
     ///
     /// \param name compared byte by byte
     /// Cost: linear in the number of attribute buffers.
@@ -89,7 +91,7 @@ public:
     /// pointer is kept (lookup by name skips it).
     ///
     /// \param buffer shared from now on
-    /// \throw std::bad_alloc the mesh is unchanged
+    /// \throw std::bad_alloc if memory runs out; the mesh is unchanged
     virtual void addAttributeBuffer(std::shared_ptr<AttributeBuffer> buffer) = 0;
 
     /// Replaces the primitive type; no buffer is touched.

@@ -1,10 +1,10 @@
 #include "vexa/mesh/MeshConcatenation.h"
 
-#include "vexa/mesh/detail/ElementCopy.h"
-#include "vexa/mesh/detail/ElementTransformation.h"
-#include "vexa/mesh/detail/Kernels.h"
-#include "vexa/mesh/detail/MeshBuffers.h"
-#include "vexa/mesh/detail/PackedElements.h"
+#include "vexa/mesh/detail/elements/ElementCopy.h"
+#include "vexa/mesh/detail/elements/ElementTransformation.h"
+#include "vexa/mesh/detail/elements/Kernels.h"
+#include "vexa/mesh/detail/elements/MeshBuffers.h"
+#include "vexa/mesh/detail/elements/PackedElements.h"
 
 #include <algorithm>
 #include <limits>
@@ -21,7 +21,7 @@ void checkCounts(unsigned long targetCount, unsigned long sourceCount) {
     }
 }
 
-/// Appends to another storage. Grown by resize, it would be filled with zeros first.
+/// Appends to another storage, without filling it with zeros first as resize does.
 bool appendIndicesInBulk(const detail::PackedIndices& target, const detail::PackedIndices& source,
                          unsigned long offset) {
     if (source.storage == target.storage || !target.endWithStorage()) {
@@ -38,7 +38,7 @@ bool appendIndicesInBulk(const detail::PackedIndices& target, const detail::Pack
     return true;
 }
 
-/// Stores indices behind others of a buffer that is already large enough.
+/// Stores shifted indices from position `begin` on in a buffer that is already large enough.
 void shiftIndices(IndexBuffer& target, unsigned long begin, IndexBuffer& source, unsigned long count,
                   unsigned long offset) {
     const auto from = detail::findPackedIndices(source);
@@ -123,7 +123,7 @@ void concatMeshes(MeshPtr& target, const MeshPtr& source, const AttributeTransfo
         appendIndices(*targetIndices, *sourceIndices, indexOffset);
     }
 
-    // Each attribute is checked just before it is appended, so that those before a wrong one are there.
+    // Each attribute is checked just before it is appended: those preceding a wrong one are kept.
     for (unsigned long i = 0; i < attributeCount; ++i) {
         const std::shared_ptr<AttributeBuffer> sourceBuffer = detail::requireAttributeBuffer(*heldSource, i);
         const unsigned long elementCount = sourceBuffer->getElementCount();

@@ -1,6 +1,6 @@
 #include "vexa/mesh/NormalQuantization.h"
 
-#include "vexa/mesh/detail/ElementTransformation.h"
+#include "vexa/mesh/detail/elements/ElementTransformation.h"
 
 #include <cmath>
 

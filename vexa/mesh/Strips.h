@@ -4,6 +4,7 @@
 #include "vexa/mesh/Types.h"
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -15,33 +16,56 @@ struct IndexedPrimitive {
     std::vector<unsigned int> indices;
 };
 
-/// How `buildPrimitives` cuts a mesh.
-struct StripOptions {
-    std::uint32_t iterations = 1;      ///< passes; more search for a cheaper cut. 0 builds no strips
-    bool buildStrips = true;           ///< false leaves everything but the fans to the batch
-    bool buildFans = false;            ///< cut closed fans around vertices first
-    std::uint32_t minFanTriangles = 6; ///< fewest triangles around a vertex that make it the centre of a fan
-    bool allStrips = false;            ///< no `TRIANGLES` batch: single triangles become strips too
+/// A pass of a search for strips that has just finished. Costs are numbers of indices, those of the fans and of the
+/// triangles left to the batch included.
+struct StripPass {
+    std::uint32_t number; ///< from 1 to `wanted`
+    std::uint32_t wanted; ///< `StripOptions::iterations`
+    std::uint32_t cost;   ///< of this pass
+    std::uint32_t best;   ///< lowest cost so far
+    std::uint32_t worst;  ///< highest cost so far
 };
 
-/// What `joinStrips` puts between two strips: repeated vertices (degenerate triangles) or the restart index 4294967295.
+/// Options of `buildPrimitives`.
+struct StripOptions {
+    std::uint32_t iterations = 1;      ///< passes; with more, the cheapest is kept. 0 builds no strips
+    bool buildStrips = true;           ///< false puts everything but the fans into the batch
+    bool buildFans = false;            ///< cut closed fans around vertices first
+    std::uint32_t minFanTriangles = 6; ///< fewest triangles around a vertex that make it the centre of a fan
+    bool allStrips = false;            ///< single triangles become strips too; there is no `TRIANGLES` batch
+
+    /// Called after every pass, if set: `iterations` times, unless it stops the search; never if no strips are built.
+    ///
+    /// The last of several passes repeats the cheapest one and its strips are the result. Its cost can still differ
+    /// from the best, because the triangles are drawn from lists that the earlier passes have reordered.
+    ///
+    /// Return true to continue. False makes the next pass the last: it repeats the cheapest pass so far and is not
+    /// reported, so that the result is the one of `iterations` = `number` + 1. After the last pass the value is ignored.
+    /// May throw: the exception leaves `buildPrimitives`, which frees everything.
+    std::function<bool(const StripPass&)> onPass = {};
+};
+
+/// Separator of two strips in `joinStrips`: repeated vertices (degenerate triangles) or `restartIndex`.
 enum class StripJoin { Degenerate, Restart };
 
 /// Cuts a triangle list into fans, strips and one left-over `TRIANGLES` batch.
 ///
-/// They come in the order in which `HalfEdgeGraph::getPrimitive(indices, 0)` hands them out, and on a mesh without
-/// non-manifold edges they are index for index what the graph gives for the same parameters. On a non-manifold edge
-/// nothing is split off: a half-edge pairs with the earliest opposite half-edge of another triangle on that edge that
-/// has no partner yet, so that four triangles on an edge make two pairs.
+/// Their order is that of `HalfEdgeGraph::getPrimitive(indices, 0)`, and for a mesh without non-manifold edges they equal
+/// the graph's primitives for the same parameters, index for index. Triangles at a non-manifold edge are not split off:
+/// each half-edge is paired with the earliest opposite half-edge of another triangle that is not paired yet, so four
+/// triangles on an edge form two pairs.
 ///
-/// Neither reads nor changes the state of `rand`, logs nothing, and may run in several threads at once.
+/// Does not read or change the state of `rand`, does not log, and may run in several threads at the same time.
 ///
 /// \param triangles vertex indices, three per triangle in winding order; may be empty
 /// \param options   see StripOptions
-/// \return the primitives; together they hold every input triangle once, in its winding (except that `allStrips`
-///         without strips to be built gives only the fans, as it does with the graph)
-/// \throw std::invalid_argument the number of indices is no multiple of 3, or an index is 4294967295
-/// \throw std::length_error     2^30 - 2 triangles or more
+/// \return the primitives. Together they hold every input triangle once, in its winding, with one exception: `allStrips`
+///         together with `iterations` 0 or `buildStrips` false returns only the fans, as the graph does
+/// \throw std::invalid_argument "buildPrimitives: N indices are not a whole number of triangles", or "buildPrimitives:
+///                              index N is 4294967295, which is reserved for primitive restart"
+/// \throw std::length_error     "Strips can be built from at most 1073741821 triangles"
+/// \throw std::bad_alloc        if memory runs out
+/// Also throws whatever `options.onPass` throws.
 /// Cost: linear in the number of triangles for one pass; each further pass adds O(n log n).
 VEXA_MESH_EXPORT std::vector<IndexedPrimitive> buildPrimitives(std::span<const unsigned int> triangles,
                                                                const StripOptions& options = {});
@@ -50,26 +74,30 @@ VEXA_MESH_EXPORT std::vector<IndexedPrimitive> buildPrimitives(std::span<const u
 ///
 /// \param strips primitives of type `TRIANGLE_STRIP`; those of fewer than three indices are skipped
 /// \param join   `Degenerate` repeats the last vertex of a strip and the first of the next (unless they are the same),
-///               and that once more where the next strip would begin at an odd position; `Restart` puts 4294967295
-///               between two strips
-/// \throw std::invalid_argument a primitive is no `TRIANGLE_STRIP`
+///               and repeats the latter once more if the next strip would begin at an odd position; `Restart` inserts
+///               `restartIndex` between two strips
+/// \return the indices; empty when there are no strips
+/// \throw std::invalid_argument "joinStrips: primitive N is of type TYPE, not TRIANGLE_STRIP"
+/// \throw std::bad_alloc        if memory runs out
 /// Cost: linear.
 VEXA_MESH_EXPORT std::vector<unsigned int> joinStrips(std::span<const IndexedPrimitive> strips, StripJoin join);
 
 /// Decodes a list into its oriented triangles.
 ///
 /// \param type    `TRIANGLES`, `TRIANGLE_STRIP` or `TRIANGLE_FAN`
-/// \param indices vertex indices; 4294967295 ends a strip or a fan, and the next index begins a new one (in a
-///                `TRIANGLES` list it drops what is left of an unfinished triangle)
+/// \param indices vertex indices; after `restartIndex` a new strip or fan begins (in a `TRIANGLES` list it discards an
+///                incomplete triangle)
 /// \return three indices per triangle in winding order; triangles with two equal corners are dropped
-/// \throw std::invalid_argument any other type
+/// \throw std::invalid_argument "toTriangles: TYPE does not contain triangles": any other type
+/// \throw std::bad_alloc        if memory runs out
 /// Cost: linear.
 VEXA_MESH_EXPORT std::vector<unsigned int> toTriangles(PrimitiveType type, std::span<const unsigned int> indices);
 
-/// Whether two triangle lists hold the same oriented triangles, each as often, in whatever order and from whatever
-/// corner.
+/// Whether two triangle lists hold the same oriented triangles equally often, regardless of their order and of the
+/// corner with which each begins.
 ///
-/// \param a, b three vertex indices per triangle; one or two indices behind the last whole triangle are ignored
+/// \param a, b three vertex indices per triangle; one or two indices after the last whole triangle are ignored
+/// \throw std::bad_alloc if memory runs out
 /// Cost: O(n log n) time and a copy of both lists.
 VEXA_MESH_EXPORT bool sameTriangles(std::span<const unsigned int> a, std::span<const unsigned int> b);
 

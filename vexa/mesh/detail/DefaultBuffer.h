@@ -7,7 +7,7 @@
 
 namespace vexa::mesh::detail {
 
-/// What the library's own buffers share: the described sizes and a share of the storage.
+/// Common part of the library's own buffers: sizes, and a share of the storage.
 ///
 /// The order of the virtual functions and of the fields is part of the binary interface.
 class VEXA_MESH_EXPORT DefaultBuffer : public Buffer {

@@ -9,7 +9,7 @@
 /// Opens one log record and is the stream of its message: `VEXA_MESH_LOG(info, fn, file) << "HEG: " << count;`.
 ///
 /// Asks for a logger exactly once, with this line and the two texts. When the logging core refuses the record, nothing
-/// behind the `<<` is evaluated, so the streamed pieces must have no side effects. The record is pushed at the end of
+/// after the `<<` is evaluated, so the streamed pieces must have no side effects. The record is pushed at the end of
 /// the statement, and dropped when an exception leaves it. A statement of its own, also in an `if` without braces.
 ///
 /// \param severity     an enumerator of boost::log::trivial::severity_level, without its namespace

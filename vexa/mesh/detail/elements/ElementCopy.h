@@ -9,12 +9,12 @@ namespace vexa::mesh::detail {
 class ElementCopy {
 public:
     explicit ElementCopy(unsigned long sizeInBytes)
-        : bytes_(sizeInBytes == 0 ? nullptr : new unsigned char[std::max(sizeInBytes, leastSize)]()) {}
+        : bytes_(sizeInBytes == 0 ? nullptr : new unsigned char[std::max(sizeInBytes, minSize)]()) {}
     [[nodiscard]] void* get() const { return bytes_.get(); }
 
 private:
-    // The library's own functions touch three floats, in smaller elements too.
-    static constexpr unsigned long leastSize = 3 * sizeof(float);
+    // The library's own functions access three floats even in smaller elements.
+    static constexpr unsigned long minSize = 3 * sizeof(float);
     std::unique_ptr<unsigned char[]> bytes_;
 };
 

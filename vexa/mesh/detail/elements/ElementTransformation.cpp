@@ -1,14 +1,15 @@
-#include "vexa/mesh/detail/ElementTransformation.h"
+#include "vexa/mesh/detail/elements/ElementTransformation.h"
 
 #include "vexa/mesh/NormalQuantization.h"
 #include "vexa/mesh/detail/DefaultAttributeBuffer.h"
-#include "vexa/mesh/detail/ElementCopy.h"
-#include "vexa/mesh/detail/PackedElements.h"
+#include "vexa/mesh/detail/elements/ElementCopy.h"
+#include "vexa/mesh/detail/elements/PackedElements.h"
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
 #include <typeinfo>
+#include <xmmintrin.h>
 
 namespace vexa::mesh::detail {
 
@@ -51,7 +52,7 @@ bool transformInBulk(const PackedElements& source, const PackedElements& target,
     return true;
 }
 
-// Grown by resize, the target would be filled with zeros first.
+// resize would fill the new elements with zeros first.
 bool appendInBulk(const PackedElements& source, const PackedElements& target,
                   const AttributeTransformationFunction& f) {
     if (source.elementSizeInBytes != target.elementSizeInBytes || !isOwnFunction(f, target.elementSizeInBytes) ||
@@ -73,10 +74,15 @@ bool appendInBulk(const PackedElements& source, const PackedElements& target,
     return true;
 }
 
+/// The kernels that pack normals round once where the scalar functions round twice, which is the same only to nearest.
+bool roundsToNearest() {
+    return _MM_GET_ROUNDING_MODE() == _MM_ROUND_NEAREST;
+}
+
 bool transformPairsInBulk(const PackedElements& source, const PackedElements& target, unsigned long count,
                           const std::function<void(void*, void*)>& f) {
-    if (!areSameOrApart(source.bytes, count * source.elementSizeInBytes, target.bytes,
-                        count * target.elementSizeInBytes)) {
+    if (!roundsToNearest() || !areSameOrApart(source.bytes, count * source.elementSizeInBytes, target.bytes,
+                                              count * target.elementSizeInBytes)) {
         return false;
     }
     if (f.target<NormalPacking>() != nullptr && source.elementSizeInBytes == vec3Size &&
@@ -92,7 +98,7 @@ bool transformPairsInBulk(const PackedElements& source, const PackedElements& ta
     return false;
 }
 
-/// Elements of a buffer, reached through its interface.
+/// Elements of a buffer, accessed through its interface.
 class InterfaceElements {
 public:
     explicit InterfaceElements(AttributeBuffer& buffer) : buffer_(buffer) {}
@@ -103,8 +109,8 @@ private:
     AttributeBuffer& buffer_;
 };
 
-/// Elements of a buffer of exactly the library's own class, reached as its accessors do it: where the bytes are is
-/// asked for every element anew, because the function may have resized the buffer or replaced its storage.
+/// Elements of a buffer of exactly the library's own class, accessed as its accessors do: the address is queried for each
+/// element because the function may have resized the buffer or replaced its storage.
 class StoredElements {
 public:
     explicit StoredElements(AttributeBuffer& buffer)
@@ -126,7 +132,7 @@ public:
 private:
     [[nodiscard]] unsigned long begin(unsigned long index) const { return index * stride_ + offset_; }
 
-    // Of a size that the compiler knows, a copy needs no call.
+    // A copy of constant size needs no function call.
     void copyElement(void* to, const void* from) const {
         switch (size_) {
         case 0:
@@ -145,7 +151,13 @@ private:
     unsigned long offset_;
 };
 
-/// Calls `walk` with both buffers' elements, by the way in which they can be reached fastest.
+/// Bytes for an element of either buffer: the elements of a caller's class may be larger than their type and count say.
+unsigned long scratchSize(const AttributeBuffer& source, const AttributeBuffer& target) {
+    const unsigned long size = target.getElementSizeInBytes();
+    return &source == &target ? size : std::max(size, source.getElementSizeInBytes());
+}
+
+/// Calls `walk` with the fastest access to the elements of both buffers.
 template <typename Walk>
 void reachElements(AttributeBuffer& source, AttributeBuffer& target, const Walk& walk) {
     if (StoredElements::reach(source) && StoredElements::reach(target)) {
@@ -178,7 +190,7 @@ void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigne
     if (sourceElements && targetElements && transformInBulk(*sourceElements, *targetElements, targetBegin, count, f)) {
         return;
     }
-    const ElementCopy element(target.getElementSizeInBytes());
+    const ElementCopy element(scratchSize(source, target));
     reachElements(source, target, [&](const auto& from, const auto& to) {
         for (unsigned long i = 0; i < count; ++i) {
             from.get(i, element.get());

@@ -1,5 +1,5 @@
-#include "vexa/mesh/detail/Kernels.h"
-#include "vexa/mesh/detail/LaneKernels.h"
+#include "vexa/mesh/detail/elements/Kernels.h"
+#include "vexa/mesh/detail/elements/LaneKernels.h"
 
 #include <cstring>
 #include <limits>
@@ -48,9 +48,9 @@ bool areUpTo(const void* integers, unsigned long count, unsigned int limit) {
 template <typename T>
 bool areBelowWidened(const unsigned char* indices, unsigned long count, unsigned long limit) {
     using Bits = std::make_unsigned_t<T>;
-    // Every value that is not negative is below a limit above the largest of its type.
-    constexpr auto largest = static_cast<unsigned long>(std::numeric_limits<T>::max());
-    if (limit <= largest) {
+    // Every value that is not negative is below a limit above the maximum of its type.
+    constexpr auto max = static_cast<unsigned long>(std::numeric_limits<T>::max());
+    if (limit <= max) {
         // All bits of signed indices as an unsigned number: a negative one is then above every such limit.
         return areUpTo(indices, count, static_cast<Bits>(limit - 1));
     }
@@ -91,7 +91,7 @@ void shiftIndices(const void* source, ComponentType sourceType, void* target, Co
     const auto lowOffset = static_cast<std::uint32_t>(offset);
     visitIndexType(sourceType, [&](auto sourceIndex) {
         visitIndexType(targetType, [&](auto targetIndex) {
-            // A stored index has no sign, so the unsigned types serve for all.
+            // Storing truncates alike for signed and unsigned types.
             using To = std::make_unsigned_t<decltype(targetIndex)>;
             shift<decltype(sourceIndex), To>(from, to, count, lowOffset);
         });

@@ -1,6 +1,6 @@
-#include "vexa/mesh/detail/Kernels.h"
+#include "vexa/mesh/detail/elements/Kernels.h"
 
-#include "vexa/mesh/detail/LaneKernels.h"
+#include "vexa/mesh/detail/elements/LaneKernels.h"
 
 #include <cmath>
 #include <cstring>

@@ -6,10 +6,10 @@
 #include <glm/mat4x4.hpp>
 #include <glm/vec3.hpp>
 
-/// The arithmetic on rows of packed elements, once for every way to reach them.
+/// The arithmetic on rows of packed elements, shared by all ways to access them.
 ///
 /// Results are the same to the bit on every compiler and CPU, and for one element as for many: products and sums are
-/// never fused, and their order stands in the comments. No pointer needs alignment. Source and target of one call are
+/// never fused, and their order is given in the comments. No pointer needs alignment. Source and target of one call are
 /// the same place or do not overlap.
 namespace vexa::mesh::detail {
 

@@ -5,7 +5,8 @@ namespace vexa::mesh::detail {
 /// Determinants up to this one make a matrix singular, and L1 norms below it are not divided by.
 constexpr float smallestNorm = 1e-9F;
 
-/// What Kernels.h does in bulk, for one kind of processor. Matrices are 16 floats by columns, normal matrices 9 by rows.
+/// The bulk functions of Kernels.h for one kind of processor. Matrices are 16 floats by columns, normal matrices 9 by
+/// rows.
 struct LaneKernels {
     void (*transformPositions)(const void* source, void* target, unsigned long count, const float* matrix);
     void (*transformNormals)(const void* source, void* target, unsigned long count, const float* normalMatrix);
@@ -22,7 +23,7 @@ struct LaneKernels {
 extern const LaneKernels sse2Kernels;
 extern const LaneKernels avx2Kernels; ///< absent from builds without VEXA_AVX2
 
-/// Those for this processor.
+/// The kernels for this processor.
 const LaneKernels& laneKernels();
 
 } // namespace vexa::mesh::detail

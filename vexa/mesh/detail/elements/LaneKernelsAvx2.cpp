@@ -1,6 +1,6 @@
 // Compiled for processors with AVX2: not to be called on others.
 
-#include "vexa/mesh/detail/LaneKernelsBody.h"
+#include "vexa/mesh/detail/elements/LaneKernelsBody.h"
 
 namespace vexa::mesh::detail {
 

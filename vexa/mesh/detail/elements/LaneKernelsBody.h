@@ -1,7 +1,7 @@
 #pragma once
 
-#include "vexa/mesh/detail/LaneKernels.h"
-#include "vexa/mesh/detail/Lanes.h"
+#include "vexa/mesh/detail/elements/LaneKernels.h"
+#include "vexa/mesh/detail/elements/Lanes.h"
 
 // The kernels, for as many lanes as the including source is compiled for. See Lanes.h for what must not be used here.
 namespace vexa::mesh::detail {
@@ -10,8 +10,7 @@ namespace {
 constexpr unsigned long blockOfVectors = laneCount * vectorSize;
 constexpr unsigned long packedSize = 2;
 
-/// Fills a block with the first elements given, the last of them repeated: the lanes behind it then compute nothing
-/// that is not computed anyway.
+/// Copies elements to a block and repeats the last one up to its end, so the excess lanes repeat a computation.
 inline void padElements(const unsigned char* elements, unsigned long elementSize, unsigned long count,
                         unsigned char* block) {
     for (unsigned long i = 0; i < laneCount; ++i) {
@@ -21,8 +20,8 @@ inline void padElements(const unsigned char* elements, unsigned long elementSize
 }
 
 /// Applies a step to a row of elements: `step(source, target, blockCount)` works on whole blocks of lanes. The elements
-/// that fill none go through the very same instructions as all others, by way of a copy, so that not even the choice
-/// among several NaNs depends on where an element stands.
+/// after the last whole block go through the same instructions in a padded copy, so that not even the choice among
+/// several NaNs depends on an element's position.
 template <unsigned long SourceSize, unsigned long TargetSize, typename Step>
 void forEachBlock(const void* source, void* target, unsigned long count, const Step& step) {
     const auto* from = static_cast<const unsigned char*>(source);
@@ -96,7 +95,7 @@ struct AffineRows {
         const VectorLanes t{(m[0] * n.x + m[1] * n.y) + m[2] * n.z, (m[3] * n.x + m[4] * n.y) + m[5] * n.z,
                             (m[6] * n.x + m[7] * n.y) + m[8] * n.z};
         const FloatLanes norm = (absolute(t.x) + absolute(t.y)) + absolute(t.z);
-        // Not to divide is to divide by 1.
+        // Dividing by 1 stands for no division.
         const FloatLanes divisor = select(areAtLeast(norm, smallest), norm, one);
         storeVectors(target + i * blockOfVectors, {t.x / divisor, t.y / divisor, t.z / divisor});
     }
@@ -141,8 +140,8 @@ inline float findFirstZero(const unsigned char* positions, unsigned long count, 
     return values[lane];
 }
 
-/// The end of the one chain that all lanes stand for, from its beginning and their ends. They end at the value at which
-/// it would, but of zeros of both signs a chain keeps the first that it comes to.
+/// The result of the sequential chain that the lanes share, from its initial value and their results. The values agree,
+/// but of zeros of both signs a sequential chain keeps the first.
 inline float endOfChain(float begin, FloatLanes lanes, bool isMinimum, const unsigned char* positions,
                         unsigned long count, const float* matrix, int component) {
     float ends[laneCount];
@@ -185,11 +184,11 @@ inline FloatLanes wrap(FloatLanes a, FloatLanes b) {
 
 /// p * 0.5 + 0.5, clamped to [0, 1], times 255: truncated this is the byte. That the product is rounded first makes no
 /// difference, as it is never rounded up to an integer k. For floats from 1/2 on it is below k by a multiple of 1/2^24,
-/// and by k / 2^24 at least, because 2^24 is 1 modulo 255; rounding up bridges less. Smaller floats are finer, and the
+/// and by at least k / 2^24, because 2^24 is 1 modulo 255; rounding up bridges less. Smaller floats are finer, and the
 /// same holds for them.
 inline FloatLanes toByteRange(FloatLanes p) {
     const FloatLanes half = allLanes(0.5F);
-    // Both give the second operand for NaN, which so ends at 1.
+    // Both return the second operand for NaN, which therefore becomes 1.
     const FloatLanes clamped = maximum(minimum(p * half + half, allLanes(1.0F)), allLanes(0.0F));
     return clamped * allLanes(255.0F);
 }
@@ -246,7 +245,7 @@ void unpackNormals(const void* bytes, void* normals, unsigned long count) {
     forEachBlock<packedSize, vectorSize>(bytes, normals, count, unpackBlocks);
 }
 
-/// Whether so many integers, a multiple of what fills four registers, are none above a limit.
+/// Whether no integer is above a limit. The size must be a multiple of four registers.
 template <typename Unsigned>
 [[gnu::noinline]] bool areBlocksUpTo(const unsigned char* integers, unsigned long sizeInBytes, Unsigned limit) {
     using Lanes = typename IntegerLanes<Unsigned>::Type;
@@ -274,7 +273,7 @@ bool areUpTo(const void* integers, unsigned long count, Unsigned limit) {
     const auto* bytes = static_cast<const unsigned char*>(integers);
     const unsigned long sizeInBytes = count * sizeof(Unsigned);
     constexpr unsigned long step = 4 * sizeof(FloatLanes);
-    // In pieces, so that one near the begin is found soon.
+    // In pieces, to return early if one of the first integers is above.
     constexpr unsigned long pieceSize = 16384;
     unsigned long done = 0;
     while (sizeInBytes - done >= step) {

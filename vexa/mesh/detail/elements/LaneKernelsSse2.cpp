@@ -1,4 +1,4 @@
-#include "vexa/mesh/detail/LaneKernelsBody.h"
+#include "vexa/mesh/detail/elements/LaneKernelsBody.h"
 
 namespace vexa::mesh::detail {
 

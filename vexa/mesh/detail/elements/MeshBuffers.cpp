@@ -1,4 +1,4 @@
-#include "vexa/mesh/detail/MeshBuffers.h"
+#include "vexa/mesh/detail/elements/MeshBuffers.h"
 
 #include <stdexcept>
 

@@ -1,4 +1,4 @@
-#include "vexa/mesh/detail/PackedElements.h"
+#include "vexa/mesh/detail/elements/PackedElements.h"
 
 #include "vexa/mesh/detail/DefaultAttributeBuffer.h"
 #include "vexa/mesh/detail/DefaultIndexBuffer.h"
@@ -62,9 +62,9 @@ std::optional<PackedIndices> findPackedIndices(IndexBuffer& buffer) {
 
 bool areSameOrApart(const unsigned char* first, unsigned long firstSizeInBytes, const unsigned char* second,
                     unsigned long secondSizeInBytes) {
-    const std::less_equal<> isNotBehind;
-    return (first == second && firstSizeInBytes == secondSizeInBytes) ||
-           isNotBehind(first + firstSizeInBytes, second) || isNotBehind(second + secondSizeInBytes, first);
+    const std::less_equal<> endsBefore;
+    return (first == second && firstSizeInBytes == secondSizeInBytes) || endsBefore(first + firstSizeInBytes, second) ||
+           endsBefore(second + secondSizeInBytes, first);
 }
 
 } // namespace vexa::mesh::detail

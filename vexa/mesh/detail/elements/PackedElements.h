@@ -8,7 +8,7 @@
 
 namespace vexa::mesh::detail {
 
-/// Elements that lie one behind the other from the first byte of a storage on. Valid until the buffer is resized.
+/// Consecutive elements that start at the first byte of a storage. Valid until the buffer is resized.
 struct PackedElements {
     VectorBufferData* storage;
     unsigned char* bytes; ///< null while there are none
@@ -24,17 +24,17 @@ struct PackedElements {
 };
 
 struct PackedIndices : PackedElements {
-    ComponentType type; ///< what the elements are; of the class of the buffer, not of its type field
+    ComponentType type; ///< type of the elements, from the class of the buffer and not from its type field
 };
 
-/// The elements of a buffer whose class and whose storage's class are exactly the library's own, so that nobody can
-/// tell whether they are reached in bulk or through the interface; nothing for any other buffer, or with gaps.
+/// The elements of a buffer if its class and the class of its storage are exactly the library's own, so that bulk access
+/// cannot be observed; nothing for any other buffer, or if there are gaps.
 std::optional<PackedElements> findPackedElements(AttributeBuffer& buffer);
 
 /// \copydoc findPackedElements
 std::optional<PackedIndices> findPackedIndices(IndexBuffer& buffer);
 
-/// Whether two rows of elements are one and the same, or share no byte.
+/// Whether two rows of elements are identical or do not overlap.
 bool areSameOrApart(const unsigned char* first, unsigned long firstSizeInBytes, const unsigned char* second,
                     unsigned long secondSizeInBytes);
 

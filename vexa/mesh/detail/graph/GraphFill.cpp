@@ -1,7 +1,8 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
-#include "vexa/mesh/detail/EdgePairing.h"
-#include "vexa/mesh/detail/PoolChunks.h"
-#include "vexa/mesh/detail/TriangleLists.h"
+#include "vexa/mesh/detail/graph/PoolChunks.h"
+#include "vexa/mesh/detail/graph/TriangleLists.h"
+#include "vexa/mesh/detail/strips/EdgePairing.h"
+#include "vexa/mesh/detail/strips/TriangleList.h"
 
 #include <algorithm>
 #include <array>
@@ -9,8 +10,6 @@
 #include <limits>
 #include <memory>
 #include <optional>
-#include <stdexcept>
-#include <string>
 
 namespace vexa::mesh {
 
@@ -22,20 +21,16 @@ using detail::Chunk;
 using VertexHalfEdge = HalfEdgeGraph::VertexHalfEdge;
 using VertexList = std::vector<VertexHalfEdge>;
 
-constexpr unsigned int restartIndex = std::numeric_limits<unsigned int>::max();
-
 bool isCollapsed(const Triangle& triangle) {
-    const std::uint32_t v0 = triangle.halfEdge[0].vertex;
-    const std::uint32_t v1 = triangle.halfEdge[1].vertex;
-    const std::uint32_t v2 = triangle.halfEdge[2].vertex;
-    return v0 == v1 || v1 == v2 || v2 == v0;
+    const HalfEdge* const edges = triangle.halfEdge;
+    return detail::isCollapsed(edges[0].vertex, edges[1].vertex, edges[2].vertex);
 }
 
 bool isLinkable(const Triangle& triangle) {
     return triangle.state != Triangle::splitOff && !isCollapsed(triangle);
 }
 
-/// What stands on one edge before a triangle is inserted there.
+/// The occupants of an edge before a triangle is inserted there.
 struct EdgeOccupants {
     int count = 0;                ///< half-edges of linkable triangles, in either direction; from 2 on it is full
     HalfEdge* opposite = nullptr; ///< one that runs the opposite way
@@ -75,7 +70,7 @@ void findThrough(const VertexHalfEdge& entry, unsigned int from, unsigned int ot
 
 /// Looks at each edge through the shorter list of its two ends, so that a vertex with a million triangles costs its
 /// neighbours nothing. All three lists are read side by side until one edge turns out to be full, which mostly shows
-/// near their begins, however many triangles were split off there since: what stands on the other two does not matter.
+/// near their beginning, however many triangles were split off there since: the other two edges do not matter then.
 void findThroughShorterLists(const std::array<const VertexList*, 3>& lists, const unsigned int* corners,
                              TriangleOccupants& edges) {
     std::array<std::size_t, 3> through{};
@@ -98,7 +93,7 @@ void findThroughShorterLists(const std::array<const VertexList*, 3>& lists, cons
     }
 }
 
-/// What stands on the edges of a triangle that is not collapsed.
+/// The occupants of the edges of a triangle that is not collapsed.
 TriangleOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, const unsigned int* corners) {
     constexpr std::size_t longList = 64;
     const std::array<const VertexList*, 3> lists{&vertexHalfEdges[corners[0]], &vertexHalfEdges[corners[1]],
@@ -114,7 +109,7 @@ TriangleOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, 
     return edges;
 }
 
-/// Constructs a triangle in the memory that a pool gave for it, in one go: to clear it first takes as long again.
+/// Constructs a triangle in memory of the pool in one step: clearing it first would take twice as long.
 Triangle& construct(Triangle* memory, std::int32_t state, const unsigned int* corners,
                     const std::array<HalfEdge*, 3>& twins) noexcept {
     HalfEdge* const edges = memory->halfEdge;
@@ -216,8 +211,8 @@ void forgetDeadTriangles(HalfEdgeGraph& graph) noexcept {
     }
 }
 
-/// Brings the vertex lists of the triangles to come near: the lists first, then what they hold.
-void fetchLists(const std::vector<VertexList>& vertexHalfEdges, const unsigned int* indices, unsigned long left) {
+/// Prefetches the vertex lists of upcoming triangles: first the lists, then their entries.
+void prefetchLists(const std::vector<VertexList>& vertexHalfEdges, const unsigned int* indices, unsigned long left) {
     constexpr unsigned long listsAhead = 3 * 16;
     constexpr unsigned long entriesAhead = 3 * 8;
     if (left < listsAhead + 3) {
@@ -230,7 +225,7 @@ void fetchLists(const std::vector<VertexList>& vertexHalfEdges, const unsigned i
     }
 }
 
-/// Whether no half-edge stands in any list yet, so that a batch has only itself to be linked with.
+/// Whether all lists are empty, so that the triangles of a batch can only be linked with one another.
 bool isEmpty(const HalfEdgeGraph& graph) {
     return graph.pool.chunks == nullptr && std::all_of(graph.vertexHalfEdges.begin(), graph.vertexHalfEdges.end(),
                                                        [](const VertexList& list) { return list.empty(); });
@@ -272,7 +267,7 @@ void insertLinked(HalfEdgeGraph& graph, const unsigned int* indices, const detai
                   const BatchAddresses& addresses, std::unique_ptr<Chunk>& spare) noexcept {
     for (detail::TriangleId id = 0; id < links.count(); ++id) {
         const unsigned int* const corners = indices + std::size_t{3} * id;
-        fetchLists(graph.vertexHalfEdges, corners, 3 * static_cast<unsigned long>(links.count() - id));
+        prefetchLists(graph.vertexHalfEdges, corners, 3 * static_cast<unsigned long>(links.count() - id));
         std::array<HalfEdge*, 3> twins;
         for (std::size_t i = 0; i < 3; ++i) {
             const detail::HalfEdgeId twin = links[id].twin[i];
@@ -286,21 +281,11 @@ void insertLinked(HalfEdgeGraph& graph, const unsigned int* indices, const detai
     }
 }
 
-void checkIndices(const char* operation, const unsigned int* indices, unsigned long indexCount) {
-    const unsigned int* const end = indices + indexCount;
-    const unsigned int* const found = std::find(indices, end, restartIndex);
-    if (found != end) {
-        throw std::invalid_argument(std::string("HalfEdgeGraph::") + operation + ": index " +
-                                    std::to_string(found - indices) +
-                                    " is 4294967295, which restarts a primitive and names no vertex");
-    }
-}
-
 } // namespace
 
 HalfEdgeGraph::Triangle* HalfEdgeGraph::addTriangle(unsigned int v0, unsigned int v1, unsigned int v2) {
     const std::array<unsigned int, 3> corners{v0, v1, v2};
-    checkIndices("addTriangle", corners.data(), corners.size());
+    detail::checkTriangles("HalfEdgeGraph::addTriangle", corners);
     VertexGrowth growth(vertexHalfEdges, std::size_t{std::max({v0, v1, v2})} + 1);
     for (const unsigned int corner : corners) {
         reserveMore(vertexHalfEdges[corner],
@@ -316,15 +301,11 @@ HalfEdgeGraph::Triangle* HalfEdgeGraph::addTriangle(unsigned int v0, unsigned in
 }
 
 void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long indexCount) {
-    if (indexCount % 3 != 0) {
-        throw std::invalid_argument("HalfEdgeGraph::addTriangles: " + std::to_string(indexCount) +
-                                    " indices are no whole number of triangles");
-    }
+    detail::checkTriangles("HalfEdgeGraph::addTriangles", {indices, indexCount});
     if (indexCount == 0) {
         forgetDeadTriangles(*this);
         return;
     }
-    checkIndices("addTriangles", indices, indexCount);
     std::optional<detail::CompactGraph> links;
     if (isEmpty(*this)) {
         links = detail::pairManifoldEdges({indices, indexCount});
@@ -343,7 +324,7 @@ void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long inde
     growth.keep();
     forgetDeadTriangles(*this);
     for (unsigned long i = 0; i < indexCount; i += 3) {
-        fetchLists(vertexHalfEdges, indices + i, indexCount - i);
+        prefetchLists(vertexHalfEdges, indices + i, indexCount - i);
         insert(*this, detail::takeTriangle(pool, spare), indices + i);
     }
 }

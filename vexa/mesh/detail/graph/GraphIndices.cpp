@@ -1,7 +1,7 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
 #include "vexa/mesh/Types.h"
-#include "vexa/mesh/detail/LogRecord.h"
-#include "vexa/mesh/detail/TriangleLists.h"
+#include "vexa/mesh/detail/graph/TriangleLists.h"
+#include "vexa/mesh/detail/strips/StripWalk.h"
 
 #include <array>
 #include <cstddef>
@@ -13,24 +13,78 @@ namespace {
 using HalfEdge = HalfEdgeGraph::HalfEdge;
 using Triangle = HalfEdgeGraph::Triangle;
 
-/// The edge of a triangle that it shares with its successor in a strip: the first, where they share several; null when
-/// they share none.
-const HalfEdge* findShared(const Triangle& triangle, const Triangle* successor) {
-    for (const HalfEdge& halfEdge : triangle.halfEdge) {
-        if (halfEdge.twin != nullptr && halfEdge.twin->triangle == successor) {
-            return &halfEdge;
+/// The links between a graph's triangles, as a strip that is costed follows them.
+struct RecordLinks {
+    using Triangle = const HalfEdgeGraph::Triangle*;
+    using HalfEdge = const HalfEdgeGraph::HalfEdge*;
+    static constexpr Triangle noTriangle = nullptr;
+    static constexpr HalfEdge noHalfEdge = nullptr;
+
+    static HalfEdge findExit(Triangle triangle, Triangle successor) {
+        for (const HalfEdgeGraph::HalfEdge& halfEdge : triangle->halfEdge) {
+            if (halfEdge.twin != nullptr && halfEdge.twin->triangle == successor) {
+                return &halfEdge;
+            }
+        }
+        return nullptr;
+    }
+    static HalfEdge twin(HalfEdge halfEdge) { return halfEdge->twin; }
+    static HalfEdge prev(HalfEdge halfEdge) { return halfEdge->next->next; }
+    static HalfEdge next(HalfEdge halfEdge) { return halfEdge->next; }
+};
+
+/// As a strip that is written follows them: the exit is the one that the successor sees.
+struct WrittenLinks : RecordLinks {
+    static HalfEdge findExit(Triangle triangle, Triangle successor) {
+        return RecordLinks::findExit(triangle, successor)->twin->twin;
+    }
+};
+
+struct RecordCorners {
+    static unsigned int from(const HalfEdge* edge) { return edge->vertex; }
+    static unsigned int to(const HalfEdge* edge) { return edge->next->vertex; }
+    static unsigned int apex(const HalfEdge* edge) { return edge->next->next->vertex; }
+    static std::array<unsigned int, 3> around(const HalfEdge* edge) {
+        const HalfEdge* const first = edge->next->next;
+        return {from(first), to(first), apex(first)};
+    }
+};
+
+class VectorSink {
+public:
+    explicit VectorSink(std::vector<unsigned int>& indices) : indices_(indices) {}
+
+    void push(unsigned int index) { indices_.push_back(index); }
+    void swap(bool isSwap, unsigned int index, unsigned int newest) {
+        if (isSwap) {
+            indices_.back() = index;
+            indices_.push_back(newest);
         }
     }
-    return nullptr;
+
+private:
+    std::vector<unsigned int>& indices_;
+};
+
+const Triangle* beginOf(const HalfEdgeGraph::TriangleList& strip, bool reversed) {
+    return reversed ? strip.last : strip.first;
 }
 
-/// The half-edge by which a strip leaves a triangle towards its successor, as seen from there.
-const HalfEdge* findExit(const Triangle& triangle, const Triangle* successor) {
-    return findShared(triangle, successor)->twin->twin;
+const Triangle* successorOf(const Triangle& triangle, bool reversed) {
+    return reversed ? triangle.prev : triangle.next;
 }
 
-std::uint32_t apex(const HalfEdge& exit) {
-    return exit.twin->next->next->vertex;
+/// Returns the triangles of a strip, one with every call and null at the end; calls `onTriangle` for each of them.
+template <class OnTriangle>
+auto trianglesOf(const HalfEdgeGraph::TriangleList& strip, bool reversed, OnTriangle onTriangle) {
+    return [upcoming = beginOf(strip, reversed), reversed, onTriangle]() mutable {
+        const Triangle* const triangle = upcoming;
+        if (triangle != nullptr) {
+            onTriangle();
+            upcoming = successorOf(*triangle, reversed);
+        }
+        return triangle;
+    };
 }
 
 void fillIndexFromBatch(std::vector<unsigned int>& indices, const HalfEdgeGraph::TriangleList& batch) {
@@ -51,50 +105,26 @@ void fillIndexFromBatch(std::vector<unsigned int>& indices, const HalfEdgeGraph:
 template <class OnTriangle>
 std::uint32_t fillFromStrip(std::vector<unsigned int>& indices, const HalfEdgeGraph::TriangleList& strip, bool reversed,
                             OnTriangle onTriangle) {
-    const auto step = [reversed](const Triangle* triangle) { return reversed ? triangle->prev : triangle->next; };
-    const Triangle* current = reversed ? strip.last : strip.first;
-    if (current == nullptr) {
+    const Triangle* const first = beginOf(strip, reversed);
+    if (first == nullptr) {
         return 0;
     }
     indices.reserve(32);
-    indices.resize(3);
-    onTriangle();
-    const Triangle* successor = step(current);
-    // The corner that the first triangle begins with, so that its last edge is the one that it shares.
-    const HalfEdge* start = &current->halfEdge[0];
-    if (successor != nullptr) {
-        const HalfEdge* exit = findExit(*current, successor);
-        start = exit->next->next;
-        indices.push_back(apex(*exit));
-        bool isOdd = true;
-        for (;;) {
-            const HalfEdge* const entering = exit->twin;
-            onTriangle();
-            current = successor;
-            successor = step(current);
-            if (successor == nullptr) {
-                break;
-            }
-            exit = findExit(*current, successor);
-            const HalfEdge* const continuing = isOdd ? entering->next->next : entering->next;
-            if (exit == continuing) {
-                isOdd = !isOdd;
-            } else {
-                // A swap: the newest vertex is put in again behind the other one, in a degenerate triangle.
-                indices.back() = isOdd ? exit->vertex : exit->next->vertex;
-                indices.push_back(isOdd ? exit->next->vertex : exit->vertex);
-            }
-            indices.push_back(apex(*exit));
-        }
+    indices.clear();
+    if (successorOf(*first, reversed) == nullptr) {
+        onTriangle();
+        const HalfEdge* const edge = first->halfEdge;
+        indices = {RecordCorners::from(edge), RecordCorners::to(edge), RecordCorners::apex(edge)};
+    } else {
+        VectorSink sink(indices);
+        detail::IndexEmitter emitter(RecordCorners{}, sink);
+        detail::walkStrip(detail::LinkedPath(WrittenLinks{}, trianglesOf(strip, reversed, onTriangle)), emitter);
     }
-    indices[0] = start->vertex;
-    indices[1] = start->next->vertex;
-    indices[2] = start->next->next->vertex;
     return static_cast<std::uint32_t>(indices.size());
 }
 
-/// Brings both ends of a triangle's record near.
-void fetch(const Triangle* triangle) {
+/// Prefetches both ends of a triangle's record.
+void prefetch(const Triangle* triangle) {
     __builtin_prefetch(triangle, 1);
     __builtin_prefetch(&triangle->halfEdge[2]);
 }
@@ -102,13 +132,13 @@ void fetch(const Triangle* triangle) {
 /// Appends edges to a list of lines, in blocks.
 class EdgeWriter {
 public:
-    /// \param halfEdgeCount of which most are taken to be shared
+    /// \param halfEdgeCount most of them are assumed to be shared
     EdgeWriter(std::vector<unsigned int>& lines, bool withShareFlag, std::size_t halfEdgeCount)
         : lines_(lines), stride_(withShareFlag ? 3 : 2) {
         lines_.reserve(stride_ * (halfEdgeCount / 2 + halfEdgeCount / 64));
     }
 
-    /// Writes an edge and keeps it only if it is wanted, which is cheaper than a branch that none can foresee.
+    /// Writes an edge and keeps it only if it is wanted, which is cheaper than an unpredictable branch.
     void write(std::uint32_t from, std::uint32_t to, bool isShared, bool isWanted) {
         if (used_ + 3 > block_.size()) {
             flush();
@@ -160,7 +190,7 @@ int HalfEdgeGraph::getPrimitive(std::vector<unsigned int>& indices, int primitiv
         std::size_t upcoming = upcomingBegin_;
         fillFromStrip(indices, *strips.back().second, strips.back().first != 0, [&] {
             if (upcoming + ahead < upcoming_.size()) {
-                fetch(upcoming_[upcoming + ahead]);
+                prefetch(upcoming_[upcoming + ahead]);
             }
             ++upcoming;
         });
@@ -182,55 +212,21 @@ int HalfEdgeGraph::getPrimitive(std::vector<unsigned int>& indices, int primitiv
 }
 
 std::uint32_t HalfEdgeGraph::calcStripCost(TriangleList& strip, bool reversed) const {
-    const auto step = [reversed](const Triangle* triangle) { return reversed ? triangle->prev : triangle->next; };
-    const Triangle* current = reversed ? strip.last : strip.first;
-    if (current == nullptr) {
+    const Triangle* const first = beginOf(strip, reversed);
+    if (first == nullptr) {
         return 0;
     }
-    const Triangle* successor = step(current);
-    if (successor == nullptr) {
+    if (successorOf(*first, reversed) == nullptr) {
         return 3;
     }
-    std::uint32_t cost = 4;
-    bool isOdd = true;
-    const HalfEdge* leaving = findShared(*current, successor);
-    for (;;) {
-        current = successor;
-        successor = step(current);
-        if (successor == nullptr) {
-            return cost;
-        }
-        const HalfEdge* const entering = leaving != nullptr ? leaving->twin : nullptr;
-        leaving = findShared(*current, successor);
-        const bool continues =
-            entering != nullptr && leaving != nullptr && leaving == (isOdd ? entering->next->next : entering->next);
-        cost += continues ? 1 : 2;
-        isOdd ^= continues;
-    }
+    detail::StripCost cost;
+    detail::walkStrip(detail::LinkedPath(RecordLinks{}, trianglesOf(strip, reversed, [] {})), cost);
+    return cost.total();
 }
 
 std::uint32_t HalfEdgeGraph::fillIndexFromStrip(std::vector<unsigned int>& indices, TriangleList& strip,
                                                 bool reversed) const {
     return fillFromStrip(indices, strip, reversed, [] {});
-}
-
-std::int32_t HalfEdgeGraph::fillIndexFromFan(std::vector<unsigned int>& indices, HalfEdge* start) const {
-    if (start == nullptr) {
-        VEXA_MESH_LOG(warning,
-                      "int32_t vexa::mesh::HalfEdgeGraph::fillIndexFromFan(std::vector<unsigned int>&, "
-                      "vexa::mesh::HalfEdgeGraph::HalfEdge&)",
-                      "vexa/mesh/HalfEdgeGraph")
-            << "Invalid fac in fillIndexFromFan()";
-        return 0;
-    }
-    indices.resize(2);
-    indices[0] = start->vertex;
-    indices[1] = start->next->vertex;
-    for (const HalfEdge* spoke = start->next->next->twin; spoke != start; spoke = spoke->next->next->twin) {
-        indices.push_back(spoke->next->vertex);
-    }
-    indices.push_back(start->next->vertex);
-    return static_cast<std::int32_t>(indices.size());
 }
 
 std::uint32_t HalfEdgeGraph::calcEgdeLines(std::vector<unsigned int>& lines, bool withShareFlag) const {

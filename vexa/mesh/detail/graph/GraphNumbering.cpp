@@ -1,4 +1,4 @@
-#include "vexa/mesh/detail/GraphNumbering.h"
+#include "vexa/mesh/detail/graph/GraphNumbering.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -27,9 +27,8 @@ bool mayBeCentre(const std::vector<HalfEdgeGraph::VertexHalfEdge>& list, std::ui
     return !list.empty() && list.size() >= minFanTriangles && list.front().second != nullptr;
 }
 
-/// Brings the neighbours of a triangle near: where the twin is, and where its triangle begins, which is at most 88
-/// bytes before.
-void fetchNeighbours(const Triangle& triangle) {
+/// Prefetches the neighbours of a triangle: each twin, and the start of its triangle, which is at most 88 bytes before.
+void prefetchNeighbours(const Triangle& triangle) {
     for (const HalfEdge& halfEdge : triangle.halfEdge) {
         if (halfEdge.twin != nullptr) {
             __builtin_prefetch(halfEdge.twin);
@@ -100,7 +99,7 @@ GraphNumbering::GraphNumbering(const HalfEdgeGraph& source, const NumberingOptio
     constexpr TriangleId ahead = 12;
     for (TriangleId id = 0; id < added_; ++id) {
         if (id + ahead < added_) {
-            fetchNeighbours(*pointers_[id + ahead]);
+            prefetchNeighbours(*pointers_[id + ahead]);
         }
         link(id);
     }

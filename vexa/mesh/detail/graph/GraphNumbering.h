@@ -1,9 +1,9 @@
 #pragma once
 
 #include "vexa/mesh/HalfEdgeGraph.h"
-#include "vexa/mesh/detail/CompactGraph.h"
-#include "vexa/mesh/detail/FanSearch.h"
-#include "vexa/mesh/detail/TrianglePointers.h"
+#include "vexa/mesh/detail/graph/TrianglePointers.h"
+#include "vexa/mesh/detail/strips/CompactGraph.h"
+#include "vexa/mesh/detail/strips/FanSearch.h"
 
 #include <cstdint>
 #include <span>
@@ -13,19 +13,19 @@
 namespace vexa::mesh::detail {
 
 struct NumberingOptions {
-    bool withClaimed; ///< the claimed triangles too, behind the free ones, as if they had no free neighbour
-    bool withStrips;  ///< the triangles of stored strips too, at the end
-    bool withFans;    ///< fan candidates
+    bool withClaimed;              ///< the claimed triangles too, after the free ones, as if they had no free neighbour
+    bool withStrips;               ///< the triangles of stored strips too, at the end
+    bool withFans;                 ///< fan candidates
     std::uint32_t minFanTriangles; ///< fewest half-edges at a candidate's centre
 };
 
 /// A half-edge graph's triangles by id, in the order of their lists, with their links as ids.
 ///
 /// From the numbering to the commit each triangle's `state` is its id, so that a pointer leads to the id at once.
-/// Unless they are handed over, the states are put back in the end.
+/// Unless the states are handed over, they are restored at the end.
 class GraphNumbering {
 public:
-    /// \throw std::length_error more triangles than a compact graph holds; whatever is thrown, the source is as it was
+    /// \throw std::length_error more triangles than a compact graph holds; the source is unchanged after any exception
     GraphNumbering(const HalfEdgeGraph& source, const NumberingOptions& options);
     ~GraphNumbering();
     GraphNumbering(const GraphNumbering&) = delete;
@@ -39,13 +39,13 @@ public:
     /// The state that a triangle came with, less the neighbours that fans took.
     [[nodiscard]] std::int32_t currentState(TriangleId id) const;
 
-    /// Brings the pointer to a triangle near, then the triangle.
-    void fetchPointer(TriangleId id) const { pointers_.fetch(id); }
-    void fetchTriangle(TriangleId id) const { __builtin_prefetch(pointers_[id], 1); }
+    /// Prefetches the pointer to a triangle, and then the triangle.
+    void prefetchPointer(TriangleId id) const { pointers_.prefetch(id); }
+    void prefetchTriangle(TriangleId id) const { __builtin_prefetch(pointers_[id], 1); }
 
     /// From now on the caller sets the state of every triangle.
     void handOverStates() { ownsStates_ = false; }
-    /// Frees the links, once the states are handed over. Nothing but `triangle` may be asked for afterwards.
+    /// Frees the links, once the states are handed over. Afterwards only `triangle` may be called.
     void releaseLinks() { graph_.release(); }
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vexa/mesh/HalfEdgeGraph.h"
-#include "vexa/mesh/detail/HugePages.h"
+#include "vexa/mesh/detail/strips/HugePages.h"
 
 #include <cstdint>
 #include <memory>

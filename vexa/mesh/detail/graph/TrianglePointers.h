@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vexa/mesh/HalfEdgeGraph.h"
-#include "vexa/mesh/detail/LargeArray.h"
+#include "vexa/mesh/detail/strips/LargeArray.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -35,8 +35,8 @@ public:
             wide_[index] = triangle;
         }
     }
-    /// Brings an entry near.
-    void fetch(std::size_t index) const {
+    /// Prefetches an entry.
+    void prefetch(std::size_t index) const {
         __builtin_prefetch(isNarrow_ ? static_cast<const void*>(&narrow_[index]) : &wide_[index]);
     }
 

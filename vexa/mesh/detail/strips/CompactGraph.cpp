@@ -1,4 +1,4 @@
-#include "vexa/mesh/detail/CompactGraph.h"
+#include "vexa/mesh/detail/strips/CompactGraph.h"
 
 #include <algorithm>
 #include <iterator>
@@ -8,7 +8,7 @@ namespace vexa::mesh::detail {
 
 CompactGraph::CompactGraph(std::uint64_t count) {
     if (count > maxCount) {
-        throw std::length_error("Strips can be built from 1073741821 triangles at most");
+        throw std::length_error("Strips can be built from at most 1073741821 triangles");
     }
     triangles_ = LargeArray<CompactTriangle>(count + 2);
     count_ = static_cast<TriangleId>(count);
@@ -45,15 +45,6 @@ void CompactGraph::countDegrees() {
             std::count_if(std::begin(triangle.twin), std::end(triangle.twin),
                           [this](HalfEdgeId across) { return state(across) >= stateInStrip; }));
     }
-}
-
-HalfEdgeId CompactGraph::findExit(TriangleId from, TriangleId to) const {
-    for (std::uint32_t place = 0; place < 3; ++place) {
-        if (triangleOf(triangles_[from].twin[place]) == to) {
-            return halfEdgeOf(from, place);
-        }
-    }
-    return noHalfEdge;
 }
 
 } // namespace vexa::mesh::detail

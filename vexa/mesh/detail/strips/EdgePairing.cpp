@@ -1,4 +1,7 @@
-#include "vexa/mesh/detail/EdgePairing.h"
+#include "vexa/mesh/detail/strips/EdgePairing.h"
+
+#include "vexa/mesh/detail/strips/DenseIndices.h"
+#include "vexa/mesh/detail/strips/TriangleList.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -25,7 +28,7 @@ class UpwardEdges {
 public:
     UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount);
 
-    /// Takes out the earliest half-edge from `from` to `to` that is still in; `noHalfEdge` when there is none.
+    /// Removes the earliest remaining half-edge from `from` to `to`; `noHalfEdge` if there is none.
     HalfEdgeId take(std::uint32_t from, std::uint32_t to) {
         UpwardEdge* const begin = edges_.get() + (from == 0 ? 0 : ends_[from - 1]);
         UpwardEdge* const end = edges_.get() + ends_[from];
@@ -41,21 +44,21 @@ public:
         return noHalfEdge;
     }
 
-    /// What takes the only half-edge from `from` to `to` out.
+    /// The result of removing the only half-edge between two vertices.
     struct OnlyEdge {
-        HalfEdgeId halfEdge = noHalfEdge; ///< none when there is none
-        bool isOnly = true;               ///< false when there are others, or it is out already
+        HalfEdgeId halfEdge = noHalfEdge; ///< `noHalfEdge` if there is none
+        bool isOnly = true;               ///< false if there are others, or it was removed before
     };
     OnlyEdge takeOnly(std::uint32_t from, std::uint32_t to);
 
     /// Whether three half-edges run the same way.
     [[nodiscard]] bool hasTriple() const;
 
-    /// Brings the list of a vertex near.
-    void fetch(std::uint32_t vertex) const { __builtin_prefetch(edges_.get() + ends_[vertex]); }
+    /// Prefetches the list of a vertex.
+    void prefetch(std::uint32_t vertex) const { __builtin_prefetch(edges_.get() + ends_[vertex]); }
 
 private:
-    /// Lists beyond this length are sorted and searched by halves, so that no vertex has too many edges.
+    /// Longer lists are sorted and searched by bisection, so a hub with many edges is not quadratic.
     static constexpr std::ptrdiff_t longList = 64;
 
     void sortLongLists();
@@ -64,7 +67,7 @@ private:
 
     LargeArray<UpwardEdge> edges_;
     std::vector<std::uint32_t> ends_;  ///< per vertex, where its list ends
-    std::vector<std::uint32_t> taken_; ///< for the first edge to each vertex in a long list, how many are out
+    std::vector<std::uint32_t> taken_; ///< for the first edge to each vertex in a long list, how many were removed
 };
 
 /// Calls `visit(halfEdge, from, to)` for every half-edge of every triangle that is not collapsed, in order, and
@@ -81,7 +84,7 @@ void forEachHalfEdge(std::span<const unsigned int> triangles, Announce announce,
         const std::uint32_t v0 = triangles[i];
         const std::uint32_t v1 = triangles[i + 1];
         const std::uint32_t v2 = triangles[i + 2];
-        if (v0 == v1 || v1 == v2 || v2 == v0) {
+        if (isCollapsed(v0, v1, v2)) {
             continue;
         }
         const auto triangle = static_cast<TriangleId>(i / 3);
@@ -92,14 +95,14 @@ void forEachHalfEdge(std::span<const unsigned int> triangles, Announce announce,
 }
 
 UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount) : ends_(vertexCount) {
-    const auto fetchEnd = [this](std::uint32_t vertex) { __builtin_prefetch(&ends_[vertex], 1); };
-    forEachHalfEdge(triangles, fetchEnd,
+    const auto prefetchEnd = [this](std::uint32_t vertex) { __builtin_prefetch(&ends_[vertex], 1); };
+    forEachHalfEdge(triangles, prefetchEnd,
                     [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
     const std::uint32_t edgeCount = std::accumulate(ends_.begin(), ends_.end(), std::uint32_t{0});
     std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
     edges_ = LargeArray<UpwardEdge>(edgeCount);
-    const auto fetchList = [this](std::uint32_t vertex) { __builtin_prefetch(edges_.get() + ends_[vertex], 1); };
-    forEachHalfEdge(triangles, fetchList, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    const auto prefetchList = [this](std::uint32_t vertex) { __builtin_prefetch(edges_.get() + ends_[vertex], 1); };
+    forEachHalfEdge(triangles, prefetchList, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from < to) {
             edges_[ends_[from]++] = {to, halfEdge};
         }
@@ -173,29 +176,6 @@ HalfEdgeId UpwardEdges::takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint
     return edge->halfEdge;
 }
 
-/// Number of vertex lists when a list is made for every index up to the largest; 0 when there are too few triangles for
-/// that many lists.
-std::uint32_t denseVertexCount(std::span<const unsigned int> triangles) {
-    if (triangles.empty()) {
-        return 0;
-    }
-    const std::uint32_t largest = *std::max_element(triangles.begin(), triangles.end());
-    return largest / 4 > triangles.size() ? 0 : largest + 1;
-}
-
-/// The same triangles over vertices without gaps, in the same order.
-std::vector<unsigned int> closeGaps(std::span<const unsigned int> triangles, std::uint32_t& vertexCount) {
-    std::vector<unsigned int> vertices(triangles.begin(), triangles.end());
-    std::sort(vertices.begin(), vertices.end());
-    vertices.erase(std::unique(vertices.begin(), vertices.end()), vertices.end());
-    vertexCount = static_cast<std::uint32_t>(vertices.size());
-    std::vector<unsigned int> dense(triangles.size());
-    std::transform(triangles.begin(), triangles.end(), dense.begin(), [&](unsigned int vertex) {
-        return static_cast<unsigned int>(std::lower_bound(vertices.begin(), vertices.end(), vertex) - vertices.begin());
-    });
-    return dense;
-}
-
 void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     CompactTriangle& one = graph[triangleOf(a)];
     CompactTriangle& other = graph[triangleOf(b)];
@@ -227,36 +207,14 @@ CompactGraph withoutLinks(std::size_t count) {
     return graph;
 }
 
-/// The triangles to look at: over vertices without gaps, if theirs have too many.
-class DenseTriangles {
-public:
-    explicit DenseTriangles(std::span<const unsigned int> triangles)
-        : vertexCount_(denseVertexCount(triangles)), triangles_(triangles) {
-        if (vertexCount_ == 0) {
-            dense_ = closeGaps(triangles, vertexCount_);
-            triangles_ = dense_;
-        }
-    }
-    DenseTriangles(const DenseTriangles&) = delete;
-    DenseTriangles& operator=(const DenseTriangles&) = delete;
-
-    [[nodiscard]] std::span<const unsigned int> triangles() const { return triangles_; }
-    [[nodiscard]] std::uint32_t vertexCount() const { return vertexCount_; }
-
-private:
-    std::uint32_t vertexCount_;
-    std::vector<unsigned int> dense_;
-    std::span<const unsigned int> triangles_;
-};
-
 } // namespace
 
 CompactGraph pairEdges(std::span<const unsigned int> triangles) {
     CompactGraph graph = withoutLinks(triangles.size() / 3);
-    const DenseTriangles dense(triangles);
-    UpwardEdges upward(dense.triangles(), dense.vertexCount());
-    const auto fetch = [&](std::uint32_t vertex) { upward.fetch(vertex); };
-    forEachHalfEdge(dense.triangles(), fetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    const DenseIndices dense(triangles);
+    UpwardEdges upward(dense.indices(), dense.vertexCount());
+    const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
+    forEachHalfEdge(dense.indices(), prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from > to) {
             if (const HalfEdgeId twin = upward.take(to, from); twin != noHalfEdge) {
                 linkAndMark(graph, twin, halfEdge);
@@ -271,12 +229,12 @@ std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> tria
         return std::nullopt;
     }
     CompactGraph graph = withoutLinks(triangles.size() / 3);
-    const DenseTriangles dense(triangles);
-    UpwardEdges upward(dense.triangles(), dense.vertexCount());
+    const DenseIndices dense(triangles);
+    UpwardEdges upward(dense.indices(), dense.vertexCount());
     std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
     bool isManifold = true;
-    const auto fetch = [&](std::uint32_t vertex) { upward.fetch(vertex); };
-    forEachHalfEdge(dense.triangles(), fetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
+    forEachHalfEdge(dense.indices(), prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from < to || !isManifold) {
             return;
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vexa/mesh/detail/CompactGraph.h"
+#include "vexa/mesh/detail/strips/CompactGraph.h"
 
 #include <optional>
 #include <span>

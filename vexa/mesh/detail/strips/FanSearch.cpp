@@ -1,4 +1,8 @@
-#include "vexa/mesh/detail/FanSearch.h"
+#include "vexa/mesh/detail/strips/FanSearch.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
 
 namespace vexa::mesh::detail {
 
@@ -11,7 +15,7 @@ HalfEdgeId nextSpoke(const CompactGraph& graph, HalfEdgeId spoke) {
 
 /// Whether the triangles around the vertex at which a half-edge starts are all free and close a ring.
 bool isFreeRing(const CompactGraph& graph, HalfEdgeId start) {
-    // The states of the sentinels are negative: a border is no free triangle.
+    // The sentinels have negative states: a border is not a free triangle.
     HalfEdgeId spoke = start;
     do {
         if (graph.state(spoke) < 0) {
@@ -33,6 +37,26 @@ void claim(CompactGraph& graph, TriangleId triangle) {
 }
 
 } // namespace
+
+std::vector<FanCandidate> findFanCandidates(std::span<const unsigned int> triangles, std::uint32_t minFanTriangles) {
+    // By vertex and then by place in the list, which is the order in which a graph would have entered them.
+    std::vector<std::pair<unsigned int, HalfEdgeId>> starts(triangles.size());
+    for (std::size_t i = 0; i < triangles.size(); ++i) {
+        starts[i] = {triangles[i], halfEdgeOf(static_cast<TriangleId>(i / 3), static_cast<std::uint32_t>(i % 3))};
+    }
+    std::sort(starts.begin(), starts.end());
+    std::vector<FanCandidate> candidates;
+    for (auto first = starts.begin(); first != starts.end();) {
+        const auto end =
+            std::find_if(first, starts.end(), [first](const auto& start) { return start.first != first->first; });
+        const auto size = static_cast<std::uint32_t>(end - first);
+        if (size >= minFanTriangles) {
+            candidates.push_back({first->first, size, first->second});
+        }
+        first = end;
+    }
+    return candidates;
+}
 
 FanSet cutFans(CompactGraph& graph, std::span<const FanCandidate> candidates) {
     FanSet set;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vexa/mesh/detail/CompactGraph.h"
+#include "vexa/mesh/detail/strips/CompactGraph.h"
 
 #include <cstdint>
 #include <span>
@@ -32,6 +32,11 @@ struct FanSet {
     std::vector<TriangleId> order; ///< triangles of all fans, each fan's in the order of the walk around its centre
     std::uint32_t cost = 0;        ///< indices, by the number of half-edges at the centres
 };
+
+/// Every vertex of a triangle list that has enough triangles, in ascending order.
+///
+/// \param triangles three vertex indices per triangle
+std::vector<FanCandidate> findFanCandidates(std::span<const unsigned int> triangles, std::uint32_t minFanTriangles);
 
 /// Takes the free triangles around each candidate, in their order, if they are all free and close a ring.
 ///

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vexa/mesh/detail/HugePages.h"
+#include "vexa/mesh/detail/strips/HugePages.h"
 
 #include <cstddef>
 #include <memory>

@@ -6,7 +6,7 @@
 
 namespace vexa::mesh::detail {
 
-/// Where a search draws its picks from: numbers from 0 to 2^31 - 1.
+/// Source of random numbers from 0 to 2^31 - 1.
 class RandomSource {
 public:
     virtual ~RandomSource() = default;
@@ -36,7 +36,7 @@ public:
     }
 
 private:
-    // The size of the state behind `rand`; another would give another sequence.
+    // The size of the state that `rand` uses; another size would give another sequence.
     alignas(std::int32_t) std::array<char, 128> state_{};
     random_data data_{};
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "vexa/mesh/detail/CompactGraph.h"
+#include "vexa/mesh/detail/strips/CompactGraph.h"
 
 #include <algorithm>
 #include <bit>
@@ -13,7 +13,7 @@ namespace vexa::mesh::detail {
 
 /// A queue of triangles with removal in O(1) and the k-th entry in O(log n).
 ///
-/// Entries are appended to a log that never moves; a bitmap tells which of them are still in, and counts per 1,024,
+/// Entries are appended to a log that never moves; a bitmap marks those still present, and counts per 1,024,
 /// 65,536 and 4,194,304 entries lead to the k-th.
 class RankedBucket {
 public:
@@ -36,7 +36,7 @@ public:
         return position;
     }
 
-    /// Removes the entry at a position that `push` or `restart` gave and that is still in.
+    /// Removes the entry at a position, which must be present.
     void erase(std::uint32_t position) {
         bits_[position / 64] &= ~(std::uint64_t{1} << (position % 64));
         --fine_[position / fineSize];
@@ -45,10 +45,10 @@ public:
         --size_;
     }
 
-    /// What was pushed at a position.
+    /// The triangle pushed at a position.
     [[nodiscard]] TriangleId entry(std::uint32_t position) const { return log_[position]; }
 
-    /// Position of the entry before which `k` others are in, in order of insertion; `k` is below `size`.
+    /// Position of the k-th present entry in order of insertion, counted from 0; `k` is below `size`.
     [[nodiscard]] std::uint32_t find(std::uint32_t k) const {
         std::size_t i = skip(top_, 0, k);
         i = skip(coarse_, i * (topSize / coarseSize), k);
@@ -103,7 +103,7 @@ private:
         return first;
     }
 
-    /// Counts, or bits, of `count` entries from the first on; the blocks behind those in use are zero already.
+    /// Counts, or bits, of `count` entries from the first on; the blocks after those in use are already zero.
     template <class Block>
     void fill(std::vector<Block>& blocks, std::uint32_t blockSize, std::uint32_t count) const {
         const std::size_t used = std::max(end_, count) / blockSize;

@@ -1,0 +1,60 @@
+#include "vexa/mesh/detail/strips/GreedyLinks.h"
+
+#include "vexa/mesh/detail/strips/Random.h"
+#include "vexa/mesh/detail/strips/StripWalk.h"
+#include "vexa/mesh/detail/strips/TriangleList.h"
+
+#include <cstddef>
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+class SilentObserver final : public SearchObserver {
+public:
+    void onInvalidTriangle() override {}
+    bool onPass(std::uint32_t, std::int32_t, std::int32_t, std::int32_t) override { return true; }
+};
+
+/// Links a strip over the edges by which it grew.
+void linkAsGrown(StripPartition& partition, std::span<const StripTriangle> strip) {
+    HalfEdgeId leaving = strip[0];
+    for (std::size_t i = 1; i < strip.size(); ++i) {
+        partition.link(leaving);
+        const HalfEdgeId entered = partition.twin(leaving);
+        leaving = placeOf(strip[i]) == leavesBefore ? prevOf(entered) : nextOf(entered);
+    }
+}
+
+/// Links a strip over the first edge that each two of its triangles share, as `buildPrimitives` writes it.
+void linkByFirstEdges(StripPartition& partition, const CompactGraph& graph, std::span<const StripTriangle> strip) {
+    for (std::size_t i = 1; i < strip.size(); ++i) {
+        partition.link(findExit(graph, triangleOf(strip[i - 1]), triangleOf(strip[i])));
+    }
+}
+
+} // namespace
+
+StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles) {
+    for (TriangleId triangle = 0; triangle < graph.count(); ++triangle) {
+        if (isCollapsed(triangles.data() + std::size_t{3} * triangle)) {
+            graph[triangle].state = stateInFan;
+        }
+    }
+    OwnRandom random;
+    SilentObserver observer;
+    return searchStrips(graph, {1, true, graph.count(), 0}, random, observer).strips;
+}
+
+void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips) {
+    for (std::size_t i = 0; i < strips.size(); ++i) {
+        const StripSet::Strip strip = strips[i];
+        if (strip.isIrregular) {
+            linkByFirstEdges(partition, graph, strip.triangles);
+        } else {
+            linkAsGrown(partition, strip.triangles);
+        }
+    }
+}
+
+} // namespace vexa::mesh::detail

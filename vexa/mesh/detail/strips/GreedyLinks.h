@@ -1,0 +1,19 @@
+#pragma once
+
+#include "vexa/mesh/detail/strips/CompactGraph.h"
+#include "vexa/mesh/detail/strips/StripPartition.h"
+#include "vexa/mesh/detail/strips/StripSearch.h"
+
+#include <span>
+
+namespace vexa::mesh::detail {
+
+/// Cuts the triangles of a freshly paired graph by one greedy pass, the one that `buildPrimitives` makes. No strip takes
+/// a collapsed triangle.
+StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles);
+
+/// Links the triangles of a partition, which must have no links and the order of the graph, as strips found on the graph
+/// do.
+void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips);
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "vexa/mesh/detail/strips/CompactGraph.h"
+
+#include <vector>
+
+namespace vexa::mesh::detail {
+
+/// Whether more than this percentage of neighbours are far apart in the order of the triangles, so that walks over a
+/// large graph would miss the cache at every step.
+bool isScattered(const CompactGraph& graph, unsigned percent);
+
+/// The triangles in an order that keeps neighbours close: in compact patches, each of which begins next to an earlier
+/// one.
+std::vector<TriangleId> patchOrder(const CompactGraph& graph);
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "vexa/mesh/StripBuffer.h"
+
+#include <chrono>
+#include <functional>
+
+namespace vexa::mesh::detail {
+
+/// Reports how far a search is, and remembers that the caller wants it to end.
+class StripMonitor {
+public:
+    explicit StripMonitor(const std::function<bool(const StripProgress&)>& onProgress) : onProgress_(onProgress) {}
+
+    /// Begins a phase that is about this share of the work still to come.
+    void startPhase(StripPhase phase, double share) {
+        phase_ = phase;
+        begin_ = end_;
+        end_ += (1 - end_) * share;
+        poll(0, 1);
+    }
+
+    /// To be called at least every few milliseconds; `done` of `total` steps of the phase are done. Returns whether to
+    /// go on.
+    bool poll(double done, double total) {
+        if (!isStopped_ && onProgress_ && Clock::now() >= nextCall_) {
+            isStopped_ = !onProgress_({phase_, begin_ + (end_ - begin_) * done / total});
+            nextCall_ = Clock::now() + interval;
+        }
+        return !isStopped_;
+    }
+
+    [[nodiscard]] bool isStopped() const { return isStopped_; }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr Clock::duration interval = std::chrono::milliseconds(20);
+
+    const std::function<bool(const StripProgress&)>& onProgress_;
+    StripPhase phase_ = StripPhase::Pairing;
+    double begin_ = 0;
+    double end_ = 0;
+    Clock::time_point nextCall_;
+    bool isStopped_ = false;
+};
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,23 @@
+#include "vexa/mesh/detail/strips/TriangleList.h"
+
+#include "vexa/mesh/Types.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace vexa::mesh::detail {
+
+void checkTriangles(const char* caller, std::span<const unsigned int> triangles) {
+    if (triangles.size() % 3 != 0) {
+        throw std::invalid_argument(std::string(caller) + ": " + std::to_string(triangles.size()) +
+                                    " indices are not a whole number of triangles");
+    }
+    const auto found = std::find(triangles.begin(), triangles.end(), restartIndex);
+    if (found != triangles.end()) {
+        throw std::invalid_argument(std::string(caller) + ": index " + std::to_string(found - triangles.begin()) +
+                                    " is 4294967295, which is reserved for primitive restart");
+    }
+}
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace vexa::mesh::detail {
+
+/// Checks that a list can be cut into strips.
+///
+/// \param caller name of the public function, with which the messages begin
+/// \throw std::invalid_argument the number of indices is not a multiple of 3, or an index is 4294967295
+void checkTriangles(const char* caller, std::span<const unsigned int> triangles);
+
+/// Whether two of the three corners are the same vertex.
+constexpr bool isCollapsed(std::uint32_t v0, std::uint32_t v1, std::uint32_t v2) {
+    return v0 == v1 || v1 == v2 || v2 == v0;
+}
+inline bool isCollapsed(const unsigned int* corners) {
+    return isCollapsed(corners[0], corners[1], corners[2]);
+}
+
+} // namespace vexa::mesh::detail

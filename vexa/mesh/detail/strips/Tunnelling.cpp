@@ -1,0 +1,160 @@
+#include "vexa/mesh/detail/strips/Tunnelling.h"
+
+#include <array>
+#include <cstddef>
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+/// Indices that a join of two strips saves: three of a strip's start and its restart index, and once in a few strips the
+/// one for parity, so that a fourth makes the result better.
+constexpr int joinValue = 4;
+
+/// Indices that a sequence may cost before its last step.
+constexpr int maxDebt = 1;
+
+constexpr int maxDepth = 2;
+
+class Tunnel {
+public:
+    Tunnel(StripPartition& partition, TunnelLimits limits) : partition_(partition), limits_(limits) {}
+
+    /// Looks for a sequence that saves indices and leaves it applied.
+    bool extend(TriangleId end) {
+        steps_ = limits_.steps;
+        linkedCount_ = 0;
+        return extend(end, limits_.depth, 0);
+    }
+
+private:
+    bool extend(TriangleId end, int depth, int debt) {
+        return joinNeighbour(end, debt) || (depth > 0 && takeFromNeighbour(end, depth, debt));
+    }
+
+    bool joinNeighbour(TriangleId end, int debt);
+    bool takeFromNeighbour(TriangleId end, int depth, int debt);
+    bool takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt);
+
+    [[nodiscard]] bool isJoinable(HalfEdgeId exit) const {
+        return !partition_.isLinked(exit) && partition_.twin(exit) != partition_.border();
+    }
+    [[nodiscard]] int swaps(TriangleId triangle) const { return countSwaps(partition_, triangle); }
+    [[nodiscard]] int swapAt(HalfEdgeId link) const { return partition_.isSwap(link) ? 1 : 0; }
+
+    /// Whether the strip through a link has an end.
+    [[nodiscard]] bool isOpen(HalfEdgeId link) const {
+        HalfEdgeId leaving = partition_.follow(link);
+        while (leaving != noHalfEdge && leaving != link) {
+            leaving = partition_.follow(leaving);
+        }
+        return leaving == noHalfEdge;
+    }
+    [[nodiscard]] bool areAllOpen() const {
+        for (std::size_t i = linkedCount_; i-- > 0;) {
+            if (!isOpen(linked_[i])) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    StripPartition& partition_;
+    TunnelLimits limits_;
+    int steps_ = 0;
+    std::array<HalfEdgeId, maxDepth + 1> linked_{}; ///< the links that the sequence has made so far
+    std::size_t linkedCount_ = 0;
+};
+
+bool Tunnel::joinNeighbour(TriangleId end, int debt) {
+    for (std::uint32_t place = 0; place < 3; ++place) {
+        const HalfEdgeId exit = halfEdgeOf(end, place);
+        const TriangleId other = triangleOf(partition_.twin(exit));
+        if (!isJoinable(exit) || !partition_.isEnd(other)) {
+            continue;
+        }
+        const bool canClose = linkedCount_ != 0 || (partition_.links(end) != 0 && partition_.links(other) != 0);
+        const int before = swaps(end) + swaps(other);
+        partition_.link(exit);
+        const int after = swaps(end) + swaps(other) - swapAt(exit);
+        if (debt + after - before < joinValue) {
+            linked_[linkedCount_++] = exit;
+            // Walking the whole strip is expensive: only for sequences that pay.
+            if (!canClose || areAllOpen()) {
+                return true;
+            }
+            --linkedCount_;
+        }
+        partition_.cut(exit);
+    }
+    return false;
+}
+
+bool Tunnel::takeFromNeighbour(TriangleId end, int depth, int debt) {
+    for (std::uint32_t place = 0; place < 3; ++place) {
+        const HalfEdgeId exit = halfEdgeOf(end, place);
+        if (!isJoinable(exit)) {
+            continue;
+        }
+        const TriangleId taken = triangleOf(partition_.twin(exit));
+        const EdgeSet links = partition_.links(taken);
+        if (linkTables.count[links] != 2) {
+            continue;
+        }
+        if (--steps_ < 0) {
+            return false;
+        }
+        const std::uint32_t first = linkTables.first[links];
+        if (takeByCutting(exit, halfEdgeOf(taken, first), depth, debt) ||
+            takeByCutting(exit, halfEdgeOf(taken, linkTables.other[links][first]), depth, debt)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Links the triangle across `exit`, after cutting it off at `cut`, one of its own two links.
+bool Tunnel::takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt) {
+    const TriangleId end = triangleOf(exit);
+    const EdgeSet endLinks = partition_.links(end);
+    const TriangleId taken = triangleOf(cut);
+    const HalfEdgeId kept = halfEdgeOf(taken, linkTables.other[partition_.links(taken)][placeOf(cut)]);
+    const HalfEdgeId beyond = partition_.follow(cut);
+    const TriangleId newEnd = triangleOf(partition_.twin(cut));
+    const int before = swapAt(cut) + swapAt(kept) + (beyond != noHalfEdge ? swapAt(beyond) : 0);
+    partition_.cut(cut);
+    partition_.link(exit);
+    const int after =
+        swapAt(exit) + swapAt(kept) + (endLinks != 0 ? swapAt(halfEdgeOf(end, linkTables.first[endLinks])) : 0);
+    const int newDebt = debt + after - before;
+    if (newDebt <= maxDebt) {
+        linked_[linkedCount_++] = exit;
+        if (newDebt < 0 ? areAllOpen() : extend(newEnd, depth - 1, newDebt)) {
+            return true;
+        }
+        --linkedCount_;
+    }
+    partition_.cut(exit);
+    partition_.link(cut);
+    return false;
+}
+
+} // namespace
+
+std::uint64_t tunnel(StripPartition& partition, TunnelLimits limits, StripMonitor& monitor) {
+    constexpr int attempts = 4;
+    constexpr TriangleId pollMask = (1U << 12) - 1;
+    Tunnel tunnel(partition, limits);
+    std::uint64_t found = 0;
+    for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+        if ((triangle & pollMask) == 0 && !monitor.poll(triangle, partition.count())) {
+            break;
+        }
+        for (int i = 0; i < attempts && partition.isEnd(triangle) && tunnel.extend(triangle); ++i) {
+            ++found;
+        }
+    }
+    return found;
+}
+
+} // namespace vexa::mesh::detail

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "vexa/mesh/detail/strips/StripMonitor.h"
+#include "vexa/mesh/detail/strips/StripPartition.h"
+
+#include <cstdint>
+
+namespace vexa::mesh::detail {
+
+struct TunnelLimits {
+    int depth; ///< triangles that a strip may take over from others in one attempt
+    int steps; ///< attempts to take over a triangle from one end
+};
+
+/// Pushes strip ends on through other strips as long as the number of indices falls. Returns how many sequences of moves
+/// were kept.
+///
+/// A strip can take over a triangle from the middle of another one, which is cut there and gets a new end; after some of
+/// these, the end may meet another, and the two strips become one. A sequence is kept if what it saves exceeds the swaps
+/// that it adds. No strip becomes a closed loop; loops that are there already remain.
+std::uint64_t tunnel(StripPartition& partition, TunnelLimits limits, StripMonitor& monitor);
+
+} // namespace vexa::mesh::detail
