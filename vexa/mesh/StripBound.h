@@ -1,0 +1,41 @@
+#pragma once
+
+#include "vexa/mesh/Export.h"
+#include "vexa/mesh/Strips.h"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+
+namespace vexa::mesh {
+
+/// How `minIndexCount` searches for a high bound.
+struct BoundOptions {
+    unsigned sweeps = 16; ///< more of them take longer and never prove less by more than rounding; 64 prove little more
+    /// Called from the calling thread at least every 50 ms once the mesh is set up, with the part of the sweeps that is
+    /// done, from 0 to 1; false ends the search, and the bound is what is proven so far. Whatever it throws leaves the
+    /// function.
+    std::function<bool(double)> onProgress;
+};
+
+/// A proven lower bound on the number of indices of a `TRIANGLE_STRIP` list that draws these triangles.
+///
+/// No list that draws every triangle that is not collapsed (two equal corners) once, in its winding, has fewer indices:
+/// - with `StripJoin::Restart`, no list in which strips are separated by 4294967295 and two degenerate triangles never
+///   follow one another (strips use single ones to turn),
+/// - with `StripJoin::Degenerate`, no list at all, however its strips are joined.
+///
+/// The result depends on the input and the options only: not on the machine, the compiler or other threads. It is a whole
+/// number of integers' sums, so that rounding cannot make it too high. May run in several threads at once.
+///
+/// \param triangles vertex indices, three per triangle in winding order; may be empty
+/// \param join      which lists the bound is for, see above
+/// \param options   see BoundOptions
+/// \return the bound; 0 when all triangles are collapsed
+/// \throw std::invalid_argument the number of indices is not a multiple of 3, or an index is 4294967295
+/// \throw std::length_error     more than 2^28 triangles
+/// Cost: linear in the number of triangles, for every sweep; O(n log n) where more than two triangles share an edge.
+VEXA_MESH_EXPORT std::uint64_t minIndexCount(std::span<const unsigned int> triangles, StripJoin join,
+                                             const BoundOptions& options = {});
+
+} // namespace vexa::mesh

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "vexa/mesh/Export.h"
+#include "vexa/mesh/StripBound.h" // IWYU pragma: export
+#include "vexa/mesh/Strips.h"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+namespace vexa::mesh {
+
+/// The step that `buildStripBuffer` is at.
+enum class StripPhase { Pairing, Greedy, Flow, Tunnelling, Annealing, Joining };
+
+/// Reported by `buildStripBuffer` and `buildStrips` while they run.
+struct StripProgress {
+    StripPhase phase;
+    double fraction; ///< of the whole work, from 0 to 1, estimated; never falls
+};
+
+/// How `buildStripBuffer` and `buildStrips` search for strips.
+struct StripBufferOptions {
+    /// Each higher effort takes longer and needs fewer indices. 0: the greedy search of `buildPrimitives`. 1: its strips,
+    /// extended through one another. 2: strips around the vertices whose triangles leave no way out, extended likewise.
+    /// 3: these, improved by simulated annealing. 4: the same, then annealed as long as `microsecondsPerTriangle` allows.
+    unsigned effort = 2;
+    StripJoin join = StripJoin::Restart; ///< what separates two strips; `buildStrips` counts indices the same way
+    double microsecondsPerTriangle = 10; ///< effort 4 only: time for the search; the others never look at the clock
+    std::uint32_t seed = 1;              ///< of the random numbers at efforts 3 and 4
+    std::uint32_t maxTriangles = 0;      ///< most triangles of a strip; 0 for any number
+    /// Orders short strips such that they find many of their vertices in the vertex cache of a graphics processor: fewer
+    /// vertices are transformed, for more indices. Strips are cut to 16 triangles, or to
+    /// 20 in regular meshes.
+    bool forVertexCache = false;
+    /// Called from the calling thread at least every 50 ms, but not while neighbours are paired and greedy strips are
+    /// cut, which take a few milliseconds per 100,000 triangles. False ends the search early: steps that every result
+    /// needs are completed without further calls, and the best strips so far are returned. Whatever it throws leaves
+    /// the function.
+    std::function<bool(const StripProgress&)> onProgress = {};
+};
+
+/// Turns a triangle list into one `TRIANGLE_STRIP` index list with as few indices as the effort finds.
+///
+/// The result holds every input triangle that is not collapsed (two equal corners) once, in its winding. It depends on
+/// the input and the options only, not on the machine, the compiler or other threads; at effort 4 also on time. It never
+/// has more indices than that of a lower effort, nor than `buildPrimitives` with `allStrips`, joined by `joinStrips` in
+/// the same way, unless `maxTriangles` or `forVertexCache` ask for shorter strips. (Small and regular meshes are searched
+/// with both efforts to that end. In large irregular ones, the lower effort needs several per cent more.)
+///
+/// Any list of triangles will do: more than two triangles on an edge, duplicates, both windings next to one another and
+/// closed surfaces. May run in several threads at once.
+///
+/// \param triangles vertex indices, three per triangle in winding order; may be empty
+/// \param options   see StripBufferOptions
+/// \return the indices; strips are joined as `options.join` says. Empty when no triangle is left
+/// \throw std::invalid_argument the number of indices is not a multiple of 3, an index is 4294967295, the effort is
+///                              above 4, or the time per triangle is negative or not a number
+/// \throw std::length_error     2^30 - 2 triangles or more
+/// \throw any exception of `options.onProgress`
+/// Cost: linear in the number of triangles.
+VEXA_MESH_EXPORT std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles,
+                                                            const StripBufferOptions& options = {});
+
+/// The same strips one by one, each a `TRIANGLE_STRIP` primitive that begins at an even position.
+///
+/// The parameters, exceptions and guarantees are those of `buildStripBuffer`.
+VEXA_MESH_EXPORT std::vector<IndexedPrimitive> buildStrips(std::span<const unsigned int> triangles,
+                                                           const StripBufferOptions& options = {});
+
+} // namespace vexa::mesh

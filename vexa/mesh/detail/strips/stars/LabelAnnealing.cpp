@@ -1,0 +1,181 @@
+#include "vexa/mesh/detail/strips/stars/LabelAnnealing.h"
+
+#include "vexa/mesh/detail/strips/stars/StarOdds.h"
+#include "vexa/mesh/detail/strips/stars/Stars.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+/// Xorshift: fast, and good enough to pick labels.
+class FastRandom {
+public:
+    explicit FastRandom(std::uint32_t seed) : state_(88172645463325252U + seed * 0x9e3779b97f4a7c15U) {
+        state_ = state_ == 0 ? 1 : state_;
+    }
+    std::uint64_t draw() {
+        state_ ^= state_ << 13;
+        state_ ^= state_ >> 7;
+        state_ ^= state_ << 17;
+        return state_;
+    }
+
+private:
+    std::uint64_t state_;
+};
+
+/// A triangle's label counted from each of its edges, two bits an edge.
+using LabelCode = std::uint8_t;
+
+/// By label as seen from a corner of the triangle, and place of the corner's spoke.
+constexpr std::array<std::array<LabelCode, 4>, 3> codeOf = [] {
+    std::array<std::array<LabelCode, 4>, 3> codes{};
+    for (unsigned seen = 0; seen < 3; ++seen) {
+        for (unsigned place = 0; place < 3; ++place) {
+            unsigned code = 0;
+            for (unsigned edge = 0; edge < 3; ++edge) {
+                code |= (seen + place + 3 - edge) % 3 << 2 * edge;
+            }
+            codes[seen][place] = static_cast<LabelCode>(code);
+        }
+    }
+    return codes;
+}();
+
+class LabelAnnealing {
+public:
+    LabelAnnealing(const StripPartition& partition, std::uint32_t seed)
+        : stars_(partition), codes_(std::size_t{partition.count()} + 1), random_(seed) {
+        for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+            codes_[triangle] = codeOf[0][partition[triangle].label];
+        }
+    }
+
+    /// Returns whether to go on.
+    bool pass(const StarOdds& odds, StripMonitor& monitor, double done) {
+        constexpr std::size_t pollInterval = 1U << 14;
+        std::size_t visited = 0;
+        for (const Star& star : stars_.all()) {
+            if (visited++ % pollInterval == 0 && !monitor.poll(done, 1)) {
+                return false;
+            }
+            relabel(star, odds);
+        }
+        return true;
+    }
+
+    void link(StripPartition& partition) const {
+        for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+            LinkedTriangle& record = partition[triangle];
+            if (partition.isCollapsed(triangle)) {
+                continue;
+            }
+            std::uint32_t links = 0;
+            for (std::uint32_t place = 0; place < 3; ++place) {
+                const HalfEdgeId across = record.twin[place];
+                const bool isLinked = across != partition.border() && labelFrom(halfEdgeOf(triangle, place)) != 0 &&
+                                      labelFrom(across) != 0;
+                links |= (isLinked ? 1U : 0U) << place;
+            }
+            record.links = static_cast<EdgeSet>(links);
+        }
+    }
+
+private:
+    /// The label of the half-edge's triangle, counted from the half-edge: 0 if it is the one to stay unlinked.
+    [[nodiscard]] std::uint32_t labelFrom(HalfEdgeId halfEdge) const {
+        return codes_[triangleOf(halfEdge)] >> 2 * placeOf(halfEdge) & 3U;
+    }
+    void relabel(const Star& star, const StarOdds& odds);
+
+    Stars stars_;
+    std::vector<LabelCode> codes_; ///< and 0 for the sentinel: what a border's far side looks like
+    FastRandom random_;
+};
+
+void LabelAnnealing::relabel(const Star& star, const StarOdds& odds) {
+    const StarCorner* const corners = stars_.corners(star);
+    const std::uint32_t size = star.size;
+    std::uint32_t rows[maxStarSize]; // from each triangle to the end
+    std::uint32_t digits = 0;
+    for (std::uint32_t i = size; i-- > 0;) {
+        digits = 3 * digits + labelFrom(corners[i].outer);
+        rows[i] = StarOdds::rowOf(size - i, digits);
+    }
+    std::uint64_t bits = random_.draw();
+    const auto pick = [&bits](StarOdds::Thresholds thresholds) {
+        const auto drawn = static_cast<std::uint32_t>(bits & 0xffff);
+        bits >>= 16;
+        return (drawn >= thresholds[0] ? 1U : 0U) + (drawn >= thresholds[1] ? 1U : 0U);
+    };
+    const auto put = [&](std::uint32_t i, std::uint32_t label) {
+        codes_[triangleOf(corners[i].spoke)] = codeOf[label][placeOf(corners[i].spoke)];
+    };
+    std::uint32_t before = 2;
+    std::uint32_t after = 0;
+    std::uint32_t i = 0;
+    if (star.kind == Star::Kind::Ring) {
+        before = after = pick(odds.pickInRing(rows[0]));
+        put(i++, before);
+    } else if (star.kind == Star::Kind::Window) {
+        const HalfEdgeId previous = corners[-1].spoke;
+        const HalfEdgeId next = corners[size].spoke;
+        before = previous == noHalfEdge ? before : labelFrom(previous);
+        after = next == noHalfEdge ? after : labelFrom(next);
+    }
+    for (; i < size; ++i) {
+        if (i == 4) {
+            bits = random_.draw();
+        }
+        before = pick(odds.pick(rows[i], before, after));
+        put(i, before);
+    }
+}
+
+/// Temperature after so much of the cooling: it falls geometrically.
+double temperatureAt(std::uint32_t step, std::uint32_t steps) {
+    constexpr double hottest = 0.6;
+    // 0.6 * ratio^23 = 0.22
+    constexpr double ratio = 0.95731;
+    double temperature = hottest;
+    for (std::uint32_t i = 0; i < step * 23 / std::max(1U, steps - 1); ++i) {
+        temperature *= ratio;
+    }
+    return temperature;
+}
+
+} // namespace
+
+void annealLabels(StripPartition& partition, const AnnealingOptions& options, StripMonitor& monitor) {
+    constexpr double cold = 0.03;
+    constexpr std::uint32_t coldPasses = 4;
+    // Making the tables takes as long as a pass over ten thousand triangles.
+    const std::uint32_t steps = std::clamp(partition.count() / 1024, 4U, 24U);
+    const double scale = options.endCost / 1.5;
+    LabelAnnealing annealing(partition, options.seed);
+    std::optional<StarOdds> odds;
+    std::uint32_t step = steps;
+    std::uint32_t passes = 0;
+    bool goesOn = true;
+    for (double done = options.cooling(0); done < 1 && goesOn; done = options.cooling(++passes)) {
+        const std::uint32_t newStep = static_cast<std::uint32_t>(done * steps);
+        if (newStep != step) {
+            step = newStep;
+            odds.emplace(scale * temperatureAt(step, steps), options.endCost);
+        }
+        goesOn = annealing.pass(*odds, monitor, done);
+    }
+    odds.emplace(cold, options.endCost);
+    for (std::uint32_t i = 0; i < coldPasses; ++i) {
+        annealing.pass(*odds, monitor, 1);
+    }
+    annealing.link(partition);
+}
+
+} // namespace vexa::mesh::detail

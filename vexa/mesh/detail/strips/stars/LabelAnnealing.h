@@ -1,0 +1,25 @@
+#pragma once
+
+#include "vexa/mesh/detail/strips/StripMonitor.h"
+#include "vexa/mesh/detail/strips/StripPartition.h"
+
+#include <cstdint>
+#include <functional>
+
+namespace vexa::mesh::detail {
+
+struct AnnealingOptions {
+    double endCost;     ///< indices for one end of a strip: half of what a strip costs
+    std::uint32_t seed; ///< of the random numbers
+    /// Returns how much of the cooling is done, from 0 to 1, given the number of passes made.
+    std::function<double(std::uint32_t)> cooling;
+};
+
+/// Improves the labels of a partition by simulated annealing and links the triangles accordingly.
+///
+/// A pass visits every star and draws the labels of all its triangles at once, each combination as likely as its cost at
+/// the temperature says while everything around the star stands still. The temperature falls until changes for the worse
+/// no longer happen. The labels must be set; see flow/Labels.h.
+void annealLabels(StripPartition& partition, const AnnealingOptions& options, StripMonitor& monitor);
+
+} // namespace vexa::mesh::detail

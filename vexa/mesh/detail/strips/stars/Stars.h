@@ -1,0 +1,53 @@
+#pragma once
+
+#include "vexa/mesh/detail/strips/StripPartition.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace vexa::mesh::detail {
+
+/// Longest row of triangles around a vertex that is relabelled at once.
+constexpr std::uint32_t maxStarSize = 7;
+
+/// A triangle of a star, seen from the vertex in the middle.
+struct StarCorner {
+    HalfEdgeId spoke; ///< leaves the vertex; `noHalfEdge` where there is no triangle
+    HalfEdgeId outer; ///< on the far side of the edge opposite to the vertex
+};
+
+/// Triangles that follow one another around a vertex.
+struct Star {
+    enum class Kind : std::uint8_t {
+        Ring,  ///< all around an inner vertex
+        Open,  ///< all at a vertex of the border, from border to border
+        Window ///< some of very many: the corners of the triangles before and after come with them
+    };
+
+    std::uint32_t begin; ///< of its corners in the list of all; a window has one more on either side
+    std::uint8_t size;
+    Kind kind;
+};
+
+/// Every star of a mesh. Around vertices with more than `maxStarSize` triangles, windows overlap by half. Stars that
+/// meet themselves, because a triangle occurs twice or faces another one, are left out.
+class Stars {
+public:
+    explicit Stars(const StripPartition& partition);
+
+    [[nodiscard]] const std::vector<Star>& all() const { return stars_; }
+    [[nodiscard]] const StarCorner* corners(const Star& star) const { return corners_.data() + star.begin; }
+
+private:
+    void addFan(const StripPartition& partition, HalfEdgeId corner, std::vector<std::uint8_t>& isSeen);
+    void addWhole(bool isOpen);
+    void addWindows(bool isOpen);
+    void sortBlocks();
+
+    std::vector<Star> stars_;
+    std::vector<StarCorner> corners_;
+    std::vector<StarCorner> fan_; ///< the corners of the newest fan
+};
+
+} // namespace vexa::mesh::detail
