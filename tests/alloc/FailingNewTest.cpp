@@ -9,7 +9,7 @@ namespace {
 
 using vexa::test::FailingNew;
 
-/// Whether an allocation fails. Calls of the operator, which a compiler may not leave out as it may a `new`.
+/// Whether an allocation fails. Calls the operator itself, which a compiler may not elide as it may a `new`.
 bool fails(std::size_t size) {
     try {
         ::operator delete(::operator new(size));
@@ -41,7 +41,7 @@ TEST(FailingNew, FailsBeyondASize) {
     EXPECT_FALSE(fails(1001));
 }
 
-TEST(FailingNew, TellsWhetherAnyHasFailed) {
+TEST(FailingNew, ReportsWhetherAnyAllocationFailed) {
     std::array<bool, 2> told{};
     {
         const FailingNew failing(1, FailingNew::Mode::Once);
@@ -54,7 +54,7 @@ TEST(FailingNew, TellsWhetherAnyHasFailed) {
     EXPECT_EQ(told, (std::array<bool, 2>{false, true}));
 }
 
-TEST(FailingNew, CountsWhatIsAlive) {
+TEST(FailingNew, CountsLiveAllocations) {
     const std::size_t before = vexa::test::liveAllocations();
     void* const one = ::operator new(1);
     void* const two = ::operator new[](1);

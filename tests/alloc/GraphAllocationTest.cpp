@@ -2,6 +2,7 @@
 #include "support/Graphs.h"
 #include "support/LogCapture.h"
 
+#include <vexa/mesh/StripBound.h>
 #include <vexa/mesh/Strips.h>
 
 #include <gtest/gtest.h>
@@ -9,8 +10,8 @@
 #include <functional>
 #include <new>
 
-// No memory at any one of the allocations that an operation makes, or from any of them on: the graph is as it was, the
-// operation succeeds when it is called again, and nothing is leaked.
+// Each allocation of an operation fails in turn, alone or with all later ones: the graph stays unchanged, the
+// operation succeeds when called again, and nothing leaks.
 
 namespace {
 
@@ -37,7 +38,7 @@ bool throwsAt(std::size_t n, FailingNew::Mode mode, const Operation& operation, 
     return hasThrown;
 }
 
-/// Lets each allocation of an operation fail in turn; returns how many there are.
+/// Lets each allocation of an operation fail in turn; returns their number.
 std::size_t expectStrongGuarantee(const GraphFunction& fill, const GraphFunction& operation) {
     HalfEdgeGraph untroubled;
     fill(untroubled);
@@ -73,14 +74,14 @@ GraphFunction adding(const Indices& mesh) {
     return filledWith(mesh);
 }
 
-/// One mesh with everything in it: a fan, strips, triangles on their own, split off and collapsed ones.
+/// One mesh with everything in it: a fan, strips, isolated, split-off and collapsed triangles.
 Indices mixedMesh() {
     Indices mesh = meshes::joined(meshes::closedFan(5), meshes::shifted(meshes::grid(4, 3), 6));
     mesh = meshes::joined(mesh, meshes::shifted(meshes::book(4), 26));
     return meshes::joined(mesh, {40, 41, 42, 43, 43, 44});
 }
 
-TEST(AddTriangleWithoutMemory, LeavesTheGraphAsItWas) {
+TEST(AddTriangleWithoutMemory, LeavesTheGraphUnchanged) {
     const auto fill = [](HalfEdgeGraph& graph) {
         graph.pool.chunkSize = 2;
         filledWith(meshes::strip(2))(graph);
@@ -102,7 +103,7 @@ TEST(AddTriangleWithoutMemory, LeavesTheStaleEndsAfterClear) {
     EXPECT_GE(expectStrongGuarantee(fill, [](HalfEdgeGraph& graph) { graph.addTriangle(0, 1, 2); }), 4u);
 }
 
-TEST(AddTrianglesWithoutMemory, LeavesTheGraphAsItWas) {
+TEST(AddTrianglesWithoutMemory, LeavesTheGraphUnchanged) {
     const auto fill = [](HalfEdgeGraph& graph) {
         graph.pool.chunkSize = 3;
         filledWith(meshes::grid(2, 2))(graph);
@@ -111,7 +112,7 @@ TEST(AddTrianglesWithoutMemory, LeavesTheGraphAsItWas) {
     EXPECT_GE(expectStrongGuarantee(fill, adding({0, 4, 2})), 2u);
 }
 
-TEST(AddTrianglesWithoutMemory, LeavesALargeGraphAsItWasWhenLittleIsAdded) {
+TEST(AddTrianglesWithoutMemory, LeavesALargeGraphUnchangedWhenLittleIsAdded) {
     const auto fill = [](HalfEdgeGraph& graph) {
         filledWith(meshes::grid(9, 9))(graph);
         graph.pool.chunkSize = 1;
@@ -119,7 +120,7 @@ TEST(AddTrianglesWithoutMemory, LeavesALargeGraphAsItWasWhenLittleIsAdded) {
     EXPECT_GE(expectStrongGuarantee(fill, adding({0, 5, 90, 3, 4, 100})), 4u);
 }
 
-TEST(AddTrianglesWithoutMemory, FindsNoRoomForTheLargestVertexIndex) {
+TEST(AddTrianglesWithoutMemory, LeavesTheGraphUnchangedForTheLargestVertexIndex) {
     FilledGraph graph(meshes::strip(3));
     const std::string before = describe(graph);
     const Indices mesh = {0, 1, 4294967294U};
@@ -142,7 +143,7 @@ TEST(AddTrianglesWithoutMemory, FindsNoRoomForTheLargestVertexIndex) {
     EXPECT_EQ(describe(graph), before);
 }
 
-TEST(CalcOptPrimWithoutMemory, LeavesTheGraphAsItWas) {
+TEST(CalcOptPrimWithoutMemory, LeavesTheGraphUnchanged) {
     const LogCapture capture(Severity::Fatal);
     for (const std::uint32_t iterations : {0U, 1U, 3U}) {
         for (const bool allStrips : {false, true}) {
@@ -152,14 +153,14 @@ TEST(CalcOptPrimWithoutMemory, LeavesTheGraphAsItWas) {
     }
 }
 
-TEST(CalcOptPrimWithoutMemory, LeavesTheGraphAsItWasWhenRecordsAreWritten) {
+TEST(CalcOptPrimWithoutMemory, LeavesTheGraphUnchangedWhenRecordsAreWritten) {
     const LogCapture capture;
     const auto fill = [](HalfEdgeGraph& graph) {
         filledWith(mixedMesh())(graph);
         triangles(graph)[7]->state = -300;
     };
     const auto cut = [](HalfEdgeGraph& graph) { graph.calcOptPrim(2, true, true, 5, false); };
-    cut(*std::make_unique<FilledGraph>(mixedMesh())); // what the logging core sets up once
+    cut(*std::make_unique<FilledGraph>(mixedMesh())); // the logging core's one-time setup
     HalfEdgeGraph untroubled;
     fill(untroubled);
     cut(untroubled);
@@ -215,7 +216,7 @@ TEST(ReserveWithoutMemory, StoresTheChunkSizeBeforeAnythingElse) {
     }
 }
 
-TEST(VerifyWithoutMemory, PassesTheErrorOn) {
+TEST(VerifyWithoutMemory, PropagatesTheError) {
     const FilledGraph graph(meshes::strip(4));
     const std::string before = describe(graph);
     bool hasFailed = false;
@@ -236,6 +237,8 @@ TEST(StripsWithoutMemory, LeakNothing) {
         [&] { vexa::mesh::joinStrips(strips, vexa::mesh::StripJoin::Degenerate); },
         [&] { vexa::mesh::toTriangles(vexa::mesh::TRIANGLES, mesh); },
         [&] { static_cast<void>(vexa::mesh::sameTriangles(mesh, mesh)); },
+        [&] { vexa::mesh::minIndexCount(mesh, vexa::mesh::StripJoin::Restart); },
+        [&] { vexa::mesh::minIndexCount(meshes::fourOnAnEdge(), vexa::mesh::StripJoin::Degenerate); },
     };
     for (const auto& operation : operations) {
         bool hasFailed = true;
@@ -247,7 +250,7 @@ TEST(StripsWithoutMemory, LeakNothing) {
     }
 }
 
-TEST(GraphMemory, IsAllFreedByClear) {
+TEST(GraphMemory, IsFreedByClear) {
     const std::size_t outside = liveAllocations();
     {
         HalfEdgeGraph graph;
@@ -261,7 +264,7 @@ TEST(GraphMemory, IsAllFreedByClear) {
     EXPECT_EQ(liveAllocations(), outside);
 }
 
-TEST(GraphMemory, IsAllFreedByTheDestructor) {
+TEST(GraphMemory, IsFreedByTheDestructor) {
     const std::size_t outside = liveAllocations();
     for (const bool isCut : {false, true}) {
         {
@@ -299,14 +302,14 @@ TEST(GraphMemory, OfListsCutOffByReserveIsFreed) {
     EXPECT_EQ(liveAllocations(), live - 6);
 }
 
-TEST(GraphMemory, OfTheListsReservedIsOneBufferEach) {
+TEST(GraphMemory, OfReservedListsIsOneBufferEach) {
     HalfEdgeGraph graph;
     const std::size_t live = liveAllocations();
     graph.reserve(10, 2048, 6);
     EXPECT_EQ(liveAllocations(), live + 1 + 10);
 }
 
-TEST(GraphMemory, OfALargeMeshIsOneArrayAndOneRecordForAChunk) {
+TEST(GraphMemory, OfALargeMeshIsOneArrayAndOneRecordPerChunk) {
     HalfEdgeGraph graph;
     graph.reserve(300, 50, 1);
     const std::size_t live = liveAllocations();

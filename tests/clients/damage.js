@@ -1,4 +1,4 @@
-// Files of the tool with a fault each, to see that the checks of the clients notice it.
+// Output of the tool with one fault each, to verify that the checks of the clients notice it.
 
 import { indicesOf, readGlb, replaceIndices, writeGlb } from './glb.js';
 
@@ -17,7 +17,7 @@ function withJson(file, change) {
     return file;
 }
 
-/// Of a file with lists of triangles.
+/// For a file with lists of triangles.
 export const triangleDamages = {
     'a triangle that is wound the other way': (file) =>
         withIndices(file, (indices) => {
@@ -37,13 +37,13 @@ export const triangleDamages = {
         }),
 };
 
-/// Of a file with strips.
+/// For a file with strips.
 export const stripDamages = {
     'a strip without its last index': (file) => withIndices(file, (indices) => indices.subarray(0, -1)),
     'a strip without its first index': (file) => withIndices(file, (indices) => indices.subarray(1)),
 };
 
-/// A member that glTF does not know, which makes a warning.
+/// Adds a member that glTF does not define, which causes a warning.
 export function withUnknownMember(file) {
     return withJson(file, (json) => {
         json.asset.colour = 'blue';

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Puts tests that run in Node.js into a directory together with the packages of npm that they use. What was fetched
-# before stays.
+# Copies tests that run in Node.js into a directory and installs the npm packages that they use. Packages that are
+# already there stay.
 # usage: fetch.sh DIRECTORY [SOURCE]   (these tests, or those of another directory)
 set -eu
 

@@ -1,6 +1,6 @@
-// What a file draws, as any reader hands it over: a list of parts, each with world positions (x, y, z per vertex, in a
-// Float64Array that parts may share) and the vertex numbers of its triangles and lines. Those with two equal corners
-// draw nothing and are left out.
+// The contents of a file, as every reader returns them: a list of parts, each with world positions (x, y, z per vertex,
+// in a Float64Array that parts may share) and the vertex numbers of its triangles and lines. Those with two equal
+// corners draw nothing and are left out.
 
 export class Part {
     constructor(positions) {
@@ -45,7 +45,7 @@ export function transform(matrix, positions) {
     return result;
 }
 
-/// The parts as in a mirror: at the opposite x, wound the other way round, and then moved along x.
+/// The parts mirrored: at the opposite x, with the winding reversed, and then moved along x.
 export function mirrored(parts, move) {
     return parts.map((part) => {
         const result = new Part(transform([-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, move, 0, 0, 1], part.positions));
@@ -55,7 +55,7 @@ export function mirrored(parts, move) {
     });
 }
 
-/// The edges of the triangles as lines, each once; with `borderOnly` those that no triangle passes the other way.
+/// The edges of the triangles as lines, each once; with `borderOnly` those without an opposite half-edge.
 export function edges(parts, borderOnly = false) {
     return parts.map((part) => {
         const sides = part.triangles.flatMap(([a, b, c]) => [[a, b], [b, c], [c, a]]);
@@ -76,8 +76,8 @@ const dot = (a, b) => a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 const cross = (a, b) => [a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]];
 const length = (a) => Math.sqrt(dot(a, a));
 
-/// Counts and sums of what the parts draw. The volume is that between the triangles and the origin: a triangle that is
-/// wound the other way turns its sign, which the area does not tell; `largestVolume` is what it would be were every
+/// Counts and sums over the parts. The volume is that between the triangles and the origin: reversing a triangle
+/// flips its sign, which the area would not show; `largestVolume` is the volume if every
 /// triangle as far from the origin as its first corner.
 export function figures(parts) {
     const sums = { triangles: 0, area: 0, volume: 0, largestVolume: 0, lines: 0, length: 0 };
@@ -96,7 +96,7 @@ export function figures(parts) {
     return sums;
 }
 
-/// Numbers positions so that two have the same number when they are the same but for the rounding of a transformation.
+/// Numbers positions so that two have the same number if they differ only by the rounding of a transformation.
 class PositionNumbers {
     constructor(parts) {
         let largest = 0;
@@ -135,12 +135,12 @@ class PositionNumbers {
     }
 }
 
-/// The same for every rotation, also where numbers are equal.
+/// The same for every rotation, even if numbers are equal.
 function rotationKey([a, b, c]) {
     return [`${a} ${b} ${c}`, `${b} ${c} ${a}`, `${c} ${a} ${b}`].sort()[0];
 }
 
-/// How often each triangle is drawn, whichever corner comes first, and each line, whichever end does.
+/// How often each triangle occurs, whichever corner comes first, and each line, whichever end does.
 function tally(parts, numbers) {
     const counts = new Map();
     const count = (key) => counts.set(key, (counts.get(key) ?? 0) + 1);
@@ -155,7 +155,7 @@ function tally(parts, numbers) {
     return counts;
 }
 
-/// How many oriented triangles and lines one side draws and the other does not.
+/// How many oriented triangles and lines only one of the two sides has.
 export function differences(expected, actual) {
     const numbers = new PositionNumbers(expected);
     const before = tally(expected, numbers);

@@ -1,4 +1,4 @@
-// Binary glTF files, taken apart and put together without a check of what they hold.
+// Splits and assembles binary glTF files without checking their contents.
 // Indices are those of accessors that are not sparse, as the tool writes them.
 
 import { readFileSync, writeFileSync } from 'node:fs';
@@ -43,7 +43,7 @@ export function indicesOf({ json, binary }, accessorNumber) {
     return new IndexArray(Uint8Array.from(binary.subarray(start, start + count * IndexArray.BYTES_PER_ELEMENT)).buffer);
 }
 
-/// Puts indices, as many or fewer, in the place of those of an accessor.
+/// Replaces the indices of an accessor by as many or fewer.
 export function replaceIndices({ json, binary }, accessorNumber, indices) {
     const accessor = json.accessors[accessorNumber];
     const start = (json.bufferViews[accessor.bufferView].byteOffset ?? 0) + (accessor.byteOffset ?? 0);

@@ -1,21 +1,35 @@
-// What glTF-Transform reads from the tool's files: the model's triangles, each with its winding, or its edges.
+// glTF-Transform reads the model's triangles with their winding, or its edges, from the tool's output.
 
 import assert from 'node:assert/strict';
+import { basename } from 'node:path';
 import { test } from 'node:test';
 import { readAttentively } from './attentive.js';
 import { stripDamages, triangleDamages } from './damage.js';
 import { differences } from './geometry.js';
-import { models, outputs, runTool } from './tool.js';
+import { readGlb } from './glb.js';
+import { groupExtension, restartExtension } from './restart.js';
+import { models, outputs, readModel, runTool } from './tool.js';
 import { readGltf } from './transformReader.js';
+
+/// It draws the strips of a group one by one, as it is meant to.
+const isOfGroups = (line) => line === `Missing optional extension, "${groupExtension}".`;
 
 async function check(file, expected) {
     assert.ok(expected.some(({ triangles, lines }) => triangles.length + lines.length > 0));
-    const { missing, added } = differences(expected, await readAttentively(readGltf, file));
+    const { missing, added } = differences(expected, await readAttentively(readGltf, file, isOfGroups));
     assert.equal(`${missing} missing, ${added} added`, '0 missing, 0 added');
 }
 
 for (const { title, write, expected } of outputs) {
     test(title, async () => check(write(), await expected(readGltf)));
+}
+
+for (const model of models) {
+    test(`${basename(model)}: strip --join restart, as it is`, async () => {
+        const file = runTool('strip', model, '--join', 'restart');
+        assert.deepEqual(readGlb(file).json.extensionsRequired, [restartExtension]);
+        await check(file, await readModel(model, readGltf));
+    });
 }
 
 const complaints = {

@@ -1,4 +1,4 @@
-// What three's loader draws of the tool's files: as much as of the model itself.
+// three's loader draws as much of the tool's output as of the model itself.
 
 import assert from 'node:assert/strict';
 import { test } from 'node:test';

@@ -7,10 +7,10 @@ import { GLTFLoader } from 'three/addons/loaders/GLTFLoader.js';
 import { OBJLoader } from 'three/addons/loaders/OBJLoader.js';
 import { Part, transform } from './geometry.js';
 
-// Browsers have it, and three makes one whenever a part of a file has come.
+// Browsers have it, and three creates one whenever a part of a file has loaded.
 globalThis.ProgressEvent ??= Event;
 
-// Decoding images takes a browser; what is drawn with them does not.
+// Decoding images needs a browser; comparing triangles does not.
 const withoutImages = () => ({ name: 'withoutImages', loadTexture: () => Promise.resolve(new Texture()) });
 
 function partOf(object) {

@@ -1,11 +1,11 @@
-// The tool, the models of its demo and some more, and what it makes of each of them.
+// The tool, the models of its demo and some more, and its output for each of them.
 
 import { execFileSync } from 'node:child_process';
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { basename, extname, join } from 'node:path';
 import { edges, mirrored } from './geometry.js';
-import { drawnByGroups } from './restart.js';
+import { drawnByGroups, drawnByRestarts } from './restart.js';
 import { readObj } from './threeReader.js';
 
 function setting(name) {
@@ -28,7 +28,7 @@ function modelsOf(list) {
 
 export const models = modelsOf(setting('VEXAMESH_DEMO_MODELS'));
 
-/// Small ones, with what those of the demo have not: strips, fans, skins, morph targets, files beside them.
+/// Small ones, with features that those of the demo lack: strips, fans, skins, morph targets, external files.
 const furtherModels = modelsOf(new URL('models.txt', import.meta.url));
 
 /// In formats that only the tool reads here.
@@ -45,7 +45,7 @@ function runToolFor(extension, args) {
     return file;
 }
 
-/// A model of a test's own.
+/// Writes a model for a single test.
 export function writeModel(name, text) {
     const file = join(directory, name);
     writeFileSync(file, text);
@@ -57,12 +57,12 @@ export function runTool(...args) {
     return runToolFor('.glb', args);
 }
 
-/// What a model draws; an OBJ file, which `readGltf` can't read, is read by three.
-function readModel(model, readGltf) {
+/// The parts of a model; OBJ files, which `readGltf` cannot read, are read by three.
+export function readModel(model, readGltf) {
     return extname(model) === '.obj' ? readObj(model) : readGltf(model);
 }
 
-/// The same with shared vertices. Which corners of an OBJ file share one is the tool's choice.
+/// The same with shared vertices. The tool chooses which corners of an OBJ file share one.
 function readShared(model, readGltf) {
     return readGltf(extname(model) === '.obj' ? runTool('merge', model) : model);
 }
@@ -70,18 +70,29 @@ function readShared(model, readGltf) {
 const help = execFileSync(program, ['strip', '--help'], { encoding: 'utf8' });
 const joins = help.match(/--join TEXT:\{([^}]+)\}/)[1].split(',');
 
+/// The demo's models; the others are too small for groups, and some become one strip.
+const isLarge = (model) => models.includes(model);
+
 const verbs = [
-    ...joins.map((join) => ({
+    // Readers that do not know the extension for restart indices must not read those.
+    ...joins.filter((join) => join !== 'restart').map((join) => ({
         name: `strip --join ${join}`,
         args: (model) => ['strip', model, '--join', join],
         expected: readModel,
     })),
     {
-        name: 'strip --join restart, drawn by groups',
-        args: (model) => ['strip', model, '--join', 'restart'],
+        name: 'strip --join restart-fallback, drawn by groups',
+        args: (model) => ['strip', model, '--join', 'restart-fallback'],
         expected: readModel,
         change: drawnByGroups,
-        isFor: (model) => models.includes(model), // the others are too small for groups
+        isFor: isLarge,
+    },
+    {
+        name: 'strip --join restart, cut into strips',
+        args: (model) => ['strip', model, '--join', 'restart', '--fans', '6'],
+        expected: readModel,
+        change: drawnByRestarts,
+        isFor: isLarge,
     },
     {
         name: 'strip --fans 5',
@@ -90,6 +101,11 @@ const verbs = [
     },
     {
         name: 'unstrip of strips in groups',
+        args: (model) => ['unstrip', runTool('strip', model, '--join', 'restart-fallback')],
+        expected: readModel,
+    },
+    {
+        name: 'unstrip of strips with restart indices',
         args: (model) => ['unstrip', runTool('strip', model, '--join', 'restart')],
         expected: readModel,
     },
@@ -120,7 +136,7 @@ const verbs = [
     },
 ];
 
-/// Everything that the tool is to write: a title, the model, the way to make the file and what it is to draw.
+/// Every output to check: a title, the model, a function that writes the file and one that gives its expected parts.
 export const outputs = [...models, ...furtherModels].flatMap((model) =>
     verbs
         .filter(({ isFor = () => true }) => isFor(model))

@@ -4,6 +4,7 @@ import { NodeIO, Primitive } from '@gltf-transform/core';
 import { ALL_EXTENSIONS } from '@gltf-transform/extensions';
 import { convertPrimitiveToTriangles } from '@gltf-transform/functions';
 import { Part, transform } from './geometry.js';
+import { runs } from './restart.js';
 
 const { LINES, TRIANGLES, TRIANGLE_STRIP, TRIANGLE_FAN } = Primitive.Mode;
 
@@ -11,10 +12,25 @@ function worldPositions(accessor, matrix) {
     return transform(matrix, Array.from({ length: accessor.getCount() }, (_, i) => accessor.getElement(i, [])).flat());
 }
 
-function partOf(primitive, positions) {
-    if ([TRIANGLE_STRIP, TRIANGLE_FAN].includes(primitive.getMode())) {
-        convertPrimitiveToTriangles(primitive);
+/// The toolkit's way from strips to lists takes no restart indices: each run becomes a primitive.
+function primitivesOf(primitive) {
+    const indices = primitive.getIndices();
+    if (![TRIANGLE_STRIP, TRIANGLE_FAN].includes(primitive.getMode())) {
+        return [primitive];
     }
+    if (indices === null) {
+        convertPrimitiveToTriangles(primitive);
+        return [primitive];
+    }
+    const array = indices.getArray();
+    return runs(array).map(([first, count]) => {
+        const run = primitive.clone().setIndices(indices.clone().setArray(array.slice(first, first + count)));
+        convertPrimitiveToTriangles(run);
+        return run;
+    });
+}
+
+function partOf(primitive, positions) {
     const part = new Part(positions);
     const indices = primitive.getIndices()?.getArray() ?? [...Array(positions.length / 3).keys()];
     const add = { [TRIANGLES]: [3, part.addTriangle], [LINES]: [2, part.addLine] }[primitive.getMode()];
@@ -37,7 +53,7 @@ export async function readGltf(file) {
             const accessor = primitive.getAttribute('POSITION');
             const positions = known.get(accessor) ?? worldPositions(accessor, node.getWorldMatrix());
             known.set(accessor, positions);
-            parts.push(partOf(primitive, positions));
+            parts.push(...primitivesOf(primitive).map((run) => partOf(run, positions)));
         }
     });
     return parts;

@@ -1,4 +1,4 @@
-// The list of packages against what the tree itself asks for.
+// The list of packages matches what the tree itself asks for.
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
@@ -53,7 +53,7 @@ function namedNpmPackages() {
     return [...parts].map(([name, set]) => `${name} for ${[...set].sort().join(', ')}`).sort();
 }
 
-// Runs the script where nothing is installed, with programs that note what they are called with.
+// Runs the script as if nothing were installed, with programs that record their arguments.
 function namesThatWouldBeInstalled(...parts) {
     const bin = mkdtempSync(join(tmpdir(), 'vexamesh-dependencies-'));
     try {
@@ -80,11 +80,11 @@ test('every line says what needs the package and why', () => {
     }
 });
 
-test('the list names the npm packages of every package.json, for the part that it belongs to', () => {
+test('the list names the npm packages of every package.json under the part that needs them', () => {
     assert.deepEqual(listedNpmPackages(), namedNpmPackages());
 });
 
-test('every package.json asks for exact versions and has a lock file of the same', () => {
+test('every package.json asks for exact versions and has a matching lock file', () => {
     assert.notEqual(packageFolders().length, 0);
     for (const folder of packageFolders()) {
         const { dependencies, devDependencies } = readJson(folder, 'package.json');
@@ -96,7 +96,7 @@ test('every package.json asks for exact versions and has a lock file of the same
     }
 });
 
-test('no lock file tells an address, each tells the checksum of every package', () => {
+test('no lock file contains an address, each contains the checksum of every package', () => {
     for (const folder of packageFolders()) {
         assert.match(readFileSync(join(folder, '.npmrc'), 'utf8'), /^omit-lockfile-registry-resolved=true$/m, folder);
         for (const [path, entry] of Object.entries(readJson(folder, 'package-lock.json').packages)) {
@@ -109,7 +109,7 @@ test('no lock file tells an address, each tells the checksum of every package', 
     }
 });
 
-test('the script installs what the Debian lines name for the parts, and nothing of npm', () => {
+test('the script installs the Debian packages of the chosen parts and nothing from npm', () => {
     for (const part of ['library', 'tool', 'tests', 'lint', 'bench', 'docs']) {
         const expected = listedLines()
             .filter(([name, parts]) => !name.startsWith('npm:') && parts.split(/, */).includes(part))

@@ -114,9 +114,9 @@ TEST_F(Decode, AllStripsLeavesNoPlainTriangles) {
     }
 }
 
-TEST_F(Decode, LibraryDecodesAsTheReference) {
+TEST_F(Decode, LibraryDecodesLikeTheReference) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
-        // Read as each type; the restart indices cut the list in the middle of triangles too.
+        // Read as each type; restart indices split the list in the middle of triangles too.
         Indices cut = mesh.indices;
         for (std::size_t i = 7; i < cut.size(); i += 13) {
             cut[i] = reference::restartIndex;
@@ -131,7 +131,7 @@ TEST_F(Decode, LibraryDecodesAsTheReference) {
     }
 }
 
-TEST_F(Decode, LibraryComparesAsTheReference) {
+TEST_F(Decode, LibraryComparesLikeTheReference) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
         const Indices rearranged = meshes::turned(meshes::shuffled(mesh.indices, 1), 2);
         EXPECT_TRUE(sameTriangles(mesh.indices, rearranged)) << mesh.name;

@@ -133,13 +133,13 @@ TEST(RandomMeshes, AreCutAsByTheReference) {
     }
 }
 
-/// A small mesh in the graph and in the reference, whose records a test may spoil alike.
+/// A small mesh in the graph and in the reference, whose records a test may damage in the same way.
 struct FilledTwice {
     explicit FilledTwice(const meshes::Indices& mesh) : library(mesh), triangles(graphs::triangles(library)) {
         expected.addTriangles(mesh);
     }
 
-    /// Takes the twin away from a half-edge, which stays that of its twin.
+    /// Removes the twin of a half-edge; the twin still points back to it.
     void forgetTwin(std::size_t halfEdge) {
         triangles[halfEdge / 3]->halfEdge[halfEdge % 3].twin = nullptr;
         expected.twin[halfEdge] = reference::none;

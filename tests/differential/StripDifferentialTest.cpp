@@ -141,7 +141,7 @@ protected:
     const LogCapture quiet_{Severity::Fatal};
 };
 
-TEST_F(StripDifferential, FillingLinksAndListsAlike) {
+TEST_F(StripDifferential, FillingLinksAndListsAsTheReference) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
         SCOPED_TRACE(mesh.name);
         const reference::Graph expected = referenceGraph(mesh.indices);
@@ -156,7 +156,7 @@ TEST_F(StripDifferential, FillingLinksAndListsAlike) {
     }
 }
 
-TEST_F(StripDifferential, FillingInPiecesIsFillingAtOnce) {
+TEST_F(StripDifferential, FillingInPiecesMatchesFillingAtOnce) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
         SCOPED_TRACE(mesh.name);
         HalfEdgeGraph graph;
@@ -168,7 +168,7 @@ TEST_F(StripDifferential, FillingInPiecesIsFillingAtOnce) {
     }
 }
 
-TEST_F(StripDifferential, GraphCutsAndReportsAlike) {
+TEST_F(StripDifferential, GraphCutsAndReportsAsTheReference) {
     LogCapture log;
     forEachMeshAndParameters(EdgeRule::SplitOff, [&](const auto& mesh, const auto& filled, const auto& parameters) {
         HalfEdgeGraph graph;
@@ -179,11 +179,11 @@ TEST_F(StripDifferential, GraphCutsAndReportsAlike) {
     });
 }
 
-TEST_F(StripDifferential, BuildPrimitivesCutsAlike) {
+TEST_F(StripDifferential, BuildPrimitivesCutsAsTheReference) {
     forEachMeshAndParameters(EdgeRule::Pair, expectSamePrimitives);
 }
 
-TEST_F(StripDifferential, BuildPrimitivesLeavesTheProcessWideDrawsAlone) {
+TEST_F(StripDifferential, BuildPrimitivesDoesNotDrawFromRand) {
     std::srand(4711);
     const Draws expected = nextDraws();
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
@@ -193,7 +193,7 @@ TEST_F(StripDifferential, BuildPrimitivesLeavesTheProcessWideDrawsAlone) {
     }
 }
 
-TEST_F(StripDifferential, EdgeLinesAreAlike) {
+TEST_F(StripDifferential, EdgeLinesMatchTheReference) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
         HalfEdgeGraph graph;
         graph.addTriangles(mesh.indices.data(), mesh.indices.size());
@@ -207,7 +207,7 @@ TEST_F(StripDifferential, EdgeLinesAreAlike) {
     }
 }
 
-TEST_F(StripDifferential, PrimitivesOfChosenKindsAreAlike) {
+TEST_F(StripDifferential, PrimitivesOfChosenTypesMatchTheReference) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
         SCOPED_TRACE(mesh.name);
         HalfEdgeGraph graph;
@@ -241,8 +241,8 @@ TEST_F(StripDifferential, ClearedGraphStartsOver) {
     }
 }
 
-/// Free triangles that say they are claimed, none of them between triangles that would lead a strip into them.
-TEST(InvalidStates, AreReportedAndCutAlike) {
+/// Free triangles whose state says claimed, none of them next to a triangle from which a strip could enter it.
+TEST(InvalidStates, AreReportedAndCutAsByTheReference) {
     LogCapture log;
     const meshes::Indices mesh = meshes::joined(meshes::joined(meshes::strip(3), meshes::shifted(meshes::pairs(4), 10)),
                                                 meshes::shifted(meshes::scattered(4), 40));

@@ -22,7 +22,7 @@ TEST(DefaultLogger, RecordsCarryTheThreeArgumentsAsAttributes) {
               (std::vector<LogRecord>{{Severity::Warning, "text 7", 42, "void f(int)", "vexa/mesh/Mesh"}}));
 }
 
-TEST(DefaultLogger, IsANewOneForEveryCall) {
+TEST(DefaultLogger, IsNewForEveryCall) {
     const LogCapture capture;
     const auto first = logging::Logger::getBoostLogger(1, "f", "a");
     const auto second = logging::Logger::getBoostLogger(2, "g", "b");
@@ -32,7 +32,7 @@ TEST(DefaultLogger, IsANewOneForEveryCall) {
                                                          {Severity::Fatal, "first", 1, "f", "a"}}));
 }
 
-// The core prints a record in its own format only while no sink is there.
+// The core prints records in its own format only while it has no sink.
 TEST(DefaultLogger, InstallsNoSink) {
     const auto logger = logging::Logger::getBoostLogger(1, "f", "a");
     testing::internal::CaptureStdout();
@@ -52,7 +52,7 @@ TEST(DefaultLogger, InstallsNoFilter) {
     EXPECT_EQ(capture.messages(), (std::vector<std::string>{"0", "1", "2", "3", "4", "5"}));
 }
 
-TEST(LogCapture, RefusesWhatIsBelowItsMinimum) {
+TEST(LogCapture, RefusesRecordsBelowItsMinimum) {
     const LogCapture capture(Severity::Warning);
     const auto logger = logging::Logger::getBoostLogger(1, "f", "a");
     BOOST_LOG_SEV(*logger, boost::log::trivial::info) << "refused";
@@ -73,7 +73,7 @@ TEST(LogCapture, ThrowsAtTheChosenRecordOnly) {
     EXPECT_TRUE(capture.records().empty());
 }
 
-TEST(LogCapture, CollectsNothingOnceItIsGone) {
+TEST(LogCapture, CollectsNothingAfterItsDestruction) {
     LogCapture outer;
     { const LogCapture inner; }
     BOOST_LOG_SEV(*logging::Logger::getBoostLogger(1, "f", "a"), boost::log::trivial::info) << "x";

@@ -80,11 +80,11 @@ TEST(AttributeBufferDump, ReadsStrideAndOffset) {
                                "    Elements:\n        1, 2\n        3, 4\n"));
 }
 
-TEST(AttributeBufferDump, HasNoCommaForASingleComponent) {
+TEST(AttributeBufferDump, WritesNoCommaForASingleComponent) {
     EXPECT_TRUE(dump(attribute<short>(SHORT, 1, "a", {5, -6}), true).ends_with("Elements:\n        5\n        -6\n"));
 }
 
-TEST(AttributeBufferDump, LeavesTheTypeOfAnUnknownOneEmpty) {
+TEST(AttributeBufferDump, LeavesTheNameOfAnUnknownTypeEmpty) {
     const std::string text = dump(AttributeBuffer::createDefault(static_cast<ComponentType>(9), 3, "a"), true);
     EXPECT_NE(text.find("    componentType            \n  > componentSizeInBytes     0\n"), std::string::npos);
 }
@@ -126,7 +126,7 @@ TEST(AttributeBufferDump, FlushesTheStreamAtEachLine) {
     EXPECT_EQ(sink.syncs, 13);
 }
 
-TEST(AttributeBufferComponent, IsANumberOfItsTypeAndNeverACharacter) {
+TEST(AttributeBufferComponent, IsWrittenAsANumberAndNeverAsACharacter) {
     EXPECT_EQ(component<signed char>(BYTE, -1), "-1");
     EXPECT_EQ(component<signed char>(BYTE, 65), "65");
     EXPECT_EQ(component<unsigned char>(UNSIGNED_BYTE, 200), "200");
@@ -156,13 +156,13 @@ TEST(AttributeBufferComponent, FollowsThePrecisionOfTheStream) {
     EXPECT_EQ(os.str(), "0.10000000149011612");
 }
 
-TEST(AttributeBufferComponent, IsNothingForAnUnknownType) {
+TEST(AttributeBufferComponent, IsNotWrittenForAnUnknownType) {
     for (const int code : {0, 5119, 5127, -1}) {
         EXPECT_EQ(component<int>(static_cast<ComponentType>(code), 1), "") << code;
     }
 }
 
-TEST(AttributeBufferElement, SeparatesComponentsByCommaAndBlank) {
+TEST(AttributeBufferElement, SeparatesComponentsByCommaAndSpace) {
     const unsigned short values[] = {1, 2, 3};
     const auto* bytes = reinterpret_cast<const unsigned char*>(values);
     std::ostringstream os;

@@ -37,7 +37,7 @@ Vec3 vec3At(const AttributeBuffer& buffer, unsigned long index) {
     return value;
 }
 
-TEST(AttributeBuffer, AddsItsFiveSlotsBehindThoseOfBuffer) {
+TEST(AttributeBuffer, AddsItsFiveSlotsAfterThoseOfBuffer) {
     EXPECT_EQ(vtableEntry(&AttributeBuffer::resize), 9);
     EXPECT_EQ(vtableEntry(&AttributeBuffer::getElement), 10);
     EXPECT_EQ(vtableEntry(&AttributeBuffer::setElement), 11);
@@ -60,7 +60,7 @@ TEST(DefaultAttributeBuffer, PutsTheStorageSlotsBeforeTheElementSlots) {
     EXPECT_EQ(vtableEntry(&DefaultAttributeBuffer::getAttributeName), 16);
 }
 
-TEST(DefaultAttributeBuffer, HasTheSharedImplementationAsItsFirstBaseAndItsFieldsBehindBoth) {
+TEST(DefaultAttributeBuffer, HasTheSharedImplementationAsItsFirstBaseAndItsFieldsAfterBoth) {
     DefaultAttributeBuffer buffer(SHORT, 77, 154, 0, std::make_shared<VectorBufferData>(), "n");
     const auto* object = reinterpret_cast<const unsigned char*>(&buffer);
     EXPECT_EQ(static_cast<const void*>(static_cast<DefaultBuffer*>(&buffer)), object);
@@ -92,7 +92,7 @@ TEST(CreateAttributeBuffer, TwoFloatsAreTightlyPacked) {
     EXPECT_EQ(buffer->getAttributeName(), "uv");
 }
 
-TEST(CreateAttributeBuffer, TakesAnyTypeAndCount) {
+TEST(CreateAttributeBuffer, AcceptsAnyTypeAndCount) {
     for (const ComponentType type : {BYTE, UNSIGNED_BYTE, SHORT, UNSIGNED_SHORT, INT, UNSIGNED_INT, FLOAT}) {
         for (const unsigned long count : {1UL, 4UL, 17UL}) {
             const auto buffer = AttributeBuffer::createDefault(type, count, "a");
@@ -105,13 +105,13 @@ TEST(CreateAttributeBuffer, TakesAnyTypeAndCount) {
     EXPECT_EQ(AttributeBuffer::createDefault(UNSIGNED_INT, 1, "a")->getElementSizeInBytes(), 4u);
 }
 
-TEST(CreateAttributeBuffer, NamesMayBeEmptyAndHoldAnyByte) {
+TEST(CreateAttributeBuffer, AcceptsEmptyNamesAndNamesOfAnyBytes) {
     const std::string name("a\0b\xff", 4);
     EXPECT_EQ(AttributeBuffer::createDefault(BYTE, 1, name)->getAttributeName(), name);
     EXPECT_EQ(AttributeBuffer::createDefault(BYTE, 1, "")->getAttributeName(), "");
 }
 
-TEST(CreateAttributeBuffer, AnUnknownTypeOrNoComponentsHoldNoElements) {
+TEST(CreateAttributeBuffer, HoldsNoElementsOfAnUnknownTypeOrWithoutComponents) {
     const auto unknown = AttributeBuffer::createDefault(static_cast<ComponentType>(1), 3, "a");
     const auto none = AttributeBuffer::createDefault(FLOAT, 0, "a");
     for (const auto& buffer : {unknown, none}) {
@@ -127,7 +127,7 @@ TEST(CreateAttributeBuffer, AnUnknownTypeOrNoComponentsHoldNoElements) {
     EXPECT_EQ(none->getComponentSizeInBytes(), 4u);
 }
 
-TEST(AttributeBuffer, BothViewsAnswerAlike) {
+TEST(AttributeBuffer, BothInterfacesGiveTheSameAnswers) {
     const auto buffer = AttributeBuffer::createDefault(UNSIGNED_SHORT, 3, "a");
     Buffer& first = storageView(buffer);
     Buffer& second = *buffer;
@@ -178,7 +178,7 @@ TEST(AttributeBuffer, ShrinkingKeepsTheLeadingElements) {
     EXPECT_EQ(vec3At(*buffer, 0), value);
 }
 
-TEST(AttributeBuffer, CopiesBytesAsTheyAreFromAndToAnyAddress) {
+TEST(AttributeBuffer, CopiesBytesUnchangedFromAndToAnyAddress) {
     const auto buffer = AttributeBuffer::createDefault(FLOAT, 2, "a");
     buffer->resize(2);
     // Two signalling NaNs of different payloads, at an odd address.
@@ -231,7 +231,7 @@ TEST(AttributeBuffer, ReadsEverySizeThroughItsVirtualGetter) {
     EXPECT_EQ(out, (std::array<char, 3>{'c', 'b', 'x'}));
 }
 
-TEST(AttributeBuffer, ASizeBeyond64BitsChangesNothing) {
+TEST(AttributeBuffer, RefusesASizeBeyond64BitsAndStaysUnchanged) {
     const auto buffer = AttributeBuffer::createDefaultVec3f("position");
     buffer->resize(2);
     EXPECT_THROW(buffer->resize(std::numeric_limits<unsigned long>::max()), std::length_error);

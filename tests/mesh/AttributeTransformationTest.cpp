@@ -74,7 +74,7 @@ TEST(ClassicTransformation, SetsTwoEntriesAndLeavesTheOthers) {
     EXPECT_EQ(*map.at("uv").target<void (*)(void*)>(), addOne);
 }
 
-TEST(ClassicTransformation, OfTheIdentityOnlyNormalises) {
+TEST(ClassicTransformation, OnlyNormalisesForTheIdentity) {
     const auto map = classic(glm::mat4(1.0F));
     EXPECT_EQ(apply(map.at("position"), {1, -2, 3}), (Vec3{1, -2, 3}));
     EXPECT_EQ(apply(map.at("normal"), {0, 0, 2}), (Vec3{0, 0, 1}));
@@ -82,7 +82,7 @@ TEST(ClassicTransformation, OfTheIdentityOnlyNormalises) {
     EXPECT_EQ(apply(map.at("normal"), {0, 0, 0}), (Vec3{0, 0, 0}));
 }
 
-TEST(ClassicTransformation, OfScaleAndTranslationMovesPositionsOnly) {
+TEST(ClassicTransformation, ScalesAndTranslatesPositionsOnly) {
     glm::mat4 m = scaling(2, 2, 2);
     m[3] = {1.0F, 2.0F, 3.0F, 1.0F};
     const auto map = classic(m);
@@ -90,7 +90,7 @@ TEST(ClassicTransformation, OfScaleAndTranslationMovesPositionsOnly) {
     EXPECT_EQ(apply(map.at("normal"), {1, 0, 0}), (Vec3{1, 0, 0}));
 }
 
-TEST(ClassicTransformation, TakesASingularPartAsItIs) {
+TEST(ClassicTransformation, UsesASingularPartAsItIs) {
     EXPECT_EQ(apply(classic(scaling(0, 1, 1)).at("normal"), {1, 1, 0}), (Vec3{0, 1, 0}));
 }
 
@@ -104,7 +104,7 @@ TEST(ClassicTransformation, DividesByTheTransformedW) {
 }
 
 // The determinant is the constant itself: still singular, and one step above it no longer.
-TEST(ClassicTransformation, TakesADeterminantOfTheConstantForSingular) {
+TEST(ClassicTransformation, TreatsADeterminantOfTheThresholdAsSingular) {
     const float constant = 1e-9F;
     EXPECT_EQ(apply(classic(scaling(constant, 1, 1)).at("normal"), {1, 1, 0}), (Vec3{constant, 1, 0}));
     const float above = std::nextafter(constant, 1.0F);
@@ -112,7 +112,7 @@ TEST(ClassicTransformation, TakesADeterminantOfTheConstantForSingular) {
     EXPECT_EQ(apply(classic(scaling(-constant, 1, 1)).at("normal"), {1, 1, 0}), (Vec3{-constant, 1, 0}));
 }
 
-TEST(ClassicTransformation, NormalisesFromTheConstantOn) {
+TEST(ClassicTransformation, NormalisesFromTheThresholdOn) {
     const auto normal = classic(glm::mat4(1.0F)).at("normal");
     const float constant = 1e-9F;
     const float below = std::nextafter(constant, 0.0F);
@@ -208,13 +208,13 @@ TEST(TransformAttrib, ThrowsForAnEmptyFunctionAtTheFirstElement) {
     EXPECT_NO_THROW(transformAttrib(empty, nullptr));
 }
 
-TEST(TransformAttrib, KeepsWhatWasDoneBeforeAnException) {
+TEST(TransformAttrib, KeepsElementsTransformedBeforeAnException) {
     auto buffer = vec3f("a", {{1, 0, 0}, {2, 0, 0}, {3, 0, 0}});
     EXPECT_THROW(transformAttrib(buffer, throwingAt(1)), std::runtime_error);
     EXPECT_EQ(elementsOf<Vec3>(*buffer), (std::vector<Vec3>{{2, 0, 0}, {2, 0, 0}, {3, 0, 0}}));
 }
 
-TEST(TransformAttrib, GivesTheFunctionACopyThatIsZeroWhereNothingWasRead) {
+TEST(TransformAttrib, GivesTheFunctionACopyWithZerosWhereNothingWasRead) {
     auto buffer = vec3f("a", {{1, 2, 3}, {4, 5, 6}});
     std::vector<Vec3> seen;
     transformAttrib(buffer, [&](void* element) {
@@ -266,7 +266,7 @@ TEST(TransformAttrib, ClassicFunctionsTouchNothingBeyondSmallElements) {
     EXPECT_EQ((elementsOf<std::array<float, 2>>(*buffer)), (std::vector<std::array<float, 2>>{{2, 4}, {6, 8}}));
 }
 
-TEST(TransformAttrib, ClassicFunctionsLeaveWhatFollowsThreeFloats) {
+TEST(TransformAttrib, ClassicFunctionsLeaveBytesAfterThreeFloats) {
     auto buffer = attribute<std::array<float, 4>>(FLOAT, 4, "position", {{1, 2, 3, 4}, {5, 6, 7, 8}});
     transformAttrib(buffer, classic(scaling(2, 2, 2)).at("position"));
     EXPECT_EQ((elementsOf<std::array<float, 4>>(*buffer)),
@@ -284,7 +284,7 @@ TEST(TransformMesh, AppliesTheEntryOfEachNameAndLeavesTheRest) {
     EXPECT_EQ(mesh->getPrimitiveType(), TRIANGLES);
 }
 
-TEST(TransformMesh, DoesNothingWithAnEmptyMapOrForNamesTheMeshHasNot) {
+TEST(TransformMesh, DoesNothingForAnEmptyMapOrNamesTheMeshLacks) {
     MeshPtr mesh = meshOf({vec3f("position", {{1, 1, 1}})});
     transformMesh(mesh, {});
     transformMesh(mesh, {{"normal", addOne}, {"Position", nullptr}});
@@ -309,7 +309,7 @@ TEST(TransformMesh, RunsACopyOfTheEntryForEachBuffer) {
     EXPECT_NO_THROW(transformMesh(other, {{"a", throwingAt(1)}}));
 }
 
-TEST(TransformMesh, NamesAnEmptyAttributeBuffer) {
+TEST(TransformMesh, ReportsAnEmptyAttributeBuffer) {
     MeshPtr mesh = meshOf({vec3f("a", {{1, 0, 0}}), nullptr});
     EXPECT_THROW(transformMesh(mesh, {{"a", addOne}}), std::logic_error);
     EXPECT_EQ(elementsOf<Vec3>(*mesh->getAttributeBuffer(0)), (std::vector<Vec3>{{2, 0, 0}}));
@@ -347,7 +347,7 @@ TEST(TransformAttributes, ReportsDifferentCountsOnStandardErrorAndChangesNothing
     EXPECT_EQ(elementsOf<Vec3>(*target)[3], (Vec3{4, 4, 4}));
 }
 
-TEST(TransformAttributes, CarriesWhatIsLeftUnwrittenToTheNextElement) {
+TEST(TransformAttributes, CarriesUnwrittenBytesToTheNextElement) {
     const auto source = attribute<unsigned char>(UNSIGNED_BYTE, 1, "a", {5, 6, 7});
     const auto target = attribute<std::array<unsigned char, 2>>(UNSIGNED_BYTE, 2, "b", {{9, 9}, {9, 9}, {9, 9}});
     transformAttributes(source, target, [call = 0](void* in, void* out) mutable {
@@ -374,7 +374,7 @@ TEST(TransformAttributes, ThrowsForAnEmptyFunctionAtTheFirstElement) {
     EXPECT_NO_THROW(transformAttributes(empty, empty, nullptr));
 }
 
-TEST(TransformAttributes, KeepsWhatWasWrittenBeforeAnException) {
+TEST(TransformAttributes, KeepsElementsWrittenBeforeAnException) {
     const auto source = attribute<unsigned char>(UNSIGNED_BYTE, 1, "a", {5, 6, 7});
     const auto target = attribute<unsigned char>(UNSIGNED_BYTE, 1, "a", {0, 0, 0});
     EXPECT_THROW(transformAttributes(source, target,
@@ -396,7 +396,7 @@ TEST(TransformAttributes, MayWriteTheSourceItself) {
     EXPECT_EQ(elementsOf<Vec3>(*buffer), (std::vector<Vec3>{{2, 2, 3}, {3, 2, 3}}));
 }
 
-TEST(TransformAttributes, PacksAndUnpacksAlikeInBulkAndThroughTheInterface) {
+TEST(TransformAttributes, PacksAndUnpacksTheSameInBulkAndThroughTheInterface) {
     using Packed = reference::PackedNormal;
     for (const std::size_t count : {0UL, 1UL, 2UL, 3UL, 4UL, 5UL, 7UL, 8UL, 15UL, 16UL, 17UL, 100000UL}) {
         std::vector<Vec3> vectors = vexa::test::mixedVectors(count / 2, static_cast<std::uint32_t>(count));
@@ -473,7 +473,7 @@ TEST(Vec3TransformationFunction, MatchesTheReferenceAndGlmToTheBit) {
     }
 }
 
-TEST(Vec3AttributeTransformationFunction, WorksOnElementsOfAnyAddress) {
+TEST(Vec3AttributeTransformationFunction, WorksOnElementsAtAnyAddress) {
     const auto f = createVec3AttributeTransformationFunction([](const glm::vec3& v) { return 2.0F * v; });
     unsigned char room[32] = {};
     const Vec3 v{1, 2, 3};
@@ -486,7 +486,7 @@ TEST(Vec3AttributeTransformationFunction, WorksOnElementsOfAnyAddress) {
     EXPECT_EQ(room[27], 0);
 }
 
-TEST(Vec3AttributeTransformationFunction, ThrowsWhenItHoldsNone) {
+TEST(Vec3AttributeTransformationFunction, ThrowsWhenItHoldsNoFunction) {
     const auto f = createVec3AttributeTransformationFunction(nullptr);
     ASSERT_TRUE(f);
     Vec3 v{};

@@ -58,7 +58,7 @@ std::string refusalOf(const std::shared_ptr<AttributeBuffer>& buffer) {
     return message;
 }
 
-TEST(ComputeVolume, OfOnePointIsThatPoint) {
+TEST(ComputeVolume, IsThePointItselfForOnePoint) {
     const reference::Box box = boundsOf({{1, 2, 3}});
     EXPECT_EQ(box.min, (Vec3{1, 2, 3}));
     EXPECT_EQ(box.max, (Vec3{1, 2, 3}));
@@ -79,7 +79,7 @@ TEST(ComputeVolume, IgnoresTheFourthRow) {
     EXPECT_EQ(boundsOf({{1, 2, 3}}, m).max, (Vec3{1, 2, 3}));
 }
 
-TEST(ComputeVolume, RefusesWhatHasNoPositions) {
+TEST(ComputeVolume, RefusesMeshesWithoutPositions) {
     EXPECT_EQ(refusalOf(zeros("normal", 3)), "Mesh has no points");
     EXPECT_EQ(refusalOf(AttributeBuffer::createDefaultVec2f("position")), "Only vec3f is allowed for position!!!");
     EXPECT_EQ(refusalOf(AttributeBuffer::createDefault(INT, 3, "position")), "Only vec3f is allowed for position!!!");
@@ -105,8 +105,8 @@ TEST(ComputeVolume, AsksForTheTypeOnlyWhenTheCountIsThree) {
     EXPECT_EQ(*calls, (vexa::test::Calls{"position.getAttributeName", "position.getComponentCountPerElement"}));
 }
 
-TEST(ComputeVolume, KeepsANanOfTheFirstPointAndIgnoresLaterOnes) {
-    // A component of NaN makes all three of the placed point NaN: a zero of the matrix times it is one.
+TEST(ComputeVolume, KeepsNanOfTheFirstPointAndIgnoresLaterNans) {
+    // A NaN component makes all three of the placed point NaN, because 0 * NaN is NaN.
     const reference::Box later = boundsOf({{1, 1, 1}, {2, nan, 0}, {3, 3, 2}});
     EXPECT_EQ(later.min, (Vec3{1, 1, 1}));
     EXPECT_EQ(later.max, (Vec3{3, 3, 2}));
@@ -150,7 +150,7 @@ TEST(ComputeVolume, MatchesTheReferenceToTheBit) {
     }
 }
 
-// Points of zeros of both signs, the numbers beside them and NaN in every order: where sign and place decide.
+// Zeros of both signs, the numbers next to them and NaN in every order: sign and position decide.
 TEST(ComputeVolume, MatchesTheReferenceOnManyZeros) {
     std::mt19937 engine(5);
     const std::array<float, 6> few{0.0F, -0.0F, 0.0F, 1.0F, nan, -0.0F};

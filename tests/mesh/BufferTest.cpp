@@ -104,14 +104,14 @@ TEST(BufferData, HasItsDestructorInTheLastSlot) {
     EXPECT_TRUE(destroyed);
 }
 
-TEST(VectorBufferData, IsNullAndEmptyAtFirst) {
+TEST(VectorBufferData, StartsNullAndEmpty) {
     VectorBufferData data;
     EXPECT_EQ(data.getData(), nullptr);
     EXPECT_EQ(std::as_const(data).getData(), nullptr);
     EXPECT_EQ(data.getSizeInBytes(), 0u);
 }
 
-TEST(VectorBufferData, GrowsByZeroBytesAndKeepsTheOthers) {
+TEST(VectorBufferData, GrowsWithZerosAndKeepsTheOtherBytes) {
     VectorBufferData data;
     data.resize(3);
     std::memcpy(data.getData(), "abc", 3);
@@ -132,7 +132,7 @@ TEST(VectorBufferData, ShrinkingDropsTheTailForGood) {
     EXPECT_EQ(std::memcmp(data.getData(), "ab\0\0", 4), 0);
 }
 
-TEST(DefaultBuffer, AnswersWithWhatItWasGiven) {
+TEST(DefaultBuffer, ReturnsTheValuesItWasCreatedWith) {
     const auto data = std::make_shared<VectorBufferData>();
     DefaultBuffer buffer(UNSIGNED_SHORT, 5, 24, 7, data);
     EXPECT_EQ(buffer.getComponentType(), UNSIGNED_SHORT);
@@ -145,7 +145,7 @@ TEST(DefaultBuffer, AnswersWithWhatItWasGiven) {
     EXPECT_EQ(&buffer.getBufferData(), &std::as_const(buffer).getBufferData());
 }
 
-TEST(DefaultBuffer, CountsWholeStridesAndLeavesTheOffsetOutOfIt) {
+TEST(DefaultBuffer, CountsWholeStridesAndIgnoresTheOffset) {
     const auto data = std::make_shared<VectorBufferData>();
     DefaultBuffer buffer(FLOAT, 1, 8, 6, data);
     data->resize(23);
@@ -156,7 +156,7 @@ TEST(DefaultBuffer, CountsWholeStridesAndLeavesTheOffsetOutOfIt) {
     EXPECT_EQ(data->getSizeInBytes(), 40u);
 }
 
-TEST(DefaultBuffer, ReplacedStorageIsTheOneThatIsSizedAndCounted) {
+TEST(DefaultBuffer, ResizesAndCountsAReplacedStorage) {
     const auto first = std::make_shared<VectorBufferData>();
     const auto second = std::make_shared<VectorBufferData>();
     DefaultBuffer buffer(FLOAT, 1, 4, 0, first);
@@ -168,7 +168,7 @@ TEST(DefaultBuffer, ReplacedStorageIsTheOneThatIsSizedAndCounted) {
     EXPECT_EQ(second->getSizeInBytes(), 12u);
 }
 
-TEST(DefaultBuffer, TwoMayShareOneStorage) {
+TEST(DefaultBuffer, MayShareItsStorage) {
     const auto data = std::make_shared<VectorBufferData>();
     DefaultBuffer floats(FLOAT, 1, 4, 0, data);
     {
@@ -192,7 +192,7 @@ TEST(DefaultBuffer, ReadsTheStrideThroughItsVirtualGetter) {
     EXPECT_EQ(buffer.getElementCount(), 2u);
 }
 
-TEST(DefaultBuffer, AStrideOfZeroHoldsNoElements) {
+TEST(DefaultBuffer, HoldsNoElementsWithAStrideOfZero) {
     const auto data = std::make_shared<VectorBufferData>();
     data->resize(8);
     DefaultBuffer buffer(static_cast<ComponentType>(0), 3, 0, 0, data);
@@ -203,7 +203,7 @@ TEST(DefaultBuffer, AStrideOfZeroHoldsNoElements) {
 }
 
 // 2^62 elements of 12 bytes are three times 2^64 bytes, which wrap around to none.
-TEST(DefaultBuffer, ASizeBeyond64BitsChangesNothing) {
+TEST(DefaultBuffer, RefusesASizeBeyond64BitsAndStaysUnchanged) {
     const auto data = std::make_shared<VectorBufferData>();
     DefaultBuffer buffer(FLOAT, 3, 12, 0, data);
     buffer.resize(2);
@@ -213,7 +213,7 @@ TEST(DefaultBuffer, ASizeBeyond64BitsChangesNothing) {
     EXPECT_EQ(data->getSizeInBytes(), 24u);
 }
 
-TEST(DefaultBuffer, IsItsOwnTypeToTheCallerToo) {
+TEST(DefaultBuffer, HasTheSameTypeInfoForCallers) {
     const std::shared_ptr<BufferData> data = std::make_shared<VectorBufferData>();
     const std::shared_ptr<Buffer> buffer = std::make_shared<DefaultBuffer>(FLOAT, 1UL, 4UL, 0UL, data);
     const Buffer& interface = *buffer;

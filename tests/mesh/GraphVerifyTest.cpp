@@ -20,7 +20,7 @@ const std::string isCollapsed = "HalfEdgeGraph::Triangle::verify: Invalid collap
 const std::string wrongTriangle = "HalfEdgeGraph::Triangle::verify: Invalid halfEdge->triangle pointer";
 const std::string wrongNext = "HalfEdgeGraph::Triangle::verify: Edge next link error";
 
-/// A sound triangle without neighbours, to be spoiled.
+/// A valid triangle without neighbours, for a test to damage.
 class SoundTriangle : public Triangle {
 public:
     explicit SoundTriangle(unsigned int v0 = 0, unsigned int v1 = 1, unsigned int v2 = 2) {
@@ -31,7 +31,7 @@ public:
     }
 };
 
-/// What verify writes, after its result has been compared.
+/// The messages of verify; checks its result.
 Messages findings(const Triangle& triangle) {
     const LogCapture capture;
     const bool isSound = triangle.verify();
@@ -45,7 +45,7 @@ Messages report(const HalfEdgeGraph& graph, bool verbose = false) {
     return capture.messages();
 }
 
-TEST(TriangleVerify, FindsNothingInASoundTriangle) {
+TEST(TriangleVerify, AcceptsAValidTriangle) {
     EXPECT_EQ(findings(SoundTriangle()), Messages{});
     FilledGraph graph(meshes::tetrahedron());
     EXPECT_EQ(findings(*triangles(graph)[0]), Messages{});
@@ -108,7 +108,7 @@ TEST(TriangleVerify, FindsABrokenCycleOnce) {
     EXPECT_EQ(findings(backwards), Messages{wrongNext});
 }
 
-TEST(TriangleVerify, GoesThroughAllChecksInTheirOrder) {
+TEST(TriangleVerify, RunsAllChecksInOrder) {
     SoundTriangle triangle(4, 4, 9);
     SoundTriangle other;
     triangle.halfEdge[0].twin = triangle.halfEdge[1].twin = &other.halfEdge[0];
@@ -117,14 +117,14 @@ TEST(TriangleVerify, GoesThroughAllChecksInTheirOrder) {
     EXPECT_EQ(findings(triangle), (Messages{linkedTwice, isCollapsed, wrongTriangle, wrongNext}));
 }
 
-TEST(TriangleVerify, AnswersTheSameWhenItsRecordsAreRefused) {
+TEST(TriangleVerify, ReturnsTheSameWhenItsRecordsAreRefused) {
     const LogCapture capture(Severity::Warning);
     EXPECT_TRUE(SoundTriangle().verify());
     EXPECT_FALSE(SoundTriangle(4, 4, 9).verify());
     EXPECT_TRUE(capture.records().empty());
 }
 
-TEST(TriangleVerify, WritesInfoRecordsInItsOwnName) {
+TEST(TriangleVerify, WritesInfoRecordsUnderItsOwnName) {
     const LogCapture capture;
     SoundTriangle triangle(4, 4, 9);
     triangle.halfEdge[0].twin = triangle.halfEdge[1].twin = &triangle.halfEdge[0];
@@ -140,7 +140,7 @@ TEST(TriangleVerify, WritesInfoRecordsInItsOwnName) {
     }
 }
 
-TEST(TriangleVerify, PassesOnWhatTheSinkThrows) {
+TEST(TriangleVerify, PropagatesExceptionsOfTheSink) {
     const LogCapture capture(Severity::Trace, 0);
     EXPECT_THROW(SoundTriangle(4, 4, 9).verify(), std::runtime_error);
 }
@@ -169,7 +169,7 @@ TEST(GraphVerify, ListsConnectionsFromTheFewestToTheMost) {
 }
 
 TEST(GraphVerify, CountsTheStatesOfFreeTriangles) {
-    // Each of the four states another number of times.
+    // Each of the four states occurs a different number of times.
     meshes::Indices mesh = meshes::joined(meshes::scattered(5), meshes::shifted(meshes::strip(5), 15));
     mesh = meshes::joined(mesh, meshes::shifted({0, 1, 2, 1, 0, 3, 2, 1, 4, 0, 2, 5}, 22));
     EXPECT_EQ(report(FilledGraph(mesh))[3], "HEG: triangle state: 5/5/3/1");
@@ -182,7 +182,7 @@ TEST(GraphVerify, CountsSplitOffTriangles) {
     EXPECT_EQ(messages[3], "HEG: triangle state: 0/2/0/0");
 }
 
-TEST(GraphVerify, CountsUnsoundTrianglesApartFromTheStates) {
+TEST(GraphVerify, CountsInvalidTrianglesSeparatelyFromTheStates) {
     const FilledGraph graph({4, 4, 9, 0, 1, 2});
     EXPECT_EQ(report(graph),
               (Messages{isCollapsed, "HEG: linked triangle count 2", "HEG: invalid triangle 1",
@@ -190,13 +190,13 @@ TEST(GraphVerify, CountsUnsoundTrianglesApartFromTheStates) {
                         "HEG: Connection: 1/4 ", "HEG: Connection: 2/1 ", "HEG: HalfEdgeCount: 6"}));
 }
 
-TEST(GraphVerify, LooksAtFreeTrianglesAlone) {
+TEST(GraphVerify, ChecksFreeTrianglesOnly) {
     FilledGraph graph(meshes::book(3));
     triangles(graph)[2]->halfEdge[0].next = nullptr; // split off
     EXPECT_EQ(report(graph).front(), "HEG: linked triangle count 2");
 }
 
-TEST(GraphVerify, LeavesStatesBeyondTheTableOut) {
+TEST(GraphVerify, LeavesOutStatesBeyondTheTable) {
     for (const int state : {-2147483647 - 1, -20, -1, 4, 2147483647}) {
         FilledGraph graph(meshes::scattered(2));
         triangles(graph)[1]->state = state;
@@ -207,7 +207,7 @@ TEST(GraphVerify, LeavesStatesBeyondTheTableOut) {
     }
 }
 
-TEST(GraphVerify, TellsMoreWhenVerbose) {
+TEST(GraphVerify, ListsTrianglesAndTwinsWhenVerbose) {
     FilledGraph graph({0, 1, 2, 2, 4, 4});
     EXPECT_EQ(
         report(graph, true),
@@ -224,7 +224,7 @@ TEST(GraphVerify, PrintsVerticesUnsigned) {
     EXPECT_EQ(report(graph, true).front(), "HEG: Triangle: %d %d %d: 0 4294967294 2 VALID");
 }
 
-TEST(GraphVerify, WritesInfoRecordsInItsOwnName) {
+TEST(GraphVerify, WritesInfoRecordsUnderItsOwnName) {
     const LogCapture capture;
     const FilledGraph graph(meshes::twoTriangles());
     EXPECT_TRUE(graph.verify(true));
@@ -255,13 +255,13 @@ TEST(GraphVerify, ReportsAfterThePrimitivesAreTaken) {
     EXPECT_EQ(report(graph).back(), "HEG: HalfEdgeCount: 12");
 }
 
-TEST(GraphVerify, AnswersTheSameWhenItsRecordsAreRefused) {
+TEST(GraphVerify, ReturnsTheSameWhenItsRecordsAreRefused) {
     const LogCapture capture(Severity::Fatal);
     EXPECT_TRUE(FilledGraph({4, 4, 9}).verify(true));
     EXPECT_TRUE(capture.records().empty());
 }
 
-TEST(GraphVerify, PassesOnWhatTheSinkThrows) {
+TEST(GraphVerify, PropagatesExceptionsOfTheSink) {
     const FilledGraph graph({4, 4, 9, 0, 1, 2});
     const std::size_t recordCount = report(graph, true).size();
     for (std::size_t n = 0; n < recordCount; ++n) {

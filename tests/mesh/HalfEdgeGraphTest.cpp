@@ -17,13 +17,13 @@ using Chunk = Pool::Chunk;
 template <class T, class U>
 constexpr bool is = std::is_same_v<T, U>;
 
-/// Where a member of a class that is no standard-layout one stands.
+/// The offset of a member, also in a class without standard layout.
 template <class T>
 std::size_t offsetIn(const HalfEdgeGraph& graph, const T& member) {
     return static_cast<std::size_t>(reinterpret_cast<const char*>(&member) - reinterpret_cast<const char*>(&graph));
 }
 
-/// Whether a member function is called through the table of virtual operations: its pointer is then an odd offset.
+/// Whether a member function is virtual: its pointer then holds an odd offset into the table.
 template <class Member>
 bool isVirtual(Member member) {
     static_assert(sizeof(member) == 2 * sizeof(void*));
@@ -48,7 +48,7 @@ std::vector<std::size_t> capacitiesOf(const HalfEdgeGraph& graph) {
     return capacities;
 }
 
-TEST(HalfEdgeGraphLayout, OfAHalfEdge) {
+TEST(HalfEdgeGraphLayout, HalfEdgeMembersHaveFixedOffsets) {
     static_assert(std::is_standard_layout_v<HalfEdge> && sizeof(HalfEdge) == 32);
     static_assert(is<decltype(HalfEdge::vertex), std::uint32_t> && is<decltype(HalfEdge::triangle), Triangle*>);
     static_assert(is<decltype(HalfEdge::twin), HalfEdge*> && is<decltype(HalfEdge::next), HalfEdge*>);
@@ -58,7 +58,7 @@ TEST(HalfEdgeGraphLayout, OfAHalfEdge) {
     EXPECT_EQ(offsetof(HalfEdge, next), 24u);
 }
 
-TEST(HalfEdgeGraphLayout, OfATriangle) {
+TEST(HalfEdgeGraphLayout, TriangleMembersHaveFixedOffsets) {
     static_assert(std::is_standard_layout_v<Triangle> && sizeof(Triangle) == 120);
     static_assert(is<decltype(Triangle::state), std::int32_t> && is<decltype(Triangle::next), Triangle*>);
     static_assert(is<decltype(Triangle::prev), Triangle*> && is<decltype(Triangle::halfEdge), HalfEdge[3]>);
@@ -68,14 +68,14 @@ TEST(HalfEdgeGraphLayout, OfATriangle) {
     EXPECT_EQ(offsetof(Triangle, halfEdge), 24u);
 }
 
-TEST(HalfEdgeGraphLayout, OfATriangleList) {
+TEST(HalfEdgeGraphLayout, TriangleListMembersHaveFixedOffsets) {
     static_assert(std::is_standard_layout_v<TriangleList> && sizeof(TriangleList) == 16);
     static_assert(is<decltype(TriangleList::first), Triangle*> && is<decltype(TriangleList::last), Triangle*>);
     EXPECT_EQ(offsetof(TriangleList, first), 0u);
     EXPECT_EQ(offsetof(TriangleList, last), 8u);
 }
 
-TEST(HalfEdgeGraphLayout, OfThePool) {
+TEST(HalfEdgeGraphLayout, PoolMembersHaveFixedOffsets) {
     static_assert(std::is_standard_layout_v<Pool> && sizeof(Pool) == 24);
     static_assert(is<decltype(Pool::chunkSize), std::uint32_t> && is<decltype(Pool::chunks), Chunk*>);
     static_assert(is<decltype(Pool::used), unsigned long>);
@@ -84,14 +84,14 @@ TEST(HalfEdgeGraphLayout, OfThePool) {
     EXPECT_EQ(offsetof(Pool, used), 16u);
 }
 
-TEST(HalfEdgeGraphLayout, OfAChunk) {
+TEST(HalfEdgeGraphLayout, ChunkMembersHaveFixedOffsets) {
     static_assert(std::is_standard_layout_v<Chunk> && sizeof(Chunk) == 24);
     static_assert(is<decltype(Chunk::next), Chunk*> && is<decltype(Chunk::triangles), Triangle*>);
     EXPECT_EQ(offsetof(Chunk, next), 8u);
     EXPECT_EQ(offsetof(Chunk, triangles), 16u);
 }
 
-TEST(HalfEdgeGraphLayout, OfTheGraph) {
+TEST(HalfEdgeGraphLayout, GraphMembersHaveFixedOffsets) {
     using VertexLists = std::vector<std::vector<std::pair<std::uint32_t, HalfEdge*>>>;
     using Lists = std::vector<std::pair<std::uint32_t, TriangleList*>>;
     static_assert(is<decltype(HalfEdgeGraph::vertexHalfEdges), VertexLists>);
@@ -128,7 +128,7 @@ TEST(HalfEdgeGraphLayout, OnlyTheDestructorIsVirtual) {
     EXPECT_FALSE(isVirtual(&HalfEdgeGraph::verify));
 }
 
-TEST(HalfEdgeGraphLayout, StatesOfClaimedTriangles) {
+TEST(HalfEdgeGraphLayout, ClaimedTrianglesHaveFixedStates) {
     EXPECT_EQ(Triangle::splitOff, -1);
     EXPECT_EQ(Triangle::inStrip, -10);
     EXPECT_EQ(Triangle::inFan, -20);
@@ -141,7 +141,7 @@ TEST(HalfEdgeGraph, CanNeitherBeCopiedNorMoved) {
     EXPECT_FALSE(std::is_move_assignable_v<HalfEdgeGraph>);
 }
 
-TEST(HalfEdgeGraph, BeginsEmpty) {
+TEST(HalfEdgeGraph, StartsEmpty) {
     const HalfEdgeGraph graph;
     EXPECT_TRUE(graph.vertexHalfEdges.empty());
     EXPECT_EQ(graph.pool.chunkSize, 2048u);
@@ -154,7 +154,7 @@ TEST(HalfEdgeGraph, BeginsEmpty) {
     EXPECT_TRUE(graph.strips.empty() && graph.fans.empty() && graph.triangleLists.empty());
 }
 
-TEST(HalfEdgeGraph, RecordsBeginEmpty) {
+TEST(HalfEdgeGraph, RecordsStartEmpty) {
     const Triangle triangle;
     EXPECT_EQ(triangle.state, 0);
     EXPECT_EQ(triangle.next, nullptr);
@@ -197,7 +197,7 @@ TEST(HalfEdgeGraphReserve, StoresAChunkSizeOfZero) {
     EXPECT_EQ(graph.pool.chunkSize, 0u);
 }
 
-TEST(HalfEdgeGraphReserve, KeepsTheEntriesInNewBuffersOfExactlyTheWantedSize) {
+TEST(HalfEdgeGraphReserve, MovesEntriesToBuffersOfExactlyTheRequestedSize) {
     FilledGraph graph(meshes::closedFan(6));
     const std::string before = describe(graph);
     graph.reserve(7, 2048, 50);
@@ -205,7 +205,7 @@ TEST(HalfEdgeGraphReserve, KeepsTheEntriesInNewBuffersOfExactlyTheWantedSize) {
     EXPECT_EQ(describe(graph), before);
 }
 
-TEST(HalfEdgeGraphReserve, LeavesListsAloneThatHaveTheCapacity) {
+TEST(HalfEdgeGraphReserve, LeavesListsWithEnoughCapacityAlone) {
     HalfEdgeGraph graph;
     graph.reserve(3, 2048, 6);
     graph.vertexHalfEdges[1].reserve(20);

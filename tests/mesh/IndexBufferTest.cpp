@@ -49,7 +49,7 @@ private:
     std::vector<unsigned char> bytes_;
 };
 
-TEST(IndexBuffer, AddsItsTwoSlotsBehindThoseOfBuffer) {
+TEST(IndexBuffer, AddsItsTwoSlotsAfterThoseOfBuffer) {
     EXPECT_EQ(vtableEntry(&IndexBuffer::getElementCount), 8);
     EXPECT_EQ(vtableEntry(&IndexBuffer::resize), 9);
     EXPECT_EQ(vtableEntry(&IndexBuffer::getElement), 10);
@@ -107,7 +107,7 @@ TEST(CreateIndexBuffer, GivesAnEmptyTightlyPackedBuffer) {
     }
 }
 
-TEST(CreateIndexBuffer, GivesAStorageThatNobodyElseHolds) {
+TEST(CreateIndexBuffer, GivesStorageThatNobodyElseHolds) {
     const auto buffer = IndexBuffer::createDefault(INT);
     const std::shared_ptr<BufferData>& data = storageView(buffer).getBufferData();
     ASSERT_NE(data, nullptr);
@@ -118,7 +118,7 @@ TEST(CreateIndexBuffer, GivesAStorageThatNobodyElseHolds) {
     EXPECT_EQ(buffer.use_count(), 1);
 }
 
-TEST(IndexBuffer, BothViewsAnswerAlike) {
+TEST(IndexBuffer, BothInterfacesGiveTheSameAnswers) {
     for (const ComponentType type : integerTypes) {
         const auto buffer = IndexBuffer::createDefault(type);
         Buffer& first = storageView(buffer);
@@ -197,7 +197,7 @@ TEST(IndexBuffer, CountsOnlyWholeElementsOfAForeignStorage) {
     EXPECT_EQ(buffer->getElementCount(), 1u);
 }
 
-TEST(IndexBuffer, NeedsNoAlignedStorage) {
+TEST(IndexBuffer, WorksOnUnalignedStorage) {
     for (const ComponentType type : integerTypes) {
         const auto buffer = IndexBuffer::createDefault(type);
         storageView(buffer).getBufferData() = std::make_shared<OddData>(27);
@@ -208,7 +208,7 @@ TEST(IndexBuffer, NeedsNoAlignedStorage) {
     }
 }
 
-TEST(IndexBuffer, TwoSeeEachOthersWritesInASharedStorage) {
+TEST(IndexBuffer, SeesTheWritesOfAnotherBufferInSharedStorage) {
     const auto shorts = IndexBuffer::createDefault(UNSIGNED_SHORT);
     const auto bytes = IndexBuffer::createDefault(UNSIGNED_BYTE);
     shorts->resize(2);
@@ -238,14 +238,14 @@ TEST(IndexBuffer, ElementWidthFollowsTheClassAndNotTheStoredType) {
     EXPECT_EQ(buffer.getComponentSizeInBytes(), 4u);
 }
 
-TEST(IndexBuffer, ASizeBeyond64BitsChangesNothing) {
+TEST(IndexBuffer, RefusesASizeBeyond64BitsAndStaysUnchanged) {
     const auto buffer = IndexBuffer::createDefault(UNSIGNED_INT);
     buffer->resize(2);
     EXPECT_THROW(buffer->resize(1UL << 62), std::length_error);
     EXPECT_EQ(buffer->getElementCount(), 2u);
 }
 
-TEST(IndexBuffer, TheStorageOutlivesABufferThatIsGone) {
+TEST(IndexBuffer, StorageOutlivesTheBuffer) {
     auto buffer = IndexBuffer::createDefault(BYTE);
     buffer->resize(5);
     const std::shared_ptr<BufferData> data = storageView(buffer).getBufferData();

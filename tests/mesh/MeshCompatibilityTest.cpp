@@ -40,7 +40,7 @@ std::string differenceOf(const MeshPtr& first, const MeshPtr& second) {
     return records[0].message;
 }
 
-TEST(MeshesAreCompatible, AMeshIsWithItself) {
+TEST(MeshesAreCompatible, MeshIsCompatibleWithItself) {
     const LogCapture capture;
     for (const MeshPtr& mesh : {meshOf({}), meshOf({zeros("position", 3), zeros("a", 0)}, {0, 1})}) {
         EXPECT_TRUE(Mesh::meshesAreCompatible(mesh, mesh, true));
@@ -96,13 +96,13 @@ TEST(MeshesAreCompatible, LogsNothingUnlessAsked) {
     EXPECT_TRUE(capture.records().empty());
 }
 
-TEST(MeshesAreCompatible, AnswersAlikeWhenTheRecordIsRefused) {
+TEST(MeshesAreCompatible, ReturnsTheSameWhenTheRecordIsRefused) {
     const LogCapture capture(Severity::Fatal);
     EXPECT_FALSE(Mesh::meshesAreCompatible(meshOf({zeros("a", 1)}), meshOf({zeros("b", 1)}), true));
     EXPECT_TRUE(capture.records().empty());
 }
 
-TEST(MeshesAreCompatible, PassesOnWhatTheSinkThrows) {
+TEST(MeshesAreCompatible, PropagatesExceptionsOfTheSink) {
     const LogCapture capture(Severity::Trace, 0);
     EXPECT_THROW((void)Mesh::meshesAreCompatible(meshOf({zeros("a", 1)}), meshOf({}), true), std::runtime_error);
 }
@@ -124,7 +124,7 @@ TEST(MeshesAreCompatible, EveryRecordHasALineOfItsOwn) {
     EXPECT_EQ(lines.size(), 5u);
 }
 
-TEST(MeshesAreCompatible, LooksNeitherAtIndicesNorAtElementsNorAtStrides) {
+TEST(MeshesAreCompatible, IgnoresIndicesElementsAndStrides) {
     const LogCapture capture;
     const MeshPtr first = meshOf({zeros("a", 1)}, {0, 1, 2});
     const MeshPtr second = meshOf({});

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <stdexcept>
@@ -34,7 +35,7 @@ using vexa::test::zeros;
 
 const std::vector<ComponentType> indexTypes{BYTE, UNSIGNED_BYTE, SHORT, UNSIGNED_SHORT, INT, UNSIGNED_INT};
 
-/// What a call throws, when it is exactly std::invalid_argument.
+/// The message of a call that throws exactly std::invalid_argument.
 template <typename Function>
 std::string invalidArgumentOf(Function function) {
     try {
@@ -88,8 +89,8 @@ TEST(ConcatAttribs, GrowsTheTargetOnceAndCopiesInOrder) {
     concatAttribs(target, source, leave);
     EXPECT_EQ(*calls, (Calls{"t.getComponentType", "s.getComponentType", "t.getComponentCountPerElement",
                              "s.getComponentCountPerElement", "t.getElementCount", "s.getElementCount", "t.resize 3",
-                             "t.getElementSizeInBytes", "s.getElement 0", "t.setElement 1", "s.getElement 1",
-                             "t.setElement 2"}));
+                             "t.getElementSizeInBytes", "s.getElementSizeInBytes", "s.getElement 0", "t.setElement 1",
+                             "s.getElement 1", "t.setElement 2"}));
 }
 
 TEST(ConcatAttribs, ThrowsForAnEmptyTransformationAfterGrowing) {
@@ -100,7 +101,7 @@ TEST(ConcatAttribs, ThrowsForAnEmptyTransformationAfterGrowing) {
     EXPECT_EQ(target->getElementCount(), 2u);
 }
 
-TEST(ConcatAttribs, KeepsWhatWasAppendedBeforeAnException) {
+TEST(ConcatAttribs, KeepsElementsAppendedBeforeAnException) {
     auto target = vec3f("a", {{1, 1, 1}});
     const auto source = vec3f("a", {{2, 2, 2}, {3, 3, 3}, {4, 4, 4}});
     EXPECT_THROW(concatAttribs(target, source,
@@ -150,7 +151,7 @@ TEST(ConcatAttribs, FunctionMayGrowBothBuffersAndResetThePointers) {
     EXPECT_EQ(elements[2], (Vec3{4, 3, 3}));
 }
 
-// Positions that claim so many elements that no sum of counts fits.
+// Positions that claim so many elements that the sum of two counts overflows.
 class EndlessBuffer : public vexa::test::ForeignAttributeBuffer {
 public:
     explicit EndlessBuffer(const std::string& name, const vexa::test::CallsPtr& calls = nullptr)
@@ -241,7 +242,7 @@ TEST(ConcatMeshes, AppendsVerticesAndShiftedIndices) {
     EXPECT_EQ(source->getAttributeBuffer(0)->getElementCount(), 3u);
 }
 
-TEST(ConcatMeshes, TransformsOnlyWhatIsAppended) {
+TEST(ConcatMeshes, TransformsAppendedElementsOnly) {
     MeshPtr target = meshOf({vec3f("position", {{1, 0, 0}}), vec3f("uv", {{1, 0, 0}})});
     const MeshPtr source = meshOf({vec3f("position", {{4, 0, 0}}), vec3f("uv", {{4, 0, 0}})});
     concatMeshes(target, source, {{"position", addOne}, {"other", nullptr}});
@@ -259,7 +260,7 @@ TEST(ConcatMeshes, EveryHolderOfABufferSeesTheAppendedElements) {
     EXPECT_EQ(target->getAttributeBuffer(0), position);
 }
 
-TEST(ConcatMeshes, RefusesMeshesOfAnotherLayoutWithoutARecord) {
+TEST(ConcatMeshes, RefusesMeshesOfAnotherLayoutWithoutLogging) {
     const vexa::test::LogCapture capture;
     MeshPtr target = meshOf({zeros("position", 1)}, {0});
     EXPECT_EQ(invalidArgumentOf([&] { concatMeshes(target, meshOf({zeros("normal", 1)}, {0}), {}); }),
@@ -289,7 +290,7 @@ TEST(ConcatMeshes, SkipsTheIndicesWhenNeitherMeshHasThem) {
     EXPECT_EQ(target->getAttributeBuffer(0)->getElementCount(), 5u);
 }
 
-TEST(ConcatMeshes, RefusesAMeshWithIndicesAndOneWithoutBeforeAnythingIsChanged) {
+TEST(ConcatMeshes, RefusesToMixIndexedAndUnindexedMeshesBeforeChangingAnything) {
     for (const bool targetIsIndexed : {true, false}) {
         MeshPtr target = meshOf({zeros("position", 2)}, {0, 1});
         const MeshPtr source = meshOf({zeros("position", 3)}, {0, 1});
@@ -325,7 +326,7 @@ TEST(ConcatMeshes, AppendsBothBuffersOfANameToTheFirstOfIt) {
     EXPECT_EQ(elementsOf<Vec3>(*target->getAttributeBuffer(1)), (std::vector<Vec3>{{2, 0, 0}}));
 }
 
-TEST(ConcatMeshes, MayMeetIncompatibleBuffersOfOneName) {
+TEST(ConcatMeshes, RefusesIncompatibleBuffersOfOneNameAfterAppendingTheFirst) {
     const auto layout = [] { return meshOf({zeros("n", 1), AttributeBuffer::createDefaultVec2f("n")}, {0}); };
     MeshPtr target = layout();
     const MeshPtr source = layout();
@@ -368,7 +369,7 @@ TEST(ConcatMeshes, FunctionMayResetTheCallersMeshes) {
     EXPECT_EQ(held->getAttributeBuffer(1)->getElementCount(), 2u);
 }
 
-TEST(ConcatMeshes, PassesOnAnEmptyFunction) {
+TEST(ConcatMeshes, ThrowsForAnEmptyFunction) {
     MeshPtr target = meshOf({zeros("a", 1), zeros("b", 1)}, {0});
     EXPECT_THROW(concatMeshes(target, meshOf({zeros("a", 1), zeros("b", 1)}, {0}), {{"b", nullptr}}),
                  std::bad_function_call);
@@ -377,7 +378,7 @@ TEST(ConcatMeshes, PassesOnAnEmptyFunction) {
     EXPECT_EQ(target->getAttributeBuffer(1)->getElementCount(), 2u);
 }
 
-TEST(ConcatMeshes, RefusesAnEmptyAttributeBufferBeforeAnythingIsChanged) {
+TEST(ConcatMeshes, RefusesAnEmptyAttributeBufferBeforeChangingAnything) {
     MeshPtr target = meshOf({zeros("position", 1), nullptr}, {0});
     EXPECT_THROW(concatMeshes(target, target, {}), std::logic_error);
     EXPECT_EQ(target->getIndexBuffer()->getElementCount(), 1u);
@@ -452,7 +453,7 @@ TEST(ConcatMeshes, GrowsEachBufferOnceInTheDescribedOrder) {
     const MeshPtr source = meshNamed("source");
     calls->clear();
     concatMeshes(target, source, {});
-    // Behind the comparison of the layouts.
+    // After the comparison of the layouts.
     const auto begin = std::find(calls->begin(), calls->end(), "target.getNumAttributeBuffers") + 3;
     const Calls expected{"source.getAttributeBuffer 0", "a.getElementCount",       "target.getAttributeBuffer 0",
                          "a.getElementCount",           "target.getIndexBuffer",   "source.getIndexBuffer",
@@ -476,6 +477,26 @@ TEST(ConcatMeshes, ReadsTheSourceOnly) {
         EXPECT_EQ(call.find("set"), std::string::npos) << call;
         EXPECT_EQ(call.find("resize"), std::string::npos) << call;
     }
+}
+
+/// Elements of three floats and more, which only their size shows.
+class WideElements : public vexa::test::ForeignAttributeBuffer {
+public:
+    static constexpr unsigned long size = 4096;
+    WideElements() : ForeignAttributeBuffer(FLOAT, 3, "wide") {}
+    unsigned long getElementSizeInBytes() const override { return size; }
+    void getElement(unsigned long, void* destination) const override { std::memset(destination, 7, size); }
+};
+
+TEST(ConcatAttribs, TakesElementsThatAreLargerThanTheTargets) {
+    const auto source = std::make_shared<WideElements>();
+    source->resize(2);
+    std::shared_ptr<AttributeBuffer> target = AttributeBuffer::createDefaultVec3f("wide");
+    concatAttribs(target, source, [](void*) {});
+    ASSERT_EQ(target->getElementCount(), 2u);
+    std::array<unsigned char, 12> element{};
+    target->getElement(1, element.data());
+    EXPECT_EQ(element, (std::array<unsigned char, 12>{7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7}));
 }
 
 } // namespace

@@ -71,7 +71,7 @@ TEST(DefaultMesh, HoldsItsFieldsInTheDescribedOrder) {
     std::memcpy(&type, object + 8, sizeof type);
     EXPECT_EQ(type, 3);
     EXPECT_EQ(pointerAt(object + 16), mesh.getIndexBuffer().get());
-#ifndef _GLIBCXX_DEBUG // whose vectors begin with something else
+#ifndef _GLIBCXX_DEBUG // its vectors have another layout
     mesh.addAttributeBuffer(vec3f("position", 0));
     EXPECT_EQ(pointerAt(pointerAt(object + 32)), mesh.getAttributeBuffer(0).get());
 #endif
@@ -97,7 +97,7 @@ TEST(CreateMesh, StoresThePrimitiveTypeUnchecked) {
     }
 }
 
-TEST(CreateMesh, HasNoIndexBufferForATypeThatIsNoIndexType) {
+TEST(CreateMesh, HasNoIndexBufferForATypeThatCannotBeAnIndex) {
     const vexa::test::LogCapture capture;
     const MeshPtr mesh = Mesh::createDefault(TRIANGLES, FLOAT);
     ASSERT_NE(mesh, nullptr);
@@ -113,7 +113,7 @@ TEST(Mesh, SettingThePrimitiveTouchesNoBuffer) {
     EXPECT_EQ(mesh->getIndexBuffer(), indices);
 }
 
-TEST(Mesh, SharesItsIndexBufferWithWhoeverAsks) {
+TEST(Mesh, SharesItsIndexBufferWithItsCallers) {
     const MeshPtr mesh = Mesh::createDefault();
     mesh->getIndexBuffer()->resize(6);
     EXPECT_EQ(mesh->getIndexBuffer()->getElementCount(), 6u);
@@ -140,14 +140,14 @@ TEST(Mesh, KeepsAttributeBuffersInTheOrderOfAdding) {
     EXPECT_EQ(first.use_count(), 3);
 }
 
-TEST(Mesh, ShowsWhatACallerWritesIntoItsBuffers) {
+TEST(Mesh, ShowsTheChangesOfACallerToItsBuffers) {
     const MeshPtr mesh = Mesh::createDefault();
     mesh->addAttributeBuffer(vec3f("position", 1));
     mesh->getAttributeBuffer(0)->resize(9);
     EXPECT_EQ(mesh->getAttributeBuffer("position")->getElementCount(), 9u);
 }
 
-TEST(Mesh, ReleasesItsSharesWhenItGoes) {
+TEST(Mesh, ReleasesItsBuffersWhenDestroyed) {
     MeshPtr mesh = Mesh::createDefault();
     const auto position = vec3f("position", 1);
     const auto indices = mesh->getIndexBuffer();
@@ -157,7 +157,7 @@ TEST(Mesh, ReleasesItsSharesWhenItGoes) {
     EXPECT_EQ(indices.use_count(), 1);
 }
 
-TEST(MeshLookup, FindsTheFirstBufferOfANameByteByByte) {
+TEST(MeshLookup, FindsTheFirstBufferWhoseNameMatchesByteForByte) {
     const MeshPtr mesh = Mesh::createDefault();
     const auto first = vec3f("normal", 1);
     mesh->addAttributeBuffer(vec3f("position", 1));
@@ -178,7 +178,7 @@ TEST(MeshLookup, ComparesNamesBeyondAZeroByte) {
     EXPECT_EQ(mesh->getAttributeBuffer("a"), nullptr);
 }
 
-TEST(MeshLookup, LogsNothingWhenThereIsNone) {
+TEST(MeshLookup, LogsNothingWhenNoBufferMatches) {
     const vexa::test::LogCapture capture;
     EXPECT_EQ(Mesh::createDefault()->getAttributeBuffer("position"), nullptr);
     EXPECT_TRUE(capture.records().empty());
@@ -216,7 +216,7 @@ TEST(MeshLookup, AsksForTheNumberOfBuffersAtEachStepThroughTheInterface) {
     EXPECT_EQ(mesh.asked, 3u);
 }
 
-TEST(NumPrimitives, DividesTheIndexCountByTheVerticesOfAListPrimitive) {
+TEST(NumPrimitives, DivideTheIndexCountByTheVerticesOfAListPrimitive) {
     struct Row {
         PrimitiveType type;
         unsigned long indexCount;
@@ -230,7 +230,7 @@ TEST(NumPrimitives, DividesTheIndexCountByTheVerticesOfAListPrimitive) {
     }
 }
 
-TEST(NumPrimitives, CountsPositionsOfAMeshWithoutIndices) {
+TEST(NumPrimitives, CountPositionsOfAMeshWithoutIndices) {
     const MeshPtr mesh = Mesh::createDefault();
     mesh->setIndexBuffer({});
     EXPECT_EQ(mesh->getNumPrimitives(), 0u);
@@ -242,13 +242,13 @@ TEST(NumPrimitives, CountsPositionsOfAMeshWithoutIndices) {
     EXPECT_EQ(mesh->getNumPrimitives(), 7u);
 }
 
-TEST(NumPrimitives, AnEmptyIndexBufferIsCountedAndNotThePositions) {
+TEST(NumPrimitives, CountAnEmptyIndexBufferRatherThanThePositions) {
     const MeshPtr mesh = Mesh::createDefault();
     mesh->addAttributeBuffer(vec3f("position", 7));
     EXPECT_EQ(mesh->getNumPrimitives(), 0u);
 }
 
-TEST(NumPrimitives, AreNoneForAnUnknownPrimitiveType) {
+TEST(NumPrimitives, AreZeroForAnUnknownPrimitiveType) {
     const MeshPtr mesh = Mesh::createDefault(static_cast<PrimitiveType>(7), UNSIGNED_INT);
     mesh->getIndexBuffer()->resize(12);
     EXPECT_EQ(mesh->getNumPrimitives(), 0u);
@@ -266,7 +266,7 @@ public:
     }
 };
 
-TEST(NumPrimitives, UsesTheVirtualLookupByName) {
+TEST(NumPrimitives, UseTheVirtualLookupByName) {
     EXPECT_EQ(RenamingMesh().getNumPrimitives(), 11u);
 }
 

@@ -21,7 +21,7 @@ using vexa::test::indexBuffer;
 using vexa::test::meshOf;
 using vexa::test::zeros;
 
-/// What isValid says: nothing for a valid mesh.
+/// The message of isValid; empty for a valid mesh.
 std::string faultOf(const MeshPtr& mesh) {
     try {
         mesh->isValid();
@@ -31,7 +31,7 @@ std::string faultOf(const MeshPtr& mesh) {
     return "";
 }
 
-// The library's classes below std::logic_error would be a different answer.
+// A class derived from std::logic_error would be a different answer.
 template <typename Function>
 bool throwsPlainLogicError(Function function) {
     try {
@@ -42,19 +42,19 @@ bool throwsPlainLogicError(Function function) {
     return false;
 }
 
-TEST(IsValid, ReturnsForAConsistentMesh) {
+TEST(IsValid, AcceptsAConsistentMesh) {
     static_assert(std::is_void_v<decltype(std::declval<const Mesh&>().isValid())>);
     EXPECT_EQ(faultOf(meshOf({zeros("position", 3), zeros("normal", 3)}, {0, 1, 2, 2, 1, 0})), "");
     EXPECT_EQ(faultOf(meshOf({zeros("position", 0)})), "");
 }
 
-TEST(IsValid, WantsPositions) {
+TEST(IsValid, RequiresPositions) {
     EXPECT_EQ(faultOf(meshOf({})), "Missing position attribute");
     EXPECT_EQ(faultOf(meshOf({zeros("normal", 3), zeros("Position", 3)}, {0, 1, 2})), "Missing position attribute");
     EXPECT_TRUE(throwsPlainLogicError([] { meshOf({})->isValid(); }));
 }
 
-TEST(IsValid, WantsAsManyElementsOfEachAttributeAsPositions) {
+TEST(IsValid, RequiresAsManyElementsOfEachAttributeAsPositions) {
     EXPECT_EQ(faultOf(meshOf({zeros("position", 4), zeros("normal", 3)})),
               "Attribute normal has less elements than vertices");
     EXPECT_EQ(faultOf(meshOf({zeros("position", 4), zeros("normal", 5)})), "");
@@ -69,7 +69,7 @@ TEST(IsValid, MeasuresASecondPositionBufferByTheFirst) {
               "Attribute position has less elements than vertices");
 }
 
-TEST(IsValid, WantsIndicesBelowTheVertexCount) {
+TEST(IsValid, RequiresIndicesBelowTheVertexCount) {
     EXPECT_EQ(faultOf(meshOf({zeros("position", 3)}, {0, 1, 2})), "");
     EXPECT_EQ(faultOf(meshOf({zeros("position", 3)}, {0, 1, 3})), "Indices are out of range");
     EXPECT_EQ(faultOf(meshOf({zeros("position", 0)}, {0})), "Indices are out of range");
@@ -90,14 +90,14 @@ TEST(IsValid, AcceptsAnyNumberOfIndicesAndAnyPrimitiveType) {
     EXPECT_EQ(faultOf(mesh), "");
 }
 
-TEST(IsValid, NamesAnEmptyAttributeBuffer) {
+TEST(IsValid, ReportsAnEmptyAttributeBuffer) {
     const MeshPtr mesh = meshOf({zeros("position", 3), nullptr});
     EXPECT_EQ(faultOf(mesh), "Attribute buffer is empty");
     EXPECT_TRUE(throwsPlainLogicError([&] { mesh->isValid(); }));
     EXPECT_EQ(faultOf(meshOf({nullptr})), "Missing position attribute");
 }
 
-TEST(IsValid, TakesNegativeIndicesForHugeOnes) {
+TEST(IsValid, TreatsNegativeIndicesAsHugeOnes) {
     for (const ComponentType type : {BYTE, SHORT, INT}) {
         const MeshPtr mesh = meshOf({zeros("position", 3)});
         mesh->setIndexBuffer(indexBuffer(type, {0, 2, std::numeric_limits<unsigned long>::max()}));
@@ -202,7 +202,7 @@ TEST(CreateEmptyMesh, SharesNothingWithItsSource) {
     EXPECT_EQ(source->getIndexBuffer()->getElementCount(), 3u);
 }
 
-TEST(CreateEmptyMesh, OfAnUnindexedMeshIsUnindexed) {
+TEST(CreateEmptyMesh, StaysUnindexedForAnUnindexedMesh) {
     const MeshPtr source = meshOf({zeros("position", 3)});
     source->setPrimitive(POINTS);
     source->setIndexBuffer({});
@@ -212,7 +212,7 @@ TEST(CreateEmptyMesh, OfAnUnindexedMeshIsUnindexed) {
     EXPECT_EQ(empty->getNumAttributeBuffers(), 1u);
 }
 
-TEST(CreateEmptyMesh, DoesNotTakeOverStrideAndForeignClasses) {
+TEST(CreateEmptyMesh, DoesNotCopyStridesAndForeignClasses) {
     const auto source = std::make_shared<ForeignMesh>(LINES);
     source->addAttributeBuffer(foreignCopy(*zeros("position", 3)));
     source->setIndexBuffer(foreignCopy(*indexBuffer(BYTE, {1})));

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cfenv>
 #include <cstring>
 #include <limits>
 
@@ -17,6 +18,7 @@ namespace {
 
 using namespace vexa::mesh;
 using reference::PackedNormal;
+using vexa::test::attribute;
 using vexa::test::Exactly;
 using vexa::test::exactly;
 using vexa::test::Vec3;
@@ -61,11 +63,11 @@ constexpr std::uint64_t step = 1;
 constexpr std::uint64_t step = 257;
 #endif
 
-// All floats, a quarter a test.
+// All floats, a quarter of them in each test.
 class EveryFloat : public testing::TestWithParam<std::uint64_t> {};
 INSTANTIATE_TEST_SUITE_P(InQuarters, EveryFloat, testing::Range<std::uint64_t>(0, 4));
 
-TEST_P(EveryFloat, GivesItsSignAloneToTheWrappedValue) {
+TEST_P(EveryFloat, PassesOnlyItsSignToTheWrappedValue) {
     const float positive = reference::wrap(1.0F, 0.3F);
     std::uint64_t wrong = 0;
     for (std::uint64_t bits = GetParam() << 30; bits < (GetParam() + 1) << 30; bits += step) {
@@ -108,12 +110,12 @@ TEST(EncodeOctahedronNormal, KeepsMinusZeroInTheUpperHalf) {
     EXPECT_EQ(encoded({0.5F, 0.25F, -0.0F}), encoded({0.5F, 0.25F, 0.0F}));
 }
 
-TEST(EncodeOctahedronNormal, OfAZeroNormalIsNotANumber) {
+TEST(EncodeOctahedronNormal, GivesNanForAZeroNormal) {
     EXPECT_TRUE(std::isnan(encoded({0, 0, 0})[0]));
     EXPECT_TRUE(std::isnan(encoded({0, 0, 0})[1]));
 }
 
-TEST(EncodeOctahedronNormal, WritesToWhereItsArgumentsCameFrom) {
+TEST(EncodeOctahedronNormal, MayOverwriteItsArguments) {
     float x = 1.0F;
     float y = 1.0F;
     encodeOctahedronNormal(x, y, 2.0F, x, y);
@@ -146,7 +148,7 @@ TEST(QuantizeNormal, TruncatesToTwoBytes) {
     EXPECT_EQ(quantized({-1, 0, 0}), (PackedNormal{0, 127}));
 }
 
-TEST(QuantizeNormal, EndsNotANumberAt255) {
+TEST(QuantizeNormal, MapsNanTo255) {
     EXPECT_EQ(quantized({0, 0, 0}), (PackedNormal{255, 255}));
     EXPECT_EQ(quantized({nan, 0, 1}), (PackedNormal{255, 255}));
     EXPECT_EQ(quantized({infinity, 1, 1}), (PackedNormal{255, 127}));
@@ -179,7 +181,7 @@ TEST(DequantizeNormal, MatchesTheReferenceForAllBytes) {
     }
 }
 
-// What truncation makes of a round trip, for every pair of bytes.
+// Truncation in a round trip, for every pair of bytes.
 TEST(QuantizeNormal, MatchesTheReferenceForAllUnpackedBytes) {
     for (unsigned int i = 0; i < 65536; ++i) {
         const PackedNormal packed{static_cast<unsigned char>(i & 255), static_cast<unsigned char>(i >> 8)};
@@ -208,8 +210,9 @@ TEST(NormalFunctions, PackAndUnpackWholeBuffers) {
     EXPECT_EQ(elements[0], dequantized({127, 127}));
 }
 
-// Coordinates on both sides of every byte's edge, in the finest steps that a coordinate from 1/2 on can take.
-TEST(NormalFunctions, TruncateExactlyAtTheEdgeOfEveryByte) {
+/// Normals with a coordinate on either side of every byte's edge, in the finest steps that a coordinate from 1/2 on can
+/// take.
+std::vector<Vec3> normalsAtTheEdgesOfBytes() {
     constexpr int norm = 1 << 24;
     std::vector<Vec3> normals;
     for (int byte = 0; byte <= 255; ++byte) {
@@ -219,19 +222,51 @@ TEST(NormalFunctions, TruncateExactlyAtTheEdgeOfEveryByte) {
             const int y = norm - std::abs(x);
             normals.push_back({static_cast<float>(x), static_cast<float>(y), 0.0F});
             normals.push_back({static_cast<float>(-y), static_cast<float>(x), -0.0F});
+            normals.push_back({static_cast<float>(x), static_cast<float>(std::max(y - 1, 0)), -1.0F});
         }
     }
+    return normals;
+}
+
+std::vector<PackedNormal> packedInBulk(const std::vector<Vec3>& normals) {
     const auto packed = AttributeBuffer::createDefault(UNSIGNED_BYTE, 2, "normal");
     packed->resize(normals.size());
     transformAttributes(vexa::test::vec3f("normal", normals), packed, quantizeNormals());
-    const std::vector<PackedNormal> bytes = vexa::test::elementsOf<PackedNormal>(*packed);
+    return vexa::test::elementsOf<PackedNormal>(*packed);
+}
+
+std::vector<Vec3> unpackedInBulk(const std::vector<PackedNormal>& bytes) {
+    const auto normals = vexa::test::zeros("normal", bytes.size());
+    transformAttributes(attribute(UNSIGNED_BYTE, 2, "normal", bytes), normals, dequantizeNormals());
+    return vexa::test::elementsOf<Vec3>(*normals);
+}
+
+TEST(NormalFunctions, TruncateExactlyAtTheEdgeOfEveryByte) {
+    const std::vector<Vec3> normals = normalsAtTheEdgesOfBytes();
+    const std::vector<PackedNormal> bytes = packedInBulk(normals);
     for (std::size_t i = 0; i < normals.size(); ++i) {
         ASSERT_EQ(bytes[i], reference::quantize(normals[i])) << normals[i][0] << " " << normals[i][1];
         ASSERT_EQ(bytes[i], quantized(normals[i]));
     }
 }
 
-TEST(NormalFunctions, WorkOnElementsOfAnyAddress) {
+TEST(NormalFunctions, RoundAWholeBufferAsEachOfItsElements) {
+    const std::vector<Vec3> normals = normalsAtTheEdgesOfBytes();
+    for (const int roundingMode : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+        std::fesetround(roundingMode);
+        const std::vector<PackedNormal> bytes = packedInBulk(normals);
+        const std::vector<Vec3> unpacked = unpackedInBulk(bytes);
+        std::vector<PackedNormal> expectedBytes(normals.size());
+        std::vector<Vec3> expectedNormals(normals.size());
+        std::transform(normals.begin(), normals.end(), expectedBytes.begin(), quantized);
+        std::transform(bytes.begin(), bytes.end(), expectedNormals.begin(), dequantized);
+        std::fesetround(FE_TONEAREST);
+        EXPECT_TRUE(bytes == expectedBytes) << roundingMode;
+        EXPECT_TRUE(unpacked == expectedNormals) << roundingMode;
+    }
+}
+
+TEST(NormalFunctions, WorkOnElementsAtAnyAddress) {
     const Vec3 normal{1, 0, 0};
     unsigned char room[16];
     std::memcpy(room + 1, normal.data(), 12);

@@ -31,7 +31,7 @@ std::vector<std::string> built(const Indices& mesh, const StripOptions& options 
     return texts(buildPrimitives(mesh, options));
 }
 
-/// All triangles of primitives, spelled so that equal lists hold the same oriented triangles.
+/// All triangles of primitives in canonical form: equal lists hold the same oriented triangles.
 Indices trianglesOf(const std::vector<IndexedPrimitive>& primitives) {
     Indices all;
     for (const IndexedPrimitive& primitive : primitives) {
@@ -46,7 +46,7 @@ bool isManifold(const Indices& mesh) {
     return graph.claimedTriangles.first == nullptr;
 }
 
-/// What a call throws as std::invalid_argument.
+/// The message of the std::invalid_argument that a call throws.
 template <class Call>
 std::string messageOf(Call call) {
     try {
@@ -76,7 +76,7 @@ TEST(BuildPrimitives, HasTheDescribedDefaults) {
     EXPECT_FALSE(options.allStrips);
 }
 
-TEST(BuildPrimitives, OfNothingGivesNothing) {
+TEST(BuildPrimitives, GivesNothingForNoTriangles) {
     for (const StripOptions& options : manyOptions()) {
         EXPECT_TRUE(buildPrimitives({}, options).empty());
     }
@@ -96,12 +96,12 @@ TEST(BuildPrimitives, MakesStripsOfSingleTrianglesWhenAllAreToBeStrips) {
     EXPECT_EQ(built(meshes::scattered(2), {.allStrips = true}), (std::vector<std::string>{"5: 3 4 5", "5: 0 1 2"}));
 }
 
-TEST(BuildPrimitives, LeavesAllToTheBatchWithoutStrips) {
+TEST(BuildPrimitives, PutsEverythingIntoTheBatchWithoutStrips) {
     EXPECT_EQ(built(meshes::strip(2), {.iterations = 0}), std::vector<std::string>{"4: 0 1 2 2 1 3"});
     EXPECT_EQ(built(meshes::strip(2), {.buildStrips = false}), std::vector<std::string>{"4: 0 1 2 2 1 3"});
 }
 
-TEST(BuildPrimitives, GivesTheFansAloneWithoutStripsWhenAllAreToBeStrips) {
+TEST(BuildPrimitives, GivesOnlyFansWithoutStripsWhenAllAreToBeStrips) {
     const Indices mesh = meshes::joined(meshes::closedFan(3), meshes::shifted(meshes::strip(2), 4));
     const StripOptions options{.buildStrips = false, .buildFans = true, .minFanTriangles = 3, .allStrips = true};
     EXPECT_EQ(built(mesh, options), std::vector<std::string>{"6: 0 1 2 3 1"});
@@ -119,14 +119,14 @@ TEST(BuildPrimitives, CountsCollapsedTrianglesAtAFansCentre) {
     EXPECT_EQ(built(mesh, {.buildFans = true, .minFanTriangles = 7}).front().substr(0, 2), "5:");
 }
 
-TEST(BuildPrimitives, SkipsACentreThatBeginsWithACollapsedTriangle) {
+TEST(BuildPrimitives, SkipsACentreWhoseFirstTriangleIsCollapsed) {
     const Indices mesh = meshes::joined({0, 6, 6}, meshes::closedFan(5));
     EXPECT_EQ(built(mesh, {.buildFans = true, .minFanTriangles = 3}).front().substr(0, 2), "5:");
 }
 
-class BuildPrimitivesOf : public testing::TestWithParam<std::string> {};
+class BuildPrimitivesOnMeshes : public testing::TestWithParam<std::string> {};
 
-TEST_P(BuildPrimitivesOf, MeshesWithoutNonManifoldEdgesGivesWhatTheGraphGives) {
+TEST_P(BuildPrimitivesOnMeshes, MatchesTheGraphOnManifoldEdges) {
     const LogCapture capture(vexa::test::Severity::Fatal);
     const std::vector<StripOptions> options = manyOptions();
     for (const meshes::NamedMesh& mesh : meshes::family(GetParam())) {
@@ -141,7 +141,7 @@ TEST_P(BuildPrimitivesOf, MeshesWithoutNonManifoldEdgesGivesWhatTheGraphGives) {
     }
 }
 
-TEST_P(BuildPrimitivesOf, AnyMeshKeepsEveryTriangleOnce) {
+TEST_P(BuildPrimitivesOnMeshes, KeepsEveryTriangleOnce) {
     for (const meshes::NamedMesh& mesh : meshes::family(GetParam())) {
         const Indices expected = reference::canonical(reference::withoutCollapsed(mesh.indices));
         for (const StripOptions& options : manyOptions()) {
@@ -152,7 +152,7 @@ TEST_P(BuildPrimitivesOf, AnyMeshKeepsEveryTriangleOnce) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Meshes, BuildPrimitivesOf, testing::Values("Plain", "Knotted", "Variants"),
+INSTANTIATE_TEST_SUITE_P(Meshes, BuildPrimitivesOnMeshes, testing::Values("Plain", "Knotted", "Variants"),
                          [](const auto& family) { return family.param; });
 
 TEST(BuildPrimitivesNonManifold, MakesTwoPairsOfFourTrianglesOnAnEdge) {
@@ -169,7 +169,7 @@ TEST(BuildPrimitivesNonManifold, PairsCopiesOfATriangleWithItsReverse) {
     EXPECT_EQ(built({0, 1, 2, 0, 1, 2, 0, 2, 1, 0, 2, 1}).size(), 2u);
 }
 
-TEST(BuildPrimitivesNonManifold, PairsEdgesAtAVertexWithVeryManyAsAtOthers) {
+TEST(BuildPrimitivesNonManifold, PairsEdgesAtACrowdedVertexAsElsewhere) {
     // The same edges, once alone and once at a vertex with a thousand others.
     const Indices edge = {0, 1, 2, 0, 1, 3, 0, 1, 4, 1, 0, 5, 1, 0, 6};
     const Indices hub = meshes::hub(1000); // around vertex 0
@@ -228,14 +228,14 @@ TEST(BuildPrimitives, RunsInSeveralThreadsAtOnce) {
     }
 }
 
-TEST(BuildPrimitives, TakesTheLargestVertexIndexAndHugeGaps) {
+TEST(BuildPrimitives, AcceptsTheLargestVertexIndexAndHugeGaps) {
     EXPECT_EQ(built({0, 1, 4294967294U, 4294967294U, 1, 2147483648U}),
               std::vector<std::string>{"5: 0 1 4294967294 2147483648"});
     EXPECT_EQ(built({4294967294U, 4294967293U, 4294967292U}),
               std::vector<std::string>{"4: 4294967294 4294967293 4294967292"});
 }
 
-TEST(BuildPrimitives, GivesTheSameWhetherTheVerticesHaveGapsOrNot) {
+TEST(BuildPrimitives, DoesNotDependOnGapsInTheVertexIndices) {
     constexpr unsigned int gap = 100000000;
     const Indices mesh = meshes::torus(7, 5);
     Indices sparse;
@@ -252,10 +252,10 @@ TEST(BuildPrimitives, GivesTheSameWhetherTheVerticesHaveGapsOrNot) {
     EXPECT_EQ(built(sparse, options), texts(expected));
 }
 
-TEST(BuildPrimitives, RefusesACountThatIsNoMultipleOfThree) {
+TEST(BuildPrimitives, RefusesACountThatIsNotAMultipleOfThree) {
     for (const std::size_t count : {1U, 2U, 4U, 5U}) {
         EXPECT_EQ(messageOf([&] { buildPrimitives(Indices(count)); }),
-                  "buildPrimitives: " + std::to_string(count) + " indices are no whole number of triangles");
+                  "buildPrimitives: " + std::to_string(count) + " indices are not a whole number of triangles");
     }
 }
 
@@ -265,7 +265,7 @@ TEST(BuildPrimitives, RefusesTheRestartIndexAnywhere) {
         mesh[place] = restart;
         EXPECT_EQ(messageOf([&] { buildPrimitives(mesh); }),
                   "buildPrimitives: index " + std::to_string(place) +
-                      " is 4294967295, which restarts a primitive and names no vertex");
+                      " is 4294967295, which is reserved for primitive restart");
     }
 }
 

@@ -13,7 +13,7 @@ using namespace vexa::mesh;
 static_assert(std::is_same_v<std::underlying_type_t<ComponentType>, std::int32_t>);
 static_assert(std::is_same_v<std::underlying_type_t<PrimitiveType>, std::int32_t>);
 
-TEST(ComponentTypes, HaveTheGraphicsCodesSizesAndTexts) {
+TEST(ComponentTypes, HaveTheCodesOfGraphicsApisSizesAndTexts) {
     struct Row {
         ComponentType type;
         int code;
@@ -41,7 +41,7 @@ TEST(ComponentTypes, UnknownValuesHaveSizeZeroAndNoText) {
     }
 }
 
-TEST(PrimitiveTypes, HaveTheGraphicsCodesVertexCountsAndTexts) {
+TEST(PrimitiveTypes, HaveTheCodesOfGraphicsApisVertexCountsAndTexts) {
     struct Row {
         PrimitiveType type;
         int code;

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the program of README.md against the installed package and compares what it prints with what README.md says.
+# Builds the program of README.md against the installed package and compares its output with the one in README.md.
 # usage: readme.sh README BUILD PREFIX
 set -eu
 readme=$1

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Fails when a shared library shows a symbol outside its namespace.
+# Fails if a shared library exports a symbol outside its namespace.
 # usage: symbols.sh LIBRARY NAMESPACE
 set -eu
 symbols=$(nm -D --defined-only -C "$1" | cut -d ' ' -f 3-)

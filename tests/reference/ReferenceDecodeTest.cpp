@@ -21,7 +21,7 @@ TEST(ReferenceDecode, DropsCollapsedTrianglesAndKeepsTheParity) {
     EXPECT_EQ(withoutCollapsed({0, 0, 1, 0, 1, 0, 1, 0, 0, 0, 1, 2}), (Indices{0, 1, 2}));
 }
 
-TEST(ReferenceDecode, BeginsAnewAfterARestart) {
+TEST(ReferenceDecode, StartsOverAfterARestart) {
     EXPECT_EQ(decode(stripCode, {0, 1, 2, 3, restartIndex, 4, 5, 6}), (Indices{0, 1, 2, 2, 1, 3, 4, 5, 6}));
     EXPECT_EQ(decode(stripCode, {0, 1, 2, restartIndex, restartIndex, 4, 5, 6, restartIndex}),
               (Indices{0, 1, 2, 4, 5, 6}));
@@ -29,7 +29,7 @@ TEST(ReferenceDecode, BeginsAnewAfterARestart) {
     EXPECT_EQ(decode(trianglesCode, {0, 1, restartIndex, 4, 5, 6}), (Indices{4, 5, 6}));
 }
 
-TEST(ReferenceDecode, CanonicalFormForgetsOrderAndFirstCornerOnly) {
+TEST(ReferenceDecode, CanonicalFormIgnoresOnlyOrderAndFirstCorner) {
     EXPECT_EQ(canonical({5, 3, 4, 2, 0, 1}), (Indices{0, 1, 2, 3, 4, 5}));
     EXPECT_EQ(canonical({3, 0, 0}), canonical({0, 3, 0}));
     EXPECT_NE(canonical({0, 1, 2}), canonical({0, 2, 1}));

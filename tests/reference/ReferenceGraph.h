@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-/// A second, naive half-edge graph for the tests to compare with: everything is a number in a vector, every search is
+/// A second, naive half-edge graph to compare with: everything is a number in a vector, every search is
 /// a plain scan. Triangle t is the t-th one added; its half-edges are 3t, 3t + 1 and 3t + 2.
 namespace reference {
 
@@ -22,7 +22,7 @@ inline constexpr int trianglesCode = 4;
 inline constexpr int stripCode = 5;
 inline constexpr int fanCode = 6;
 
-/// What happens at an edge with more than two half-edges.
+/// The treatment of an edge with more than two half-edges.
 enum class EdgeRule {
     SplitOff, ///< a third triangle on an edge is linked to nothing and set aside
     Pair      ///< opposite half-edges pair up, the earliest first; nothing is set aside

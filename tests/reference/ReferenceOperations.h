@@ -7,7 +7,7 @@
 #include <glm/mat4x4.hpp>
 #include <vector>
 
-/// The mesh operations on one element, written plainly: what every fast way to them is compared with, bit for bit.
+/// The mesh operations on one element, written plainly. Every fast path is compared with them bit for bit.
 namespace reference {
 
 using Vec3 = std::array<float, 3>;
@@ -37,7 +37,7 @@ std::array<float, 2> encode(const Vec3& normal);
 PackedNormal quantize(const Vec3& normal);
 Vec3 dequantize(const PackedNormal& packed);
 
-/// What an index buffer of a type reads after a value was stored in it.
+/// The value that an index buffer of a type reads back after storing one.
 std::uint64_t storedIndex(vexa::mesh::ComponentType type, std::uint64_t value);
 
 } // namespace reference

@@ -121,14 +121,14 @@ TEST(ReferenceOptimiser, StartsWhereTheFewestNeighboursAreFree) {
     EXPECT_EQ(result.returned, 5u + 4u);
 }
 
-TEST(ReferenceOptimiser, FirstEdgeIsTheOneFromWhichTheStripGoesOn) {
+TEST(ReferenceOptimiser, FirstEdgeIsTheOneThatLeadsOn) {
     // From triangle 0 both neighbours can be entered; only triangle 1 can be left without a swap.
     EXPECT_EQ(optimised(meshes::closedFan(4), onePass).graph.strips.front().triangles, (Indices{0, 1, 2, 3}));
     const Indices turned{2, 0, 1, 0, 2, 3, 0, 3, 4, 0, 4, 1};
     EXPECT_EQ(optimised(turned, onePass).graph.strips.front().triangles, (Indices{0, 1, 2, 3}));
 }
 
-TEST(ReferenceOptimiser, FirstEdgeIsTheLastCandidateWhenNoneGoesOn) {
+TEST(ReferenceOptimiser, FirstEdgeIsTheLastCandidateWhenNoneLeadsOn) {
     // A ring of seven; triangle 0 leads to 1 and 2, and from both the strip would have to turn.
     const Indices ring{0, 1, 2, 1, 0, 3, 2, 1, 4, 3, 0, 5, 4, 1, 5, 5, 0, 6, 5, 6, 4};
     const Result result = optimised(ring, onePass);
@@ -143,7 +143,7 @@ TEST(ReferenceOptimiser, ClosedRingBecomesAFan) {
     EXPECT_EQ(result.graph.state, std::vector<int>(6, fanState));
 }
 
-TEST(ReferenceOptimiser, FewTrianglesOrABorderMakeNoFan) {
+TEST(ReferenceOptimiser, TooFewTrianglesOrABorderDoNotMakeAFan) {
     EXPECT_TRUE(optimised(meshes::closedFan(6), {.buildFans = true, .minFanTriangles = 7}).graph.fans.empty());
     EXPECT_TRUE(optimised(meshes::openFan(9), {.buildFans = true, .minFanTriangles = 0}).graph.fans.empty());
     EXPECT_TRUE(optimised(meshes::closedFan(6), {.buildFans = false}).graph.fans.empty());
@@ -162,7 +162,7 @@ TEST(ReferenceOptimiser, FanTakesItsTrianglesFromTheirNeighbours) {
     EXPECT_EQ(result.graph.state, (std::vector<int>{fanState, fanState, fanState, 0}));
 }
 
-TEST(ReferenceOptimiser, FanBeginsAtTheEarliestHalfEdgeOfItsCentre) {
+TEST(ReferenceOptimiser, FanStartsAtTheEarliestHalfEdgeOfItsCentre) {
     const Result result = optimised({0, 2, 3, 0, 3, 1, 0, 1, 2}, smallFans);
     EXPECT_EQ(result.primitives, (std::vector<Indices>{{0, 2, 3, 1, 2}}));
     EXPECT_EQ(result.graph.fans.front().triangles, (Indices{0, 1, 2}));
@@ -179,7 +179,7 @@ TEST(ReferenceOptimiser, CollapsedFirstTriangleKeepsAVertexFromBeingACentre) {
     EXPECT_EQ(optimised(meshes::joined(meshes::closedFan(6), {0, 0, 1}), smallFans).graph.fans.size(), 1u);
 }
 
-TEST(ReferenceOptimiser, PairingStripsWhatSplittingOffLeaves) {
+TEST(ReferenceOptimiser, PairingStripsTrianglesThatWouldBeSplitOff) {
     const Result result = optimised(meshes::fourOnAnEdge(), onePass, EdgeRule::Pair);
     EXPECT_EQ(result.primitives, (std::vector<Indices>{{4, 0, 1, 5}, {2, 0, 1, 3}}));
 }
@@ -218,7 +218,7 @@ TEST(ReferenceDraws, EveryAttemptReseedsAndDrawsOnceForAStrip) {
 }
 
 TEST(ReferenceDraws, LastAttemptReplaysTheBestSeedOnTheOrderThatUndoingLeft) {
-    // All attempts cost the same, so the first stays the best; the strips tell the picks.
+    // All attempts cost the same, so the first stays the best; the strips show the picks.
     std::srand(1);
     unsigned int bestSeed = 0;
     Indices waiting{0, 1, 2, 3, 4, 5, 6, 7};

@@ -183,7 +183,7 @@ protected:
     Indices indices_{1, 2, 3};
 };
 
-TEST_F(ReferencePrimitives, ComeAsFansThenStripsNewestFirstThenTheBatch) {
+TEST_F(ReferencePrimitives, AreFansThenStripsNewestFirstThenTheBatch) {
     const std::vector<Primitive> all = graph_.takePrimitives();
     ASSERT_EQ(all.size(), 4u);
     EXPECT_EQ(all[0].type, fanCode);
@@ -196,7 +196,7 @@ TEST_F(ReferencePrimitives, ComeAsFansThenStripsNewestFirstThenTheBatch) {
     EXPECT_EQ(graph_.claimedTriangles, (Indices{5, 6, 7, 2, 3, 0, 1, 4}));
 }
 
-TEST_F(ReferencePrimitives, OfOneKindLeaveTheOthers) {
+TEST_F(ReferencePrimitives, OfOneTypeLeaveTheOthers) {
     EXPECT_EQ(graph_.getPrimitive(indices_, stripCode), stripCode);
     EXPECT_EQ(indices_, (Indices{4, 5, 6, 7}));
     EXPECT_EQ(graph_.getPrimitive(indices_, trianglesCode), trianglesCode);
@@ -206,7 +206,7 @@ TEST_F(ReferencePrimitives, OfOneKindLeaveTheOthers) {
     EXPECT_EQ(graph_.strips.size(), 1u);
 }
 
-TEST_F(ReferencePrimitives, OfAnUnknownKindAreNone) {
+TEST_F(ReferencePrimitives, OfAnUnknownTypeDoNotExist) {
     EXPECT_EQ(graph_.getPrimitive(indices_, 1), 0);
     EXPECT_EQ(indices_, Indices{});
     EXPECT_EQ(graph_.takePrimitives().size(), 4u);

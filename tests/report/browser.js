@@ -1,4 +1,4 @@
-// A browser that draws in software, with an empty profile, and what it says while it shows a page.
+// A browser that draws in software, with an empty profile, and the messages it emits while showing a page.
 
 import { chromium } from 'playwright-core';
 
@@ -13,7 +13,7 @@ const quiet = [
     '--force-color-profile=srgb',
 ];
 const softwareWebGl = ['--use-gl=angle', '--use-angle=swiftshader', '--enable-unsafe-swiftshader'];
-// Drawing in software takes its time where much else runs.
+// Drawing in software is slow on a loaded machine.
 const patience = 240000;
 const noWebGl = ['--disable-gpu', '--disable-3d-apis'];
 
@@ -22,21 +22,21 @@ export function launch({ webGl = true } = {}) {
     return chromium.launch({ executablePath: program, args, timeout: patience });
 }
 
-/// Opens a report; `said` collects what must not be said: messages, errors and requests of anything but the page.
+/// Opens a report; `unwanted` collects everything that must not happen: messages, errors, and requests for anything but the page.
 export async function open(browser, file, options = {}) {
     const page = await browser.newPage({ viewport: { width: 1280, height: 900 }, colorScheme: 'light', ...options });
     page.setDefaultTimeout(patience);
     const url = `file://${file}`;
-    page.said = [];
-    page.on('console', (message) => page.said.push(`console ${message.type()}: ${message.text()}`));
-    page.on('pageerror', (error) => page.said.push(`error: ${error.stack}`));
+    page.unwanted = [];
+    page.on('console', (message) => page.unwanted.push(`console ${message.type()}: ${message.text()}`));
+    page.on('pageerror', (error) => page.unwanted.push(`error: ${error.stack}`));
     page.on('dialog', (dialog) => {
-        page.said.push(`dialog: ${dialog.message()}`);
+        page.unwanted.push(`dialog: ${dialog.message()}`);
         dialog.dismiss();
     });
     page.on('request', (request) => {
         if (request.url() !== url && !request.url().startsWith('data:')) {
-            page.said.push(`request: ${request.url()}`);
+            page.unwanted.push(`request: ${request.url()}`);
         }
     });
     await page.goto(url);
@@ -44,7 +44,7 @@ export async function open(browser, file, options = {}) {
     return page;
 }
 
-/// What is seen of the picture, without the texts on it.
+/// A screenshot of the view without the texts on it.
 export async function pictureOf(page) {
     const hiding = await page.addStyleTag({ content: '.view-label, .tip, .still-note { visibility: hidden }' });
     await settled(page);
@@ -53,7 +53,7 @@ export async function pictureOf(page) {
     return picture;
 }
 
-/// Waits until what was asked for has been drawn.
+/// Waits until pending drawing is finished.
 export function settled(page) {
     return page.evaluate(() => new Promise((done) => {
         requestAnimationFrame(() => requestAnimationFrame(() => requestAnimationFrame(done)));

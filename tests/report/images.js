@@ -1,13 +1,13 @@
-// Looks at pictures with the browser's own decoders.
+// Examines screenshots with the browser's own decoders.
 
 let bench;
 
-/// Pictures are looked at in a page of this browser.
+/// Screenshots are examined in a page of this browser.
 export async function lookWith(browser) {
     bench = await browser.newPage();
 }
 
-/// How much of a picture is something else than its most frequent colour, how many colours it has, and the share of
+/// The share of a screenshot not in its most frequent colour, its number of colours, and the share of
 /// pixels of a wanted kind: `isWanted` is the text of a function of red, green and blue.
 export function inspect(png, isWanted = '() => false') {
     return bench.evaluate(async ([data, wanted]) => {
@@ -28,8 +28,8 @@ export function inspect(png, isWanted = '() => false') {
     }, [png.toString('base64'), isWanted]);
 }
 
-/// How far two pictures are from each other: 0 for the same, 1 for black and white. Both are made small first, so that
-/// the last pixel of an edge or a letter does not count.
+/// The difference of two screenshots: 0 for equal ones, 1 for black and white. Both are scaled down first, so that
+/// single pixels of edges and letters do not count.
 export function distance(one, other) {
     return bench.evaluate(async (sources) => {
         const side = 96;
@@ -49,7 +49,7 @@ export function distance(one, other) {
     }, [one, other].map(({ type, data }) => `data:image/${type};base64,${data.toString('base64')}`));
 }
 
-/// A picture of less bytes.
+/// The same screenshot in fewer bytes.
 export async function shrink(png, width, quality = 0.8) {
     const data = await bench.evaluate(async ([source, toWidth, toQuality]) => {
         const bitmap = await createImageBitmap(await (await fetch(`data:image/png;base64,${source}`)).blob());

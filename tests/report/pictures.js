@@ -1,4 +1,4 @@
-// Pictures of reports that are kept: what they show and how they are taken.
+// The expected screenshots of reports: their contents and how to take them.
 
 import { launch, open, pictureOf, settled } from './browser.js';
 import { lookWith } from './images.js';
@@ -19,7 +19,7 @@ export const pictures = [
     { name: 'page-dark', model: spider, scheme: 'dark', width: 1280, isPage: true },
 ];
 
-/// A picture as PNG.
+/// A screenshot as PNG.
 export async function take({ model, scheme, width, webGl = true, isPage = false }, height = 900) {
     const browser = await launch({ webGl });
     try {

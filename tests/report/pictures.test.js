@@ -1,4 +1,4 @@
-// Reports look as they did when their pictures were last taken (see update.js) and looked at by a person.
+// Reports look as in their expected screenshots, which update.js takes and a person approves.
 
 import assert from 'node:assert/strict';
 import { readFileSync } from 'node:fs';
@@ -7,7 +7,7 @@ import { launch } from './browser.js';
 import { distance, lookWith } from './images.js';
 import { pictures, take } from './pictures.js';
 
-// Fonts and drawing in software differ from machine to machine.
+// Fonts and software drawing differ between machines.
 const alike = { view: 0.02, page: 0.05 };
 const expected = (name) => ({ type: 'webp', data: readFileSync(new URL(`expected/${name}.webp`, import.meta.url)) });
 
@@ -18,7 +18,7 @@ before(async () => {
 after(() => browser.close());
 
 for (const picture of pictures) {
-    test(`${picture.name} is like its picture`, async () => {
+    test(`${picture.name} matches its screenshot`, async () => {
         const data = await take(picture);
         await lookWith(browser);
         const far = await distance({ type: 'png', data }, expected(picture.name));
@@ -26,7 +26,7 @@ for (const picture of pictures) {
     });
 }
 
-test('pictures of something else are not alike', async () => {
+test('screenshots of different things do not match', async () => {
     await lookWith(browser);
     for (const [one, other] of [['small-light', 'large-light'], ['small-light', 'small-dark'], ['small-light', 'small-narrow']]) {
         const far = await distance(expected(one), expected(other));

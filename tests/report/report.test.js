@@ -1,4 +1,4 @@
-// What a report does in a browser.
+// The behaviour of a report in a browser.
 
 import assert from 'node:assert/strict';
 import { after, before, describe, test } from 'node:test';
@@ -17,7 +17,7 @@ async function setSlider(page, value) {
     await settled(page);
 }
 
-/// What is said at a grid of places of the picture: [x, text], from left to right; `from` and `to` are shares of it.
+/// The texts shown at a grid of points of the view: [x, text], from left to right; `from` and `to` are shares of it.
 async function pointAround(page, from, to) {
     const box = await page.locator('#canvas').boundingBox();
     const found = [];
@@ -46,9 +46,9 @@ for (const webGl of [true, false]) {
         });
         after(() => browser.close());
 
-        test('it says nothing on the console and loads nothing', () => assert.deepEqual(page.said, []));
+        test('the console stays empty and nothing is loaded', () => assert.deepEqual(page.unwanted, []));
 
-        test('the note on missing WebGL is there when it is missing', async () => {
+        test('a note appears if WebGL is missing', async () => {
             assert.equal(await page.locator('#still-note').isVisible(), !webGl);
         });
 
@@ -64,7 +64,7 @@ for (const webGl of [true, false]) {
         });
 
         for (const [view, from, to] of [['before', 0, 0.5], ['after', 0.5, 1]]) {
-            test(`pointing tells the strips apart, ${view}`, async () => {
+            test(`pointing distinguishes the strips, ${view}`, async () => {
                 const texts = await pointAround(page, from, to);
                 const short = texts.findLastIndex((text) => /^Strip \d+ · 2 triangles · 0 swaps · 4 indices/.test(text));
                 const long = texts.findIndex((text) => /^Strip \d+ · 8 triangles · 1 swap · 11 indices/.test(text));
@@ -74,7 +74,7 @@ for (const webGl of [true, false]) {
             });
         }
 
-        test('beside the model nothing is pointed at', async () => {
+        test('pointing next to the model shows nothing', async () => {
             const box = await page.locator('#canvas').boundingBox();
             await page.mouse.move(box.x + box.width * 0.75, box.y + 5);
             await settled(page);
@@ -82,7 +82,7 @@ for (const webGl of [true, false]) {
             assert.match(await infoOf(page), /^Point at a triangle/);
         });
 
-        test('the slider draws as many triangles as it says', async () => {
+        test('the slider draws as many triangles as it shows', async () => {
             const covered = [];
             for (const count of [0, 2, 6, 10]) {
                 await setSlider(page, count);
@@ -100,7 +100,7 @@ for (const webGl of [true, false]) {
             }
         });
 
-        test('replay begins with nothing and can be stopped', async () => {
+        test('replay starts with an empty view and can be stopped', async () => {
             await setSlider(page, 10);
             await page.locator('#play').click();
             await page.waitForFunction(() => {
@@ -112,9 +112,9 @@ for (const webGl of [true, false]) {
             await setSlider(page, 10);
         });
 
-        test('keys turn the picture, and bring it back', async () => {
+        test('keys turn the view and reset it', async () => {
             await page.locator('#canvas').focus();
-            // From the first key on the focus is seen, too.
+            // The first key makes the focus visible, too.
             await page.keyboard.press('0');
             const before = await pictureOf(page);
             for (const key of ['ArrowRight', 'ArrowUp', '+', 'Shift+ArrowLeft']) {
@@ -126,7 +126,7 @@ for (const webGl of [true, false]) {
             assert.ok((await distance(png(before), png(await pictureOf(page)))) < alike);
         });
 
-        test('keys walk through the strips and the triangles', async () => {
+        test('keys step through the strips and the triangles', async () => {
             await page.locator('#canvas').focus();
             await page.keyboard.press('n');
             assert.match(await infoOf(page), /^Strip 1 · /);
@@ -150,7 +150,7 @@ for (const webGl of [true, false]) {
             await page.locator('#side').click();
         });
 
-        test('dragging turns the picture', async () => {
+        test('dragging turns the view', async () => {
             const before = await pictureOf(page);
             const box = await page.locator('#canvas').boundingBox();
             await page.mouse.move(box.x + 200, box.y + 200);
@@ -162,7 +162,7 @@ for (const webGl of [true, false]) {
             assert.ok((await distance(png(before), png(await pictureOf(page)))) < alike);
         });
 
-        test('nothing was said until the end', () => assert.deepEqual(page.said, []));
+        test('the console is still empty at the end', () => assert.deepEqual(page.unwanted, []));
     });
 }
 
@@ -193,18 +193,18 @@ describe('a report', () => {
         await page.close();
     });
 
-    test('shows names as they are, whatever is in them', async () => {
+    test('shows names verbatim, whatever they contain', async () => {
         const name = '</script><script>alert(1)</script><img src=x onerror=alert(2)>';
         const page = await open(browser, report(threeWings(name)).file);
         await page.locator('#canvas').focus();
         await page.keyboard.press('n');
         assert.ok((await page.locator('body').textContent()).includes(name));
         assert.equal(await page.locator('img').count(), 0);
-        assert.deepEqual(page.said, []);
+        assert.deepEqual(page.unwanted, []);
         await page.close();
     });
 
-    test('says the figures that --json prints', async () => {
+    test('shows the figures that --json prints', async () => {
         const { file, facts } = report(`${models}/OBJ/WusonOBJ.obj`, '--fans', '5');
         const page = await open(browser, file);
         const numbers = await page.locator('.metrics data').evaluateAll((list) => list.map((data) => Number(data.value)));
@@ -217,7 +217,7 @@ describe('a report', () => {
         await page.close();
     });
 
-    test('says that it shows a part', async () => {
+    test('says that it shows only a part', async () => {
         const page = await open(browser, report(twoStrips(), '--show', '5').file);
         assert.match(await page.locator('#part').textContent(), /the first 5 of 10 triangles/);
         assert.match(await page.locator('#replay-text').textContent(), /^5 of 5/);

@@ -1,4 +1,4 @@
-// Small models, and the reports that the tool writes of them.
+// Small models, and the reports that the tool writes about them.
 
 import { execFileSync } from 'node:child_process';
 import { mkdirSync, mkdtempSync, readdirSync, rmSync, symlinkSync, writeFileSync } from 'node:fs';
@@ -21,11 +21,12 @@ export const models = setting('VEXAMESH_MODELS');
 
 let files = 0;
 
-/// Writes a report of a model. `facts` is what --json prints.
+/// Writes a report about a model. `facts` is the output of --json.
 export function report(model, ...options) {
     const folder = join(directory, String(++files));
     mkdirSync(folder);
-    // Named without its directory, which is another one every time and would be seen; what it refers to is beside it.
+    // Named without its directory, which differs between runs and would be visible in the page. The files that it refers
+    // to are next to it.
     for (const name of readdirSync(dirname(model))) {
         symlinkSync(join(dirname(model), name), join(folder, name));
     }
@@ -51,7 +52,7 @@ export function writeObj(name, vertices, faces, meshName = 'part') {
     return file;
 }
 
-/// A row of squares from `left` on: a strip of twice as many triangles.
+/// A row of squares starting at `left`: a strip of twice as many triangles.
 function addRow(model, left, squares) {
     const first = model.vertices.length;
     for (let i = 0; i <= squares; ++i) {

@@ -1,4 +1,4 @@
-// Takes the pictures that are kept, for a person to look at: node update.js SOURCE_DIRECTORY
+// Regenerates the expected screenshots, for a person to approve: node update.js SOURCE_DIRECTORY
 
 import { mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';

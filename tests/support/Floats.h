@@ -13,8 +13,8 @@ namespace vexa::test {
 
 using Vec3 = std::array<float, 3>;
 
-/// A float that is equal to another when the bits are. Which NaN comes out of several is no one's promise, so all NaNs
-/// are one.
+/// A float that compares by its bits. Which of several NaNs an operation returns is unspecified, so all NaNs
+/// are equal.
 struct Exactly {
     float value;
     friend bool operator==(Exactly a, Exactly b) {
@@ -30,7 +30,7 @@ inline std::array<Exactly, 3> exactly(const Vec3& v) {
     return {Exactly{v[0]}, Exactly{v[1]}, Exactly{v[2]}};
 }
 
-/// Zeros, infinities, NaNs, denormals and the floats beside round numbers, of both signs.
+/// Zeros, infinities, NaNs, denormals and the floats next to round numbers, of both signs.
 inline std::vector<float> specialFloats() {
     std::vector<float> floats;
     for (const std::uint32_t bits :

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// What the suites of the half-edge graph share. Triangles are told apart by the order in which they were inserted.
+/// Helpers shared by the suites of the half-edge graph. Triangles are identified by their order of insertion.
 namespace graphs {
 
 using vexa::mesh::HalfEdgeGraph;
@@ -28,7 +28,7 @@ std::vector<Triangle*> triangles(const HalfEdgeGraph& graph);
 /// The states of all triangles, in order of insertion.
 std::vector<int> states(const HalfEdgeGraph& graph);
 
-/// The numbers of the triangles of a list, for example "0 2 5"; also tells of a broken `last` or `prev`.
+/// The numbers of the triangles of a list, for example "0 2 5"; also reports a broken `last` or `prev`.
 std::string numbers(const HalfEdgeGraph& graph, const TriangleList& list);
 
 /// Stored primitives, for example "(0: 0 1 2) (1: 5 4)".

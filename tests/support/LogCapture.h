@@ -8,7 +8,7 @@
 
 namespace vexa::test {
 
-/// Boost.Log's trivial levels, so that a suite needs none of its headers.
+/// Boost.Log's trivial levels, so that suites need none of its headers.
 enum class Severity { Trace, Debug, Info, Warning, Error, Fatal };
 
 /// One log record as it reached the sink. Absent attributes read -1 and "".

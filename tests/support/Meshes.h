@@ -98,7 +98,7 @@ struct Family {
 /// The families are "Plain", "Knotted" (more than two triangles on an edge, shared edges in plenty, windings that
 /// disagree), "Soups", "Variants" (shuffled, flipped, holed and so on) and "Large".
 std::vector<Family> families();
-/// The meshes of one family; throws std::out_of_range for a name that is none.
+/// The meshes of one family; throws std::out_of_range for an unknown name.
 std::vector<NamedMesh> family(const std::string& name);
 /// The meshes of all families.
 std::vector<NamedMesh> suite();

@@ -17,7 +17,7 @@ std::ptrdiff_t vtableEntry(MemberFunction function) {
     return representation[0] % 8 == 1 ? representation[0] / 8 : -1;
 }
 
-/// Calls what stands in an entry of an object's table, as a function without arguments and result. With the first of a
+/// Calls the function in an entry of an object's table, without arguments and result. With the first of a
 /// destructor's two entries this destroys the object without freeing it.
 inline void callVtableEntry(void* object, std::ptrdiff_t entry) {
     using Function = void (*)(void*);

@@ -47,12 +47,12 @@ TEST(LogRecord, IsDroppedWhenAPieceThrows) {
     EXPECT_TRUE(capture.records().empty());
 }
 
-TEST(LogRecord, PassesOnWhatASinkThrows) {
+TEST(LogRecord, PropagatesExceptionsOfTheSink) {
     const LogCapture capture(Severity::Trace, 0);
     EXPECT_THROW(VEXA_MESH_LOG(info, functionText, fileText) << "x", std::runtime_error);
 }
 
-TEST(LogRecord, LeavesAnElseToTheIfBeforeIt) {
+TEST(LogRecord, LeavesAnElseToThePrecedingIf) {
     const LogCapture capture;
     for (const bool chosen : {true, false}) {
         if (chosen)

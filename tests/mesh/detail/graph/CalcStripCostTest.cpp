@@ -6,7 +6,7 @@ namespace {
 
 using namespace graphs;
 
-/// What the free triangles cost as one strip, forwards and reversed.
+/// The cost of the free triangles as one strip, forwards and reversed.
 std::pair<unsigned int, unsigned int> costs(HalfEdgeGraph& graph) {
     return {graph.calcStripCost(graph.freeTriangles, false), graph.calcStripCost(graph.freeTriangles, true)};
 }
@@ -16,19 +16,19 @@ std::pair<unsigned int, unsigned int> costs(const meshes::Indices& mesh) {
     return costs(graph);
 }
 
-TEST(CalcStripCost, OfAnEmptyStripIsZero) {
+TEST(CalcStripCost, IsZeroForAnEmptyStrip) {
     EXPECT_EQ(costs(meshes::Indices{}), (std::pair{0U, 0U}));
 }
 
-TEST(CalcStripCost, WithoutSwapsIsTwoMoreThanTheTriangles) {
+TEST(CalcStripCost, IsTwoMoreThanTheTrianglesWithoutSwaps) {
     EXPECT_EQ(costs(meshes::strip(1)), (std::pair{3U, 3U}));
     EXPECT_EQ(costs(meshes::strip(2)), (std::pair{4U, 4U}));
     EXPECT_EQ(costs(meshes::strip(4)), (std::pair{6U, 6U}));
     EXPECT_EQ(costs(meshes::strip(10)), (std::pair{12U, 12U}));
 }
 
-TEST(CalcStripCost, OfAnOddStripIsOneMoreFromTheOtherEnd) {
-    // The first turn is to the wrong side for the parity with which every strip begins.
+TEST(CalcStripCost, IsOneMoreFromTheOtherEndOfAnOddStrip) {
+    // The first turn is to the wrong side for the parity with which every strip starts.
     EXPECT_EQ(costs(meshes::strip(3)), (std::pair{5U, 6U}));
     EXPECT_EQ(costs(meshes::strip(5)), (std::pair{7U, 8U}));
     EXPECT_EQ(costs(meshes::strip(11)), (std::pair{13U, 14U}));
@@ -42,11 +42,11 @@ TEST(CalcStripCost, GrowsByOneForEachSwap) {
     EXPECT_EQ(costs(meshes::openFan(6)), (std::pair{11U, 12U}));
 }
 
-TEST(CalcStripCost, IsTakenFromTheLastTriangleWhenReversed) {
+TEST(CalcStripCost, CountsFromTheLastTriangleWhenReversed) {
     EXPECT_EQ(costs({0, 3, 4, 0, 2, 3, 0, 1, 2}), (std::pair{6U, 5U}));
 }
 
-TEST(CalcStripCost, LeavesTheStripAsItIs) {
+TEST(CalcStripCost, LeavesTheStripUnchanged) {
     FilledGraph graph(meshes::openFan(5));
     const std::string before = describe(graph);
     costs(graph);
@@ -58,8 +58,8 @@ TEST(CalcStripCost, CountsTrianglesThatShareNoEdgeAsSwaps) {
     EXPECT_EQ(costs(meshes::scattered(4)), (std::pair{8U, 8U}));
 }
 
-TEST(CalcStripCost, GoesOnAfterTrianglesThatShareNoEdge) {
-    // 0 and 1 share nothing; from 1 on a strip, with the parity of a begin.
+TEST(CalcStripCost, ContinuesAfterTrianglesThatShareNoEdge) {
+    // 0 and 1 share nothing; from 1 on they are a strip, with the parity of a start.
     FilledGraph graph(meshes::joined(meshes::singleTriangle(), meshes::shifted(meshes::strip(4), 3)));
     EXPECT_EQ(graph.calcStripCost(graph.freeTriangles, false), 8u);
 }

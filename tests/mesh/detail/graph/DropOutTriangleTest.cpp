@@ -41,7 +41,7 @@ TEST(DropOutTriangle, MarksTheTriangleAndUnlinksIt) {
     EXPECT_EQ(buckets.waiting(), "0 2 |  |  | ");
 }
 
-TEST(DropOutTriangle, MendsTheEndsOfItsBucket) {
+TEST(DropOutTriangle, UpdatesTheEndsOfItsBucket) {
     Buckets buckets(meshes::scattered(4));
     buckets.dropOut(0);
     EXPECT_EQ(buckets.waiting(), "1 2 3 |  |  | ");
@@ -94,7 +94,7 @@ TEST(DropOutTriangle, LeavesClaimedNeighboursAlone) {
     }
 }
 
-TEST(DropOutTriangle, TakesOneFromTheNeighbourForEverySharedEdge) {
+TEST(DropOutTriangle, LowersTheNeighbourOncePerSharedEdge) {
     Buckets buckets(meshes::doubledOppositeWinding());
     buckets.dropOut(0);
     EXPECT_EQ(states(buckets), (std::vector<int>{-10, 0}));

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 
 namespace {
@@ -172,7 +173,7 @@ TEST(AddTriangle, SplitsOffForAnyOfTheThreeEdges) {
     }
 }
 
-TEST(AddTriangle, LinksASplitOffTriangleOverNoneOfItsOtherEdges) {
+TEST(AddTriangle, LeavesASplitOffTriangleUnlinkedOnItsOtherEdges) {
     // 0-1 has two triangles, 1-4 one that would have been a neighbour.
     const FilledGraph graph({0, 1, 2, 1, 0, 3, 4, 1, 5, 0, 1, 4});
     EXPECT_EQ(states(graph), (std::vector<int>{1, 1, 0, -1}));
@@ -247,7 +248,7 @@ TEST(AddTriangle, RefusesTheRestartIndexAtAnyCorner) {
         corners[place] = 4294967295U;
         EXPECT_EQ(messageOf([&] { graph.addTriangle(corners[0], corners[1], corners[2]); }),
                   "HalfEdgeGraph::addTriangle: index " + std::to_string(place) +
-                      " is 4294967295, which restarts a primitive and names no vertex");
+                      " is 4294967295, which is reserved for primitive restart");
         EXPECT_EQ(describe(graph), before);
     }
 }
@@ -325,7 +326,7 @@ TEST(TrianglePool, KeepsTrianglesWhereTheyAre) {
 
 class AddTriangles : public testing::TestWithParam<std::string> {};
 
-TEST_P(AddTriangles, GivesTheGraphOfAsManySingleCalls) {
+TEST_P(AddTriangles, MatchesSingleCalls) {
     for (const meshes::NamedMesh& mesh : meshes::family(GetParam())) {
         HalfEdgeGraph single;
         HalfEdgeGraph bulk;
@@ -360,7 +361,7 @@ void expectLinkedAlike(const Triangle& actual, const Triangle& expected) {
     }
 }
 
-TEST(AddTrianglesAtCrowdedVertices, LinksAsWithoutTheCrowd) {
+TEST(AddTrianglesAtCrowdedVertices, LinksTheSameAsWithoutTheCrowd) {
     for (const char* family : {"Plain", "Knotted", "Soups", "Variants"}) {
         for (const meshes::NamedMesh& mesh : meshes::family(family)) {
             if (mesh.indices.size() > 600) {
@@ -381,7 +382,7 @@ TEST(AddTrianglesAtCrowdedVertices, LinksAsWithoutTheCrowd) {
     }
 }
 
-TEST_P(AddTriangles, InBatchesGivesTheGraphOfOneCall) {
+TEST_P(AddTriangles, InBatchesMatchesOneCall) {
     meshes::Random random(7);
     for (const meshes::NamedMesh& mesh : meshes::family(GetParam())) {
         const FilledGraph whole(mesh.indices);
@@ -396,7 +397,7 @@ TEST_P(AddTriangles, InBatchesGivesTheGraphOfOneCall) {
     }
 }
 
-TEST_P(AddTriangles, GivesThePlainReferencesGraph) {
+TEST_P(AddTriangles, MatchesThePlainReference) {
     for (const meshes::NamedMesh& mesh : meshes::family(GetParam())) {
         const FilledGraph graph(mesh.indices);
         reference::Graph expected;
@@ -424,7 +425,7 @@ TEST(AddTrianglesOfNothing, ChangesNothing) {
     EXPECT_EQ(describe(graph), before);
 }
 
-TEST(AddTrianglesOfNothing, ForgetsTheTrianglesThatDiedWithThePool) {
+TEST(AddTrianglesOfNothing, ForgetsTrianglesFreedWithThePool) {
     FilledGraph graph(meshes::book(3));
     graph.clear();
     graph.addTriangles(nullptr, 0);
@@ -432,14 +433,14 @@ TEST(AddTrianglesOfNothing, ForgetsTheTrianglesThatDiedWithThePool) {
     EXPECT_EQ(describe(graph), describe(HalfEdgeGraph()));
 }
 
-TEST(AddTrianglesErrors, RefuseACountThatIsNoMultipleOfThree) {
+TEST(AddTrianglesErrors, RefuseACountThatIsNotAMultipleOfThree) {
     for (const unsigned long count : {1UL, 2UL, 4UL, 5UL}) {
         FilledGraph graph(meshes::strip(3));
         const std::string before = describe(graph);
         const meshes::Indices mesh = meshes::strip(2);
         EXPECT_EQ(messageOf([&] { graph.addTriangles(mesh.data(), count); }),
                   "HalfEdgeGraph::addTriangles: " + std::to_string(count) +
-                      " indices are no whole number of triangles");
+                      " indices are not a whole number of triangles");
         EXPECT_EQ(describe(graph), before);
     }
 }
@@ -457,12 +458,12 @@ TEST(AddTrianglesErrors, RefuseTheRestartIndexAnywhere) {
         mesh[place] = 4294967295U;
         EXPECT_EQ(messageOf([&] { graph.addTriangles(mesh.data(), mesh.size()); }),
                   "HalfEdgeGraph::addTriangles: index " + std::to_string(place) +
-                      " is 4294967295, which restarts a primitive and names no vertex");
+                      " is 4294967295, which is reserved for primitive restart");
         EXPECT_EQ(describe(graph), before);
     }
 }
 
-TEST(FillAfterClear, GivesTheGraphOfANewOne) {
+TEST(FillAfterClear, MatchesANewGraph) {
     const meshes::Indices mesh = meshes::joined(meshes::book(4), meshes::shifted(meshes::strip(5), 3));
     for (const bool inBulk : {false, true}) {
         FilledGraph graph(meshes::joined(meshes::closedFan(6), meshes::shifted(meshes::book(3), 4)));
@@ -494,6 +495,52 @@ TEST(FillAfterClear, KeepsTheStaleEndsWhenTheInsertionIsRefused) {
     EXPECT_THROW(graph.addTriangle(0, 1, 4294967295U), std::invalid_argument);
     EXPECT_EQ(graph.freeTriangles.first, stale);
     EXPECT_TRUE(graph.vertexHalfEdges.empty());
+}
+
+TEST(FillAnEmptyChunk, MatchesANewGraph) {
+    const meshes::Indices mesh = meshes::joined(meshes::book(4), meshes::shifted(meshes::strip(5), 3));
+    FilledGraph graph(meshes::strip(3));
+    const auto* const chunk = graph.pool.chunks;
+    graph.vertexHalfEdges.clear();
+    graph.freeTriangles = {};
+    graph.pool.used = 0;
+    graph.addTriangles(mesh.data(), mesh.size());
+    EXPECT_EQ(graph.pool.chunks, chunk);
+    EXPECT_EQ(describe(graph), describe(FilledGraph(mesh)));
+}
+
+TEST(FillAnEmptyChunk, MatchesANewGraphForManifoldMeshes) {
+    FilledGraph graph(meshes::strip(3));
+    graph.vertexHalfEdges.clear();
+    graph.freeTriangles = {};
+    graph.pool.used = 0;
+    const meshes::Indices mesh = meshes::grid(4, 3);
+    graph.addTriangles(mesh.data(), mesh.size());
+    EXPECT_EQ(describe(graph), describe(FilledGraph(mesh)));
+}
+
+TEST(FillAnEmptyChunk, KeepsTheTrianglesOfOlderChunks) {
+    for (const bool inBulk : {false, true}) {
+        FilledGraph graph(meshes::singleTriangle());
+        auto chunk = std::make_unique<HalfEdgeGraph::TrianglePool::Chunk>();
+        chunk->triangles = new Triangle[4];
+        chunk->capacity = 4;
+        chunk->next = graph.pool.chunks;
+        graph.pool.chunks = chunk.release();
+        graph.pool.used = 0;
+        const meshes::Indices next = {2, 1, 3};
+        if (inBulk) {
+            graph.addTriangles(next.data(), next.size());
+        } else {
+            graph.addTriangle(next[0], next[1], next[2]);
+        }
+        Triangle* const first = graph.freeTriangles.first;
+        ASSERT_NE(first, nullptr);
+        EXPECT_EQ(first->halfEdge[0].vertex, 0u);
+        ASSERT_NE(first->next, nullptr);
+        EXPECT_EQ(first->next, graph.freeTriangles.last);
+        EXPECT_EQ(first->halfEdge[1].twin, &first->next->halfEdge[0]);
+    }
 }
 
 TEST(FillAfterReserve, InBulkFillsTheReservedListsWithoutGrowing) {

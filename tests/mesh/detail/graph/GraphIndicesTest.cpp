@@ -49,14 +49,14 @@ TEST(FillIndexFromFan, GoesAroundTheCentreAndClosesTheFan) {
     EXPECT_EQ(indices, (Indices{0, 1, 2, 3, 4, 5, 6, 1}));
 }
 
-TEST(FillIndexFromFan, BeginsAtTheGivenHalfEdge) {
+TEST(FillIndexFromFan, StartsAtTheGivenHalfEdge) {
     FilledGraph graph(meshes::closedFan(4));
     Indices indices;
     EXPECT_EQ(graph.fillIndexFromFan(indices, &triangles(graph)[2]->halfEdge[0]), 6);
     EXPECT_EQ(indices, (Indices{0, 3, 4, 1, 2, 3}));
 }
 
-TEST(FillIndexFromFan, ReplacesWhatTheListHolds) {
+TEST(FillIndexFromFan, ReplacesTheContentsOfTheList) {
     FilledGraph graph(meshes::closedFan(3));
     for (const std::size_t size : {1U, 2U, 50U}) {
         Indices indices(size, 77);
@@ -73,7 +73,7 @@ TEST(FillIndexFromFan, TakesOnlyTheRingOfAPinchedCentre) {
     EXPECT_EQ(indices, (Indices{0, 7, 4, 5, 6, 7}));
 }
 
-TEST(FillIndexFromFan, ReportsANullStartAndLeavesTheList) {
+TEST(FillIndexFromFan, ReportsANullStartAndLeavesTheListUnchanged) {
     const LogCapture capture;
     const HalfEdgeGraph graph;
     Indices indices = {7, 8, 9};
@@ -86,7 +86,7 @@ TEST(FillIndexFromFan, ReportsANullStartAndLeavesTheList) {
                                      fanFunction, "vexa/mesh/HalfEdgeGraph"}));
 }
 
-TEST(FillIndexFromFan, ReportsNothingOtherwise) {
+TEST(FillIndexFromFan, LogsNothingForAValidStart) {
     const LogCapture capture;
     FilledGraph graph(meshes::closedFan(3));
     Indices indices;
@@ -94,7 +94,7 @@ TEST(FillIndexFromFan, ReportsNothingOtherwise) {
     EXPECT_TRUE(capture.records().empty());
 }
 
-TEST(FillIndexFromStrip, LeavesTheListForAnEmptyStrip) {
+TEST(FillIndexFromStrip, LeavesTheListUnchangedForAnEmptyStrip) {
     const HalfEdgeGraph graph;
     TriangleList empty;
     for (const bool reversed : {false, true}) {
@@ -117,7 +117,7 @@ TEST(FillIndexFromStrip, ReadsASingleTriangleAlongItsLinks) {
     EXPECT_EQ(stripOf(graph), (Indices{0, 2, 1}));
 }
 
-TEST(FillIndexFromStrip, BeginsWithTheCornerOppositeTheSharedEdge) {
+TEST(FillIndexFromStrip, StartsWithTheCornerOppositeTheSharedEdge) {
     EXPECT_EQ(stripOf({0, 1, 2, 2, 1, 3}), (Indices{0, 1, 2, 3}));
     EXPECT_EQ(stripOf({1, 2, 0, 3, 2, 1}), (Indices{0, 1, 2, 3}));
     EXPECT_EQ(stripOf({2, 0, 1, 1, 3, 2}), (Indices{0, 1, 2, 3}));
@@ -169,7 +169,7 @@ TEST(FillIndexFromStrip, LeavesByTheTwinOfTheTwin) {
     EXPECT_EQ(stripOf(graph), (Indices{0, 1, 2, 3})); // over 0.1, whose twin is 1.1, opposite to which is 3
 }
 
-TEST(FillIndexFromStrip, MakesRoomFor32Indices) {
+TEST(FillIndexFromStrip, ReservesRoomFor32Indices) {
     for (const Indices& mesh : {meshes::singleTriangle(), meshes::strip(30)}) {
         EXPECT_EQ(stripOf(mesh).capacity(), 32u);
     }
@@ -189,7 +189,7 @@ TEST(FillIndexFromStrip, KeepsALargerCapacity) {
     EXPECT_EQ(indices.data(), buffer);
 }
 
-TEST(FillIndex, LeavesTheGraphAsItIs) {
+TEST(FillIndex, LeavesTheGraphUnchanged) {
     FilledGraph graph(meshes::closedFan(5));
     const std::string before = describe(graph);
     Indices indices;
@@ -199,7 +199,7 @@ TEST(FillIndex, LeavesTheGraphAsItIs) {
     EXPECT_EQ(describe(graph), before);
 }
 
-TEST(GetPrimitive, OfAnEmptyGraphClearsTheList) {
+TEST(GetPrimitive, ClearsTheListForAnEmptyGraph) {
     HalfEdgeGraph graph;
     for (const int type : {0, 4, 5, 6}) {
         Indices indices = {7, 8, 9};
@@ -229,7 +229,7 @@ TEST(GetPrimitive, AppendsTheTrianglesToTheClaimedOnes) {
     EXPECT_EQ(before, (std::vector<int>{-20, -20, -20, -20, -20, -20, -20, -10, -10, -10, -10, -10, 0, 0}));
 }
 
-TEST(GetPrimitive, OfOneKindLeavesTheOthers) {
+TEST(GetPrimitive, LeavesPrimitivesOfOtherTypes) {
     StoredGraph graph;
     Indices indices;
     EXPECT_EQ(graph.getPrimitive(indices, 5), 5);
@@ -248,7 +248,7 @@ TEST(GetPrimitive, OfOneKindLeavesTheOthers) {
     EXPECT_EQ(graph.getPrimitive(indices, 6), 0);
 }
 
-TEST(GetPrimitive, OfAnotherKindConsumesNothing) {
+TEST(GetPrimitive, ConsumesNothingOfAnAbsentType) {
     StoredGraph graph;
     const std::string before = describe(graph);
     for (const int type : {1, 2, 3, 7, -1}) {
@@ -307,7 +307,7 @@ TEST(GetPrimitive, KeepsTheFanWhenTheSinkThrows) {
     EXPECT_EQ(describe(graph), before);
 }
 
-TEST(GetPrimitive, AnswersAnEmptyBatchWithItsKind) {
+TEST(GetPrimitive, ReturnsTheTypeOfAnEmptyBatch) {
     HalfEdgeGraph graph;
     graph.triangleLists.emplace_back(0, new TriangleList);
     Indices indices = {7, 8};
@@ -317,7 +317,7 @@ TEST(GetPrimitive, AnswersAnEmptyBatchWithItsKind) {
     EXPECT_EQ(graph.claimedTriangles.first, nullptr);
 }
 
-TEST(GetPrimitive, LeavesTheClaimedTrianglesForAnEmptyBatch) {
+TEST(GetPrimitive, LeavesTheClaimedTrianglesUnchangedForAnEmptyBatch) {
     FilledGraph graph(meshes::book(3));
     graph.triangleLists.emplace_back(0, new TriangleList);
     Indices indices;
@@ -329,7 +329,7 @@ TEST(GetPrimitive, WritesTheCornersOfABatchInTheOrderOfTheHalfEdges) {
     FilledGraph graph({5, 3, 4, 2, 0, 1});
     graph.calcOptPrim(0, false, false, 6, false);
     Triangle& triangle = *triangles(graph)[0];
-    triangle.halfEdge[0].next = &triangle.halfEdge[2]; // is not what the order follows
+    triangle.halfEdge[0].next = &triangle.halfEdge[2]; // the order does not follow `next`
     Indices indices;
     EXPECT_EQ(graph.getPrimitive(indices, 0), 4);
     EXPECT_EQ(indices, (Indices{5, 3, 4, 2, 0, 1}));
@@ -345,7 +345,7 @@ TEST(GetPrimitive, DropsFurtherBatches) {
     EXPECT_EQ(numbers(graph, graph.claimedTriangles), "0 1");
 }
 
-TEST(CalcEgdeLines, OfAnEmptyGraphAreNone) {
+TEST(CalcEgdeLines, WritesNothingForAnEmptyGraph) {
     const HalfEdgeGraph graph;
     Indices lines = {7, 8};
     EXPECT_EQ(graph.calcEgdeLines(lines, true), 0u);
@@ -414,7 +414,7 @@ TEST(CalcEgdeLines, WritesTheEdgesOfSplitOffTrianglesAsBorders) {
     EXPECT_EQ(graph.calcEgdeLines(lines, true), 8u); // 5 of the pair, 3 of the third
 }
 
-TEST(CalcEgdeLines, AreTheSameAfterThePrimitivesAreTaken) {
+TEST(CalcEgdeLines, WritesTheSameAfterThePrimitivesAreTaken) {
     FilledGraph graph(meshes::grid(3, 3));
     Indices before;
     Indices after;

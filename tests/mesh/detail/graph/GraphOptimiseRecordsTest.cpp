@@ -52,7 +52,7 @@ Messages expectedMessages(const reference::Graph& graph) {
     return messages;
 }
 
-TEST(CalcOptPrimRecords, OfASinglePassAreNone) {
+TEST(CalcOptPrimRecords, AreNotWrittenForASinglePass) {
     for (const bool allStrips : {false, true}) {
         EXPECT_EQ(messagesOf(meshes::grid(4, 4), 1, true, true, allStrips), Messages{});
         EXPECT_EQ(messagesOf(meshes::grid(4, 4), 1, false, true, allStrips), Messages{});
@@ -60,12 +60,12 @@ TEST(CalcOptPrimRecords, OfASinglePassAreNone) {
     }
 }
 
-TEST(CalcOptPrimRecords, TellEveryPassAndAtLastTheRange) {
+TEST(CalcOptPrimRecords, ReportEveryPassAndFinallyTheRange) {
     EXPECT_EQ(messagesOf(meshes::twoTriangles(), 3), (Messages{" cost/best/worst: 4/4/4", " cost/best/worst: 4/4/4",
                                                                " cost/best/worst: 4/4/4", "range: 4/4 0%"}));
 }
 
-TEST(CalcOptPrimRecords, CountFansStripsAndThreeForEachTriangleLeftOver) {
+TEST(CalcOptPrimRecords, CountFansStripsAndThreeIndicesPerLeftoverTriangle) {
     meshes::Indices mesh = meshes::joined(meshes::closedFan(6), meshes::shifted(meshes::strip(4), 7));
     mesh = meshes::joined(mesh, meshes::shifted(meshes::scattered(2), 13));
     EXPECT_EQ(messagesOf(mesh, 2, true, true).front(), " cost/best/worst: 20/20/20"); // 8 + 6 + 3 * 2
@@ -97,7 +97,7 @@ TEST(CalcOptPrimRecords, CarrySeverityFunctionAndFile) {
 
 class CalcOptPrimRecordsOfMeshes : public testing::TestWithParam<std::string> {};
 
-TEST_P(CalcOptPrimRecordsOfMeshes, TellEveryPassesCostsAndTheirRange) {
+TEST_P(CalcOptPrimRecordsOfMeshes, ReportTheCostOfEveryPassAndTheRange) {
     for (const meshes::NamedMesh& mesh : meshes::family(GetParam())) {
         reference::Graph expected;
         expected.addTriangles(mesh.indices);
@@ -113,12 +113,12 @@ TEST(CalcOptPrimRecords, GiveThePercentageWithSixDigits) {
     EXPECT_EQ(messagesOf(meshes::torus(9, 7), 2).back(), "range: 144/148 2.77778%"); // 4 * 100 / 144
 }
 
-TEST(CalcOptPrimRecords, GiveNoNumberForARangeOfNothing) {
+TEST(CalcOptPrimRecords, GiveNanPercentForAnEmptyGraph) {
     const Messages nothing = {" cost/best/worst: 0/0/0", " cost/best/worst: 0/0/0", "range: 0/0 nan%"};
     EXPECT_EQ(messagesOf(meshes::Indices{}, 2), nothing);
 }
 
-TEST(CalcOptPrimRecords, GiveNoNumberForTheRangeWhenNoStripsAreBuilt) {
+TEST(CalcOptPrimRecords, GiveNanPercentWhenNoStripsAreBuilt) {
     const Messages nothing = {"range: 0/0 nan%"};
     for (const bool allStrips : {false, true}) {
         EXPECT_EQ(messagesOf(meshes::grid(3, 3), 2, false, true, allStrips), nothing);
@@ -126,7 +126,7 @@ TEST(CalcOptPrimRecords, GiveNoNumberForTheRangeWhenNoStripsAreBuilt) {
     }
 }
 
-TEST(CalcOptPrimRecords, TellOfEveryFreeTriangleWithANegativeStateBeforeThePasses) {
+TEST(CalcOptPrimRecords, ReportEveryFreeTriangleWithANegativeStateBeforeThePasses) {
     for (const std::uint32_t iterations : {1U, 3U}) {
         FilledGraph graph(meshes::scattered(4));
         triangles(graph)[1]->state = -1;
@@ -138,7 +138,7 @@ TEST(CalcOptPrimRecords, TellOfEveryFreeTriangleWithANegativeStateBeforeThePasse
     }
 }
 
-TEST(CalcOptPrimRecords, TellOfNoNegativeStateWhenNoStripsAreBuilt) {
+TEST(CalcOptPrimRecords, DoNotReportNegativeStatesWhenNoStripsAreBuilt) {
     for (const auto& [iterations, buildStrips] : std::vector<std::pair<std::uint32_t, bool>>{{0, true}, {1, false}}) {
         FilledGraph graph(meshes::scattered(2));
         triangles(graph)[1]->state = -1;
@@ -146,7 +146,7 @@ TEST(CalcOptPrimRecords, TellOfNoNegativeStateWhenNoStripsAreBuilt) {
     }
 }
 
-TEST(CalcOptPrimRecords, TellOfNoNegativeStateAmongClaimedTriangles) {
+TEST(CalcOptPrimRecords, DoNotReportNegativeStatesOfClaimedTriangles) {
     EXPECT_EQ(messagesOf(meshes::book(4), 1), Messages{});
     EXPECT_EQ(messagesOf(meshes::book(4), 1, true, false, true), Messages{});
 }
@@ -161,7 +161,7 @@ TEST(CalcOptPrimRecords, ChangeNothingWhenTheyAreRefused) {
     EXPECT_EQ(describe(unheard), describe(heard));
 }
 
-TEST(CalcOptPrimRecords, LeaveTheGraphAsItWasWhenASinkThrows) {
+TEST(CalcOptPrimRecords, LeaveTheGraphUnchangedWhenASinkThrows) {
     meshes::Indices mesh = meshes::joined(meshes::closedFan(6), meshes::shifted(meshes::grid(4, 3), 7));
     mesh = meshes::joined(mesh, meshes::shifted(meshes::book(4), 40));
     for (const bool allStrips : {false, true}) {
@@ -193,7 +193,7 @@ TEST(CalcOptPrimRecords, KeepStoredPrimitivesWhenASinkThrows) {
     }
 }
 
-TEST(CalcOptPrimRecords, ComeFromMorePassesThanASignedNumberHolds) {
+TEST(CalcOptPrimRecords, AreWrittenForMorePassesThanASignedNumberHolds) {
     for (const std::uint32_t iterations : {2147483648U, 2147483649U, 4294967295U}) {
         FilledGraph graph(meshes::twoTriangles());
         const LogCapture capture(Severity::Trace, 5);

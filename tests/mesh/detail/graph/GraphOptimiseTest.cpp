@@ -37,7 +37,7 @@ void expectNothingLeft(const HalfEdgeGraph& graph) {
     EXPECT_EQ(graph.claimedTriangles.last, nullptr);
 }
 
-TEST(CalcOptPrim, OfAnEmptyGraphStoresNothing) {
+TEST(CalcOptPrim, StoresNothingForAnEmptyGraph) {
     for (const std::uint32_t iterations : {0U, 1U, 3U}) {
         const LogCapture capture;
         HalfEdgeGraph graph;
@@ -69,14 +69,14 @@ TEST(CalcOptPrim, CutsAPairForFourIndices) {
     EXPECT_EQ(stripsOf(graph), "(0: 0 1)");
 }
 
-TEST(CalcOptPrim, StartsInTheLowestBucketWithItsFirstTriangle) {
+TEST(CalcOptPrim, StartsWithTheFirstTriangleOfTheLowestBucket) {
     FilledGraph graph({2, 1, 3, 2, 3, 4, 0, 1, 2}); // the one in the middle comes first
     EXPECT_EQ(states(graph), (std::vector<int>{2, 1, 1}));
     EXPECT_EQ(cutOnce(graph), 6u);
     EXPECT_EQ(stripsOf(graph), "(0: 1 0 2)");
 }
 
-TEST(CalcOptPrim, GoesOnTowardsTheTriangleBehindWhichAStripCanGoOn) {
+TEST(CalcOptPrim, ContinuesTowardsTheTriangleThatLeadsOn) {
     FilledGraph graph(meshes::tetrahedron());
     EXPECT_EQ(cutOnce(graph), 6u);
     EXPECT_EQ(stripsOf(graph), "(0: 0 1 2 3)");
@@ -130,7 +130,7 @@ TEST(CalcOptPrim, LeavesTrianglesWithoutNeighboursToTheBatch) {
     expectNothingLeft(graph);
 }
 
-TEST(CalcOptPrim, PutsTrianglesThatLoseTheirLastNeighbourBehindTheOthersOfTheBatch) {
+TEST(CalcOptPrim, AppendsTrianglesThatLoseTheirLastNeighbourToTheBatch) {
     FilledGraph graph(meshes::joined(star, meshes::shifted(meshes::scattered(1), 6)));
     triangles(graph)[0]->state = 1;
     cutOnce(graph);
@@ -153,7 +153,7 @@ TEST(CalcOptPrim, MakesABatchOfSplitOffTrianglesAlone) {
     EXPECT_EQ(batchesOf(graph), "(0: 2)");
 }
 
-TEST(CalcOptPrimAllStrips, BeginsWithTheTrianglesWithoutNeighbours) {
+TEST(CalcOptPrimAllStrips, StartsWithTrianglesWithoutNeighbours) {
     FilledGraph graph(meshes::joined(meshes::twoTriangles(), meshes::shifted(meshes::scattered(1), 4)));
     EXPECT_EQ(cutOnce(graph, true), 3u + 4);
     EXPECT_EQ(stripsOf(graph), "(0: 2) (0: 0 1)");
@@ -182,13 +182,13 @@ TEST(CalcOptPrimAllStrips, CutsClaimedTrianglesThatWereHandedOutBefore) {
     cutOnce(graph);
     takePrimitives(graph);
     ASSERT_EQ(numbers(graph, graph.claimedTriangles), "0 1 2");
-    // They all begin in bucket 0, and there each is a strip of its own.
+    // They all start in bucket 0, where each is a strip of its own.
     EXPECT_EQ(cutOnce(graph, true), 9u);
     EXPECT_EQ(stripsOf(graph), "(0: 0) (0: 1) (0: 2)");
     expectNothingLeft(graph);
 }
 
-TEST(CalcOptPrimAllStrips, PutsClaimedTrianglesBehindTheFreeOnes) {
+TEST(CalcOptPrimAllStrips, PutsClaimedTrianglesAfterTheFreeOnes) {
     FilledGraph graph(meshes::joined(meshes::book(3), meshes::shifted(meshes::scattered(1), 5)));
     cutOnce(graph, true);
     EXPECT_EQ(stripsOf(graph), "(0: 3) (0: 2) (0: 0 1)");
@@ -231,14 +231,14 @@ TEST(CalcOptPrimReversed, StoresAStripThatIsCheaperFromItsEnd) {
     EXPECT_EQ(takePrimitives(graph), std::vector<std::string>{"5: 1 2 0 3 4"});
 }
 
-TEST(CalcOptPrimReversed, NeverInASinglePass) {
+TEST(CalcOptPrimReversed, KeepsTheDirectionInASinglePass) {
     FilledGraph graph({0, 3, 4, 0, 2, 3, 0, 1, 2});
     EXPECT_EQ(cutOnce(graph), 6u);
     EXPECT_EQ(stripsOf(graph), "(0: 0 1 2)");
     EXPECT_EQ(takePrimitives(graph), std::vector<std::string>{"5: 4 0 3 0 2 1"});
 }
 
-TEST(CalcOptPrimReversed, NeverWhenBothEndsCostTheSame) {
+TEST(CalcOptPrimReversed, KeepsTheDirectionWhenBothEndsCostTheSame) {
     for (const unsigned int n : {2U, 4U, 6U}) {
         FilledGraph graph(meshes::strip(n));
         EXPECT_EQ(cutOften(graph, 2), n + 2);
@@ -247,7 +247,7 @@ TEST(CalcOptPrimReversed, NeverWhenBothEndsCostTheSame) {
     }
 }
 
-TEST(CalcOptPrimReversed, NeverForASingleTriangle) {
+TEST(CalcOptPrimReversed, KeepsTheDirectionOfASingleTriangle) {
     FilledGraph graph(meshes::singleTriangle());
     EXPECT_EQ(cutOften(graph, 2, true), 3u);
     EXPECT_EQ(stripsOf(graph), "(0: 0)");
@@ -268,7 +268,7 @@ TEST(CalcOptPrimUndo, CountsNeighboursInStripsButNotInFans) {
     }
 }
 
-TEST(CalcOptPrimUndo, LeavesTheFansAsTheyAre) {
+TEST(CalcOptPrimUndo, LeavesFansUnchanged) {
     FilledGraph graph(meshes::joined(meshes::closedFan(6), {2, 1, 7})); // one more outside the rim
     const LogCapture capture;
     EXPECT_EQ(graph.calcOptPrim(3, true, true, 6, false), 8u + 3);
@@ -277,7 +277,7 @@ TEST(CalcOptPrimUndo, LeavesTheFansAsTheyAre) {
     EXPECT_EQ(batchesOf(graph), "(0: 6)");
 }
 
-TEST(CalcOptPrimUndo, GoesOnInTheOrderInWhichTheTrianglesWereTaken) {
+TEST(CalcOptPrimUndo, ReturnsTrianglesInTheOrderInWhichTheyWereTaken) {
     constexpr std::size_t count = 50;
     FilledGraph graph(meshes::scattered(count));
     cutOften(graph, 2, true);
@@ -306,7 +306,7 @@ TEST(CalcOptPrimUndo, GoesOnInTheOrderInWhichTheTrianglesWereTaken) {
     EXPECT_EQ(stripsOf(graph), expected);
 }
 
-TEST(CalcOptPrimRandom, IsReseededWhateverIsAsked) {
+TEST(CalcOptPrimRandom, IsReseededWhateverTheParameters) {
     std::srand(1);
     const int first = std::rand();
     for (const auto& [iterations, buildStrips] : std::vector<std::pair<std::uint32_t, bool>>{{0, true}, {1, false}}) {
@@ -325,7 +325,7 @@ TEST(CalcOptPrimRandom, IsNotDrawnFromInASinglePass) {
     EXPECT_EQ(std::rand(), first);
 }
 
-TEST(CalcOptPrimRandom, IsDrawnOncePerStripAlsoForABucketOfOne) {
+TEST(CalcOptPrimRandom, IsDrawnOncePerStripEvenForABucketOfOne) {
     FilledGraph graph(meshes::singleTriangle());
     cutOften(graph, 2, true);
     const int next = std::rand();
@@ -335,7 +335,7 @@ TEST(CalcOptPrimRandom, IsDrawnOncePerStripAlsoForABucketOfOne) {
     EXPECT_EQ(next, std::rand());
 }
 
-TEST(CalcOptPrimRandom, DrawsOneSeedAPass) {
+TEST(CalcOptPrimRandom, DrawsOneSeedPerPass) {
     // Without anything to cut, each pass draws its seed from the sequence of the one before.
     HalfEdgeGraph graph;
     cutOften(graph, 4);
@@ -361,7 +361,7 @@ TEST(CalcOptPrimNegativeState, StartsAStripFromBucket3) {
     EXPECT_EQ(states(graph), (std::vector<int>{0, -10, 0}));
 }
 
-TEST(CalcOptPrimNegativeState, IsNoNeighbourForAStrip) {
+TEST(CalcOptPrimNegativeState, IsNotANeighbourForAStrip) {
     const LogCapture capture;
     for (const int state : {-1, -5, -10, -20, -2147483647 - 1}) {
         FilledGraph graph(meshes::twoTriangles());
@@ -371,7 +371,7 @@ TEST(CalcOptPrimNegativeState, IsNoNeighbourForAStrip) {
     }
 }
 
-TEST(CalcOptPrimNegativeState, IsRightAgainAfterTheFirstPass) {
+TEST(CalcOptPrimNegativeState, IsCorrectedByTheFirstPass) {
     FilledGraph graph(meshes::joined(meshes::twoTriangles(), meshes::shifted(meshes::scattered(1), 4)));
     triangles(graph)[1]->state = -5;
     triangles(graph)[2]->state = -7;
@@ -414,7 +414,7 @@ TEST(CalcOptPrimWrongState, EndsTheStripAtATriangleOfAnotherStrip) {
     EXPECT_EQ(stripsOf(graph), "(0: 0 1 2) (0: 4 3)");
 }
 
-TEST(CalcOptPrimAgain, KeepsWhatIsStoredInASinglePass) {
+TEST(CalcOptPrimAgain, KeepsStoredPrimitivesInASinglePass) {
     FilledGraph graph(meshes::joined(meshes::closedFan(6), meshes::shifted(meshes::strip(3), 7)));
     graph.addTriangle(20, 21, 22);
     EXPECT_EQ(graph.calcOptPrim(1, true, true, 6, false), 8u + 5 + 3);
@@ -445,7 +445,7 @@ TEST(CalcOptPrimAgain, KeepsStoredStripsWhenNoneAreBuilt) {
     EXPECT_EQ(stripsOf(graph), "(0: 0 1 2)");
 }
 
-TEST(CalcOptPrimAgain, AppendsToWhatIsStored) {
+TEST(CalcOptPrimAgain, AppendsToStoredPrimitives) {
     FilledGraph graph(meshes::joined(meshes::twoTriangles(), meshes::shifted(meshes::scattered(1), 4)));
     cutOnce(graph);
     const meshes::Indices more = meshes::shifted(meshes::joined(meshes::twoTriangles(), {4, 5, 6}), 7);
@@ -455,7 +455,7 @@ TEST(CalcOptPrimAgain, AppendsToWhatIsStored) {
     EXPECT_EQ(batchesOf(graph), "(0: 2) (0: 5)");
 }
 
-TEST(CalcOptPrimAfterClear, GivesWhatANewGraphGives) {
+TEST(CalcOptPrimAfterClear, MatchesANewGraph) {
     const meshes::Indices mesh = meshes::torus(6, 5);
     FilledGraph fresh(mesh);
     const std::uint32_t cost = cutOften(fresh, 3);

@@ -16,7 +16,7 @@ std::string fansOf(const HalfEdgeGraph& graph) {
     return numbers(graph, graph.fans);
 }
 
-TEST(FanPass, TakesAClosedRingOfFreeTriangles) {
+TEST(FanSearch, TakesAClosedRingOfFreeTriangles) {
     FilledGraph graph(meshes::closedFan(6));
     EXPECT_EQ(cutFans(graph, 6), 8u);
     EXPECT_EQ(fansOf(graph), "(0: 0 1 2 3 4 5)");
@@ -26,34 +26,34 @@ TEST(FanPass, TakesAClosedRingOfFreeTriangles) {
     EXPECT_EQ(graph.freeTriangles.last, nullptr);
 }
 
-TEST(FanPass, IsSkippedUnlessAskedFor) {
+TEST(FanSearch, IsSkippedUnlessAskedFor) {
     FilledGraph graph(meshes::closedFan(6));
     graph.calcOptPrim(1, true, false, 6, false);
     EXPECT_TRUE(graph.fans.empty());
     EXPECT_EQ(graph.strips.size(), 1u);
 }
 
-TEST(FanPass, BeginsWithTheFirstHalfEdgeOfTheCentre) {
+TEST(FanSearch, StartsWithTheFirstHalfEdgeOfTheCentre) {
     FilledGraph graph({0, 3, 4, 0, 1, 2, 0, 4, 1, 0, 2, 3});
     EXPECT_EQ(cutFans(graph, 4), 6u);
     EXPECT_EQ(fansOf(graph), "(0: 0 2 1 3)");
     EXPECT_EQ(takePrimitives(graph), std::vector<std::string>{"6: 0 3 4 1 2 3"});
 }
 
-TEST(FanPass, NeedsAsManyHalfEdgesAtTheCentre) {
+TEST(FanSearch, NeedsTheMinimumNumberOfHalfEdgesAtTheCentre) {
     FilledGraph graph(meshes::closedFan(6));
     EXPECT_EQ(cutFans(graph, 7), 18u);
     EXPECT_TRUE(graph.fans.empty());
 }
 
-TEST(FanPass, SkipsCentresOnABorder) {
+TEST(FanSearch, SkipsCentresOnABorder) {
     FilledGraph graph(meshes::openFan(6));
     EXPECT_EQ(cutFans(graph, 1), 18u);
     EXPECT_TRUE(graph.fans.empty());
     EXPECT_EQ(states(graph), (std::vector<int>{1, 2, 2, 2, 2, 1}));
 }
 
-TEST(FanPass, SkipsARingThatOnlyTheLastStepLeavesOpen) {
+TEST(FanSearch, SkipsARingThatIsOpenAtItsLastEdgeOnly) {
     FilledGraph graph(meshes::closedFan(5));
     for (const std::size_t open : {0U, 2U, 4U}) {
         HalfEdge& edge = triangles(graph)[open]->halfEdge[2];
@@ -68,14 +68,14 @@ TEST(FanPass, SkipsARingThatOnlyTheLastStepLeavesOpen) {
     EXPECT_EQ(cutFans(graph, 5), 7u);
 }
 
-TEST(FanPass, TakesTheCentresInTheirOrderUnlessTheirTrianglesAreTaken) {
+TEST(FanSearch, TakesCentresInOrderSkippingThoseWithTakenTriangles) {
     FilledGraph graph(meshes::octahedron());
     EXPECT_EQ(cutFans(graph, 4), 12u);
     EXPECT_EQ(fansOf(graph), "(0: 0 1 2 3) (5: 4 7 6 5)");
     EXPECT_EQ(takePrimitives(graph), (std::vector<std::string>{"6: 5 2 1 4 3 2", "6: 0 1 2 3 4 1"}));
 }
 
-TEST(FanPass, TakesOneNeighbourFromTheTrianglesAround) {
+TEST(FanSearch, LowersTheStateOfAdjacentTriangles) {
     // Two triangles outside the rim; the one at the rim loses its neighbour there.
     FilledGraph graph(meshes::joined(meshes::closedFan(6), {2, 1, 7, 7, 1, 8}));
     ASSERT_EQ(states(graph)[6], 2);
@@ -83,7 +83,7 @@ TEST(FanPass, TakesOneNeighbourFromTheTrianglesAround) {
     EXPECT_EQ(states(graph), (std::vector<int>{-20, -20, -20, -20, -20, -20, 1, 1}));
 }
 
-TEST(FanPass, TakesNothingFromTrianglesThatAreNotFree) {
+TEST(FanSearch, LeavesTheStateOfAdjacentTrianglesThatAreNotFree) {
     for (const int state : {0, -1, -10}) {
         FilledGraph graph(meshes::joined(meshes::closedFan(6), {2, 1, 7}));
         triangles(graph)[6]->state = state;
@@ -92,7 +92,7 @@ TEST(FanPass, TakesNothingFromTrianglesThatAreNotFree) {
     }
 }
 
-TEST(FanPass, SkipsACentreWithAClaimedTriangleAroundIt) {
+TEST(FanSearch, SkipsACentreWithAClaimedTriangleAroundIt) {
     for (const std::size_t claimed : {0U, 3U, 5U}) {
         for (const int state : {-1, -10, -20}) {
             FilledGraph graph(meshes::closedFan(6));
@@ -103,13 +103,13 @@ TEST(FanPass, SkipsACentreWithAClaimedTriangleAroundIt) {
     }
 }
 
-TEST(FanPass, SkipsACentreThatBeginsWithACollapsedTriangle) {
+TEST(FanSearch, SkipsACentreWhoseFirstTriangleIsCollapsed) {
     FilledGraph graph(meshes::joined({0, 0, 9}, meshes::closedFan(6)));
     EXPECT_EQ(cutFans(graph, 3), 21u);
     EXPECT_TRUE(graph.fans.empty());
 }
 
-TEST(FanPass, SkipsACentreThatBeginsWithASplitOffTriangle) {
+TEST(FanSearch, SkipsACentreWhoseFirstTriangleIsSplitOff) {
     // The third triangle on the edge 10-11 is the first one at vertex 0.
     const meshes::Indices full = {10, 11, 12, 11, 10, 13, 10, 11, 0};
     FilledGraph graph(meshes::joined(full, meshes::closedFan(6)));
@@ -118,7 +118,7 @@ TEST(FanPass, SkipsACentreThatBeginsWithASplitOffTriangle) {
     EXPECT_TRUE(graph.fans.empty());
 }
 
-TEST(FanPass, SkipsACentreWhoseFirstHalfEdgeIsNull) {
+TEST(FanSearch, SkipsACentreWhoseFirstHalfEdgeIsNull) {
     FilledGraph graph(meshes::closedFan(6));
     HalfEdge* const stored = std::exchange(graph.vertexHalfEdges[0][0].second, nullptr);
     EXPECT_EQ(cutFans(graph, 6), 18u);
@@ -126,7 +126,7 @@ TEST(FanPass, SkipsACentreWhoseFirstHalfEdgeIsNull) {
     graph.vertexHalfEdges[0][0].second = stored;
 }
 
-TEST(FanPass, SkipsVerticesWithoutTrianglesWhateverTheLimit) {
+TEST(FanSearch, SkipsVerticesWithoutTrianglesWhateverTheLimit) {
     HalfEdgeGraph graph;
     graph.reserve(20, 2048, 0);
     const meshes::Indices mesh = meshes::shifted(meshes::closedFan(3), 5);
@@ -135,28 +135,28 @@ TEST(FanPass, SkipsVerticesWithoutTrianglesWhateverTheLimit) {
     EXPECT_EQ(fansOf(graph), "(5: 0 1 2)");
 }
 
-TEST(FanPass, CountsThePinchedCentresWholeListAndTakesItsFirstRing) {
+TEST(FanSearch, CountsTheWholeListOfAPinchedCentreButTakesItsFirstRing) {
     FilledGraph graph(meshes::pinchedVertex(4, 3));
     EXPECT_EQ(cutFans(graph, 7), (7u + 2) + 9);
     EXPECT_EQ(fansOf(graph), "(0: 0 1 2 3)");
     EXPECT_EQ(takePrimitives(graph).front(), "6: 0 1 2 3 4 1");
 }
 
-TEST(FanPass, TakesARingOfTwo) {
+TEST(FanSearch, TakesARingOfTwo) {
     FilledGraph graph(meshes::doubledOppositeWinding());
     EXPECT_EQ(cutFans(graph, 2), 4u);
     EXPECT_EQ(fansOf(graph), "(0: 0 1)");
     EXPECT_EQ(takePrimitives(graph), std::vector<std::string>{"6: 0 1 2 1"});
 }
 
-TEST(FanPass, ComesBeforeTheStrips) {
+TEST(FanSearch, ComesBeforeTheStrips) {
     FilledGraph graph(meshes::joined(meshes::closedFan(6), {2, 1, 7, 7, 1, 8}));
     EXPECT_EQ(graph.calcOptPrim(1, true, true, 6, false), 8u + 4);
     EXPECT_EQ(fansOf(graph), "(0: 0 1 2 3 4 5)");
     EXPECT_EQ(numbers(graph, graph.strips), "(0: 6 7)");
 }
 
-TEST(FanPass, TakesClaimedTrianglesWhenAllAreToBeCut) {
+TEST(FanSearch, TakesClaimedTrianglesWhenAllAreToBeCut) {
     FilledGraph graph(meshes::closedFan(6));
     cutFans(graph, 6);
     takePrimitives(graph);
@@ -166,7 +166,7 @@ TEST(FanPass, TakesClaimedTrianglesWhenAllAreToBeCut) {
     EXPECT_EQ(graph.claimedTriangles.first, nullptr);
 }
 
-TEST(FanPass, StandsOnceForAllPasses) {
+TEST(FanSearch, CutsFansOnceForAllPasses) {
     const vexa::test::LogCapture capture;
     FilledGraph graph(meshes::joined(meshes::octahedron(), meshes::shifted(meshes::strip(4), 6)));
     EXPECT_EQ(graph.calcOptPrim(3, true, true, 4, false), 12u + 6);

@@ -1,4 +1,4 @@
-#include <vexa/mesh/detail/RandomPick.h>
+#include <vexa/mesh/detail/strips/RandomPick.h>
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@ using vexa::mesh::detail::pickPosition;
 
 constexpr std::uint32_t largestDraw = 2147483647;
 
-TEST(PickPosition, OfOneIsTheFirstWhateverIsDrawn) {
+TEST(PickPosition, IsTheOnlyOneWhateverIsDrawn) {
     for (const std::uint32_t draw : {0U, 1U, 1U << 30, largestDraw}) {
         EXPECT_EQ(pickPosition(1, draw), 0u);
     }

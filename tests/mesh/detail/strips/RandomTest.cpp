@@ -1,4 +1,4 @@
-#include <vexa/mesh/detail/Random.h>
+#include <vexa/mesh/detail/strips/Random.h>
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ std::vector<std::uint32_t> processDraws(std::uint32_t seed, std::size_t count) {
     return numbers;
 }
 
-TEST(OwnRandom, GivesTheSequenceOfTheProcess) {
+TEST(OwnRandom, MatchesTheSequenceOfRand) {
     OwnRandom random;
     for (const std::uint32_t seed : {0U, 1U, 2U, 99U, 2147483646U, 2147483647U, 2147483648U, 4294967295U}) {
         random.seed(seed);
@@ -40,12 +40,12 @@ TEST(OwnRandom, GivesTheSequenceOfTheProcess) {
     }
 }
 
-TEST(OwnRandom, BeginsAsIfSeededWithOne) {
+TEST(OwnRandom, StartsAsIfSeededWithOne) {
     OwnRandom random;
     EXPECT_EQ(draws(random, 10), processDraws(1, 10));
 }
 
-TEST(OwnRandom, NeitherReadsNorChangesTheStateOfTheProcess) {
+TEST(OwnRandom, NeitherReadsNorChangesTheStateOfRand) {
     const std::vector<std::uint32_t> undisturbed = processDraws(42, 20);
     std::srand(42);
     OwnRandom random;
@@ -68,7 +68,7 @@ TEST(OwnRandom, ObjectsAreIndependent) {
     EXPECT_EQ(draws(second, 10), numbers);
 }
 
-TEST(ProcessRandom, IsTheProcessesGenerator) {
+TEST(ProcessRandom, DrawsFromRand) {
     ProcessRandom random;
     random.seed(7);
     const std::vector<std::uint32_t> numbers = draws(random, 10);

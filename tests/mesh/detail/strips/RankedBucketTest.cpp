@@ -1,4 +1,4 @@
-#include <vexa/mesh/detail/RankedBucket.h>
+#include <vexa/mesh/detail/strips/RankedBucket.h>
 
 #include "support/BuildKind.h"
 #include "support/Meshes.h"
@@ -53,7 +53,7 @@ private:
     std::vector<std::pair<std::uint32_t, std::uint32_t>> plain_;
 };
 
-TEST(RankedBucket, BeginsEmpty) {
+TEST(RankedBucket, StartsEmpty) {
     for (const std::uint32_t capacity : {0U, 1U, 64U, 70000U}) {
         const RankedBucket bucket(capacity);
         EXPECT_EQ(bucket.size(), 0u);
@@ -90,7 +90,7 @@ TEST(RankedBucket, IsFullToTheLastEntryAtBlockBoundaries) {
     }
 }
 
-TEST(RankedBucket, GivesWhatAPlainVectorGives) {
+TEST(RankedBucket, MatchesAPlainVector) {
     meshes::Random random(11);
     for (const std::uint32_t capacity : {10U, 100U, 3000U}) {
         for (int round = 0; round < 20; ++round) {
@@ -141,7 +141,7 @@ TEST(RankedBucket, MayBeRewrittenWhileItIsVisited) {
     EXPECT_EQ(entriesOf(bucket), entries);
 }
 
-TEST(RankedBucket, FindsTheFewThatAreLeftOfVeryMany) {
+TEST(RankedBucket, FindsTheFewLeftOfVeryMany) {
     constexpr std::uint32_t count = vexa::test::isSlowBuild ? 4300000 : 9000000;
     RankedBucket bucket(count);
     for (std::uint32_t i = 0; i < count; ++i) {

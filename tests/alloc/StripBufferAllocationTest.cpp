@@ -1,0 +1,44 @@
+#include "alloc/FailingNew.h"
+#include "support/Meshes.h"
+
+#include <vexa/mesh/StripBuffer.h>
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+namespace {
+
+using namespace vexa::mesh;
+using vexa::test::FailingNew;
+using vexa::test::liveAllocations;
+
+/// Lets one allocation after the other fail until none is left to fail.
+void failEveryAllocation(const meshes::Indices& mesh, const StripBufferOptions& options) {
+    for (std::size_t n = 0;; ++n) {
+        const std::size_t before = liveAllocations();
+        const FailingNew failing(n, FailingNew::Mode::Once);
+        try {
+            buildStripBuffer(mesh, options);
+        } catch (const std::bad_alloc&) {
+        }
+        ASSERT_EQ(liveAllocations(), before) << "allocation " << n;
+        if (!failing.hasFailed()) {
+            ASSERT_GT(n, 10U);
+            return;
+        }
+    }
+}
+
+TEST(StripBufferAllocation, FailureAtAnyPointLeavesNothingBehind) {
+    const meshes::Indices mesh = meshes::damaged(meshes::sphere(12, 8), 1);
+    failEveryAllocation(mesh, {.effort = 1, .join = StripJoin::Degenerate});
+    failEveryAllocation(mesh, {.effort = 2});
+    failEveryAllocation(mesh, {.effort = 2, .forVertexCache = true});
+}
+
+TEST(StripBufferAllocation, FailureWhileAnnealingLeavesNothingBehind) {
+    failEveryAllocation(meshes::octahedron(), {.effort = 3});
+}
+
+} // namespace

@@ -1,0 +1,147 @@
+#include "reference/ReferenceDecode.h"
+#include "reference/ReferenceShortestStrip.h"
+#include "support/Meshes.h"
+
+#include <vexa/mesh/StripBuffer.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+using namespace vexa::mesh;
+using meshes::Indices;
+using meshes::Random;
+
+/// Meshes of each random test; VEXA_RANDOM_MESHES asks for more, for example 1000000.
+unsigned randomMeshes(unsigned usual) {
+    const char* const wanted = std::getenv("VEXA_RANDOM_MESHES");
+    return wanted != nullptr ? static_cast<unsigned>(std::strtoul(wanted, nullptr, 10)) : usual;
+}
+
+Indices pick(Random& random) {
+    const std::uint32_t seed = random.below(1000000);
+    switch (random.below(10)) {
+    case 0:
+        return meshes::soup(4 + random.below(12), random.below(50), seed);
+    case 1:
+        return meshes::torus(3 + random.below(10), 3 + random.below(10));
+    case 2:
+        return meshes::grid(1 + random.below(12), 1 + random.below(12));
+    case 3:
+        return random.chance(50) ? meshes::closedFan(3 + random.below(30)) : meshes::openFan(1 + random.below(30));
+    case 4:
+        return meshes::moebius(3 + random.below(20));
+    case 5:
+        return meshes::book(1 + random.below(12));
+    case 6:
+        return meshes::sphere(3 + random.below(8), 2 + random.below(8));
+    case 7:
+        return meshes::pairs(1 + random.below(10));
+    case 8:
+        return meshes::pinchedVertex(3 + random.below(6), 3 + random.below(6));
+    default:
+        return meshes::joined(meshes::octahedron(),
+                              meshes::shifted(meshes::cylinder(3 + random.below(8), 1 + random.below(8)), 6));
+    }
+}
+
+Indices randomMesh(Random& random) {
+    Indices mesh = pick(random);
+    const std::uint32_t seed = random.below(1000000);
+    if (random.chance(40)) {
+        mesh = meshes::holed(mesh, 1 + random.below(40), seed);
+    }
+    if (random.chance(20)) {
+        mesh = meshes::flipped(mesh, 1 + random.below(40), seed);
+    }
+    if (random.chance(15)) {
+        mesh = meshes::doubled(mesh, 1 + random.below(30), seed);
+    }
+    if (random.chance(15)) {
+        mesh = meshes::collapsed(mesh, 1 + random.below(30), seed);
+    }
+    return random.chance(50) ? meshes::shuffled(mesh, seed) : mesh;
+}
+
+void expectNeverLonger(const Indices& mesh, unsigned maxEffort, StripJoin join, unsigned number) {
+    std::size_t shortest = joinStrips(buildPrimitives(mesh, {.allStrips = true}), join).size();
+    for (unsigned effort = 0; effort <= maxEffort; ++effort) {
+        const Indices strip = buildStripBuffer(mesh, {.effort = effort, .join = join});
+        EXPECT_LE(strip.size(), shortest) << "mesh " << number << ", effort " << effort;
+        EXPECT_EQ(reference::canonical(reference::decode(TRIANGLE_STRIP, strip)),
+                  reference::canonical(reference::withoutCollapsed(mesh)))
+            << "mesh " << number << ", effort " << effort;
+        shortest = strip.size();
+    }
+}
+
+TEST(StripBufferGuarantees, NoEffortNeedsMoreIndicesThanALowerOneOnRandomMeshes) {
+    Random random(1);
+    for (unsigned i = 0; i < randomMeshes(2000); ++i) {
+        const Indices mesh = randomMesh(random);
+        expectNeverLonger(mesh, 2, StripJoin::Restart, i);
+        expectNeverLonger(mesh, 2, StripJoin::Degenerate, i);
+    }
+}
+
+TEST(StripBufferGuarantees, AnnealingNeedsNoMoreIndicesThanALowerEffortOnRandomMeshes) {
+    Random random(2);
+    for (unsigned i = 0; i < randomMeshes(60); ++i) {
+        const Indices mesh = randomMesh(random);
+        expectNeverLonger(mesh, 3, i % 2 == 0 ? StripJoin::Restart : StripJoin::Degenerate, i);
+    }
+}
+
+std::vector<Indices> smallSurfaces() {
+    std::vector<Indices> surfaces{meshes::octahedron(), meshes::tetrahedron(),  meshes::closedFan(7),
+                                  meshes::grid(3, 2),   meshes::cylinder(4, 1), meshes::sphere(5, 2)};
+    for (std::uint32_t seed = 0; seed < 30; ++seed) {
+        surfaces.push_back(meshes::shuffled(meshes::holed(meshes::icosahedron(), 45, seed), seed));
+        surfaces.push_back(meshes::holed(meshes::grid(3, 3), 40, seed));
+    }
+    std::erase_if(surfaces, [](const Indices& surface) { return surface.size() > 3 * 12; });
+    return surfaces;
+}
+
+TEST(StripBufferGuarantees, NeedsFewMoreIndicesThanTheShortestListsOfSmallSurfaces) {
+    std::uint64_t built = 0;
+    std::uint64_t shortest = 0;
+    for (const Indices& surface : smallSurfaces()) {
+        const std::size_t length = buildStripBuffer(surface, {.effort = 3}).size();
+        const std::uint64_t least = reference::minIndexCount(surface, reference::Joins::Restart);
+        EXPECT_GE(length, least);
+        built += length;
+        shortest += least;
+    }
+    EXPECT_LE(100 * built, 103 * shortest);
+}
+
+/// FNV-1a over the results for the whole suite of meshes.
+std::uint64_t hashResults(const StripBufferOptions& options) {
+    std::uint64_t hash = 14695981039346656037U;
+    for (const auto& mesh : meshes::suite()) {
+        for (const unsigned int index : buildStripBuffer(mesh.indices, options)) {
+            hash = (hash ^ index) * 1099511628211U;
+        }
+    }
+    return hash;
+}
+
+// Written down once, and the same for every compiler, build type and processor.
+TEST(StripBufferGuarantees, ResultsAreTheSameOnEveryMachine) {
+    EXPECT_EQ(hashResults({.effort = 0}), 13173053047514796569U);
+    EXPECT_EQ(hashResults({.effort = 0, .join = StripJoin::Degenerate}), 7697019837892706658U);
+    EXPECT_EQ(hashResults({.effort = 1}), 127203136332364914U);
+    EXPECT_EQ(hashResults({.effort = 1, .join = StripJoin::Degenerate}), 5072434881338278518U);
+    EXPECT_EQ(hashResults({.effort = 2}), 15835977265913162114U);
+    EXPECT_EQ(hashResults({.effort = 2, .join = StripJoin::Degenerate}), 7058291887031472622U);
+    EXPECT_EQ(hashResults({.effort = 3}), 17692992556820705404U);
+    EXPECT_EQ(hashResults({.effort = 3, .join = StripJoin::Degenerate}), 16037890126654574634U);
+    EXPECT_EQ(hashResults({.effort = 2, .forVertexCache = true}), 1164120339530587941U);
+}
+
+} // namespace

@@ -1,0 +1,241 @@
+#include "reference/ReferenceDecode.h"
+#include "support/Meshes.h"
+
+#include <vexa/mesh/StripBuffer.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using namespace vexa::mesh;
+using meshes::Indices;
+
+constexpr unsigned int restart = 4294967295U;
+constexpr unsigned maxEffort = 4;
+
+struct Setting {
+    unsigned effort;
+    StripJoin join;
+
+    [[nodiscard]] StripBufferOptions options() const {
+        return {.effort = effort, .join = join, .microsecondsPerTriangle = 1};
+    }
+    [[nodiscard]] std::string name() const {
+        return "effort " + std::to_string(effort) + (join == StripJoin::Restart ? ", restart" : ", degenerate");
+    }
+};
+
+std::vector<Setting> settings() {
+    std::vector<Setting> all;
+    for (unsigned effort = 0; effort <= maxEffort; ++effort) {
+        all.push_back({effort, StripJoin::Restart});
+        all.push_back({effort, StripJoin::Degenerate});
+    }
+    return all;
+}
+
+Indices canonicalTriangles(const Indices& mesh) {
+    return reference::canonical(reference::withoutCollapsed(mesh));
+}
+
+Indices canonicalStrip(const Indices& strip) {
+    return reference::canonical(reference::decode(TRIANGLE_STRIP, strip));
+}
+
+/// The message of the std::invalid_argument that a call throws.
+template <class Call>
+std::string messageOf(Call call) {
+    try {
+        call();
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+    return "nothing thrown";
+}
+
+class StripBufferOfSuite : public testing::TestWithParam<std::string> {};
+
+TEST_P(StripBufferOfSuite, HoldsEveryTriangleOnceInItsWinding) {
+    for (const auto& mesh : meshes::family(GetParam())) {
+        for (const Setting& setting : settings()) {
+            EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh.indices, setting.options())),
+                      canonicalTriangles(mesh.indices))
+                << mesh.name << ", " << setting.name();
+        }
+    }
+}
+
+TEST_P(StripBufferOfSuite, IsNeverLongerThanBuildPrimitivesJoined) {
+    for (const auto& mesh : meshes::family(GetParam())) {
+        const auto primitives = buildPrimitives(mesh.indices, {.allStrips = true});
+        for (const Setting& setting : settings()) {
+            EXPECT_LE(buildStripBuffer(mesh.indices, setting.options()).size(),
+                      joinStrips(primitives, setting.join).size())
+                << mesh.name << ", " << setting.name();
+        }
+    }
+}
+
+TEST_P(StripBufferOfSuite, StripsApartAreThoseJoinedByRestart) {
+    for (const auto& mesh : meshes::family(GetParam())) {
+        for (unsigned effort = 0; effort <= 3; ++effort) {
+            const auto strips = buildStrips(mesh.indices, {.effort = effort});
+            EXPECT_EQ(joinStrips(strips, StripJoin::Restart), buildStripBuffer(mesh.indices, {.effort = effort}))
+                << mesh.name << ", effort " << effort;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Families, StripBufferOfSuite,
+                         testing::Values("Plain", "Knotted", "Soups", "Variants", "Large"),
+                         [](const auto& test) { return test.param; });
+
+TEST(StripBuffer, OfNothingIsEmpty) {
+    EXPECT_TRUE(buildStripBuffer({}).empty());
+    EXPECT_TRUE(buildStrips({}).empty());
+}
+
+TEST(StripBuffer, LeavesOutCollapsedTriangles) {
+    EXPECT_EQ(buildStripBuffer(Indices{0, 1, 1, 2, 3, 4, 5, 5, 5}), (Indices{2, 3, 4}));
+    EXPECT_TRUE(buildStripBuffer(Indices{0, 1, 1}).empty());
+}
+
+TEST(StripBuffer, WritesAStripFromTheEndThatSuitsAnEvenPosition) {
+    const Indices mesh = meshes::strip(7);
+    EXPECT_EQ(buildStripBuffer(mesh).size(), 9U);
+}
+
+TEST(StripBuffer, DegenerateJointsRepeatNoIndexForParity) {
+    // Two single triangles after one another: the second begins at an odd position, with two indices exchanged.
+    const Indices joined = buildStripBuffer(meshes::scattered(2), {.join = StripJoin::Degenerate});
+    EXPECT_EQ(joined.size(), 8U);
+}
+
+TEST(StripBuffer, RestartsBetweenStripsOnly) {
+    const Indices joined = buildStripBuffer(meshes::scattered(3));
+    EXPECT_EQ(joined.size(), 11U);
+    EXPECT_EQ(std::count(joined.begin(), joined.end(), restart), 2);
+}
+
+TEST_P(StripBufferOfSuite, NoStripIsLongerThanAllowed) {
+    for (const auto& mesh : meshes::family(GetParam())) {
+        for (const std::uint32_t longest : {1U, 2U, 5U, 16U}) {
+            Indices all;
+            for (const auto& strip : buildStrips(mesh.indices, {.maxTriangles = longest})) {
+                const Indices triangles = reference::decode(strip.type, strip.indices);
+                EXPECT_LE(triangles.size(), 3 * longest) << mesh.name;
+                all.insert(all.end(), triangles.begin(), triangles.end());
+            }
+            EXPECT_EQ(reference::canonical(all), canonicalTriangles(mesh.indices)) << mesh.name << ", " << longest;
+        }
+    }
+}
+
+TEST_P(StripBufferOfSuite, OrderedForTheVertexCacheHoldsTheSameTriangles) {
+    for (const auto& mesh : meshes::family(GetParam())) {
+        for (const Setting& setting : settings()) {
+            StripBufferOptions options = setting.options();
+            options.forVertexCache = true;
+            EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh.indices, options)), canonicalTriangles(mesh.indices))
+                << mesh.name << ", " << setting.name();
+        }
+    }
+}
+
+/// Vertices that a first-in first-out cache of this size has to load.
+std::size_t countMisses(const Indices& strip, std::size_t cacheSize) {
+    std::vector<unsigned int> cache;
+    std::size_t misses = 0;
+    for (const unsigned int vertex : strip) {
+        if (vertex != restart && std::find(cache.begin(), cache.end(), vertex) == cache.end()) {
+            ++misses;
+            cache.push_back(vertex);
+            cache.erase(cache.begin(), cache.end() - static_cast<std::ptrdiff_t>(std::min(cacheSize, cache.size())));
+        }
+    }
+    return misses;
+}
+
+TEST(StripBuffer, OrderedForTheVertexCacheMissesLess) {
+    const Indices mesh = meshes::sphere(60, 40);
+    const std::size_t plain = countMisses(buildStripBuffer(mesh), 32);
+    const std::size_t ordered = countMisses(buildStripBuffer(mesh, {.forVertexCache = true}), 32);
+    EXPECT_LT(10 * ordered, 9 * plain);
+}
+
+TEST(StripBuffer, OrdersVerticesWithGapsForTheVertexCache) {
+    const Indices mesh = meshes::shifted(meshes::grid(6, 6), 4'000'000'000U);
+    EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, {.forVertexCache = true})), canonicalTriangles(mesh));
+}
+
+TEST(StripBuffer, RefusesIndicesThatAreNotWholeTriangles) {
+    const Indices indices{0, 1, 2, 3};
+    EXPECT_EQ(messageOf([&] { buildStripBuffer(indices); }),
+              "buildStripBuffer: 4 indices are not a whole number of triangles");
+    EXPECT_EQ(messageOf([&] { buildStrips(indices); }), "buildStrips: 4 indices are not a whole number of triangles");
+}
+
+TEST(StripBuffer, RefusesTheRestartIndex) {
+    EXPECT_EQ(messageOf([] {
+                  buildStripBuffer(Indices{0, 1, restart});
+              }),
+              "buildStripBuffer: index 2 is 4294967295, which is reserved for primitive restart");
+}
+
+TEST(StripBuffer, RefusesAnEffortThatDoesNotExist) {
+    EXPECT_EQ(messageOf([] { buildStripBuffer(Indices{}, {.effort = 99}); }),
+              "buildStripBuffer: effort 99 is not supported; the highest is " + std::to_string(maxEffort));
+}
+
+TEST(StripBuffer, RefusesATimeThatIsNone) {
+    EXPECT_EQ(messageOf([] { buildStripBuffer(Indices{}, {.effort = 4, .microsecondsPerTriangle = -1}); }),
+              "buildStripBuffer: -1.000000 microseconds per triangle are not a time; give 0 or more");
+}
+
+TEST(StripBuffer, DependsOnTheSeedFromEffort3On) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(40, 30), 3), 7);
+    const auto build = [&mesh](unsigned effort, std::uint32_t seed) {
+        return buildStripBuffer(mesh, {.effort = effort, .seed = seed});
+    };
+    EXPECT_EQ(build(2, 1), build(2, 2));
+    EXPECT_EQ(build(3, 1), build(3, 1));
+    EXPECT_NE(build(3, 1), build(3, 2));
+}
+
+TEST(StripBuffer, ReportsProgressThatNeverFalls) {
+    double last = 0;
+    unsigned calls = 0;
+    buildStripBuffer(meshes::grid(30, 30), {.onProgress = [&](const StripProgress& progress) {
+                         EXPECT_GE(progress.fraction, last);
+                         EXPECT_LE(progress.fraction, 1);
+                         last = progress.fraction;
+                         ++calls;
+                         return true;
+                     }});
+    EXPECT_GE(calls, 1U);
+}
+
+TEST(StripBuffer, StoppedAtOnceStillHoldsEveryTriangle) {
+    const Indices mesh = meshes::damaged(meshes::sphere(20, 12), 5);
+    for (const Setting& setting : settings()) {
+        StripBufferOptions options = setting.options();
+        unsigned calls = 0;
+        options.onProgress = [&](const StripProgress&) {
+            ++calls;
+            return false;
+        };
+        EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, options)), canonicalTriangles(mesh)) << setting.name();
+        EXPECT_EQ(calls, 1U) << setting.name();
+    }
+}
+
+TEST(StripBuffer, PassesOnWhatTheProgressCallbackThrows) {
+    const StripBufferOptions options{.onProgress = [](const StripProgress&) -> bool { throw std::runtime_error("x"); }};
+    EXPECT_THROW(buildStripBuffer(meshes::grid(4, 4), options), std::runtime_error);
+}
+
+} // namespace
