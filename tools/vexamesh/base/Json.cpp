@@ -1,16 +1,37 @@
-#include "io/Json.h"
+#include "base/Json.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
 
 namespace vexa::tool {
 
 namespace {
 
-constexpr int deepestNesting = 100;
+constexpr int maxNesting = 100;
 
-/// A document made here holds plain ints, too.
+/// A document that was made here can hold signed integers, too.
 bool isUnsigned(const Json& value) {
     return value.is_number_unsigned() || (value.is_number_integer() && value.get<std::int64_t>() >= 0);
+}
+
+/// Everything that walks a document later does so by recursion. The parser's own callback would also report the depth,
+/// but with it the end of every object costs a walk over the array that holds the object.
+void checkNesting(std::string_view text) {
+    int depth = 0;
+    bool isString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == '"') {
+            isString = !isString;
+        } else if (isString) {
+            i += c == '\\' ? 1 : 0;
+        } else if (c == '[' || c == '{') {
+            if (++depth > maxNesting) {
+                throw FormatError("JSON is nested more than " + std::to_string(maxNesting) + " deep");
+            }
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
 }
 
 std::string memberName(const std::string& where, const char* key) {
@@ -20,20 +41,18 @@ std::string memberName(const std::string& where, const char* key) {
 } // namespace
 
 Json parseJson(std::string_view text) {
-    const auto limitDepth = [](int depth, Json::parse_event_t, const Json&) {
-        // Everything that walks a document afterwards does so by recursion.
-        if (depth > deepestNesting) {
-            throw FormatError("JSON is nested more than " + std::to_string(deepestNesting) + " deep");
-        }
-        return true;
-    };
+    checkNesting(text);
     try {
-        return Json::parse(text, limitDepth);
+        return Json::parse(text);
     } catch (const Json::parse_error& error) {
-        throw FormatError("no valid JSON at byte " + std::to_string(error.byte));
+        throw FormatError("invalid JSON at byte " + std::to_string(error.byte));
     } catch (const Json::exception& error) {
-        throw FormatError(std::string("no valid JSON: ") + error.what());
+        throw FormatError(std::string("invalid JSON: ") + error.what());
     }
+}
+
+std::string jsonText(const Json& json) {
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 std::string elementName(std::string_view array, std::size_t index) {
@@ -50,14 +69,14 @@ std::uint64_t unsignedMember(const Json& object, const char* key, const std::str
         return *fallback;
     }
     if (!isUnsigned(*found)) {
-        throw FormatError(memberName(where, key) + " is no unsigned integer");
+        throw FormatError(memberName(where, key) + " is not an unsigned integer");
     }
     return found->get<std::uint64_t>();
 }
 
 std::size_t indexValue(const Json& value, const std::string& where, std::size_t size) {
     if (!isUnsigned(value)) {
-        throw FormatError(where + " is no unsigned integer");
+        throw FormatError(where + " is not an unsigned integer");
     }
     const auto index = value.get<std::uint64_t>();
     if (index >= size) {
@@ -89,7 +108,7 @@ const Json& arrayMember(const Json& object, const char* key, const std::string& 
         return empty;
     }
     if (!found->is_array()) {
-        throw FormatError(memberName(where, key) + " is no array");
+        throw FormatError(memberName(where, key) + " is not an array");
     }
     return *found;
 }
@@ -101,7 +120,7 @@ const Json& objectMember(const Json& object, const char* key, const std::string&
         return empty;
     }
     if (!found->is_object()) {
-        throw FormatError(memberName(where, key) + " is no object");
+        throw FormatError(memberName(where, key) + " is not an object");
     }
     return *found;
 }

@@ -17,6 +17,9 @@ using Json = nlohmann::ordered_json;
 /// \throw FormatError it is no JSON, or nested more than 100 deep; the text says at which byte
 Json parseJson(std::string_view text);
 
+/// Indented text for programs, with a newline at the end; what is not UTF-8 in it is replaced.
+std::string jsonText(const Json& json);
+
 /// "accessors[3]": how messages name an element.
 std::string elementName(std::string_view array, std::size_t index);
 

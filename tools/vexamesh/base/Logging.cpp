@@ -1,4 +1,4 @@
-#include "Logging.h"
+#include "base/Logging.h"
 
 #include <atomic>
 #include <boost/log/attributes/value_extraction.hpp>
@@ -7,9 +7,7 @@
 #include <boost/log/sinks/basic_sink_backend.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/log/trivial.hpp>
-#include <boost/log/utility/setup/console.hpp>
 #include <boost/make_shared.hpp>
-#include <iostream>
 #include <utility>
 
 namespace vexa::tool {
@@ -30,17 +28,22 @@ private:
     std::function<void(const std::string&)> receive_;
 };
 
+using Frontend = logs::sinks::synchronous_sink<Receiver>;
+
+boost::shared_ptr<Frontend> addSink(std::function<void(const std::string&)> receive) {
+    auto frontend = boost::make_shared<Frontend>(boost::make_shared<Receiver>(std::move(receive)));
+    logs::core::get()->add_sink(frontend);
+    return frontend;
+}
+
 } // namespace
 
 struct LogCapture::Sink {
-    boost::shared_ptr<logs::sinks::synchronous_sink<Receiver>> frontend;
+    boost::shared_ptr<Frontend> frontend;
 };
 
-LogCapture::LogCapture(std::function<void(const std::string&)> receive) : sink_(new Sink) {
-    sink_->frontend =
-        boost::make_shared<logs::sinks::synchronous_sink<Receiver>>(boost::make_shared<Receiver>(std::move(receive)));
+LogCapture::LogCapture(std::function<void(const std::string&)> receive) : sink_(new Sink{addSink(std::move(receive))}) {
     sink_->frontend->set_formatter(logs::expressions::stream << logs::expressions::smessage);
-    logs::core::get()->add_sink(sink_->frontend);
     isCaptured = true;
 }
 
@@ -50,12 +53,11 @@ LogCapture::~LogCapture() {
     delete sink_;
 }
 
-void logToStandardError() {
-    namespace expressions = logs::expressions;
-    const auto sink = logs::add_console_log(
-        std::cerr, logs::keywords::format = expressions::stream << "vexamesh: " << logs::trivial::severity << ": "
-                                                                << expressions::smessage);
-    sink->set_filter([](const logs::attribute_value_set&) { return !isCaptured; });
+void receiveLog(std::function<void(const std::string&)> receive) {
+    const auto frontend = addSink(std::move(receive));
+    frontend->set_formatter(logs::expressions::stream << logs::trivial::severity << ": "
+                                                      << logs::expressions::smessage);
+    frontend->set_filter([](const logs::attribute_value_set&) { return !isCaptured; });
 }
 
 } // namespace vexa::tool

@@ -5,11 +5,11 @@
 
 namespace vexa::tool {
 
-/// Sends the library's log records to standard error, one line each; without a sink Boost.Log would print them to
-/// standard output, among the results.
-void logToStandardError();
+/// Passes the library's log records on from now on, such as "warning: text", unless they are captured. Without this,
+/// Boost.Log would print them to standard output, among the results.
+void receiveLog(std::function<void(const std::string&)> receive);
 
-/// While it lives, log records of any severity go to a function, and to standard error no longer. Only one at a time.
+/// While it lives, log records of any severity go to this function only. There can be one at a time.
 class LogCapture {
 public:
     explicit LogCapture(std::function<void(const std::string&)> receive);

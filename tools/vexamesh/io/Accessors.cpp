@@ -1,8 +1,8 @@
 #include "io/Accessors.h"
 
-#include "Errors.h"
-#include "io/GltfCheck.h"
-#include "io/PrimitiveRestart.h"
+#include "base/Errors.h"
+#include "io/gltf/GltfCheck.h"
+#include "io/gltf/PrimitiveRestart.h"
 
 #include <algorithm>
 
@@ -137,7 +137,7 @@ void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsig
         if (indices[i] == restart) {
             throw FormatError(elementName("accessors", index) + " holds at " + std::to_string(i) +
                               " the restart index " + std::to_string(restart) +
-                              ", which glTF allows only in strips, "
+                              ", which glTF permits only in strips, "
                               "fans and loops of files that use " +
                               restartExtension);
         }

@@ -24,9 +24,9 @@ struct AccessorData {
     [[nodiscard]] double component(std::size_t element, std::size_t index) const;
 };
 
-/// Checks what the document alone does not tell: that sparse accessors replace elements that they have.
+/// Checks that sparse accessors replace elements that they have, which their data decides.
 ///
-/// \throw FormatError one does not; says which
+/// \throw FormatError one does not; the text says which
 void checkSparseAccessors(const Asset& asset);
 
 /// Reads an accessor, its sparse values included.
@@ -43,7 +43,7 @@ std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index);
 ///
 /// \param vertices how many there are
 /// \param restarts whether decoded restart indices may be among them
-/// \throw FormatError an index is not below that, or is the restart index of its type; says which
+/// \throw FormatError an index is not below that, or is the restart index of its type; the text says which
 void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices, std::size_t vertices,
                   bool restarts = false);
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Bytes.h"
+#include "base/Json.h"
 #include "io/AssetModel.h"
-#include "io/Bytes.h"
-#include "io/GltfCheck.h"
-#include "io/Json.h"
+#include "io/gltf/GltfCheck.h"
 
 #include <filesystem>
 #include <string>
@@ -14,12 +14,13 @@ namespace vexa::tool {
 /// A glTF document in memory, complete: nothing in it is outside of it but images that could not be found.
 ///
 /// `json` is what is edited and written, so that everything that nobody touches stays as it was, unknown members
-/// included. `model` tells where in `buffers` the elements of its accessors are, as read by TinyGLTF.
+/// included. `model` says where in `buffers` the elements of its accessors are, as read by TinyGLTF.
 struct Asset { // NOLINT(bugprone-exception-escape): JSON that is moved checks itself, and finds nothing
     Json json;
     std::vector<Bytes> buffers;
     AssetModel model;
     std::vector<std::string> warnings; ///< what a person should know, a line each
+    std::vector<std::string> leftOut; ///< data of the file that this document does not hold, a line each; also warnings
 };
 
 /// Makes an asset of a document whose buffers are at hand; checks it as `checkDocument` does.
@@ -28,10 +29,10 @@ struct Asset { // NOLINT(bugprone-exception-escape): JSON that is moved checks i
 /// \throw FormatError what is wrong, and where
 Asset makeAsset(Json json, std::vector<Bytes> buffers, MeshCheck check = MeshCheck::Full);
 
-/// Reads a .gltf file (told by its first bytes from a .glb file) from memory, with the files that it refers to.
+/// Reads a .gltf file or .glb file (the first bytes decide) from memory, with the files that it refers to.
 /// Images become buffer views, with their bytes as they are.
 ///
-/// \param directory where its relative references begin
+/// \param directory where its relative references start; empty: references to buffers are refused, to images left alone
 /// \throw FormatError what is wrong, and where
 /// \throw FileError   a buffer's file is missing or cannot be read
 Asset readGltf(const Bytes& file, const std::filesystem::path& directory, MeshCheck check = MeshCheck::Full);

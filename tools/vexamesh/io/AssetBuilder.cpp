@@ -1,6 +1,7 @@
 #include "io/AssetBuilder.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
+#include "io/gltf/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +15,7 @@ namespace {
 constexpr int arrayBuffer = 34962;
 constexpr int elementArrayBuffer = 34963;
 
-/// The least and the largest value of each component, of those that JSON can write; 0 when there is none.
+/// The minimum and maximum of each component over the finite values; 0 if there are none.
 std::pair<Json, Json> bounds(const AccessorData& values) {
     Json least = Json::array();
     Json largest = Json::array();
@@ -56,7 +57,10 @@ std::string writtenName(const std::string& name) {
 } // namespace
 
 mesh::ComponentType narrowestIndexType(const std::vector<unsigned int>& indices) {
-    const unsigned int largest = indices.empty() ? 0 : *std::max_element(indices.begin(), indices.end());
+    unsigned int largest = 0;
+    for (const unsigned int index : indices) {
+        largest = std::max(largest, index == decodedRestart ? 0 : index);
+    }
     return largest < std::numeric_limits<std::uint8_t>::max()    ? mesh::UNSIGNED_BYTE
            : largest < std::numeric_limits<std::uint16_t>::max() ? mesh::UNSIGNED_SHORT
                                                                  : mesh::UNSIGNED_INT;
@@ -77,7 +81,7 @@ void appendIndices(Bytes& bytes, const std::vector<unsigned int>& indices, mesh:
 AccessorData floatValues(const std::string& type, const std::vector<float>& values) {
     AccessorData data;
     data.type = type;
-    data.components = type == "VEC2" ? 2 : type == "VEC3" ? 3 : 4;
+    data.components = type == "SCALAR" ? 1 : type == "VEC2" ? 2 : type == "VEC3" ? 3 : 4;
     data.count = values.size() / data.components;
     data.bytes.resize(values.size() * sizeof(float));
     std::memcpy(data.bytes.data(), values.data(), data.bytes.size());
@@ -168,11 +172,11 @@ std::size_t AssetBuilder::addMaterial(Json material) {
     return addEntry("materials", std::move(material));
 }
 
-std::size_t AssetBuilder::addTexture(const Bytes& image, const std::string& mimeType) {
-    const std::size_t view = addView(image, 0, 0);
-    json_["images"].push_back({{"bufferView", view}, {"mimeType", mimeType}});
-    json_["textures"].push_back({{"source", json_["images"].size() - 1}});
-    return json_["textures"].size() - 1;
+void AssetBuilder::useExtension(const std::string& name) {
+    Json& used = json_["extensionsUsed"];
+    if (std::find(used.begin(), used.end(), Json(name)) == used.end()) {
+        used.push_back(name);
+    }
 }
 
 Asset AssetBuilder::finish() {

@@ -23,10 +23,11 @@ struct NewPrimitive {
     std::optional<std::size_t> material;
 };
 
-/// The narrowest unsigned type that holds these indices and leaves its largest value, the restart index, unused.
+/// The narrowest unsigned type whose largest value, the restart index, none of these indices has; decoded restart
+/// indices among them do not count.
 mesh::ComponentType narrowestIndexType(const std::vector<unsigned int>& indices);
 
-/// Appends indices as values of an unsigned type.
+/// Appends indices as values of an unsigned type; decoded restart indices become its largest value.
 void appendIndices(Bytes& bytes, const std::vector<unsigned int>& indices, mesh::ComponentType type);
 
 /// Attribute values from floats.
@@ -42,11 +43,8 @@ public:
     /// \return its index
     std::size_t addMaterial(Json material);
 
-    /// Adds a texture that shows this image.
-    ///
-    /// \param mimeType "image/png" or "image/jpeg"
-    /// \return the texture's index
-    std::size_t addTexture(const Bytes& image, const std::string& mimeType);
+    /// Lists an extension as used, once.
+    void useExtension(const std::string& name);
 
     /// Adds an element to a top-level array of the document.
     ///

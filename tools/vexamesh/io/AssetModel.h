@@ -17,7 +17,8 @@ struct AccessorModel {
     int componentType = 0;
     bool normalized = false;
     bool isSparse = false;
-    int bufferView = -1; ///< -1: its elements are zero
+    bool holdsRestarts = false; ///< decoding a primitive's indices has found restart indices in it
+    int bufferView = -1;        ///< -1: its elements are zero
     std::size_t byteOffset = 0;
     std::size_t count = 0;
     std::size_t sparseCount = 0;
@@ -31,7 +32,7 @@ struct BufferViewModel {
     std::size_t byteStride = 0; ///< 0: without gaps
 };
 
-/// What reading elements takes of a glTF document.
+/// The parts of a glTF document that reading elements needs.
 struct AssetModel {
     std::vector<AccessorModel> accessors;
     std::vector<BufferViewModel> bufferViews;

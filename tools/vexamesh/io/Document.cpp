@@ -1,14 +1,17 @@
 #include "io/Document.h"
 
-#include "Errors.h"
-#include "io/AssimpReader.h"
+#include "base/Errors.h"
 #include "io/Files.h"
-#include "io/Glb.h"
 #include "io/IsolatedReader.h"
-#include "io/ObjReader.h"
-#include "io/PrimitiveRestart.h"
+#include "io/gltf/Glb.h"
+#include "io/gltf/PrimitiveRestart.h"
+#include "io/import/ObjReader.h"
+#include "io/import/OffReader.h"
+#include "io/import/PlyReader.h"
+#include "io/import/StlReader.h"
 
 #include <algorithm>
+#include <fstream>
 #include <numeric>
 
 namespace vexa::tool {
@@ -17,22 +20,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Puts the restart indices of a primitive into their decoded form, where they are allowed, and marks it.
-void decodeRestarts(const Asset& asset, Json& source, Primitive& primitive) {
+/// Puts the restart indices of a primitive into their decoded form, where they are allowed.
+void decodeRestarts(Asset& asset, const Json& source, Primitive& primitive) {
     if (!allowsRestart(asset.json, source)) {
         return;
     }
     const unsigned int restart = restartIndexOf(primitive.indexType);
     if (std::find(primitive.indices.begin(), primitive.indices.end(), restart) != primitive.indices.end()) {
         std::replace(primitive.indices.begin(), primitive.indices.end(), restart, decodedRestart);
-        markRestart(source, true);
+        asset.model.accessors[*primitive.indexAccessor].holdsRestarts = true;
     }
 }
 
-Primitive readPrimitive(const Asset& asset, Json& source, const std::string& where, MeshCheck check) {
+Primitive readPrimitive(Asset& asset, const Json& source, const std::string& where, MeshCheck check) {
     Primitive primitive;
     primitive.type = static_cast<mesh::PrimitiveType>(source.value("mode", static_cast<int>(mesh::TRIANGLES)));
-    for (const auto& [name, accessor] : source["attributes"].items()) {
+    for (const auto& [name, accessor] : objectMember(source, "attributes", where).items()) {
         primitive.attributes.push_back({name, accessor.get<std::size_t>()});
         if (name == "POSITION" || primitive.attributes.size() == 1) {
             primitive.vertices = asset.model.accessors.at(primitive.attributes.back().accessor).count;
@@ -64,14 +67,14 @@ std::vector<Mesh> readMeshes(Asset& asset, MeshCheck check) {
     if (!asset.json.contains("meshes")) {
         return meshes;
     }
-    Json& sources = asset.json["meshes"];
+    const Json& sources = asset.json["meshes"];
     for (std::size_t m = 0; m < sources.size(); ++m) {
         Mesh mesh;
         mesh.name = stringMember(sources[m], "name");
         if (mesh.name.empty()) {
             mesh.name = "mesh " + std::to_string(m);
         }
-        Json& primitives = sources[m]["primitives"];
+        const Json& primitives = sources[m]["primitives"];
         for (std::size_t p = 0; p < primitives.size(); ++p) {
             const std::string where = elementName(elementName("meshes", m) + ".primitives", p);
             mesh.primitives.push_back(readPrimitive(asset, primitives[p], where, check));
@@ -88,24 +91,34 @@ std::string lowerExtension(const fs::path& file) {
     return extension;
 }
 
-Asset readAsset(const Bytes& content, const fs::path& file, MeshCheck check, std::string& format) {
+/// \param directory of the files that it refers to; empty: it must not refer to any
+Asset readAsset(const Bytes& content, const fs::path& file, const fs::path& directory, MeshCheck check,
+                std::string& format) {
     const std::string extension = lowerExtension(file);
     if (extension == ".obj") {
         format = "OBJ";
         return readObj(content, file);
     }
-    if (extension == ".ply" || extension == ".stl" || extension == ".off") {
-        format = extension == ".ply" ? "PLY" : extension == ".stl" ? "STL" : "OFF";
-        return readWithAssimp(content, extension);
+    if (extension == ".ply") {
+        format = "PLY";
+        return readPly(content, file);
+    }
+    if (extension == ".stl") {
+        format = "STL";
+        return readStl(content);
+    }
+    if (extension == ".off") {
+        format = "OFF";
+        return readOff(content);
     }
     if (extension != ".glb" && extension != ".gltf") {
-        throw FormatError("no .glb, .gltf, .obj, .ply, .stl or .off file");
+        throw FormatError("not a .glb, .gltf, .obj, .ply, .stl or .off file");
     }
     if (extension == ".glb" && !hasGlbMagic(content)) {
-        throw FormatError("no binary glTF: it does not begin with \"glTF\"");
+        throw FormatError("not a binary glTF file: it does not begin with \"glTF\"");
     }
     format = hasGlbMagic(content) ? "glTF binary" : "glTF";
-    return readGltf(content, file.parent_path(), check);
+    return readGltf(content, directory, check);
 }
 
 } // namespace
@@ -118,7 +131,52 @@ const Attribute* Primitive::findAttribute(const std::string& name) const {
 
 namespace {
 
-Document parseDocument(const Bytes& content, const fs::path& name, MeshCheck check) {
+bool& isStrict() {
+    static bool strict = false;
+    return strict;
+}
+
+/// Adds what the asset leaves out to its warnings.
+void reportLeftOut(Asset& asset) {
+    constexpr std::size_t longestLine = 500;
+    for (std::string& text : asset.leftOut) {
+        text = shortened(text, longestLine);
+        asset.warnings.push_back("left out: " + text);
+    }
+}
+
+/// \throw CheckError something is left out, and nothing must be
+void checkLeftOut(const Document& document) {
+    const std::vector<std::string>& leftOut = document.asset.leftOut;
+    if (isStrict() && !leftOut.empty()) {
+        const std::size_t more = leftOut.size() - 1;
+        throw CheckError(document.file.string() + ": refused, as --strict demands: left out: " + leftOut.front() +
+                         (more == 0 ? "" : " (and " + std::to_string(more) + " more)"));
+    }
+}
+
+/// Refuses an STL file by its size and its first bytes: they tell whether the rest, which may be gigabytes, is of use.
+void checkSize(const fs::path& file) {
+    constexpr std::size_t beginSize = 1 << 16;
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(file, error);
+    if (lowerExtension(file) != ".stl" || error || size == 0) {
+        return;
+    }
+    std::string begin(static_cast<std::size_t>(std::min<std::uintmax_t>(size, beginSize)), '\0');
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream.read(begin.data(), static_cast<std::streamsize>(begin.size()))) {
+        // Whatever it is, reading all of it reports it.
+        return;
+    }
+    try {
+        checkStlSize(begin, size);
+    } catch (const FormatError& fault) {
+        throw FileError(file.string(), fault.what());
+    }
+}
+
+Document parseDocument(const Bytes& content, const fs::path& name, const fs::path& directory, MeshCheck check) {
     try {
         if (content.empty()) {
             throw FormatError("is empty");
@@ -126,11 +184,12 @@ Document parseDocument(const Bytes& content, const fs::path& name, MeshCheck che
         Document document;
         document.file = name;
         document.fileSize = content.size();
-        document.asset = readAsset(content, name, check, document.format);
+        document.asset = readAsset(content, name, directory, check, document.format);
+        reportLeftOut(document.asset);
         document.meshes = readMeshes(document.asset, check);
         return document;
     } catch (const FileError& error) {
-        // A file that this one refers to.
+        // About a file that this one refers to.
         throw FileError(name.string(), error.what());
     } catch (const FormatError& error) {
         throw FileError(name.string(), error.what());
@@ -143,18 +202,27 @@ Document parseDocument(const Bytes& content, const fs::path& name, MeshCheck che
 
 Document loadDocument(const Bytes& content, const fs::path& name, MeshCheck check) {
     try {
-        return parseDocument(content, name, check);
+        return parseDocument(content, name, {}, check);
     } catch (const std::length_error&) {
-        throw FileError(name.string(), "asks for more memory than there is");
+        throw FileError(name.string(), "needs more memory than is available");
     } catch (const std::bad_alloc&) {
-        throw FileError(name.string(), "asks for more memory than there is");
+        throw FileError(name.string(), "needs more memory than is available");
     }
 }
 
+void refuseLosses(bool refuse) {
+    isStrict() = refuse;
+}
+
 Document loadDocument(const fs::path& file, MeshCheck check) {
-    Document document = readIsolated(file, [&] { return parseDocument(readFile(file), file, check); });
+    const fs::path directory = file.has_parent_path() ? file.parent_path() : ".";
+    Document document = readIsolated(file, [&] {
+        checkSize(file);
+        return parseDocument(readFile(file), file, directory, check);
+    });
     // They were checked by whoever has sent them.
     document.meshes = readMeshes(document.asset, MeshCheck::References);
+    checkLeftOut(document);
     return document;
 }
 

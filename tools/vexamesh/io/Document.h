@@ -43,9 +43,14 @@ struct Document { // NOLINT(bugprone-exception-escape): as for Asset
     std::vector<Mesh> meshes; ///< in the order of the asset's, and so are their primitives
 };
 
+/// Whether files that hold data which a document must leave out are refused from now on; otherwise they are read, with
+/// warnings.
+void refuseLosses(bool refuse);
+
 /// Reads a .glb, .gltf, .obj, .ply, .stl or .off file, in a process of its own.
 ///
-/// \throw FileError it cannot be read, or is no such file; one line that says what is wrong, and where
+/// \throw FileError  it cannot be read, or is no such file; one line that says what is wrong, and where
+/// \throw CheckError its `asset.leftOut` is not empty, after `refuseLosses(true)`
 Document loadDocument(const std::filesystem::path& file, MeshCheck check = MeshCheck::Full);
 
 /// Reads a binary glTF file that this program has made from memory, in this process.

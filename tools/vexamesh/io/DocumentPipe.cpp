@@ -18,6 +18,21 @@ std::vector<T> receiveRecords(ChildProcess& child) {
     return records;
 }
 
+void sendTexts(PipeWriter& pipe, const std::vector<std::string>& texts) {
+    pipe.writeValue(texts.size());
+    for (const std::string& text : texts) {
+        pipe.writeText(text);
+    }
+}
+
+std::vector<std::string> receiveTexts(ChildProcess& child) {
+    std::vector<std::string> texts(child.readValue<std::size_t>());
+    for (std::string& text : texts) {
+        text = child.readText();
+    }
+    return texts;
+}
+
 } // namespace
 
 void sendDocument(PipeWriter& pipe, const Document& document) {
@@ -27,10 +42,8 @@ void sendDocument(PipeWriter& pipe, const Document& document) {
     pipe.writeBlock(json.data(), json.size());
     sendRecords(pipe, document.asset.model.accessors);
     sendRecords(pipe, document.asset.model.bufferViews);
-    pipe.writeValue(document.asset.warnings.size());
-    for (const std::string& warning : document.asset.warnings) {
-        pipe.writeText(warning);
-    }
+    sendTexts(pipe, document.asset.warnings);
+    sendTexts(pipe, document.asset.leftOut);
     pipe.writeValue(document.asset.buffers.size());
     for (const Bytes& buffer : document.asset.buffers) {
         pipe.writeBlock(buffer.data(), buffer.size());
@@ -44,10 +57,8 @@ Document receiveDocument(ChildProcess& child) {
     document.asset.json = Json::from_cbor(child.readBlock());
     document.asset.model.accessors = receiveRecords<AccessorModel>(child);
     document.asset.model.bufferViews = receiveRecords<BufferViewModel>(child);
-    document.asset.warnings.resize(child.readValue<std::size_t>());
-    for (std::string& warning : document.asset.warnings) {
-        warning = child.readText();
-    }
+    document.asset.warnings = receiveTexts(child);
+    document.asset.leftOut = receiveTexts(child);
     document.asset.buffers.resize(child.readValue<std::size_t>());
     for (Bytes& buffer : document.asset.buffers) {
         buffer = child.readBlock();

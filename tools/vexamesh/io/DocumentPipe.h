@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Subprocess.h"
 #include "io/Document.h"
+#include "process/Subprocess.h"
 
 namespace vexa::tool {
 

@@ -1,6 +1,7 @@
 #include "io/Files.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
+#include "process/Interruption.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -45,7 +46,7 @@ private:
     int value_;
 };
 
-/// Where a write to `path` ends up: behind symbolic links, also one that leads to no file yet.
+/// The file that a write to `path` creates or replaces, after resolving symbolic links, also dangling ones.
 fs::path resolveLinks(fs::path path) {
     constexpr int longestChain = 40;
     std::error_code error;
@@ -56,10 +57,11 @@ fs::path resolveLinks(fs::path path) {
     return path;
 }
 
+/// A file that takes another's name once it is complete. Otherwise it is removed, also when a signal ends the process.
 class TemporaryFile {
 public:
     TemporaryFile(const fs::path& target, const std::string& shownName)
-        : name_(target.string() + ".XXXXXX"), descriptor_(::mkostemp(name_.data(), O_CLOEXEC)), shownName_(shownName) {
+        : name_(target.string() + ".XXXXXX"), descriptor_(create(name_)), shownName_(shownName) {
         if (descriptor_.get() < 0) {
             const int error = errno;
             name_.clear();
@@ -69,6 +71,8 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
+        const BlockedInterruption blocked;
+        removeWhenInterrupted(nullptr);
         if (!name_.empty()) {
             ::unlink(name_.c_str());
         }
@@ -95,14 +99,30 @@ public:
         ::umask(mask);
         // A temporary file is private to its owner; the file gets the permissions that it had, or the usual ones.
         const mode_t mode = replaces ? (before.st_mode & 07777) : (0666 & ~mask);
-        if (::fchmod(descriptor_.get(), mode) != 0 || descriptor_.close() != 0 ||
+        // Without the first fsync a power loss may leave the new name with nothing in it, without the second the old name.
+        if (::fchmod(descriptor_.get(), mode) != 0 || ::fsync(descriptor_.get()) != 0 || descriptor_.close() != 0 ||
             ::rename(name_.c_str(), target.c_str()) != 0) {
             fail("cannot be written", errno);
         }
         name_.clear();
+        const Descriptor directory(::open((target.parent_path() / ".").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (directory.get() >= 0) {
+            // Some file systems cannot do this; the file is complete in any case.
+            ::fsync(directory.get());
+        }
     }
 
 private:
+    /// \param name its six last letters are chosen
+    static int create(std::string& name) {
+        const BlockedInterruption blocked;
+        const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+        if (descriptor >= 0) {
+            removeWhenInterrupted(name.c_str());
+        }
+        return descriptor;
+    }
+
     [[noreturn]] void fail(const std::string& what, int error) const {
         throw FileError(shownName_, what + ": " + errorText(error));
     }
@@ -125,7 +145,7 @@ Bytes readFile(const fs::path& path) {
         throw FileError(path.string(), "cannot be read: " + errorText(errno));
     }
     if (!S_ISREG(status.st_mode)) {
-        throw FileError(path.string(), S_ISDIR(status.st_mode) ? "is a directory" : "is no regular file");
+        throw FileError(path.string(), S_ISDIR(status.st_mode) ? "is a directory" : "is not a regular file");
     }
     if (status.st_size > largestFile) {
         throw FileError(path.string(), "is larger than 4 GiB");
@@ -168,7 +188,7 @@ void writeFile(const fs::path& path, const Bytes& content) {
     std::error_code error;
     const fs::file_status status = fs::status(target, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) {
-        throw FileError(path.string(), fs::is_directory(status) ? "is a directory" : "is no regular file");
+        throw FileError(path.string(), fs::is_directory(status) ? "is a directory" : "is not a regular file");
     }
     TemporaryFile file(target, path.string());
     file.write(content);

@@ -1,8 +1,8 @@
 #include "io/IsolatedReader.h"
 
-#include "Errors.h"
-#include "Subprocess.h"
+#include "base/Errors.h"
 #include "io/DocumentPipe.h"
+#include "process/Subprocess.h"
 
 namespace vexa::tool {
 
@@ -12,6 +12,7 @@ constexpr std::size_t bytesPerMiB = 1 << 20;
 constexpr std::size_t defaultMemory = 4096 * bytesPerMiB;
 // The file, its buffers, what the reader makes of them, and some of it twice.
 constexpr std::size_t memoryPerByte = 8;
+constexpr std::size_t longestFault = 1000;
 
 ParseLimits& currentLimits() {
     static ParseLimits limits;
@@ -30,8 +31,12 @@ const char* adviceOn(ProcessError::Cause cause) {
     switch (cause) {
     case ProcessError::Cause::Memory:
         return "; if it is really that large, --parse-memory gives it more";
+    case ProcessError::Cause::SystemMemory:
+        return "; raise that limit (ulimit -v)";
     case ProcessError::Cause::Time:
         return "; if it is really that large, --parse-time gives it more";
+    case ProcessError::Cause::Interruption:
+        return "; run it again, with more memory if the system has killed it for lack of it";
     default:
         return "; it is probably damaged, export it again or convert it with another program";
     }
@@ -57,7 +62,7 @@ Document readIsolated(const std::filesystem::path& file, const std::function<Doc
                     // A size that no memory could have.
                     throw std::bad_alloc();
                 } catch (const std::exception& error) {
-                    fault = error.what();
+                    fault = shortened(error.what(), longestFault);
                 }
                 pipe.writeValue(document.has_value());
                 if (document) {

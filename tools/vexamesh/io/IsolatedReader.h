@@ -8,7 +8,7 @@
 
 namespace vexa::tool {
 
-/// What a person grants the reading of one file; what is not given has a default.
+/// Limits on reading one file, as the user sets them.
 struct ParseLimits {
     std::optional<std::size_t> memory; ///< MiB; otherwise 4096 and eight times the size of the file
     unsigned int seconds = 300;
@@ -17,7 +17,7 @@ struct ParseLimits {
 /// For every file that is read from now on.
 void setParseLimits(const ParseLimits& limits);
 
-/// Reads a file in a process of its own, so that a reader that crashes, or takes too much, ends nothing but itself.
+/// Reads a file in a process of its own, so that a reader that crashes or exceeds its limits ends nothing but itself.
 ///
 /// \param parse reads and checks the file, or throws what is wrong with it
 /// \return the document without its decoded meshes

@@ -1,9 +1,12 @@
-#include "Batch.h"
+#include "process/Batch.h"
 
-#include "Errors.h"
-#include "Subprocess.h"
+#include "base/Errors.h"
+#include "process/Interruption.h"
+#include "process/Subprocess.h"
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <map>
 #include <memory>
 #include <poll.h>
@@ -43,35 +46,42 @@ BatchResult receiveResult(ChildProcess& child) {
     return result;
 }
 
+/// How long an interrupted process may take to remove its temporary file.
+constexpr std::chrono::milliseconds gracePeriod(200);
+
 /// The processes of a batch.
 class Pool {
 public:
     Pool(const std::vector<BatchItem>& items, const std::function<BatchResult(const BatchItem&)>& work)
-        : items_(items), work_(work), results_(items.size()) {}
+        : items_(items), work_(work), results_(items.size()) {
+        for (BatchResult& result : results_) {
+            result.state = BatchResult::State::NotStarted;
+        }
+    }
 
-    /// \return false: there is room for it when another one has ended
+    /// \return false: there is room for it once another one has ended
     bool start(std::size_t item) {
+        const auto run = [this, item](PipeWriter& pipe) { sendResult(pipe, work_(items_[item])); };
         try {
-            running_.emplace(item, std::make_unique<ChildProcess>(
-                                       [this, item](PipeWriter& pipe) { sendResult(pipe, work_(items_[item])); }));
+            running_.emplace(item, std::make_unique<ChildProcess>(run, ProcessLimits(), SIGTERM));
         } catch (const std::runtime_error& error) {
             if (!running_.empty()) {
                 return false;
             }
-            results_[item].error = error.what();
+            fail(item, error.what());
         }
         return true;
     }
 
-    /// Waits until one has something to say, and takes it.
-    void finishSome() {
+    /// Waits until a process has sent something and receives it; returns early when interrupted.
+    void finishSome(DeferredInterruption& interruption) {
         std::vector<pollfd> inputs;
         std::vector<std::size_t> items;
         for (const auto& [item, child] : running_) {
             inputs.push_back({child->descriptor(), POLLIN, 0});
             items.push_back(item);
         }
-        if (::poll(inputs.data(), inputs.size(), -1) < 0) {
+        if (!interruption.wait(inputs)) {
             return;
         }
         for (std::size_t i = 0; i < inputs.size(); ++i) {
@@ -81,17 +91,35 @@ public:
         }
     }
 
+    /// Ends all processes. One that has just finished keeps its result.
+    void interrupt() {
+        for (const auto& [item, child] : running_) {
+            child->terminate(gracePeriod);
+        }
+        while (!running_.empty()) {
+            finish(running_.begin()->first, true);
+        }
+    }
+
     [[nodiscard]] std::size_t running() const { return running_.size(); }
     std::vector<BatchResult> takeResults() { return std::move(results_); }
 
 private:
-    void finish(std::size_t item) {
+    void finish(std::size_t item, bool isInterrupted = false) {
         try {
             results_[item] = receiveResult(*running_.at(item));
         } catch (const ProcessError& error) {
-            results_[item].error = std::string("its process ") + error.what();
+            fail(item, std::string("its process ") + error.what());
+            if (isInterrupted) {
+                results_[item].state = BatchResult::State::Interrupted;
+            }
         }
         running_.erase(item);
+    }
+
+    void fail(std::size_t item, const std::string& error) {
+        results_[item].state = BatchResult::State::Failed;
+        results_[item].error = error;
     }
 
     const std::vector<BatchItem>& items_;
@@ -136,21 +164,27 @@ std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const
     return items;
 }
 
-std::vector<BatchResult> runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
-                                  const std::function<BatchResult(const BatchItem&)>& work,
-                                  const std::function<void(std::size_t)>& finished) {
+BatchRun runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
+                  const std::function<BatchResult(const BatchItem&)>& work,
+                  const std::function<void(std::size_t)>& finished) {
     Pool pool(items, work);
-    for (std::size_t next = 0; next < items.size() || pool.running() > 0;) {
+    DeferredInterruption interruption;
+    for (std::size_t next = 0; (next < items.size() || pool.running() > 0) && interruption.signal() == 0;) {
         while (next < items.size() && pool.running() < jobs && pool.start(next)) {
             ++next;
         }
         finished(next - pool.running());
         if (pool.running() > 0) {
-            pool.finishSome();
+            pool.finishSome(interruption);
         }
     }
-    finished(items.size());
-    return pool.takeResults();
+    const int signal = interruption.signal();
+    if (signal != 0) {
+        pool.interrupt();
+    } else {
+        finished(items.size());
+    }
+    return {pool.takeResults(), signal};
 }
 
 } // namespace vexa::tool

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "io/Bytes.h"
+#include "base/Bytes.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -16,9 +16,15 @@ struct BatchItem {
     std::filesystem::path output;
 };
 
-/// What became of it.
+/// The result of one item.
 struct BatchResult {
-    enum class State { Done, Skipped, Failed };
+    enum class State {
+        Done,
+        Skipped,
+        Failed,
+        Interrupted, ///< a signal ended the batch before it was done
+        NotStarted   ///< a signal ended the batch before its turn
+    };
 
     State state = State::Failed;
     std::size_t triangles = 0;
@@ -26,7 +32,13 @@ struct BatchResult {
     std::size_t indicesAfter = 0;
     double seconds = 0;
     std::string error;                 ///< why it failed
-    std::vector<std::string> warnings; ///< what a person should know, a line each
+    std::vector<std::string> warnings; ///< one line each
+};
+
+/// The results of a batch.
+struct BatchRun {
+    std::vector<BatchResult> results; ///< in the order of the items
+    int signal = 0;                   ///< ended the batch early: end the program with `endBySignal` after reporting
 };
 
 /// Gives each input a name in a directory: its own, with `extension`.
@@ -35,12 +47,12 @@ struct BatchResult {
 std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const std::filesystem::path& directory,
                                    const std::string& extension);
 
-/// Runs `work` for each item in a process of its own, `jobs` at a time. Whatever happens to one, the others go on.
+/// Runs `work` for each item in a process of its own, `jobs` at a time. A failure does not stop the others. SIGINT,
+/// SIGTERM and SIGHUP do: the processes are ended, and what is done so far is returned.
 ///
-/// \param finished is told after each how many are
-/// \return the results in the order of the items
-std::vector<BatchResult> runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
-                                  const std::function<BatchResult(const BatchItem&)>& work,
-                                  const std::function<void(std::size_t)>& finished);
+/// \param finished is called after each item with the number of finished items
+BatchRun runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
+                  const std::function<BatchResult(const BatchItem&)>& work,
+                  const std::function<void(std::size_t)>& finished);
 
 } // namespace vexa::tool

@@ -1,4 +1,6 @@
-#include "Subprocess.h"
+#include "process/Subprocess.h"
+
+#include "process/Interruption.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -23,6 +25,12 @@ constexpr int outOfMemoryCode = 100;
 constexpr int failureCode = 101;
 constexpr int pipeSize = 1 << 20;
 
+/// The pipes of all child processes of this one.
+std::vector<int>& openPipes() {
+    static std::vector<int> descriptors;
+    return descriptors;
+}
+
 /// Bytes of address space that this process has.
 std::size_t addressSpace() {
     std::size_t pages = 0;
@@ -33,14 +41,26 @@ std::size_t addressSpace() {
 void setLimit(__rlimit_resource_t resource, rlim_t value) {
     rlimit limit{};
     ::getrlimit(resource, &limit);
-    limit.rlim_cur = std::min(value, limit.rlim_max);
+    // Never more than what the program was started with.
+    limit.rlim_cur = std::min({value, limit.rlim_cur, limit.rlim_max});
     ::setrlimit(resource, &limit);
+}
+
+/// The address space that this process may have, if a child with these limits cannot have more.
+std::optional<rlim_t> lowerSystemLimit(const ProcessLimits& limits) {
+    rlimit limit{};
+    ::getrlimit(RLIMIT_AS, &limit);
+    const bool isLower =
+        limit.rlim_cur != RLIM_INFINITY && (limits.memory == 0 || limit.rlim_cur < addressSpace() + limits.memory);
+    return isLower ? std::optional(limit.rlim_cur) : std::nullopt;
 }
 
 void applyLimits(const ProcessLimits& limits) {
     setLimit(RLIMIT_CORE, 0);
     if (limits.memory != 0) {
         setLimit(RLIMIT_AS, addressSpace() + limits.memory);
+        // Otherwise a library may catch the exception and report a fault of the file.
+        std::set_new_handler([] { ::_exit(outOfMemoryCode); });
     }
     if (limits.seconds != 0) {
         setLimit(RLIMIT_CPU, limits.seconds);
@@ -54,13 +74,20 @@ void checkRead(ssize_t count) {
     }
 }
 
-/// What a library prints when it ends the process is not for the person who started the program.
+/// Libraries print when they end the process; the user has no use for that.
 void silence() {
     const int nowhere = ::open("/dev/null", O_RDWR);
     if (nowhere >= 0) {
         ::dup2(nowhere, STDOUT_FILENO);
         ::dup2(nowhere, STDERR_FILENO);
     }
+    if (nowhere > STDERR_FILENO) {
+        ::close(nowhere);
+    }
+}
+
+bool isInterruption(int signal) {
+    return signal == SIGINT || signal == SIGTERM || signal == SIGHUP || signal == SIGQUIT || signal == SIGKILL;
 }
 
 [[noreturn]] void throwForTime(const ProcessLimits& limits) {
@@ -69,12 +96,17 @@ void silence() {
 }
 
 [[noreturn]] void runChild(const std::function<void(PipeWriter&)>& work, const ProcessLimits& limits, pid_t parent,
-                           int output) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+                           int deathSignal, int output) {
+    ::prctl(PR_SET_PDEATHSIG, deathSignal);
     if (::getppid() != parent) {
         ::_exit(failureCode);
     }
-    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU, SIGTERM, SIGINT}) {
+    DeferredInterruption::leaveToParent();
+    for (const int descriptor : openPipes()) {
+        ::close(descriptor);
+    }
+    openPipes().clear();
+    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGXCPU}) {
         std::signal(signal, SIG_DFL);
     }
     std::signal(SIGPIPE, SIG_IGN);
@@ -111,25 +143,26 @@ void PipeWriter::writeBlock(const void* data, std::size_t size) {
     writeBytes(data, size);
 }
 
-ChildProcess::ChildProcess(const std::function<void(PipeWriter&)>& work, const ProcessLimits& limits)
+ChildProcess::ChildProcess(const std::function<void(PipeWriter&)>& work, const ProcessLimits& limits, int deathSignal)
     : limits_(limits) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
-        throw std::runtime_error("no pipe to a further process: " + std::generic_category().message(errno));
+        throw std::runtime_error("cannot open a pipe to another process: " + std::generic_category().message(errno));
     }
     const pid_t self = ::getpid();
     pid_ = ::fork();
     if (pid_ == 0) {
         ::close(ends[0]);
-        runChild(work, limits, self, ends[1]);
+        runChild(work, limits, self, deathSignal, ends[1]);
     }
     const int error = errno;
     ::close(ends[1]);
     if (pid_ < 0) {
         ::close(ends[0]);
-        throw std::runtime_error("no further process: " + std::generic_category().message(error));
+        throw std::runtime_error("cannot start another process: " + std::generic_category().message(error));
     }
     descriptor_ = ends[0];
+    openPipes().push_back(descriptor_);
     // Larger than usual, for fewer changes between the two processes; it works without, too.
     ::fcntl(descriptor_, F_SETPIPE_SZ, pipeSize);
     if (limits.seconds != 0) {
@@ -138,11 +171,21 @@ ChildProcess::ChildProcess(const std::function<void(PipeWriter&)>& work, const P
 }
 
 ChildProcess::~ChildProcess() {
-    if (pid_ > 0) {
-        ::kill(pid_, SIGKILL);
-        reap();
-    }
+    end(SIGKILL);
+    reap();
+    std::erase(openPipes(), descriptor_);
     ::close(descriptor_);
+}
+
+void ChildProcess::end(int signal) const {
+    if (pid_ > 0) {
+        ::kill(pid_, signal);
+    }
+}
+
+void ChildProcess::terminate(std::chrono::milliseconds grace) {
+    end(SIGTERM);
+    deadline_ = std::chrono::steady_clock::now() + grace;
 }
 
 void ChildProcess::waitForInput() {
@@ -192,14 +235,14 @@ std::string ChildProcess::readText() {
 
 int ChildProcess::reap() {
     int status = 0;
-    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    while (pid_ > 0 && ::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
     }
     pid_ = -1;
     return status;
 }
 
 void ChildProcess::failForTime() {
-    ::kill(pid_, SIGKILL);
+    end(SIGKILL);
     reap();
     throwForTime(limits_);
 }
@@ -209,10 +252,19 @@ void ChildProcess::failAtEnd() {
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU) {
         throwForTime(limits_);
     }
+    if (WIFSIGNALED(status) && isInterruption(WTERMSIG(status))) {
+        throw ProcessError(ProcessError::Cause::Interruption,
+                           std::string("was interrupted (") + ::strsignal(WTERMSIG(status)) + ")");
+    }
     if (WIFSIGNALED(status)) {
         throw ProcessError(ProcessError::Cause::Crash, std::string("crashed (") + ::strsignal(WTERMSIG(status)) + ")");
     }
     if (WEXITSTATUS(status) == outOfMemoryCode) {
+        if (const auto limit = lowerSystemLimit(limits_)) {
+            throw ProcessError(ProcessError::Cause::SystemMemory, "needed more memory than the " +
+                                                                      std::to_string(*limit >> 20) +
+                                                                      " MiB that the program was started with");
+        }
         throw ProcessError(ProcessError::Cause::Memory,
                            "needed more than " + std::to_string(limits_.memory >> 20) + " MiB of memory");
     }

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "io/Bytes.h"
+#include "base/Bytes.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -13,16 +14,22 @@
 
 namespace vexa::tool {
 
-/// What a child process may take; 0 is without limit.
+/// What a child process may use; 0 is unlimited.
 struct ProcessLimits {
     std::size_t memory = 0;   ///< bytes of address space beyond those of its parent
-    unsigned int seconds = 0; ///< of the clock, and of the processor
+    unsigned int seconds = 0; ///< of wall-clock time, and of processor time
 };
 
-/// A child process that did not do what it was to do; the text tells how it ended.
+/// A child process that did not finish its work; the text says how it ended.
 class ProcessError : public std::runtime_error {
 public:
-    enum class Cause { Crash, Memory, Time };
+    enum class Cause {
+        Crash,
+        Memory,       ///< it reached `ProcessLimits::memory`
+        SystemMemory, ///< it reached a lower limit, which this process was started with
+        Time,
+        Interruption ///< another process or a person ended it
+    };
 
     ProcessError(Cause cause, const std::string& what) : std::runtime_error(what), cause_(cause) {}
     [[nodiscard]] Cause cause() const { return cause_; }
@@ -50,22 +57,25 @@ private:
     int descriptor_;
 };
 
-/// A child process that runs a function and sends its parent something.
+/// A child process that runs a function and sends data to its parent.
 ///
-/// It is forked, so that the caller must have no other threads, and prints nothing. It ends with its parent.
+/// It is forked, so the caller must not have other threads. It prints nothing, and of its parent's child processes it
+/// inherits nothing.
 class ChildProcess {
 public:
-    /// \param work runs in the child
-    /// \throw std::runtime_error there can be no further process
-    explicit ChildProcess(const std::function<void(PipeWriter&)>& work, const ProcessLimits& limits = {});
+    /// \param work        runs in the child
+    /// \param deathSignal ends the child when its parent dies: SIGTERM if it writes files
+    /// \throw std::runtime_error the system refuses another process or pipe
+    explicit ChildProcess(const std::function<void(PipeWriter&)>& work, const ProcessLimits& limits = {},
+                          int deathSignal = SIGKILL);
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    /// Ends the child if `wait` was not called.
+    /// Kills the child if `wait` was not called.
     ~ChildProcess();
 
     /// Reads what the child sends.
     ///
-    /// \throw ProcessError it has ended before it sent that, or has reached a limit
+    /// \throw ProcessError it ended before it sent that, or reached a limit
     void readBytes(void* data, std::size_t size);
     Bytes readBlock();
     std::string readText();
@@ -83,13 +93,17 @@ public:
     /// \throw ProcessError it did not end by itself
     void wait();
 
-    /// To learn with `poll` when there is something to read.
+    /// Asks the child to end. What it has sent can still be read; `grace` later it is killed.
+    void terminate(std::chrono::milliseconds grace);
+
+    /// To wait with `poll` until there is something to read.
     [[nodiscard]] int descriptor() const { return descriptor_; }
 
 private:
     [[noreturn]] void failAtEnd();
     [[noreturn]] void failForTime();
     void waitForInput();
+    void end(int signal) const;
     int reap();
 
     ProcessLimits limits_;

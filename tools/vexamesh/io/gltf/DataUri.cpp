@@ -1,6 +1,6 @@
-#include "io/DataUri.h"
+#include "io/gltf/DataUri.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
 
 #include <algorithm>
 #include <array>

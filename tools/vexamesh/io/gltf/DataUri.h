@@ -1,6 +1,6 @@
 #pragma once
 
-#include "io/Bytes.h"
+#include "base/Bytes.h"
 
 #include <optional>
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace vexa::tool {
 
-/// What a "data:" URI holds.
+/// The content of a "data:" URI.
 struct DataUri {
     std::string mimeType;
     Bytes content;

@@ -1,6 +1,6 @@
-#include "io/Glb.h"
+#include "io/gltf/Glb.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -30,8 +30,8 @@ Chunk chunkAt(std::span<const unsigned char> file, std::size_t offset) {
     const auto type = loadValue<std::uint32_t>(file.data() + offset + 4);
     const std::size_t left = file.size() - offset - chunkHeaderSize;
     if (length > left) {
-        throw FormatError(where + " is cut off: " + std::to_string(length) + " bytes announced, " +
-                          std::to_string(left) + " there");
+        throw FormatError(where + " is cut off: " + std::to_string(length) + " bytes declared, " +
+                          std::to_string(left) + " present");
     }
     return {type, file.subspan(offset + chunkHeaderSize, length)};
 }
@@ -52,7 +52,7 @@ bool hasGlbMagic(std::span<const unsigned char> file) {
 
 GlbChunks splitGlb(std::span<const unsigned char> file) {
     if (!hasGlbMagic(file)) {
-        throw FormatError("no binary glTF: it does not begin with \"glTF\"");
+        throw FormatError("not a binary glTF file: it does not begin with \"glTF\"");
     }
     if (file.size() < headerSize) {
         throw FormatError("the header is cut off");
@@ -63,13 +63,13 @@ GlbChunks splitGlb(std::span<const unsigned char> file) {
     }
     const auto length = loadValue<std::uint32_t>(file.data() + 8);
     if (length != file.size()) {
-        throw FormatError("the header announces " + std::to_string(length) + " bytes, the file has " +
+        throw FormatError("the header declares " + std::to_string(length) + " bytes, the file has " +
                           std::to_string(file.size()));
     }
 
     const Chunk json = chunkAt(file, headerSize);
     if (json.type != jsonChunk) {
-        throw FormatError("the first chunk is no JSON");
+        throw FormatError("the first chunk is not JSON");
     }
     GlbChunks chunks{{reinterpret_cast<const char*>(json.content.data()), json.content.size()}, std::nullopt};
     std::size_t offset = headerSize + chunkHeaderSize + json.content.size();

@@ -1,7 +1,7 @@
-#include "io/GltfCheck.h"
+#include "io/gltf/GltfCheck.h"
 
-#include "Errors.h"
-#include "io/GltfExtensions.h"
+#include "base/Errors.h"
+#include "io/gltf/GltfExtensions.h"
 
 #include <vexa/mesh/Types.h>
 
@@ -36,11 +36,11 @@ void requireOne(std::uint64_t value, const std::string& what) {
 
 void checkAsset(const Json& document) {
     if (!document.is_object()) {
-        throw FormatError("the JSON is no object");
+        throw FormatError("the JSON is not an object");
     }
     const auto asset = document.find("asset");
     if (asset == document.end() || !asset->is_object()) {
-        throw FormatError("no glTF: \"asset\" is missing");
+        throw FormatError("not glTF: \"asset\" is missing");
     }
     const std::string version = stringMember(*asset, "version");
     if (!std::regex_match(version, std::regex("2\\.[0-9]+"))) {
@@ -61,7 +61,7 @@ void checkArrays(const Json& document) {
         const Json& array = arrayMember(document, name, "");
         for (std::size_t i = 0; i < array.size(); ++i) {
             if (!array[i].is_object()) {
-                throw FormatError(elementName(name, i) + " is no object");
+                throw FormatError(elementName(name, i) + " is not an object");
             }
         }
     }
@@ -168,7 +168,7 @@ void checkIndices(const Json& accessor, const std::string& where) {
     const auto type = accessor["componentType"].get<std::uint64_t>();
     if (stringMember(accessor, "type") != "SCALAR" ||
         (type != mesh::UNSIGNED_BYTE && type != mesh::UNSIGNED_SHORT && type != mesh::UNSIGNED_INT)) {
-        throw FormatError(where + ".indices refers to an accessor that holds no indices");
+        throw FormatError(where + ".indices refers to an accessor that does not hold indices");
     }
 }
 
@@ -187,7 +187,7 @@ void checkAttributes(const Json& primitive, const std::string& where, const Json
         }
         vertices = std::max(vertices.value_or(0), count);
         if (name == "POSITION" && stringMember(accessor, "type") != "VEC3") {
-            throw FormatError(here + " is no VEC3");
+            throw FormatError(here + " is not a VEC3");
         }
     }
     if (vertices.value_or(0) > std::numeric_limits<std::uint32_t>::max()) {
@@ -197,7 +197,7 @@ void checkAttributes(const Json& primitive, const std::string& where, const Json
 
 void checkPrimitive(const Json& primitive, const std::string& where, const Json& accessors, MeshCheck check) {
     if (!primitive.is_object()) {
-        throw FormatError(where + " is no object");
+        throw FormatError(where + " is not an object");
     }
     if (unsignedMember(primitive, "mode", where, mesh::TRIANGLES) > mesh::TRIANGLE_FAN) {
         throw FormatError(where + ".mode is " + primitive["mode"].dump());
@@ -210,7 +210,7 @@ void checkPrimitive(const Json& primitive, const std::string& where, const Json&
     for (std::size_t i = 0; i < targets.size(); ++i) {
         const std::string here = elementName(where + ".targets", i);
         if (!targets[i].is_object()) {
-            throw FormatError(here + " is no object");
+            throw FormatError(here + " is not an object");
         }
         for (const auto& [name, value] : targets[i].items()) {
             indexValue(value, here + "." + name, accessors.size());
@@ -252,7 +252,7 @@ void checkOtherReferences(const Json& document) {
         for (std::size_t s = 0; s < samplers.size(); ++s) {
             const std::string here = elementName(where + ".samplers", s);
             if (!samplers[s].is_object()) {
-                throw FormatError(here + " is no object");
+                throw FormatError(here + " is not an object");
             }
             indexMember(samplers[s], "input", here, accessors);
             indexMember(samplers[s], "output", here, accessors);
@@ -260,7 +260,7 @@ void checkOtherReferences(const Json& document) {
     }
 }
 
-/// The scene graph: later tools follow it, and a broken one is no scene.
+/// The scene graph, which other tools follow.
 void checkScenes(const Json& document) {
     const Json& scenes = arrayMember(document, "scenes", "");
     const Json& nodes = arrayMember(document, "nodes", "");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "io/Json.h"
+#include "base/Json.h"
 
 namespace vexa::tool {
 

@@ -1,7 +1,7 @@
-#include "io/GltfExtensions.h"
+#include "io/gltf/GltfExtensions.h"
 
-#include "Errors.h"
-#include "io/PrimitiveRestart.h"
+#include "base/Errors.h"
+#include "io/gltf/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <array>
@@ -10,17 +10,20 @@ namespace vexa::tool {
 
 namespace {
 
-// Their members refer to no accessor, buffer view or buffer (or as told at `forEachKnownReference`).
+// Their members refer to no accessor, buffer view or buffer (or see `forEachKnownReference`).
 constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("AGI_stk_metadata"),
                                   std::string_view("CESIUM_primitive_outline"),
                                   std::string_view("EXT_lights_ies"),
                                   std::string_view("EXT_lights_image_based"),
                                   std::string_view("EXT_mesh_gpu_instancing"),
+                                  std::string_view(restartGroupExtension),
+                                  std::string_view("EXT_meshopt_compression"),
                                   std::string_view("EXT_texture_avif"),
                                   std::string_view("EXT_texture_webp"),
                                   std::string_view("FB_ngon_encoding"),
                                   std::string_view("KHR_animation_pointer"),
+                                  std::string_view("KHR_draco_mesh_compression"),
                                   std::string_view("KHR_lights_punctual"),
                                   std::string_view("KHR_materials_anisotropy"),
                                   std::string_view("KHR_materials_clearcoat"),
@@ -38,6 +41,7 @@ constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("KHR_materials_volume"),
                                   std::string_view(restartExtension),
                                   std::string_view("KHR_mesh_quantization"),
+                                  std::string_view("KHR_meshopt_compression"),
                                   std::string_view("KHR_node_hoverability"),
                                   std::string_view("KHR_node_selectability"),
                                   std::string_view("KHR_node_visibility"),
@@ -51,15 +55,7 @@ constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("MSFT_packing_occlusionRoughnessMetallic"),
                                   std::string_view("MSFT_texture_dds")};
 
-constexpr std::array compressions = {std::string_view("KHR_draco_mesh_compression"),
-                                     std::string_view("EXT_meshopt_compression"),
-                                     std::string_view("KHR_meshopt_compression")};
-
-bool isCompression(std::string_view name) {
-    return std::find(compressions.begin(), compressions.end(), name) != compressions.end();
-}
-
-/// Calls `visit(name, content)` for each member of each "extensions" object. What extras hold is no part of glTF.
+/// Calls `visit(name, content)` for each member of each "extensions" object. Extras are not part of glTF.
 template <typename Value, typename Visit>
 void forEachExtension(Value& value, const Visit& visit) {
     if (value.is_array()) {
@@ -116,7 +112,7 @@ void forEachKnownReference(const std::string& name, Value& content, const Visit&
         }
     } else if (name == "CESIUM_primitive_outline" && content.is_object() && content.contains("indices")) {
         visitNumber(content["indices"]);
-    } else if (name == restartExtension && content.is_object() && content.contains("primitiveGroups")) {
+    } else if (name == restartGroupExtension && content.is_object() && content.contains("primitiveGroups")) {
         for (auto& group : content["primitiveGroups"]) {
             if (group.is_object() && group.contains("indices")) {
                 visitNumber(group["indices"]);
@@ -132,25 +128,73 @@ bool isSupportedExtension(std::string_view name) {
 }
 
 void checkExtensions(const Json& document) {
-    const auto refuseCompression = [](const std::string& name) {
-        if (isCompression(name)) {
-            throw FormatError("compressed with " + name + ", which is not supported; export or convert it without");
-        }
-    };
     for (const char* key : {"extensionsUsed", "extensionsRequired"}) {
         for (const Json& name : arrayMember(document, key, "")) {
             if (!name.is_string()) {
-                throw FormatError(std::string(key) + " holds something that is no string");
+                throw FormatError(std::string(key) + " holds something that is not a string");
             }
-            refuseCompression(name.get<std::string>());
         }
     }
-    forEachExtension(document, [&](const std::string& name, const Json&) { refuseCompression(name); });
     for (const Json& name : arrayMember(document, "extensionsRequired", "")) {
         if (!isSupportedExtension(name.get<std::string>())) {
             throw FormatError("requires the extension " + name.get<std::string>() +
                               ", which is not supported; export or convert it without");
         }
+    }
+}
+
+const Json* findExtension(const Json& object, const char* name) {
+    const auto extensions = object.find("extensions");
+    if (extensions == object.end() || !extensions->is_object()) {
+        return nullptr;
+    }
+    const auto found = extensions->find(name);
+    return found == extensions->end() ? nullptr : &*found;
+}
+
+Json takeExtension(Json& object, const char* name) {
+    if (findExtension(object, name) == nullptr) {
+        return nullptr;
+    }
+    Json content = std::move(object["extensions"][name]);
+    object["extensions"].erase(name);
+    if (object["extensions"].empty()) {
+        object.erase("extensions");
+    }
+    return content;
+}
+
+bool isListed(const Json& document, const char* key, const char* name) {
+    const Json& names = arrayMember(document, key, "");
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+void setListed(Json& document, const char* key, const char* name, bool list) {
+    if (list == isListed(document, key, name)) {
+        return;
+    }
+    if (list) {
+        document[key].push_back(name);
+        return;
+    }
+    Json kept = Json::array();
+    for (Json& other : document[key]) {
+        if (other != name) {
+            kept.push_back(std::move(other));
+        }
+    }
+    if (kept.empty()) {
+        document.erase(key);
+    } else {
+        document[key] = std::move(kept);
+    }
+}
+
+void dropCompression(Json& document, const char* name, std::vector<std::string>& warnings) {
+    if (isListed(document, "extensionsUsed", name) || isListed(document, "extensionsRequired", name)) {
+        warnings.push_back(std::string("is compressed with ") + name + "; files made of it are not");
+        setListed(document, "extensionsUsed", name, false);
+        setListed(document, "extensionsRequired", name, false);
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "io/Json.h"
+#include "base/Json.h"
 
 #include <set>
 #include <string>
@@ -12,12 +12,29 @@ namespace vexa::tool {
 /// Whether a file that requires this extension can be read here: its meshes' data is where core glTF puts it.
 bool isSupportedExtension(std::string_view name);
 
-/// Refuses what cannot be read.
+/// Refuses documents that cannot be read.
 ///
-/// \throw FormatError names a compression that is used, or a required extension that is not supported
+/// \throw FormatError names a required extension that is not supported
 void checkExtensions(const Json& document);
 
-/// What the extensions of a document refer to by number, as far as that can be told.
+/// The content of an object's extension; null if it does not have it.
+const Json* findExtension(const Json& object, const char* name);
+
+/// Removes an extension from an object.
+///
+/// \return its content; a null value if the object did not have it
+Json takeExtension(Json& object, const char* name);
+
+/// Whether a document lists an extension under "extensionsUsed" or "extensionsRequired".
+bool isListed(const Json& document, const char* key, const char* name);
+
+/// Lists an extension there, or removes it.
+void setListed(Json& document, const char* key, const char* name, bool list);
+
+/// Removes a compression from both lists after everything was decoded, and adds a warning if it was there.
+void dropCompression(Json& document, const char* name, std::vector<std::string>& warnings);
+
+/// The references by number in the extensions of a document, as far as they are known.
 struct ExtensionReferences {
     std::set<std::size_t> accessors;   ///< referred to for certain, by an extension whose members are known
     std::set<std::uint64_t> anything;  ///< every number inside unknown extensions: each may refer to anything

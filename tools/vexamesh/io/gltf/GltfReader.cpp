@@ -1,11 +1,16 @@
-#include "Errors.h"
+#include "base/Errors.h"
 #include "io/Accessors.h"
 #include "io/Asset.h"
-#include "io/DataUri.h"
 #include "io/Files.h"
-#include "io/Glb.h"
-#include "io/GltfCheck.h"
-#include "io/ImageType.h"
+#include "io/ModelDirectory.h"
+#include "io/gltf/DataUri.h"
+#include "io/gltf/DracoDecoding.h"
+#include "io/gltf/Glb.h"
+#include "io/gltf/GltfCheck.h"
+#include "io/gltf/GltfExtensions.h"
+#include "io/gltf/ImageType.h"
+#include "io/gltf/MeshoptDecoding.h"
+#include "io/gltf/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <array>
@@ -24,43 +29,57 @@ bool isText(const Json& object, const char* key) {
     return object.contains(key) && object[key].is_string();
 }
 
-/// Checks that a relative reference stays what it is meant to be: a file.
-fs::path localPath(const std::string& uri, const fs::path& directory) {
-    if (uri.find("://") != std::string::npos) {
-        throw FormatError("refers to " + uri + ", which is no local file");
+bool isRemote(const std::string& uri) {
+    return uri.find("://") != std::string::npos;
+}
+
+/// The file that a relative reference names.
+fs::path localPath(const std::string& uri, const ModelDirectory& directory) {
+    if (directory.path().empty()) {
+        throw FormatError("refers to " + uri + ", but is not a file itself");
     }
     const std::string name = decodePercent(uri);
     if (name.find('\0') != std::string::npos) {
         throw FormatError("refers to a name that holds a zero byte");
     }
-    return directory / name;
+    // Some exporters leave these characters of a name unescaped; otherwise a query or a fragment begins there.
+    const std::size_t end = uri.find_first_of("?#");
+    const bool isWhole = end == std::string::npos || directory.contains(name);
+    return directory.resolve(isWhole ? name : decodePercent(uri.substr(0, end)));
 }
 
 Bytes readBuffer(const Json& buffer, std::size_t index, const std::optional<std::span<const unsigned char>>& binary,
-                 const fs::path& directory) {
+                 const ModelDirectory& directory, bool mayLackData) {
     if (!buffer.contains("uri")) {
         if (index != 0 || !binary) {
+            if (mayLackData) {
+                return {};
+            }
             throw FormatError("has no data");
         }
         return {binary->begin(), binary->end()};
     }
     if (!isText(buffer, "uri")) {
-        throw FormatError("has a uri that is no string");
+        throw FormatError("has a uri that is not a string");
     }
     const auto uri = buffer["uri"].get<std::string>();
     if (auto data = decodeDataUri(uri)) {
         return std::move(data->content);
     }
+    if (isRemote(uri)) {
+        throw FormatError("refers to " + uri + ", which is not a local file");
+    }
     return readFile(localPath(uri, directory));
 }
 
 std::vector<Bytes> readBuffers(const Json& document, const std::optional<std::span<const unsigned char>>& binary,
-                               const fs::path& directory) {
+                               const ModelDirectory& directory) {
     std::vector<Bytes> contents;
     const Json& buffers = arrayMember(document, "buffers", "");
+    const bool mayLackData = usesMeshopt(document);
     for (std::size_t i = 0; i < buffers.size(); ++i) {
         try {
-            contents.push_back(readBuffer(buffers[i], i, binary, directory));
+            contents.push_back(readBuffer(buffers[i], i, binary, directory, mayLackData));
         } catch (const FormatError& error) {
             throw FormatError(elementName("buffers", i) + " " + error.what());
         }
@@ -68,46 +87,111 @@ std::vector<Bytes> readBuffers(const Json& document, const std::optional<std::sp
     return contents;
 }
 
-/// Puts an image in place of the reference to it.
-void embedImage(Json& document, std::vector<Bytes>& buffers, Json& image, DataUri data) {
-    const std::string type = imageType(data.content);
+/// Replaces the reference to an image by the image.
+void embedImage(Json& document, std::vector<Bytes>& buffers, Json& image, Bytes content, const std::string& type) {
     if (!isText(image, "mimeType")) {
-        image["mimeType"] = !type.empty() ? type : !data.mimeType.empty() ? data.mimeType : "application/octet-stream";
+        image["mimeType"] = type;
     }
     Json& views = document["bufferViews"];
     image.erase("uri");
     image["bufferView"] = views.size();
-    views.push_back({{"buffer", buffers.size()}, {"byteLength", data.content.size()}});
-    document["buffers"].push_back({{"byteLength", data.content.size()}});
-    buffers.push_back(std::move(data.content));
+    views.push_back({{"buffer", buffers.size()}, {"byteLength", content.size()}});
+    document["buffers"].push_back({{"byteLength", content.size()}});
+    buffers.push_back(std::move(content));
 }
 
-void embedImages(Json& document, std::vector<Bytes>& buffers, const fs::path& directory,
+/// Replaces the "data:" URI of an image by the image.
+///
+/// \return false: the image is not one of those
+bool embedDataUri(Json& document, std::vector<Bytes>& buffers, Json& image) {
+    auto data = decodeDataUri(image["uri"].get<std::string>());
+    if (!data) {
+        return false;
+    }
+    if (data->content.empty()) {
+        throw FormatError("is empty");
+    }
+    const std::string type = imageType(data->content);
+    const std::string declared = data->mimeType.empty() ? "application/octet-stream" : data->mimeType;
+    embedImage(document, buffers, image, std::move(data->content), type.empty() ? declared : type);
+    return true;
+}
+
+/// Whether a file of this type may become part of the model: one that is not an image must not be carried along.
+bool isPermittedImage(const Json& document, const std::string& type) {
+    return type == "image/png" || type == "image/jpeg" || type == "image/webp" || type == "image/ktx2" ||
+           (type == "image/avif" && isListed(document, "extensionsUsed", "EXT_texture_avif")) ||
+           (type == "image/vnd-ms.dds" && isListed(document, "extensionsUsed", "MSFT_texture_dds"));
+}
+
+/// Replaces the reference to a file by the image that it holds.
+///
+/// \throw FileError   it cannot be read
+/// \throw FormatError it must not be read, or is not an image
+void embedImageFile(Json& document, std::vector<Bytes>& buffers, Json& image, const fs::path& file) {
+    Bytes content = readFile(file);
+    const std::string type = imageType(content);
+    if (!isPermittedImage(document, type)) {
+        throw FormatError("refers to " + file.string() + ", which is not a PNG, JPEG, WebP or KTX2 image");
+    }
+    embedImage(document, buffers, image, std::move(content), type);
+}
+
+/// Embeds an image that the document refers to.
+///
+/// \return a warning if that is not possible, else ""
+/// \throw FormatError it refers to a file that must not be read
+std::string embedReference(Json& document, std::vector<Bytes>& buffers, Json& image, const ModelDirectory& directory) {
+    const auto uri = image["uri"].get<std::string>();
+    try {
+        if (embedDataUri(document, buffers, image)) {
+            return "";
+        }
+    } catch (const FormatError& error) {
+        return std::string("is left as it is: ") + error.what();
+    }
+    if (isRemote(uri)) {
+        return "is left as a reference: " + uri + " is not a local file";
+    }
+    const fs::path file = localPath(uri, directory);
+    try {
+        embedImageFile(document, buffers, image, file);
+        return "";
+    } catch (const FileError& error) {
+        // A model that lacks one of its images is still a model.
+        return std::string("is left as a reference: ") + error.what();
+    }
+}
+
+void embedImages(Json& document, std::vector<Bytes>& buffers, const ModelDirectory& directory,
                  std::vector<std::string>& warnings) {
     if (!document.contains("images")) {
         return;
+    }
+    // A new member moves all others, and with them the image at hand.
+    for (const char* array : {"bufferViews", "buffers"}) {
+        if (!document.contains(array)) {
+            document[array] = Json::array();
+        }
     }
     for (std::size_t i = 0; i < document["images"].size(); ++i) {
         Json& image = document["images"][i];
         if (!isText(image, "uri")) {
             continue;
         }
-        const std::string where = elementName("images", i);
-        const auto uri = image["uri"].get<std::string>();
+        const std::string where = elementName("images", i) + " ";
         try {
-            auto data = decodeDataUri(uri);
-            if (!data) {
-                data = DataUri{"", readFile(localPath(uri, directory))};
+            const std::string warning = embedReference(document, buffers, image, directory);
+            if (!warning.empty()) {
+                warnings.push_back(where + warning);
             }
-            if (data->content.empty()) {
-                throw FormatError("is empty");
-            }
-            embedImage(document, buffers, image, std::move(*data));
-        } catch (const FileError& error) {
-            // A model without one of its pictures is still a model.
-            warnings.push_back(where + " is left as a reference: " + error.what());
         } catch (const FormatError& error) {
-            warnings.push_back(where + " is left as it is: " + error.what());
+            throw FormatError(where + error.what());
+        }
+    }
+    for (const char* array : {"bufferViews", "buffers"}) {
+        if (document[array].empty()) {
+            document.erase(array);
         }
     }
 }
@@ -141,7 +225,7 @@ tinygltf::FsCallbacks bufferCallbacks(std::vector<Bytes>& buffers) {
     return callbacks;
 }
 
-/// What TinyGLTF is given: images are carried as bytes and need no decoding, and it knows no index accessors without a
+/// The document for TinyGLTF: images are carried as bytes and need no decoding, and it rejects index accessors without a
 /// buffer view.
 Json documentForLoader(const Json& document) {
     Json copy = document;
@@ -194,11 +278,11 @@ AssetModel loadModel(const Json& document, std::vector<Bytes>& buffers) {
     if (!loader.LoadASCIIFromString(&model, &error, &warning, text.c_str(), static_cast<unsigned int>(text.size()),
                                     "")) {
         const std::string line = error.substr(0, error.find('\n'));
-        throw FormatError(line.empty() ? "no glTF that can be read" : line);
+        throw FormatError(line.empty() ? "not readable as glTF" : line);
     }
     if (model.accessors.size() != arrayMember(document, "accessors", "").size() ||
         model.meshes.size() != arrayMember(document, "meshes", "").size()) {
-        throw FormatError("no glTF that can be read: parts of it are not understood");
+        throw FormatError("not readable as glTF: TinyGLTF has skipped parts of it");
     }
     AssetModel result;
     for (const tinygltf::Accessor& accessor : model.accessors) {
@@ -219,12 +303,12 @@ Asset makeAsset(Json json, std::vector<Bytes> buffers, MeshCheck check) {
         const auto length = declared[i]["byteLength"].get<std::uint64_t>();
         if (buffers.at(i).size() < length) {
             throw FormatError(elementName("buffers", i) + " is cut off: " + std::to_string(length) +
-                              " bytes declared, " + std::to_string(buffers[i].size()) + " there");
+                              " bytes declared, " + std::to_string(buffers[i].size()) + " present");
         }
         buffers[i].resize(length);
     }
     AssetModel model = loadModel(json, buffers);
-    Asset asset{std::move(json), std::move(buffers), std::move(model), {}};
+    Asset asset{std::move(json), std::move(buffers), std::move(model), {}, {}};
     checkSparseAccessors(asset);
     return asset;
 }
@@ -240,13 +324,19 @@ Asset readGltf(const Bytes& file, const fs::path& directory, MeshCheck check) {
         json = parseJson({reinterpret_cast<const char*>(file.data()), file.size()});
     }
     checkDocument(json, check);
-    std::vector<Bytes> buffers = readBuffers(json, binary, directory);
+    updateRestartExtensions(json);
+    const ModelDirectory files(directory);
+    std::vector<Bytes> buffers = readBuffers(json, binary, files);
     for (std::size_t i = 0; i < buffers.size(); ++i) {
         // The content is at hand now, and as text it can be most of the document.
         json["buffers"][i].erase("uri");
     }
     std::vector<std::string> warnings;
-    embedImages(json, buffers, directory, warnings);
+    decodeMeshopt(json, buffers, warnings);
+    decodeDraco(json, buffers, warnings);
+    if (!directory.empty()) {
+        embedImages(json, buffers, files, warnings);
+    }
     Asset asset = makeAsset(std::move(json), std::move(buffers), check);
     asset.warnings = std::move(warnings);
     return asset;

@@ -1,7 +1,7 @@
-#include "Errors.h"
+#include "base/Errors.h"
 #include "io/Asset.h"
-#include "io/DataUri.h"
-#include "io/Glb.h"
+#include "io/gltf/DataUri.h"
+#include "io/gltf/Glb.h"
 
 #include <algorithm>
 #include <tuple>

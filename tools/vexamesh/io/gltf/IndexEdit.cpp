@@ -1,11 +1,11 @@
-#include "io/IndexEdit.h"
+#include "io/gltf/IndexEdit.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
 #include "io/AssetBuilder.h"
-#include "io/GltfCheck.h"
-#include "io/GltfExtensions.h"
-#include "io/PrimitiveRestart.h"
-#include "io/UnusedData.h"
+#include "io/gltf/GltfCheck.h"
+#include "io/gltf/GltfExtensions.h"
+#include "io/gltf/PrimitiveRestart.h"
+#include "io/gltf/UnusedData.h"
 
 #include <algorithm>
 #include <map>
@@ -89,8 +89,9 @@ References collectReferences(const Json& json, const ExtensionReferences& extens
 class IndexEditor {
 public:
     IndexEditor(Asset& asset, const std::vector<IndexEdit>& edits)
-        : json_(asset.json), buffers_(asset.buffers), edits_(edits), used_(json_), oldGroups_(removeOldGroups()),
-          extensions_(collectExtensionReferences(json_)), references_(collectReferences(json_, extensions_)) {
+        : json_(asset.json), buffers_(asset.buffers), model_(asset.model), edits_(edits), used_(json_),
+          oldGroups_(removeOldGroups()), extensions_(collectExtensionReferences(json_)),
+          references_(collectReferences(json_, extensions_)) {
         if (!extensions_.bufferUsers.empty()) {
             throw FormatError("the extension " + *extensions_.bufferUsers.begin() +
                               " refers to a buffer, whose bytes would move");
@@ -99,6 +100,7 @@ public:
 
     std::vector<EditedIndices> run() {
         findReplacedAccessors();
+        findRebuildableViews();
         for (const IndexEdit& edit : edits_) {
             placeEdit(edit);
         }
@@ -106,7 +108,7 @@ public:
         rewritePrimitives();
         addGroups();
         reuseOldGroups();
-        listRestartExtension(json_);
+        listRestartExtensions(json_, [this](std::size_t accessor) { return holdsRestarts(accessor); });
         removeUnused();
         return results_;
     }
@@ -170,19 +172,17 @@ private:
         }
     }
 
-    /// A buffer view that holds nothing but indices can be written anew.
-    bool isRebuildable(std::size_t view) {
-        const auto found = rebuildable_.find(view);
-        if (found != rebuildable_.end()) {
-            return found->second;
+    /// A buffer view that holds nothing but indices can be rewritten.
+    void findRebuildableViews() {
+        rebuildable_ = references_.otherViewUses;
+        rebuildable_.flip();
+        const Json& accessors = arrayMember(json_, "accessors", "");
+        for (std::size_t i = 0; i < accessors.size(); ++i) {
+            const bool isIndices = references_.indexUses[i] > 0 && !references_.otherAccessorUses[i];
+            if (accessors[i].contains("bufferView") && !isIndices && !isOldGroup(i)) {
+                rebuildable_[accessors[i]["bufferView"].get<std::size_t>()] = false;
+            }
         }
-        bool result = !references_.otherViewUses[view];
-        const Json& accessors = json_["accessors"];
-        for (std::size_t i = 0; i < references_.indexUses.size() && result; ++i) {
-            const bool inside = accessors[i].contains("bufferView") && accessors[i]["bufferView"] == view;
-            result = !inside || isOldGroup(i) || (references_.indexUses[i] > 0 && !references_.otherAccessorUses[i]);
-        }
-        return rebuildable_[view] = result;
     }
 
     void placeEdit(const IndexEdit& edit) {
@@ -262,7 +262,11 @@ private:
         accessor["componentType"] = type;
         accessor["count"] = indices.size();
         accessor["type"] = "SCALAR";
-        if (accessor.contains("min") || accessor.contains("max")) {
+        const bool restarts = std::find(indices.begin(), indices.end(), decodedRestart) != indices.end();
+        if (restarts) {
+            accessor.erase("min");
+            accessor.erase("max");
+        } else if (accessor.contains("min") || accessor.contains("max")) {
             const auto [least, largest] = std::minmax_element(indices.begin(), indices.end());
             accessor["min"] = Json::array({*least});
             accessor["max"] = Json::array({*largest});
@@ -276,9 +280,13 @@ private:
             accessors.push_back(std::move(accessor));
         }
 
+        if (restarts) {
+            restarting_.insert(index);
+        }
+
         const auto view = original.find("bufferView");
         const bool inOldView =
-            view != original.end() && replaced_.contains(*old) && isRebuildable(view->get<std::size_t>());
+            view != original.end() && replaced_.contains(*old) && rebuildable_[view->get<std::size_t>()];
         std::vector<Placed>& content = contents_[inOldView ? view->get<std::size_t>() : newView];
         content.push_back({&indices, index, {}, false});
         return content.back();
@@ -366,13 +374,17 @@ private:
                     Json primitive = primitives[i];
                     primitive["indices"] = results_[e].accessors[r];
                     primitive["mode"] = edits_[e].replacements[r].type;
-                    markRestart(primitive, false);
                     rewritten.push_back(std::move(primitive));
                 }
                 ++e;
             }
             primitives = std::move(rewritten);
         }
+    }
+
+    bool holdsRestarts(std::size_t accessor) const {
+        const bool isOld = accessor < model_.accessors.size() && !reused_.contains(accessor);
+        return isOld ? model_.accessors[accessor].holdsRestarts : restarting_.contains(accessor);
     }
 
     void addGroups() {
@@ -401,6 +413,7 @@ private:
 
     Json& json_;
     std::vector<Bytes>& buffers_;
+    const AssetModel& model_;
     const std::vector<IndexEdit>& edits_;
     UsedData used_;
     std::set<std::size_t> oldGroups_; ///< accessors of groups whose meshes are edited
@@ -408,7 +421,8 @@ private:
     References references_;
     std::set<std::size_t> replaced_;                      ///< accessors that nobody uses any longer
     std::set<std::size_t> reused_;                        ///< those whose place is taken
-    std::map<std::size_t, bool> rebuildable_;             ///< per buffer view, once asked
+    std::set<std::size_t> restarting_;                    ///< new ones with restart indices
+    std::vector<bool> rebuildable_;                       ///< per buffer view
     std::map<std::size_t, std::vector<Placed>> contents_; ///< per buffer view
     std::map<std::size_t, std::vector<std::pair<const IndexEdit*, EditedIndices>>> shared_;
     std::vector<EditedIndices> results_;

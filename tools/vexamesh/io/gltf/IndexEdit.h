@@ -8,15 +8,15 @@
 
 namespace vexa::tool {
 
-/// What a primitive of an asset becomes: one or more primitives with its attributes, material and so on.
+/// The replacement of a primitive of an asset by one or more with the same attributes, material and so on.
 struct IndexEdit {
     std::size_t mesh = 0;
     std::size_t primitive = 0;
     std::vector<mesh::IndexedPrimitive> replacements; ///< at least one, none empty
-    bool groupsStrips = false; ///< the strips, which follow one another, become a group of `KHR_mesh_primitive_restart`
+    bool groupsStrips = false; ///< the strips, which follow one another, become a group of `EXT_mesh_primitive_restart`
 };
 
-/// What was written for an edit.
+/// The result of an edit.
 struct EditedIndices {
     std::size_t firstPrimitive = 0; ///< position of its first replacement in the mesh; the others follow
     std::size_t count = 0;
@@ -25,12 +25,12 @@ struct EditedIndices {
 };
 
 /// Gives primitives other indices, of the narrowest type that holds them. Index accessors that only edited primitives
-/// used give their places to the new ones. What is without use after that, accessors of groups and buffer views, goes,
-/// and others are renumbered; but not where an unknown extension might refer to them. Primitives that shared their
+/// used give their places to the new ones. Accessors and buffer views that are unused after that are removed and the
+/// others renumbered, unless an unknown extension might refer to them. Primitives that shared their
 /// indices and become the same go on sharing them. The groups of `KHR_mesh_primitive_restart` that a mesh had go with
 /// its primitives.
 ///
-/// `asset.json` and `asset.buffers` are changed; `asset.model` is left behind.
+/// `asset.json` and `asset.buffers` are changed; `asset.model` is not updated.
 ///
 /// \param edits in the order of meshes and primitives, each of these at most once
 /// \throw FormatError an unknown extension refers to a buffer: its bytes cannot be moved

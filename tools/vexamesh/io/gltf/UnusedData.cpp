@@ -1,6 +1,6 @@
-#include "io/UnusedData.h"
+#include "io/gltf/UnusedData.h"
 
-#include "io/GltfExtensions.h"
+#include "io/gltf/GltfExtensions.h"
 
 #include <numeric>
 #include <utility>
@@ -28,7 +28,7 @@ void visitMember(Object& object, const char* key, const Visit& visit) {
 
 /// Calls `visit(reference)` for each reference to an accessor outside of extensions.
 template <class Document, class Visit>
-void forEachAccessorReference(Document& document, const Visit& visit) {
+void visitAccessorReferences(Document& document, const Visit& visit) {
     forEachOf(document, "meshes", [&](auto& mesh) {
         forEachOf(mesh, "primitives", [&](auto& primitive) {
             visitMember(primitive, "indices", visit);
@@ -71,7 +71,7 @@ std::vector<bool> usedElements(const Json& document, const char* array, const Fo
 
 std::vector<bool> usedAccessors(const Json& document) {
     std::vector<bool> used = usedElements(
-        document, "accessors", [](const Json& json, const auto& visit) { forEachAccessorReference(json, visit); });
+        document, "accessors", [](const Json& json, const auto& visit) { visitAccessorReferences(json, visit); });
     for (const std::size_t accessor : collectExtensionReferences(document).accessors) {
         if (accessor < used.size()) {
             used[accessor] = true;
@@ -85,7 +85,7 @@ std::vector<bool> usedViews(const Json& document) {
                         [](const Json& json, const auto& visit) { forEachViewReference(json, visit); });
 }
 
-/// Removes the elements of an array that were used before and are not now; those behind `before` are new.
+/// Removes the elements of an array that were used before and are not now; those after `before` are new.
 ///
 /// \return per element its new number
 std::vector<std::size_t> removeElements(Json& document, const char* array, const std::vector<bool>& before,
@@ -120,11 +120,15 @@ std::vector<std::size_t> UsedData::removeUnused(Json& document) const {
         return [&numbers](Json& reference) { reference = numbers[reference.get<std::size_t>()]; };
     };
     std::vector<std::size_t> accessors = removeElements(document, "accessors", accessors_, usedAccessors(document));
-    forEachAccessorReference(document, renumberWith(accessors));
+    visitAccessorReferences(document, renumberWith(accessors));
     renumberExtensionAccessors(document, accessors);
     const std::vector<std::size_t> views = removeElements(document, "bufferViews", views_, usedViews(document));
     forEachViewReference(document, renumberWith(views));
     return accessors;
+}
+
+void forEachAccessorReference(Json& document, const std::function<void(Json&)>& visit) {
+    visitAccessorReferences(document, visit);
 }
 
 } // namespace vexa::tool

@@ -1,14 +1,15 @@
 #pragma once
 
-#include "io/Json.h"
+#include "base/Json.h"
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace vexa::tool {
 
 /// The accessors and buffer views that a document uses before an edit, so that those which the edit leaves without use
-/// can be removed. What nothing referred to in the first place stays.
+/// can be removed. Those that were unused before stay.
 class UsedData {
 public:
     explicit UsedData(const Json& document);
@@ -23,5 +24,8 @@ private:
     std::vector<bool> accessors_;
     std::vector<bool> views_;
 };
+
+/// Calls `visit(reference)` with each reference to an accessor outside of extensions, which it may change.
+void forEachAccessorReference(Json& document, const std::function<void(Json&)>& visit);
 
 } // namespace vexa::tool

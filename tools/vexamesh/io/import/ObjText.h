@@ -9,7 +9,8 @@ namespace vexa::tool {
 
 /// A polyline ("l") or a set of points ("p") of an OBJ file.
 struct ObjElement {
-    std::string group; ///< the object or group that it stands in
+    std::string group;    ///< the object or group that it stands in
+    std::string material; ///< as one word; empty: none
     bool isLine = true;
     std::vector<std::size_t> vertices; ///< counted from 0
 };
@@ -20,13 +21,16 @@ struct ObjText {
     std::vector<ObjElement> elements;
     std::vector<std::vector<std::string>> materialLibraries; ///< per "mtllib" line: the whole name, then its words
     std::size_t vertices = 0;
-    std::size_t skippedFaces = 0;   ///< of fewer than three corners
-    std::vector<std::size_t> faces; ///< corners of each face of `loaderText`, at least three
+    std::vector<std::size_t> faces;   ///< corners of each face of `loaderText`, at least three
+    std::vector<std::string> leftOut; ///< statements and numbers that nothing is made of, a line each
 };
 
 /// Checks an OBJ file line by line.
 ///
-/// \throw FormatError it is no text, a number is none or not finite, or an index is out of range; says in which line
+/// Faces of `loaderText` may name texture coordinates and normals that are not there; `leftOut` says so.
+///
+/// \throw FormatError it is not text, a number is malformed or not finite, or the index of a vertex is out of range; says
+///                    in which line
 ObjText readObjText(std::string_view text);
 
 /// A name as one word, and back: the loader ends names at spaces.

@@ -1,0 +1,122 @@
+#include "process/Interruption.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <unistd.h>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr std::array interruptions = {SIGINT, SIGTERM, SIGHUP};
+
+std::atomic<const char*> temporaryFile{nullptr};
+std::atomic<bool> isDeferred{false};
+std::atomic<int> noted{0};
+static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
+              "a signal handler may use these only without locks");
+
+sigset_t interruptionSet() {
+    sigset_t set;
+    ::sigemptyset(&set);
+    for (const int signal : interruptions) {
+        ::sigaddset(&set, signal);
+    }
+    return set;
+}
+
+/// Runs at any point of the program: calls only functions that are safe there.
+void handleInterruption(int signal) {
+    if (isDeferred) {
+        int none = 0;
+        noted.compare_exchange_strong(none, signal);
+    } else {
+        endBySignal(signal);
+    }
+}
+
+} // namespace
+
+void endCleanlyWhenInterrupted() {
+    struct sigaction action {};
+    action.sa_handler = handleInterruption;
+    // One is enough: a second one waits until the first has ended the process.
+    action.sa_mask = interruptionSet();
+    for (const int signal : interruptions) {
+        struct sigaction before {};
+        ::sigaction(signal, nullptr, &before);
+        if (signal == SIGTERM || before.sa_handler != SIG_IGN) {
+            ::sigaction(signal, &action, nullptr);
+        }
+    }
+}
+
+void endBySignal(int signal) {
+    if (const char* name = temporaryFile) {
+        ::unlink(name);
+    }
+    struct sigaction byDefault {};
+    byDefault.sa_handler = SIG_DFL;
+    ::sigaction(signal, &byDefault, nullptr);
+    sigset_t set;
+    ::sigemptyset(&set);
+    ::sigaddset(&set, signal);
+    ::raise(signal);
+    ::sigprocmask(SIG_UNBLOCK, &set, nullptr);
+    ::_exit(128 + signal);
+}
+
+DeferredInterruption::DeferredInterruption() {
+    const sigset_t set = interruptionSet();
+    ::sigprocmask(SIG_BLOCK, &set, &before_);
+    noted = 0;
+    isDeferred = true;
+}
+
+DeferredInterruption::~DeferredInterruption() {
+    isDeferred = false;
+    ::sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+bool DeferredInterruption::wait(std::vector<pollfd>& descriptors) {
+    return ::ppoll(descriptors.data(), descriptors.size(), nullptr, &before_) >= 0;
+}
+
+int DeferredInterruption::signal() const { // NOLINT(readability-convert-member-functions-to-static)
+    if (noted != 0) {
+        return noted;
+    }
+    // `ppoll` delivers none as long as a descriptor is ready.
+    sigset_t pending;
+    ::sigpending(&pending);
+    for (const int signal : interruptions) {
+        if (::sigismember(&pending, signal) == 1) {
+            return signal;
+        }
+    }
+    return 0;
+}
+
+void DeferredInterruption::leaveToParent() {
+    removeWhenInterrupted(nullptr);
+    isDeferred = false;
+    noted = 0;
+    const sigset_t set = interruptionSet();
+    ::sigprocmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+BlockedInterruption::BlockedInterruption() {
+    const sigset_t set = interruptionSet();
+    ::sigprocmask(SIG_BLOCK, &set, &before_);
+}
+
+BlockedInterruption::~BlockedInterruption() {
+    ::sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+void removeWhenInterrupted(const char* name) {
+    temporaryFile = name;
+}
+
+} // namespace vexa::tool
