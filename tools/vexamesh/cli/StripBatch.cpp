@@ -1,13 +1,16 @@
-#include "StripBatch.h"
+#include "cli/StripBatch.h"
 
-#include "Batch.h"
-#include "Errors.h"
-#include "Progress.h"
-#include "Report.h"
-#include "StripFile.h"
+#include "base/Errors.h"
+#include "base/Text.h"
+#include "cli/Console.h"
+#include "cli/Progress.h"
+#include "cli/Session.h"
+#include "cli/Table.h"
+#include "ops/StripFile.h"
+#include "process/Batch.h"
+#include "process/Interruption.h"
 
 #include <chrono>
-#include <ostream>
 
 namespace vexa::tool {
 
@@ -19,14 +22,15 @@ BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
     BatchResult result;
     const auto begin = std::chrono::steady_clock::now();
     try {
-        Document document = loadDocument(fs::path(item.input));
-        result.warnings = document.asset.warnings;
-        const StripOutcome outcome = stripDocument(std::move(document), settings, {});
+        const Session session([&](const std::string& warning) { result.warnings.push_back(warning); });
+        StripOutcome outcome = stripDocument(session.load(item.input), settings, {});
+        session.write(item.output, outcome.file, [&](const Bytes&) { return readBackStrips(outcome); });
         result.triangles = outcome.total.triangles;
         result.indicesBefore = outcome.total.indicesBefore;
         result.indicesAfter = outcome.total.indicesAfter;
-        const std::vector<std::string> warnings = writeStrips(item.output, outcome);
-        result.warnings.insert(result.warnings.end(), warnings.begin(), warnings.end());
+        for (const std::string& warning : stripWarnings(outcome)) {
+            session.warn(item.input, warning);
+        }
         result.state = BatchResult::State::Done;
     } catch (const std::bad_alloc&) {
         result.error = "not enough memory";
@@ -50,6 +54,12 @@ Json resultJson(const BatchItem& item, const BatchResult& result) {
     case BatchResult::State::Failed:
         json["error"] = result.error;
         break;
+    case BatchResult::State::Interrupted:
+        json["interrupted"] = true;
+        break;
+    case BatchResult::State::NotStarted:
+        json["notStarted"] = true;
+        break;
     case BatchResult::State::Done:
         json["triangles"] = result.triangles;
         json["indicesBefore"] = result.indicesBefore;
@@ -64,48 +74,47 @@ Json resultJson(const BatchItem& item, const BatchResult& result) {
 /// Without the name of the file, which begins the row.
 std::string shortError(const BatchItem& item, const BatchResult& result) {
     const std::string beginning = item.input + ": ";
-    return printable(result.error.substr(result.error.starts_with(beginning) ? beginning.size() : 0));
+    return result.error.substr(result.error.starts_with(beginning) ? beginning.size() : 0);
 }
 
-std::vector<std::string> tableRow(const BatchItem& item, const BatchResult& result) {
-    const std::string name = printable(item.input);
+std::vector<Json> tableRow(const BatchItem& item, const BatchResult& result) {
     switch (result.state) {
     case BatchResult::State::Skipped:
-        return {name, "", "", "", "", "", "there already"};
+        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, "there already"};
     case BatchResult::State::Failed:
-        return {name, "", "", "", "", "", shortError(item, result)};
+        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, shortError(item, result)};
+    case BatchResult::State::Interrupted:
+        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, "interrupted"};
+    case BatchResult::State::NotStarted:
+        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, "not started"};
     default:
-        return {name,
-                std::to_string(result.triangles),
-                std::to_string(result.indicesBefore),
-                std::to_string(result.indicesAfter),
-                fixedText(perTriangle(result), 3),
-                fixedText(result.seconds, 3),
+        return {item.input,
+                result.triangles,
+                result.indicesBefore,
+                result.indicesAfter,
+                perTriangle(result),
+                result.seconds,
                 "done"};
     }
 }
 
 void printResults(const std::vector<BatchItem>& items, const std::vector<BatchResult>& results, bool asJson,
-                  std::ostream& out) {
+                  Console& console) {
     Json files = Json::array();
-    Table table;
-    table.addColumn("file", Table::Align::Left);
-    for (const char* title : {"triangles", "indices", "-> after", "per triangle", "seconds"}) {
-        table.addColumn(title);
-    }
-    table.addColumn("result", Table::Align::Left);
+    Table table(
+        {{"file", true}, {"triangles"}, {"indices"}, {"-> after"}, {"per triangle"}, {"seconds"}, {"result", true}});
     for (std::size_t i = 0; i < items.size(); ++i) {
         files.push_back(resultJson(items[i], results[i]));
         table.addRow(tableRow(items[i], results[i]));
     }
     if (asJson) {
-        printJson(out, {{"files", std::move(files)}});
+        console.printJson({{"files", std::move(files)}});
     } else {
-        table.print(out);
+        console.print(table);
     }
 }
 
-std::vector<BatchResult> runAll(const StripBatch& batch, const std::vector<BatchItem>& items, std::ostream& err) {
+BatchRun runAll(const StripBatch& batch, const std::vector<BatchItem>& items, Console& console) {
     std::vector<BatchItem> wanted;
     std::vector<std::size_t> places;
     std::vector<BatchResult> results(items.size());
@@ -118,36 +127,43 @@ std::vector<BatchResult> runAll(const StripBatch& batch, const std::vector<Batch
             places.push_back(i);
         }
     }
-    Progress progress(err);
-    std::vector<BatchResult> made = runBatch(
+    Progress progress(console);
+    BatchRun run = runBatch(
         wanted, batch.jobs, [&](const BatchItem& item) { return stripItem(item, batch.settings); },
         [&](std::size_t done) { progress.show("files", done, wanted.size()); });
-    for (std::size_t i = 0; i < made.size(); ++i) {
-        results[places[i]] = std::move(made[i]);
+    progress.clear();
+    for (std::size_t i = 0; i < run.results.size(); ++i) {
+        results[places[i]] = std::move(run.results[i]);
     }
-    return results;
+    return {std::move(results), run.signal};
 }
 
 } // namespace
 
-int stripMany(const StripBatch& batch, const Streams& streams) {
+int stripMany(const StripBatch& batch, Console& console) {
     const std::vector<BatchItem> items = nameOutputs(batch.inputs, batch.directory, ".glb");
     std::error_code error;
     fs::create_directories(batch.directory, error);
     if (error) {
-        throw FileError(batch.directory.string(), "cannot be made: " + error.message());
+        throw FileError(batch.directory.string(), "cannot be created: " + error.message());
     }
-    const std::vector<BatchResult> results = runAll(batch, items, streams.err);
+    const BatchRun run = runAll(batch, items, console);
+    const std::vector<BatchResult>& results = run.results;
     std::size_t failed = 0;
     for (std::size_t i = 0; i < items.size(); ++i) {
         failed += results[i].state == BatchResult::State::Failed ? 1 : 0;
         for (const std::string& warning : results[i].warnings) {
-            streams.err << "vexamesh: warning: " << printable(items[i].input + ": " + warning) << '\n';
+            console.printWarning(warning);
         }
     }
-    printResults(items, results, batch.json, streams.out);
+    printResults(items, results, batch.json, console);
     if (failed > 0) {
-        printError(streams.err, std::to_string(failed) + " of " + counted(items.size(), "file") + " failed");
+        console.printError(std::to_string(failed) + " of " + counted(items.size(), "file") + " failed");
+    }
+    if (run.signal != 0) {
+        console.printError("interrupted; --skip-existing continues where this run ended");
+        static_cast<void>(console.flush());
+        endBySignal(run.signal);
     }
     return failed == 0 ? EXIT_DONE : EXIT_CHECK_FAILED;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Commands.h"
-#include "Stripping.h"
+#include "ops/Stripping.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -10,12 +9,14 @@
 
 namespace vexa::tool {
 
+class Console;
+
 /// Many files to turn into strips.
 struct StripBatch {
     std::vector<std::string> inputs;
-    std::filesystem::path directory; ///< of the outputs; made if it is not there
-    std::size_t jobs = 1;            ///< processes side by side
-    bool skipExisting = false;       ///< leave the outputs that are there as they are
+    std::filesystem::path directory; ///< of the outputs; created if it does not exist
+    std::size_t jobs = 1;            ///< processes at a time
+    bool skipExisting = false;       ///< keep outputs that exist
     bool json = false;
     StripSettings settings;
 };
@@ -24,7 +25,7 @@ struct StripBatch {
 ///
 /// \return `EXIT_CHECK_FAILED` if one failed
 /// \throw UsageError two outputs would have the same name, or that of an input
-/// \throw FileError  the directory cannot be made
-int stripMany(const StripBatch& batch, const Streams& streams);
+/// \throw FileError  the directory cannot be created
+int stripMany(const StripBatch& batch, Console& console);
 
 } // namespace vexa::tool

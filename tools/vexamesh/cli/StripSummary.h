@@ -1,21 +1,22 @@
 #pragma once
 
-#include "StripFile.h"
-#include "io/Json.h"
+#include "base/Json.h"
+#include "ops/StripFile.h"
 
-#include <ostream>
 #include <string>
 
 namespace vexa::tool {
 
-/// Indices of the output per triangle; 0 without triangles.
-double indicesPerTriangle(const StripFigures& figures);
+class Console;
 
-/// What became of a file, for programs.
+/// Indices of the output per triangle; 0 without triangles.
+double indicesPerTriangle(const StripStats& stats);
+
+/// The strips of a file, for programs.
 Json stripJson(const std::string& input, const std::string& output, const StripOutcome& outcome);
 
 /// The same as a table for people.
-void printStripTable(std::ostream& out, const std::string& input, const std::string& output,
+void printStripTable(Console& console, const std::string& input, const std::string& output,
                      const StripOutcome& outcome);
 
 } // namespace vexa::tool

@@ -1,4 +1,4 @@
-#include "Edges.h"
+#include "ops/Edges.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -5,7 +5,7 @@
 
 namespace vexa::tool {
 
-/// The edges of a triangle list, told apart by their vertex indices, whatever their direction.
+/// The edges of a triangle list, identified by their two vertex indices, in either order.
 struct EdgeCounts {
     std::size_t edges = 0;
     std::size_t border = 0;      ///< of one triangle

@@ -1,28 +1,14 @@
-#include "Commands.h"
-#include "Errors.h"
-#include "Logging.h"
-#include "MeshConversion.h"
-#include "Report.h"
+#include "ops/Layout.h"
 
-#include <memory>
-#include <ostream>
+#include "base/Logging.h"
+#include "io/gltf/PrimitiveRestart.h"
+#include "ops/MeshConversion.h"
+
+#include <stdexcept>
 
 namespace vexa::tool {
 
 namespace {
-
-constexpr const char* examples = R"(Examples:
-  vexamesh compare before.glb after.glb
-  vexamesh compare --json a.obj b.obj
-
-Layouts are compared, not contents: primitive types, and the names, component types and component counts of the
-attributes. The program ends with 1, and the first difference, when they are not the same.)";
-
-struct CompareArguments {
-    std::string first;
-    std::string second;
-    bool json = false;
-};
 
 /// A mesh with the layout of a primitive and nothing in it.
 mesh::MeshPtr layoutOf(const Document& document, const Primitive& primitive) {
@@ -31,14 +17,10 @@ mesh::MeshPtr layoutOf(const Document& document, const Primitive& primitive) {
     return mesh::Mesh::createEmptyMesh(toMesh(document, header));
 }
 
-/// How two primitives differ; "" when their layouts agree.
 std::string differenceOf(const mesh::MeshPtr& first, const mesh::MeshPtr& second) {
     std::string difference;
     const LogCapture capture([&](const std::string& line) { difference = line; });
-    if (mesh::Mesh::meshesAreCompatible(first, second, true)) {
-        return "";
-    }
-    return difference;
+    return mesh::Mesh::meshesAreCompatible(first, second, true) ? "" : difference;
 }
 
 std::string countDifference(const std::string& what, std::size_t first, std::size_t second) {
@@ -46,8 +28,9 @@ std::string countDifference(const std::string& what, std::size_t first, std::siz
            std::to_string(second);
 }
 
-/// The first difference, with the name of the mesh in which it is.
-std::string findDifference(const Document& first, const Document& second) {
+} // namespace
+
+std::string findLayoutDifference(const Document& first, const Document& second) {
     if (first.meshes.size() != second.meshes.size()) {
         return countDifference("meshes", first.meshes.size(), second.meshes.size());
     }
@@ -68,31 +51,15 @@ std::string findDifference(const Document& first, const Document& second) {
     return "";
 }
 
-int runCompare(const CompareArguments& arguments, const Streams& streams) {
-    const Document first = loadAndWarn(arguments.first, streams.err);
-    const Document second = loadAndWarn(arguments.second, streams.err);
-    const std::string difference = findDifference(first, second);
-    if (arguments.json) {
-        Json json = {{"first", arguments.first}, {"second", arguments.second}, {"sameLayout", difference.empty()}};
-        if (!difference.empty()) {
-            json["difference"] = difference;
-        }
-        printJson(streams.out, json);
-    } else {
-        streams.out << (difference.empty() ? "The layouts are the same." : printable(difference)) << '\n';
+std::string findMeshFault(const Document& document, const Primitive& primitive) {
+    try {
+        Primitive vertices = primitive;
+        vertices.indices = withoutRestarts(std::move(vertices.indices));
+        toMesh(document, vertices)->isValid();
+        return "";
+    } catch (const std::logic_error& error) {
+        return error.what();
     }
-    return difference.empty() ? EXIT_DONE : EXIT_CHECK_FAILED;
-}
-
-} // namespace
-
-void addCompareCommand(CLI::App& app, Command& chosen) {
-    auto arguments = std::make_shared<CompareArguments>();
-    CLI::App& command = addSubcommand(app, chosen, "compare", "Compares the layouts of the meshes of two files.",
-                                      examples, arguments, runCompare);
-    command.add_option("A", arguments->first, readableFile)->required();
-    command.add_option("B", arguments->second, "Another one")->required();
-    command.add_flag("--json", arguments->json, "Print JSON instead of text");
 }
 
 } // namespace vexa::tool

@@ -1,4 +1,4 @@
-#include "MaterialCopier.h"
+#include "ops/MaterialCopier.h"
 
 #include <algorithm>
 

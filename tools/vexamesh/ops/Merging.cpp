@@ -1,9 +1,9 @@
-#include "Merging.h"
+#include "ops/Merging.h"
 
-#include "Errors.h"
-#include "MeshConversion.h"
-#include "Placement.h"
-#include "io/PrimitiveRestart.h"
+#include "base/Errors.h"
+#include "io/gltf/PrimitiveRestart.h"
+#include "ops/MeshConversion.h"
+#include "ops/Placement.h"
 
 #include <algorithm>
 #include <array>
@@ -100,7 +100,19 @@ std::vector<Attribute> sortedAttributes(const Primitive& primitive) {
 void checkFormat(const std::string& name, const AccessorData& values, const std::string& where) {
     const std::size_t wanted = name == "TANGENT" ? 4 : 3;
     if (isPlaced(name) && values.components != wanted) {
-        throw FormatError(where + ": " + name + " is no VEC" + std::to_string(wanted));
+        throw FormatError(where + ": " + name + " is not VEC" + std::to_string(wanted));
+    }
+}
+
+/// Checks the placed positions from the one at `first` on.
+void checkPositions(const mesh::AttributeBuffer& positions, unsigned long first, const std::string& where) {
+    std::array<float, 3> position{};
+    for (unsigned long i = first; i < positions.getElementCount(); ++i) {
+        positions.getElement(i, position.data());
+        if (!std::all_of(position.begin(), position.end(), [](float value) { return std::isfinite(value); })) {
+            throw FormatError(where + ": the position of vertex " + std::to_string(i - first) +
+                              " is not finite once it is placed, and glTF can hold only finite numbers");
+        }
     }
 }
 
@@ -135,6 +147,19 @@ NewPrimitive toNewPrimitive(const MergedGroup& group) {
             {gltfName(buffer->getAttributeName()), fromAttributeBuffer(*buffer, group.formats[i])});
     }
     return primitive;
+}
+
+bool isSame(const AccessorData& a, const AccessorData& b) {
+    return a.type == b.type && a.componentType == b.componentType && a.normalized == b.normalized &&
+           a.count == b.count && a.bytes == b.bytes;
+}
+
+bool isSame(const Document& document, const Primitive& primitive, const NewPrimitive& expected) {
+    return primitive.type == expected.type && primitive.indices == expected.indices &&
+           std::equal(primitive.attributes.begin(), primitive.attributes.end(), expected.attributes.begin(),
+                      expected.attributes.end(), [&](const Attribute& attribute, const NewAttribute& wanted) {
+                          return isSame(readAccessor(document.asset, attribute.accessor), wanted.values);
+                      });
 }
 
 } // namespace
@@ -210,6 +235,7 @@ void Merger::addPrimitive(const Document& document, const Mesh& mesh, std::size_
     mesh::createClassicTransformation(transformations, glm::mat4(matrix));
     transformations["TANGENT"] = tangentTransformation(matrix, mirrors);
     mesh::concatMeshes(group.mesh, part.mesh, transformations);
+    checkPositions(*group.mesh->getAttributeBuffer("position"), total - primitive.vertices, where);
     ++group.parts;
 }
 
@@ -246,6 +272,17 @@ Bytes Merger::finish() {
     builder_.addMesh("merged", primitives);
     const Asset asset = builder_.finish();
     return writeGlb(asset.json, asset.buffers);
+}
+
+std::string Merger::findFault(const Bytes& file) const {
+    const Document output = loadDocument(file, "output.glb");
+    const bool isAsMerged =
+        output.meshes.size() == 1 &&
+        std::equal(output.meshes[0].primitives.begin(), output.meshes[0].primitives.end(), groups_.begin(),
+                   groups_.end(), [&](const Primitive& primitive, const MergedGroup& group) {
+                       return isSame(output, primitive, toNewPrimitive(group));
+                   });
+    return isAsMerged ? "" : "its vertices and indices would not be those of the merged meshes";
 }
 
 } // namespace vexa::tool

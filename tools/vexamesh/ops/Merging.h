@@ -1,8 +1,8 @@
 #pragma once
 
-#include "MaterialCopier.h"
 #include "io/AssetBuilder.h"
 #include "io/Document.h"
+#include "ops/MaterialCopier.h"
 
 #include <glm/mat4x4.hpp>
 #include <string>
@@ -43,6 +43,9 @@ public:
     /// \throw CheckError  a group is not valid; says why
     /// \throw FormatError there is nothing to write, or too much
     Bytes finish();
+
+    /// Compares a file with the groups: their primitives, and every index and attribute, bit for bit. See `FindFault`.
+    [[nodiscard]] std::string findFault(const Bytes& file) const;
 
 private:
     void addPrimitive(const Document& document, const Mesh& mesh, std::size_t index, const glm::dmat4& matrix);

@@ -1,4 +1,4 @@
-#include "MeshConversion.h"
+#include "ops/MeshConversion.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "MeshFacts.h"
+#include "ops/MeshStats.h"
 
-#include "io/PrimitiveRestart.h"
+#include "io/gltf/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,8 +39,8 @@ std::size_t countPrimitives(const Primitive& primitive) {
 } // namespace
 
 Box::Box() {
-    least.fill(std::numeric_limits<double>::infinity());
-    largest.fill(-std::numeric_limits<double>::infinity());
+    min.fill(std::numeric_limits<double>::infinity());
+    max.fill(-std::numeric_limits<double>::infinity());
 }
 
 void Box::add(const AccessorData& positions) {
@@ -52,34 +52,41 @@ void Box::add(const AccessorData& positions) {
             continue;
         }
         for (std::size_t c = 0; c < 3; ++c) {
-            least[c] = std::min(least[c], position[c]);
-            largest[c] = std::max(largest[c], position[c]);
+            min[c] = std::min(min[c], position[c]);
+            max[c] = std::max(max[c], position[c]);
         }
     }
 }
 
 void Box::add(const Box& other) {
     for (std::size_t c = 0; c < 3; ++c) {
-        least[c] = std::min(least[c], other.least[c]);
-        largest[c] = std::max(largest[c], other.largest[c]);
+        min[c] = std::min(min[c], other.min[c]);
+        max[c] = std::max(max[c], other.max[c]);
     }
     notFinite += other.notFinite;
 }
 
-PrimitiveFacts describePrimitive(const Document& document, const Primitive& primitive) {
-    PrimitiveFacts facts;
-    facts.count = countPrimitives(primitive);
-    facts.hasTriangles = primitive.type >= mesh::TRIANGLES;
-    if (facts.hasTriangles) {
+const Box& BoxCache::boxOf(std::size_t accessor) {
+    const auto [entry, isNew] = boxes_.try_emplace(accessor);
+    if (isNew) {
+        entry->second.add(readAccessor(document_.asset, accessor));
+    }
+    return entry->second;
+}
+
+PrimitiveStats describePrimitive(const Primitive& primitive, BoxCache& boxes) {
+    PrimitiveStats stats;
+    stats.count = countPrimitives(primitive);
+    stats.hasTriangles = primitive.type >= mesh::TRIANGLES;
+    if (stats.hasTriangles) {
         const std::vector<unsigned int> triangles = mesh::toTriangles(primitive.type, primitive.indices);
-        facts.degenerate = facts.count - triangles.size() / 3;
-        facts.edges = countEdges(triangles);
+        stats.degenerate = stats.count - triangles.size() / 3;
+        stats.edges = countEdges(triangles);
     }
     if (const Attribute* position = primitive.findAttribute("POSITION")) {
-        facts.box.emplace();
-        facts.box->add(readAccessor(document.asset, position->accessor));
+        stats.box = boxes.boxOf(position->accessor);
     }
-    return facts;
+    return stats;
 }
 
 std::string indexTypeText(const Primitive& primitive) {

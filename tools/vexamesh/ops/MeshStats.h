@@ -1,28 +1,41 @@
 #pragma once
 
-#include "Edges.h"
 #include "io/Document.h"
+#include "ops/Edges.h"
 
 #include <array>
 #include <limits>
+#include <map>
 #include <optional>
 
 namespace vexa::tool {
 
 /// The box around positions, in the numbers that are stored: normalised integers are not scaled.
 struct Box {
-    std::array<double, 3> least;
-    std::array<double, 3> largest;
-    std::size_t notFinite = 0; ///< positions with an infinite component or one that is no number; they do not count
+    std::array<double, 3> min;
+    std::array<double, 3> max;
+    std::size_t notFinite = 0; ///< positions with an infinite or NaN component; they do not count
 
     Box();
     void add(const AccessorData& positions);
     void add(const Box& other);
-    [[nodiscard]] bool isEmpty() const { return !(least[0] <= largest[0]); }
+    [[nodiscard]] bool isEmpty() const { return !(min[0] <= max[0]); }
 };
 
-/// What can be said about a primitive.
-struct PrimitiveFacts {
+/// Boxes of accessors, each computed once: thousands of primitives may share their vertices.
+class BoxCache {
+public:
+    explicit BoxCache(const Document& document) : document_(document) {}
+
+    const Box& boxOf(std::size_t accessor);
+
+private:
+    const Document& document_;
+    std::map<std::size_t, Box> boxes_;
+};
+
+/// Facts about a primitive.
+struct PrimitiveStats {
     std::size_t count = 0; ///< points, lines or triangles that are drawn, degenerate ones included
     bool hasTriangles = false;
     std::size_t degenerate = 0; ///< triangles with two equal corners
@@ -30,7 +43,7 @@ struct PrimitiveFacts {
     std::optional<Box> box;     ///< nothing without positions
 };
 
-PrimitiveFacts describePrimitive(const Document& document, const Primitive& primitive);
+PrimitiveStats describePrimitive(const Primitive& primitive, BoxCache& boxes);
 
 /// "byte", "unsigned short", ..., or "none" for a primitive whose file has no indices.
 std::string indexTypeText(const Primitive& primitive);

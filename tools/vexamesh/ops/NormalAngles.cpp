@@ -1,6 +1,6 @@
-#include "NormalAngles.h"
+#include "ops/NormalAngles.h"
 
-#include "MeshConversion.h"
+#include "ops/MeshConversion.h"
 
 #include <algorithm>
 #include <array>
@@ -31,19 +31,19 @@ double angleBetween(const Vector& a, const Vector& b) {
     return std::atan2(std::sqrt(dot(cross, cross)), dot(a, b)) * 180 / std::numbers::pi;
 }
 
-void measure(const mesh::AttributeBuffer& normals, const mesh::AttributeBuffer& decoded, AngleFigures& figures,
+void measure(const mesh::AttributeBuffer& normals, const mesh::AttributeBuffer& decoded, AngleStats& stats,
              const std::function<void(double)>& receive) {
-    figures.normals = normals.getElementCount();
-    for (std::size_t i = 0; i < figures.normals; ++i) {
+    stats.normals = normals.getElementCount();
+    for (std::size_t i = 0; i < stats.normals; ++i) {
         const Vector normal = elementOf(normals, i);
         const double size = dot(normal, normal);
         if (!(size > 0) || !std::isfinite(size)) {
-            ++figures.withoutDirection;
+            ++stats.withoutDirection;
             continue;
         }
         const double angle = angleBetween(normal, elementOf(decoded, i));
-        figures.sum += angle;
-        figures.largest = std::max(figures.largest, angle);
+        stats.sum += angle;
+        stats.max = std::max(stats.max, angle);
         if (receive) {
             receive(angle);
         }
@@ -52,34 +52,48 @@ void measure(const mesh::AttributeBuffer& normals, const mesh::AttributeBuffer& 
 
 } // namespace
 
-double AngleFigures::mean() const {
+double AngleStats::mean() const {
     return normals == withoutDirection ? 0 : sum / static_cast<double>(normals - withoutDirection);
 }
 
-void AngleFigures::add(const AngleFigures& other) {
+void AngleStats::add(const AngleStats& other) {
     normals += other.normals;
     withoutDirection += other.withoutDirection;
     sum += other.sum;
-    largest = std::max(largest, other.largest);
+    max = std::max(max, other.max);
 }
 
-Bytes packNormals(const AccessorData& values, AngleFigures& figures, const std::function<void(double)>& receive) {
+bool AngleStats::isSame(const AngleStats& other) const {
+    return normals == other.normals && withoutDirection == other.withoutDirection && sum == other.sum &&
+           max == other.max;
+}
+
+Bytes packNormals(const AccessorData& values) {
     const auto normals = toAttributeBuffer(toFloats(values), "normal");
     auto packed = mesh::AttributeBuffer::createDefault(mesh::UNSIGNED_BYTE, 2, "normal");
     packed->resize(values.count);
     mesh::transformAttributes(normals, packed, mesh::quantizeNormals());
+    Bytes bytes(2 * values.count);
+    for (std::size_t i = 0; i < values.count; ++i) {
+        packed->getElement(i, bytes.data() + 2 * i);
+    }
+    return bytes;
+}
+
+AngleStats measurePackedNormals(const AccessorData& values, const unsigned char* bytes,
+                                const std::function<void(double)>& receive) {
+    const auto normals = toAttributeBuffer(toFloats(values), "normal");
+    auto packed = mesh::AttributeBuffer::createDefault(mesh::UNSIGNED_BYTE, 2, "normal");
+    packed->resize(values.count);
+    for (std::size_t i = 0; i < values.count; ++i) {
+        packed->setElement(i, bytes + 2 * i);
+    }
     auto decoded = mesh::AttributeBuffer::createDefaultVec3f("normal");
     decoded->resize(values.count);
     mesh::transformAttributes(packed, decoded, mesh::dequantizeNormals());
-    measure(*normals, *decoded, figures, receive);
-    Bytes bytes;
-    bytes.reserve(2 * values.count);
-    std::array<unsigned char, 2> element{};
-    for (std::size_t i = 0; i < values.count; ++i) {
-        packed->getElement(i, element.data());
-        bytes.insert(bytes.end(), element.begin(), element.end());
-    }
-    return bytes;
+    AngleStats stats;
+    measure(*normals, *decoded, stats, receive);
+    return stats;
 }
 
 } // namespace vexa::tool

@@ -1,6 +1,6 @@
-#include "Placement.h"
+#include "ops/Placement.h"
 
-#include "Errors.h"
+#include "base/Errors.h"
 
 #include <charconv>
 #include <cmath>
@@ -48,7 +48,7 @@ std::vector<double> nodeNumbers(const Json& node, const char* key, std::size_t c
     std::vector<double> numbers;
     for (const Json& value : arrayMember(node, key, where)) {
         if (!value.is_number()) {
-            throw FormatError(where + "." + key + " holds something that is no number");
+            throw FormatError(where + "." + key + " holds something that is not a number");
         }
         numbers.push_back(value.get<double>());
     }
@@ -158,7 +158,7 @@ std::vector<MeshInstance> meshInstances(const Document& document) {
     for (const std::size_t root : rootNodes(json)) {
         open.emplace_back(root, glm::dmat4(1));
     }
-    // In the order of the nodes, whose hierarchy has been checked to have no cycles.
+    // Breadth first; the hierarchy was checked for cycles when the file was read.
     for (std::size_t i = 0; i < open.size(); ++i) {
         const Json& node = nodes[open[i].first];
         const std::string where = elementName("nodes", open[i].first);

@@ -8,10 +8,10 @@
 
 namespace vexa::tool {
 
-/// Matrices from what stands behind --translate, --scale and --rotate.
+/// Matrices from the values of --translate, --scale and --rotate.
 ///
 /// \param text "1,2,3"; for the scale also one number; for the rotation "y,90" (an axis and degrees) or "1,1,0,90"
-/// \throw UsageError it is something else
+/// \throw UsageError it has another form
 glm::dmat4 parseTranslation(const std::string& text);
 glm::dmat4 parseScale(const std::string& text);
 glm::dmat4 parseRotation(const std::string& text);
@@ -22,7 +22,7 @@ struct MeshInstance {
     glm::dmat4 matrix; ///< from the mesh's coordinates to the scene's
 };
 
-/// The meshes that the scene of a document shows, each as often as it does; all of them as they are when there are no
+/// The meshes that the scene of a document shows, each as often as it is shown; all of them, untransformed, when there are no
 /// nodes.
 ///
 /// \throw FormatError the transformation of a node is malformed

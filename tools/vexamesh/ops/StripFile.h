@@ -1,16 +1,18 @@
 #pragma once
 
-#include "Stripping.h"
 #include "io/Document.h"
+#include "ops/Stripping.h"
+#include "ops/UneditedContent.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vexa::tool {
 
 /// What became of a mesh, or of all of them.
-struct StripFigures {
+struct StripStats {
     std::string name;
     std::size_t triangles = 0;  ///< degenerate ones do not count
     std::size_t degenerate = 0; ///< triangles with two equal corners in the lists of the input
@@ -34,27 +36,43 @@ struct CutPrimitive {
     std::vector<mesh::IndexedPrimitive> parts; ///< before they were joined
 };
 
-struct StripOutcome {
-    Bytes file; ///< binary glTF
-    std::size_t fileBytesBefore = 0;
-    std::vector<StripFigures> meshes;
-    StripFigures total;
-    std::vector<CutPrimitive> cuts; ///< of the primitives with triangles; only with `StripSettings::keepParts`
-    std::size_t groups = 0;         ///< of strips with restart indices between them
+/// What the file of an outcome is compared with.
+struct ExpectedStrips { // NOLINT(bugprone-exception-escape): as for Asset
+    /// The strips that a primitive became.
+    struct Replaced {
+        EditedPrimitive place;               ///< in the file
+        std::optional<std::size_t> group;    ///< accessor of their indices with restart indices between them
+        std::vector<unsigned int> triangles; ///< of the input
+    };
+    std::vector<Replaced> primitives;
+    Json content; ///< everything but the strips
 };
 
-/// Is told how many meshes are done, and of how many.
-using StripProgress = std::function<void(std::size_t, std::size_t)>;
+struct StripOutcome { // NOLINT(bugprone-exception-escape): as for Asset
+    Bytes file;       ///< binary glTF
+    std::size_t fileBytesBefore = 0;
+    std::vector<StripStats> meshes; ///< with what is known of the output once it is read back
+    StripStats total;
+    std::vector<CutPrimitive> cuts; ///< of the primitives with triangles; only with `StripSettings::keepParts`
+    std::size_t groups = 0;         ///< of strips with restart indices between them; once read back
+    bool requiresRestart = false;   ///< strips or fans hold restart indices; once read back
+    ExpectedStrips expected;
+};
+
+/// Called after each mesh with the number of meshes that are done, and of all.
+using MeshProgress = std::function<void(std::size_t, std::size_t)>;
 
 /// Turns all triangles of a document into strips.
 ///
 /// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
-StripOutcome stripDocument(Document document, const StripSettings& settings, const StripProgress& progress);
+StripOutcome stripDocument(Document document, const StripSettings& settings, const MeshProgress& progress);
 
-/// Writes the file of an outcome.
+/// Reads the file of an outcome back, completes the stats, and compares it with the input; to be called once.
 ///
-/// \throw CheckError it has not the triangles of the input, and is not written
-/// \return what a person should know of it
-std::vector<std::string> writeStrips(const std::filesystem::path& output, const StripOutcome& outcome);
+/// \return "" or what is wrong, as `FindFault`
+std::string readBackStrips(StripOutcome& outcome);
+
+/// What a person should know of a file with these strips, a line each.
+std::vector<std::string> stripWarnings(const StripOutcome& outcome);
 
 } // namespace vexa::tool

@@ -1,11 +1,10 @@
-#include "Stripping.h"
+#include "ops/Stripping.h"
 
-#include "Logging.h"
+#include "io/gltf/PrimitiveRestart.h"
 
 #include <chrono>
 #include <iterator>
 #include <utility>
-#include <vexa/mesh/HalfEdgeGraph.h>
 
 namespace vexa::tool {
 
@@ -20,11 +19,20 @@ void appendSingles(const std::vector<unsigned int>& triangles, std::vector<Index
     }
 }
 
-std::vector<IndexedPrimitive> joinAll(std::vector<IndexedPrimitive> primitives) {
+void appendRestarted(IndexedPrimitive& joined, const std::vector<unsigned int>& indices) {
+    if (!joined.indices.empty()) {
+        joined.indices.push_back(decodedRestart);
+    }
+    joined.indices.insert(joined.indices.end(), indices.begin(), indices.end());
+}
+
+std::vector<IndexedPrimitive> joinAll(std::vector<IndexedPrimitive> primitives, mesh::StripJoin join) {
     std::vector<IndexedPrimitive> result;
     std::vector<IndexedPrimitive> strips;
     for (IndexedPrimitive& primitive : primitives) {
-        if (primitive.type == mesh::TRIANGLE_FAN) {
+        if (primitive.type == mesh::TRIANGLE_FAN && join == mesh::StripJoin::Restart && !result.empty()) {
+            appendRestarted(result.front(), primitive.indices);
+        } else if (primitive.type == mesh::TRIANGLE_FAN) {
             result.push_back(std::move(primitive));
         } else if (primitive.type == mesh::TRIANGLE_STRIP) {
             strips.push_back(std::move(primitive));
@@ -33,46 +41,14 @@ std::vector<IndexedPrimitive> joinAll(std::vector<IndexedPrimitive> primitives) 
         }
     }
     if (!strips.empty()) {
-        result.push_back({mesh::TRIANGLE_STRIP, mesh::joinStrips(strips, mesh::StripJoin::Degenerate)});
+        result.push_back({mesh::TRIANGLE_STRIP, mesh::joinStrips(strips, join)});
     }
     return result;
 }
 
-/// The primitives as the graph finds them, which tells of its passes in log records. It splits triangles off at edges of
-/// more than two, and so gives other primitives there than `buildPrimitives`: then these are taken.
-std::vector<IndexedPrimitive> searchWithRecords(const std::vector<unsigned int>& triangles,
-                                                const StripSettings& settings) {
-    mesh::HalfEdgeGraph graph;
-    graph.addTriangles(triangles.data(), triangles.size());
-    if (graph.claimedTriangles.first != nullptr) {
-        return mesh::buildPrimitives(triangles, settings.options);
-    }
-    std::size_t done = 0;
-    {
-        const LogCapture capture([&](const std::string& line) {
-            if (line.find("cost/best/worst") != std::string::npos) {
-                settings.onPass(++done, settings.options.iterations);
-            }
-        });
-        graph.calcOptPrim(settings.options.iterations, settings.options.buildStrips, settings.options.buildFans,
-                          settings.options.minFanTriangles, settings.options.allStrips);
-    }
-    std::vector<IndexedPrimitive> primitives;
-    IndexedPrimitive primitive{};
-    for (int type = graph.getPrimitive(primitive.indices, 0); type != 0;
-         type = graph.getPrimitive(primitive.indices, 0)) {
-        primitive.type = static_cast<mesh::PrimitiveType>(type);
-        primitives.push_back(std::move(primitive));
-        primitive = {};
-    }
-    return primitives;
-}
-
 StripResult cutTriangles(const std::vector<unsigned int>& triangles, const StripSettings& settings) {
     StripResult result;
-    const bool tells = settings.onPass && settings.options.iterations > 1;
-    std::vector<IndexedPrimitive> primitives =
-        tells ? searchWithRecords(triangles, settings) : mesh::buildPrimitives(triangles, settings.options);
+    std::vector<IndexedPrimitive> primitives = mesh::buildPrimitives(triangles, settings.options);
     for (const IndexedPrimitive& primitive : primitives) {
         result.strips += primitive.type == mesh::TRIANGLE_STRIP ? 1 : 0;
         result.fans += primitive.type == mesh::TRIANGLE_FAN ? 1 : 0;
@@ -81,8 +57,9 @@ StripResult cutTriangles(const std::vector<unsigned int>& triangles, const Strip
     if (settings.keepParts) {
         result.parts = primitives;
     }
-    if (settings.joining == Joining::Degenerate) {
-        primitives = joinAll(std::move(primitives));
+    if (settings.joining == Joining::Degenerate || settings.joining == Joining::Restart) {
+        primitives = joinAll(std::move(primitives), settings.joining == Joining::Restart ? mesh::StripJoin::Restart
+                                                                                         : mesh::StripJoin::Degenerate);
     }
     result.primitives = std::move(primitives);
     std::erase_if(result.primitives, [](const IndexedPrimitive& primitive) { return primitive.indices.empty(); });
@@ -107,8 +84,9 @@ StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned 
     if (settings.options.iterations > 1) {
         StripSettings onePass = settings;
         onePass.options.iterations = 1;
+        onePass.options.onPass = {};
         StripResult other = cutTriangles(triangles, onePass);
-        // The search knows nothing of what joining costs.
+        // The search does not know what joining costs.
         if (countIndices(other) < countIndices(result)) {
             result = std::move(other);
         }

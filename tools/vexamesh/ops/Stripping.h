@@ -1,29 +1,28 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <vector>
 #include <vexa/mesh/Strips.h>
 
 namespace vexa::tool {
 
-/// What becomes of the strips of a primitive.
+/// How the strips of a primitive are written.
 enum class Joining {
-    Degenerate, ///< one strip of them and of what is left over
-    Restart,    ///< a primitive each, and all of them a group with restart indices between them
-    None        ///< a primitive each
+    Degenerate,      ///< as one strip, joined by degenerate triangles, with the triangles in no strip
+    Restart,         ///< as one strip with restart indices, with the triangles in no strip; the fans likewise
+    RestartFallback, ///< as a primitive each, and as a group of all of them with restart indices
+    None             ///< as a primitive each
 };
 
-/// How triangles are cut and written.
+/// How triangles are cut and written. `options.onPass` is called for the search that `options.iterations` asks for; where
+/// it stops the search, the result is the best so far.
 struct StripSettings {
     mesh::StripOptions options;
     Joining joining = Joining::Degenerate;
-    /// If set, it is told after each of several passes how many are done, and of how many. The result stays the same.
-    std::function<void(std::size_t, std::size_t)> onPass;
-    bool keepParts = false; ///< whether the result tells how it was cut, too
+    bool keepParts = false; ///< whether the result also has the strips before they are joined
 };
 
-/// One primitive, cut.
+/// A primitive as strips and fans.
 struct StripResult {
     std::vector<mesh::IndexedPrimitive> primitives; ///< empty when there is no triangle
     std::vector<mesh::IndexedPrimitive> parts;      ///< before they were joined; only with `keepParts`

@@ -1,4 +1,4 @@
-#include "Triangles.h"
+#include "ops/Triangles.h"
 
 #include <vexa/mesh/Strips.h>
 

@@ -1,6 +1,6 @@
 #include "report/Chart.h"
 
-#include "Report.h"
+#include "base/Text.h"
 #include "report/Html.h"
 
 #include <algorithm>
@@ -94,13 +94,13 @@ std::string axisNumber(double value) {
 std::string histogram(const std::string& label, const std::vector<Bin>& bins, const std::string& xTitle,
                       const std::string& yTitle, bool isLogarithmic, const std::function<void(Chart&)>& extra) {
     Chart chart(label);
-    double largest = 1;
+    double max = 1;
     for (const Bin& bin : bins) {
-        largest = std::max(largest, static_cast<double>(bin.count));
+        max = std::max(max, static_cast<double>(bin.count));
     }
-    const double step = std::max(roundStep(largest), 1.0);
-    const double decades = std::max(1.0, std::ceil(std::log10(largest)));
-    const double linearTop = std::ceil(largest / step) * step;
+    const double step = std::max(roundStep(max), 1.0);
+    const double decades = std::max(1.0, std::ceil(std::log10(max)));
+    const double linearTop = std::ceil(max / step) * step;
     // On the logarithmic scale the floor is half an element, so that a bar of one is seen.
     const double lowest = std::log10(0.5);
     const auto heightOf = [&](double count) {

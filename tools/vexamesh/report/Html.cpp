@@ -1,6 +1,6 @@
 #include "report/Html.h"
 
-#include "io/Json.h"
+#include "base/Json.h"
 
 #include <algorithm>
 
@@ -13,7 +13,7 @@ bool isControl(char c) {
     return (value < 0x20 && c != '\n' && c != '\t') || value == 0x7f;
 }
 
-/// Text with U+FFFD for what is no UTF-8, which a file's name need not be.
+/// Text with U+FFFD in place of bytes that are not UTF-8; file names may have some.
 std::string asUtf8(std::string_view text) {
     const std::string quoted = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
     return Json::parse(quoted).get<std::string>();

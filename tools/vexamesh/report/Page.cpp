@@ -1,7 +1,7 @@
 #include "report/Page.h"
 
-#include "Report.h"
-#include "StripReport.h"
+#include "base/Text.h"
+#include "cli/StripSummary.h"
 #include "report/Assets.h"
 #include "report/Html.h"
 #include "report/PagePicture.h"
@@ -30,7 +30,7 @@ void beforeAfter(std::ostream& out, const char* title, std::size_t before, std::
         << "</strong> " << percentChange(before, after) << "</dd></div>\n";
 }
 
-void writeVerdict(std::ostream& out, const StripFigures& total) {
+void writeVerdict(std::ostream& out, const StripStats& total) {
     out << "<div class=\"verdict " << (total.sameTriangles ? "good" : "bad") << "\" id=\"verdict\">\n"
         << "<span class=\"sign\" aria-hidden=\"true\">" << (total.sameTriangles ? "\u2713" : "\u2717") << "</span>\n"
         << "<p><strong>Same triangles: " << (total.sameTriangles ? "yes" : "no") << "</strong><br>";
@@ -46,8 +46,8 @@ void writeVerdict(std::ostream& out, const StripFigures& total) {
     out << "</p>\n</div>\n";
 }
 
-void writeMetrics(std::ostream& out, const ReportFacts& facts) {
-    const StripFigures& total = facts.outcome.total;
+void writeMetrics(std::ostream& out, const ReportContent& content) {
+    const StripStats& total = content.outcome.total;
     out << "<dl class=\"metrics\">\n";
     beforeAfter(out, "Indices", total.indicesBefore, total.indicesAfter);
     const double before =
@@ -57,7 +57,7 @@ void writeMetrics(std::ostream& out, const ReportFacts& facts) {
         << fixedText(indicesPerTriangle(total), 3) << "</strong></dd></div>\n";
     beforeAfter(out, "Primitives", total.primitivesBefore, total.primitivesAfter);
     beforeAfter(out, "Bytes of indices", total.bytesBefore, total.bytesAfter);
-    beforeAfter(out, "Bytes of the file", facts.outcome.fileBytesBefore, facts.outcome.file.size());
+    beforeAfter(out, "Bytes of the file", content.outcome.fileBytesBefore, content.outcome.file.size());
     out << "<div class=\"metric\"><dt>Cut into</dt><dd><strong>" << numberHtml(total.strips) << "</strong> "
         << (total.strips == 1 ? "strip" : "strips") << ", <strong>" << numberHtml(total.fans) << "</strong> "
         << (total.fans == 1 ? "fan" : "fans") << ", <strong>" << numberHtml(total.leftOver)
@@ -83,42 +83,42 @@ void writeHead(std::ostream& out, const std::string& title) {
         << reportStyle() << "</style>\n</head>\n";
 }
 
-void writeTop(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportFacts& facts) {
+void writeTop(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportContent& content) {
     out << "<header>\n<p class=\"brand\">vexamesh report</p>\n<h1><bdi>" << escapeHtml(title) << "</bdi></h1>\n";
     if (texts.input != title) {
         out << "<p class=\"path\"><bdi>" << escapeHtml(texts.input) << "</bdi></p>\n";
     }
     out << "</header>\n";
-    writeVerdict(out, facts.outcome.total);
-    for (const std::string& warning : facts.warnings) {
+    writeVerdict(out, content.outcome.total);
+    for (const std::string& warning : content.warnings) {
         out << "<p class=\"warning\">" << escapeHtml(warning) << "</p>\n";
     }
-    writeMetrics(out, facts);
+    writeMetrics(out, content);
     writeCommands(out, texts);
 }
 
-void writePlots(std::ostream& out, const ReportFacts& facts) {
+void writePlots(std::ostream& out, const ReportContent& content) {
     out << "<section aria-labelledby=\"plots-title\">\n<h2 id=\"plots-title\">Plots</h2>\n<div class=\"plots\">\n"
-        << stripLengthPlot(facts.stripLengths) << swapPlot(facts.stripSwaps)
-        << passPlot(facts.passes, facts.cost, facts.isSearched) << anglePlot(facts.normalAngles, facts.normals)
-        << "</div>\n</section>\n";
+        << stripLengthPlot(content.stripLengths) << swapPlot(content.stripSwaps)
+        << passPlot(content.passes, content.cost, content.isSearched)
+        << anglePlot(content.normalAngles, content.normals) << "</div>\n</section>\n";
 }
 
 } // namespace
 
-Bytes writePage(const PageTexts& texts, const ReportFacts& facts) {
+Bytes writePage(const PageTexts& texts, const ReportContent& content) {
     const std::string title = std::filesystem::path(texts.input).filename().string();
     std::ostringstream out;
     writeHead(out, title);
     out << "<body>\n<main>\n";
-    writeTop(out, texts, title, facts);
-    writePicture(out, facts.picture);
-    writePlots(out, facts);
-    writeTables(out, facts);
-    out << "<section>\n<details>\n<summary>JSON</summary>\n<p class=\"note\">What <code>--json</code> prints.</p>\n"
+    writeTop(out, texts, title, content);
+    writePicture(out, content.picture);
+    writePlots(out, content);
+    writeTables(out, content);
+    out << "<section>\n<details>\n<summary>JSON</summary>\n<p class=\"note\">The output of <code>--json</code>.</p>\n"
            "<pre id=\"json\" tabindex=\"0\">"
         << escapeHtml(texts.json) << "</pre>\n</details>\n</section>\n</main>\n";
-    writePictureData(out, facts.picture);
+    writePictureData(out, content.picture);
     out << "<script>\n" << reportScript() << "</script>\n</body>\n</html>\n";
     const std::string page = std::move(out).str();
     return {page.begin(), page.end()};

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "io/Bytes.h"
-#include "report/ReportFacts.h"
+#include "base/Bytes.h"
+#include "report/ReportContent.h"
 
 #include <string>
 
 namespace vexa::tool {
 
-/// What a page says besides the facts.
+/// Texts of a page besides its content.
 struct PageTexts {
     std::string input;
     std::string command;      ///< that made the report
@@ -16,6 +16,6 @@ struct PageTexts {
 };
 
 /// A report as one HTML page, complete: it loads nothing.
-Bytes writePage(const PageTexts& texts, const ReportFacts& facts);
+Bytes writePage(const PageTexts& texts, const ReportContent& content);
 
 } // namespace vexa::tool

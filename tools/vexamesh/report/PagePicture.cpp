@@ -1,6 +1,6 @@
 #include "report/PagePicture.h"
 
-#include "io/Json.h"
+#include "base/Json.h"
 #include "report/Html.h"
 
 #include <algorithm>
@@ -99,7 +99,7 @@ void writePicture(std::ostream& out, const Picture& picture) {
     if (picture.shownTriangles() < picture.triangles) {
         out << "<p class=\"warning\" id=\"part\">The picture shows a part: the first "
             << numberHtml(picture.shownTriangles()) << " of " << numberHtml(picture.triangles)
-            << " triangles. All figures are those of the whole.</p>\n";
+            << " triangles. All numbers are those of the whole model.</p>\n";
     }
     if (!picture.isPlaced) {
         out << "<p class=\"note\">A mesh that the scene shows more than once is drawn where it is first.</p>\n";

@@ -9,7 +9,7 @@ namespace vexa::tool {
 /// The 3D view with its controls and its legend.
 void writePicture(std::ostream& out, const Picture& picture);
 
-/// What the view draws: arrays of little-endian numbers as Base64, and a little JSON.
+/// The data of the view: arrays of little-endian numbers as Base64, and a little JSON.
 void writePictureData(std::ostream& out, const Picture& picture);
 
 } // namespace vexa::tool

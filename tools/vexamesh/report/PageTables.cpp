@@ -1,7 +1,7 @@
 #include "report/PageTables.h"
 
-#include "Report.h"
-#include "StripReport.h"
+#include "base/Text.h"
+#include "cli/StripSummary.h"
 #include "report/Html.h"
 
 #include <functional>
@@ -11,7 +11,7 @@ namespace vexa::tool {
 namespace {
 
 /// Rows up to which a table is open from the start.
-constexpr std::size_t mostOpenRows = 30;
+constexpr std::size_t maxOpenRows = 30;
 
 /// A column: its title, and whether it holds text.
 struct Column {
@@ -45,7 +45,7 @@ void writeHeadRow(std::ostream& out, const std::vector<Column>& columns) {
 /// A table that opens and closes.
 void writeTable(std::ostream& out, const std::string& title, const std::string& note,
                 const std::vector<Column>& columns, const std::vector<Cells>& rows, const Cells& total = {}) {
-    out << "<section>\n<details" << (rows.size() <= mostOpenRows ? " open" : "") << ">\n<summary>" << title
+    out << "<section>\n<details" << (rows.size() <= maxOpenRows ? " open" : "") << ">\n<summary>" << title
         << "</summary>\n<p class=\"note\">" << note << "</p>\n<div class=\"scroll\" tabindex=\"0\" role=\"region\" "
         << "aria-label=\"" << title << "\">\n<table>\n";
     writeHeadRow(out, columns);
@@ -63,26 +63,26 @@ std::string name(const std::string& text) {
     return "<bdi>" + escapeHtml(text) + "</bdi>";
 }
 
-Cells meshCells(const StripFigures& figures) {
-    return {name(figures.name),
-            numberHtml(figures.triangles),
-            numberHtml(figures.strips),
-            numberHtml(figures.fans),
-            numberHtml(figures.leftOver),
-            numberHtml(figures.primitivesBefore),
-            numberHtml(figures.primitivesAfter),
-            numberHtml(figures.indicesBefore),
-            numberHtml(figures.indicesAfter),
-            fixedText(indicesPerTriangle(figures), 3),
-            numberHtml(figures.bytesBefore),
-            numberHtml(figures.bytesAfter),
-            figures.sameTriangles ? "yes" : "<strong>no</strong>"};
+Cells meshCells(const StripStats& stats) {
+    return {name(stats.name),
+            numberHtml(stats.triangles),
+            numberHtml(stats.strips),
+            numberHtml(stats.fans),
+            numberHtml(stats.leftOver),
+            numberHtml(stats.primitivesBefore),
+            numberHtml(stats.primitivesAfter),
+            numberHtml(stats.indicesBefore),
+            numberHtml(stats.indicesAfter),
+            fixedText(indicesPerTriangle(stats), 3),
+            numberHtml(stats.bytesBefore),
+            numberHtml(stats.bytesAfter),
+            stats.sameTriangles ? "yes" : "<strong>no</strong>"};
 }
 
 void writeMeshes(std::ostream& out, const StripOutcome& outcome) {
     std::vector<Cells> rows;
-    for (const StripFigures& figures : outcome.meshes) {
-        rows.push_back(meshCells(figures));
+    for (const StripStats& stats : outcome.meshes) {
+        rows.push_back(meshCells(stats));
     }
     writeTable(out, "Meshes", "What indices share is counted once, in each mesh and in the total.",
                {{"mesh", true},
@@ -109,10 +109,10 @@ void writePrimitives(std::ostream& out, const std::vector<PrimitiveRow>& primiti
                         numberHtml(row.swaps), numberHtml(row.edges.edges), numberHtml(row.edges.border),
                         numberHtml(row.edges.nonManifold), numberHtml(row.splitOff),
                         hasNormals ? fixedText(row.normals.mean(), 4) + "\u00b0" : "\u2013",
-                        hasNormals ? fixedText(row.normals.largest, 4) + "\u00b0" : "\u2013"});
+                        hasNormals ? fixedText(row.normals.max, 4) + "\u00b0" : "\u2013"});
     }
     writeTable(out, "Primitives",
-               "Edges are told apart by vertex index: where a model repeats vertices, both sides of the seam are "
+               "Edges are identified by vertex index: where a model repeats vertices, both sides of the seam are "
                "border. Split off are the triangles that the half-edge graph keeps out at edges of more than two. The "
                "angles are those between normals and what two bytes keep of them.",
                {{"primitive", true},
@@ -129,20 +129,26 @@ void writePrimitives(std::ostream& out, const std::vector<PrimitiveRow>& primiti
                rows);
 }
 
-void writeBuffers(std::ostream& out, const ReportFacts& facts) {
-    std::vector<Column> columns{{"primitive", true}};
-    for (std::size_t i = 0; i < facts.bufferProperties.size(); ++i) {
-        columns.push_back({facts.bufferProperties[i], i < 2});
-    }
+void writeBuffers(std::ostream& out, const std::vector<BufferRow>& buffers) {
     std::vector<Cells> rows;
-    for (const BufferRow& buffer : facts.buffers) {
-        Cells cells{name(buffer.primitive)};
-        for (const std::string& value : buffer.values) {
-            cells.push_back(escapeHtml(value));
+    for (const BufferRow& row : buffers) {
+        Cells cells{name(row.primitive), escapeHtml(row.name), row.componentType};
+        for (const unsigned long value : row.numbers) {
+            cells.push_back(groupedText(value));
         }
         rows.push_back(std::move(cells));
     }
-    writeTable(out, "Buffers", "The attribute buffers, as <code>vexamesh dump</code> prints them.", columns, rows);
+    writeTable(out, "Buffers", "The attribute buffers; sizes, stride and offset are in bytes.",
+               {{"primitive", true},
+                {"attribute", true},
+                {"component type", true},
+                {"component size"},
+                {"components per element"},
+                {"element size"},
+                {"stride"},
+                {"offset"},
+                {"elements"}},
+               rows);
 }
 
 void writeGraphReports(std::ostream& out, const std::vector<PrimitiveRow>& primitives) {
@@ -161,11 +167,11 @@ void writeGraphReports(std::ostream& out, const std::vector<PrimitiveRow>& primi
 
 } // namespace
 
-void writeTables(std::ostream& out, const ReportFacts& facts) {
-    writeMeshes(out, facts.outcome);
-    writePrimitives(out, facts.primitives);
-    writeBuffers(out, facts);
-    writeGraphReports(out, facts.primitives);
+void writeTables(std::ostream& out, const ReportContent& content) {
+    writeMeshes(out, content.outcome);
+    writePrimitives(out, content.primitives);
+    writeBuffers(out, content.buffers);
+    writeGraphReports(out, content.primitives);
 }
 
 } // namespace vexa::tool

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "report/ReportFacts.h"
+#include "report/ReportContent.h"
 
 #include <ostream>
 
 namespace vexa::tool {
 
 /// Meshes, primitives with their edges, buffers, and the reports of the graphs.
-void writeTables(std::ostream& out, const ReportFacts& facts);
+void writeTables(std::ostream& out, const ReportContent& content);
 
 } // namespace vexa::tool

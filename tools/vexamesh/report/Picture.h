@@ -1,7 +1,7 @@
 #pragma once
 
-#include "StripFile.h"
 #include "io/Document.h"
+#include "ops/StripFile.h"
 #include "report/PrimitiveEdges.h"
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace vexa::tool {
 
 enum class PartKind : std::uint8_t { Strip, Fan, LeftOver };
 
-/// A strip, a fan or a left-over batch. Its triangles stand behind those of the part before it.
+/// A strip, a fan or a left-over batch. Its triangles follow those of the preceding part.
 struct Part {
     PartKind kind = PartKind::Strip;
     std::uint32_t primitive = 0; ///< position in `Picture::primitives`
@@ -23,7 +23,7 @@ struct Part {
     std::uint8_t colour = 0;
 };
 
-/// What a 3D view needs: triangles in the order in which the strips were built, and what they belong to.
+/// The model of a 3D view: triangles in the order in which the strips were built, and the parts that they belong to.
 struct Picture {
     std::vector<std::string> primitives;
     std::vector<Part> parts;
@@ -53,11 +53,11 @@ struct PictureSource {
 class PictureBuilder {
 public:
     /// Triangles that a picture holds at most.
-    static constexpr std::size_t mostTriangles = 2'000'000;
-    /// Colours that parts are told apart by.
+    static constexpr std::size_t maxTriangles = 2'000'000;
+    /// Number of colours that distinguish parts.
     static constexpr std::uint32_t colours = 12;
 
-    explicit PictureBuilder(std::size_t most = mostTriangles) : most_(most) {}
+    explicit PictureBuilder(std::size_t most = maxTriangles) : most_(most) {}
 
     void add(const PictureSource& source);
 

@@ -1,6 +1,6 @@
 #include "report/Plots.h"
 
-#include "Report.h"
+#include "base/Text.h"
 #include "report/Chart.h"
 #include "report/Html.h"
 
@@ -41,7 +41,7 @@ std::vector<Bin> doublingBins(const std::vector<std::size_t>& values, bool withZ
         const std::size_t power = withZero ? i - 1 : i;
         const std::size_t last = withZero && i == 0 ? 0 : std::size_t{1} << power;
         const std::size_t first = last < 3 ? last : last / 2 + 1;
-        // All labels would run into one another; the last of a class tells which it is.
+        // All labels would overlap; the last value of a class is enough to identify it.
         const bool isLabelled = counts.size() <= 10 || i % 2 == 0;
         const std::string range =
             first == last ? std::to_string(last) : std::to_string(first) + "\u2013" + std::to_string(last);
@@ -71,9 +71,9 @@ std::string signedPercent(double share) {
 
 /// The points of a pass plot: every pass of few, every n-th of many.
 void addPasses(Chart& chart, const PassCosts& passes, const std::function<double(double)>& heightOf) {
-    constexpr std::size_t mostDots = 400;
+    constexpr std::size_t maxDots = 400;
     const std::size_t count = passes.totals.size();
-    const std::size_t every = (count + mostDots - 1) / mostDots;
+    const std::size_t every = (count + maxDots - 1) / maxDots;
     const auto place = [&](std::size_t i) {
         return Chart::left + chart.plotWidth() * (static_cast<double>(i) + 0.5) / static_cast<double>(count);
     };
@@ -158,36 +158,36 @@ std::string passPlot(const PassCosts& passes, std::int64_t cost, bool isSearched
                                     "random; the passes here are a trial of what <code>--iterations</code> finds."));
 }
 
-std::string anglePlot(const std::vector<float>& angles, const AngleFigures& figures) {
+std::string anglePlot(const std::vector<float>& angles, const AngleStats& stats) {
     const std::string title = "Angular error of packed normals";
     if (angles.empty()) {
         return nothing(title, "There are no normals.");
     }
     constexpr std::size_t count = 28;
-    const double largest = figures.largest > 0 ? figures.largest : 1;
+    const double max = stats.max > 0 ? stats.max : 1;
     std::vector<Bin> bins(count);
     for (const float angle : angles) {
-        const auto bin = static_cast<std::size_t>(static_cast<double>(angle) / largest * count);
+        const auto bin = static_cast<std::size_t>(static_cast<double>(angle) / max * count);
         ++bins[std::min(bin, count - 1)].count;
     }
     for (std::size_t i = 0; i < count; ++i) {
-        const auto edge = [&](std::size_t bin) { return fixedText(largest * static_cast<double>(bin) / count, 3); };
+        const auto edge = [&](std::size_t bin) { return fixedText(max * static_cast<double>(bin) / count, 3); };
         bins[i].title = edge(i) + "\u2013" + edge(i + 1) + " degrees: " + std::to_string(bins[i].count) + " normals";
     }
     const auto draw = [&](Chart& chart) {
-        const double step = roundStep(largest);
-        for (int i = 0; i * step <= largest; ++i) {
-            chart.addTickLabel(Chart::left + chart.plotWidth() * i * step / largest, shortText(i * step) + "\u00b0");
+        const double step = roundStep(max);
+        for (int i = 0; i * step <= max; ++i) {
+            chart.addTickLabel(Chart::left + chart.plotWidth() * i * step / max, shortText(i * step) + "\u00b0");
         }
-        chart.addMark(Chart::left + chart.plotWidth() * figures.mean() / largest,
-                      "mean " + fixedText(figures.mean(), 3) + "\u00b0", "best", Chart::top + 10);
+        chart.addMark(Chart::left + chart.plotWidth() * stats.mean() / max,
+                      "mean " + fixedText(stats.mean(), 3) + "\u00b0", "best", Chart::top + 10);
     };
     std::string caption = numberHtml(angles.size()) + " normals as two bytes each are off by " +
-                          fixedText(figures.mean(), 4) + "\u00b0 on average and by " + fixedText(figures.largest, 4) +
+                          fixedText(stats.mean(), 4) + "\u00b0 on average and by " + fixedText(stats.max, 4) +
                           "\u00b0 at most.";
-    if (figures.withoutDirection > 0) {
+    if (stats.withoutDirection > 0) {
         caption += ' ';
-        caption += numberHtml(figures.withoutDirection) + " have no direction and do not count.";
+        caption += numberHtml(stats.withoutDirection) + " have no direction and do not count.";
     }
     return figure(title, histogram("How many normals are off by which angle", bins, "degrees", "normals", false, draw),
                   caption);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "report/ReportFacts.h"
+#include "report/ReportContent.h"
 
 #include <string>
 #include <vector>
@@ -16,12 +16,12 @@ std::string stripLengthPlot(const std::vector<std::size_t>& lengths);
 /// How many swaps strips have.
 std::string swapPlot(const std::vector<std::size_t>& swaps);
 
-/// What each pass of the optimiser cost, with the best and the worst.
+/// The cost of each pass of a search, with the best and the worst.
 ///
 /// \param cost the indices of the strips that are shown
 std::string passPlot(const PassCosts& passes, std::int64_t cost, bool isSearched);
 
 /// The angles between normals and what two bytes keep of them.
-std::string anglePlot(const std::vector<float>& angles, const AngleFigures& figures);
+std::string anglePlot(const std::vector<float>& angles, const AngleStats& stats);
 
 } // namespace vexa::tool

@@ -16,7 +16,7 @@ struct EdgeUse {
     }
 };
 
-/// Every edge of every triangle; those of one edge stand side by side.
+/// Every edge of every triangle; uses of the same edge are adjacent.
 std::vector<EdgeUse> sortedEdges(const std::vector<unsigned int>& triangles);
 
 /// Calls `visit(first, last)` for each edge, with its uses.
@@ -39,7 +39,7 @@ void forEachEdge(const std::vector<EdgeUse>& edges, const Visit& visit) {
 /// \param partOf part of each triangle
 /// \param parts  number of parts
 /// \param colours at most 32
-/// \param offset parts of other primitives before: small primitives would else have the same colour all
+/// \param offset parts of preceding primitives: otherwise small primitives would all have the same colour
 /// \return a colour below `colours` for each part
 std::vector<std::uint8_t> colourParts(const std::vector<EdgeUse>& edges, const std::vector<std::uint32_t>& partOf,
                                       std::size_t parts, std::uint32_t colours, std::size_t offset = 0);

@@ -1,19 +1,19 @@
-#include "report/ReportFacts.h"
+#include "report/ReportContent.h"
 
-#include "Errors.h"
-#include "MeshConversion.h"
-#include "Placement.h"
-#include "StripReport.h"
-#include "Triangles.h"
+#include "base/Errors.h"
+#include "cli/StripSummary.h"
+#include "ops/GraphReport.h"
+#include "ops/MeshConversion.h"
+#include "ops/Packing.h"
+#include "ops/Placement.h"
+#include "ops/Triangles.h"
 
 #include <algorithm>
 #include <cmath>
 #include <glm/vec4.hpp>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <string>
-#include <vexa/mesh/AttributeBufferDump.h>
 
 namespace vexa::tool {
 
@@ -22,21 +22,7 @@ namespace {
 /// Passes that are tried for the plot when the strips come from one: enough to see how much they differ.
 constexpr std::uint32_t trialPasses = 16;
 /// Triangles up to which they are.
-constexpr std::size_t mostTrialTriangles = 300'000;
-
-/// Columns before a property's value in the dump of a buffer.
-constexpr std::size_t labelWidth = 29;
-
-/// The dump of a buffer, without what would break a line in its name.
-std::string dumpOf(const std::shared_ptr<mesh::AttributeBuffer>& buffer) {
-    std::ostringstream out;
-    mesh::detail::printAttributeBuffer(out, buffer, false);
-    std::string dump = out.str();
-    const auto name = dump.begin() + static_cast<std::ptrdiff_t>(dump.find('\n') + 1 + labelWidth);
-    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
-    std::replace_if(name, name + static_cast<std::ptrdiff_t>(buffer->getAttributeName().size()), isControl, ' ');
-    return dump;
-}
+constexpr std::size_t maxTrialTriangles = 300'000;
 
 using Positions = std::shared_ptr<const std::vector<float>>;
 
@@ -54,7 +40,7 @@ public:
     /// Whether every mesh is shown no more than once.
     [[nodiscard]] bool isPlaced() const { return isPlaced_; }
 
-    /// Three floats per vertex; what is no number becomes 0, so that it can be drawn.
+    /// Three floats per vertex; what is not finite becomes 0, so that it can be drawn.
     [[nodiscard]] Positions read(std::size_t mesh, const Primitive& primitive) {
         const Attribute* attribute = primitive.findAttribute("POSITION");
         if (attribute == nullptr) {
@@ -94,7 +80,7 @@ private:
     std::map<std::pair<std::size_t, std::size_t>, Positions> known_;
 };
 
-/// What has to be remembered of a primitive until its strips are known.
+/// A primitive whose strips are not known yet.
 struct Pending {
     std::size_t mesh;
     std::size_t primitive;
@@ -106,13 +92,21 @@ struct Pending {
 class Collector {
 public:
     Collector(Document document, const ReportSettings& settings)
-        : document_(std::move(document)), settings_(settings), builder_(settings.mostShownTriangles) {
+        : document_(std::move(document)), settings_(settings), builder_(settings.maxShownTriangles) {
         settings_.strip.keepParts = true;
+        settings_.strip.options.onPass = [this, observe = settings.strip.options.onPass](const mesh::StripPass& pass) {
+            // One pass starts without drawing at random, and is not the first of several.
+            if (pass.wanted > 1) {
+                content_.passes.add(pass);
+            }
+            return !observe || observe(pass);
+        };
     }
 
-    ReportFacts run(const StripProgress& progress) {
-        facts_.warnings = document_.asset.warnings;
-        chooseTrial();
+    ReportContent run(const MeshProgress& progress) {
+        content_.warnings = document_.asset.warnings;
+        content_.isSearched = settings_.strip.options.iterations > 1;
+        isTried_ = !content_.isSearched && countTriangles() <= maxTrialTriangles;
         PositionReader reader(document_);
         for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
             for (std::size_t p = 0; p < document_.meshes[m].primitives.size(); ++p) {
@@ -122,46 +116,35 @@ public:
                 }
             }
         }
-        // The passes were told of already.
-        settings_.strip.onPass = {};
-        facts_.outcome = stripDocument(std::move(document_), settings_.strip, progress);
+        content_.outcome = stripDocument(std::move(document_), settings_.strip, progress);
+        content_.fault = readBackStrips(content_.outcome);
         describeCuts();
-        facts_.picture = std::move(builder_.picture());
-        facts_.picture.isPlaced = reader.isPlaced();
-        return std::move(facts_);
+        content_.picture = std::move(builder_.picture());
+        content_.picture.isPlaced = reader.isPlaced();
+        return std::move(content_);
     }
 
 private:
-    void chooseTrial() {
-        iterations_ = settings_.strip.options.iterations;
-        facts_.isSearched = iterations_ > 1;
+    [[nodiscard]] std::size_t countTriangles() const {
         std::size_t indices = 0;
         for (const Mesh& mesh : document_.meshes) {
             for (const Primitive& primitive : mesh.primitives) {
                 indices += hasTriangles(primitive) ? primitive.indices.size() : 0;
             }
         }
-        if (iterations_ == 1 && indices / 3 <= mostTrialTriangles) {
-            iterations_ = trialPasses;
-        }
+        return indices / 3;
     }
 
     void describeBuffers(std::size_t mesh, std::size_t index) {
         const mesh::MeshPtr primitive = toMesh(document_, document_.meshes[mesh].primitives[index]);
         for (unsigned long i = 0; i < primitive->getNumAttributeBuffers(); ++i) {
-            std::istringstream lines(dumpOf(primitive->getAttributeBuffer(i)));
-            BufferRow row{primitiveName(document_.meshes[mesh], index), {}};
-            std::vector<std::string> properties;
-            std::string line;
-            std::getline(lines, line);
-            constexpr std::size_t markWidth = 4;
-            while (std::getline(lines, line)) {
-                const std::string label = line.substr(markWidth, labelWidth - markWidth);
-                properties.push_back(label.substr(0, label.find_last_not_of(' ') + 1));
-                row.values.push_back(line.substr(labelWidth));
-            }
-            facts_.bufferProperties = std::move(properties);
-            facts_.buffers.push_back(std::move(row));
+            const mesh::AttributeBuffer& buffer = *primitive->getAttributeBuffer(i);
+            content_.buffers.push_back({primitiveName(document_.meshes[mesh], index),
+                                        buffer.getAttributeName(),
+                                        mesh::getStringForComponentType(buffer.getComponentType()),
+                                        {buffer.getComponentSizeInBytes(), buffer.getComponentCountPerElement(),
+                                         buffer.getElementSizeInBytes(), buffer.getElementStrideInBytes(),
+                                         buffer.getElementOffsetInBytes(), buffer.getElementCount()}});
         }
     }
 
@@ -171,56 +154,54 @@ private:
         PrimitiveRow row;
         row.name = primitiveName(mesh, p);
         Pending pending{m, p, mesh::toTriangles(primitive.type, primitive.indices), {}, reader.read(m, primitive)};
-        GraphFacts graph = describeGraph(primitive, settings_.strip.options, iterations_, settings_.strip.onPass);
+        pending.isSplitOff =
+            reportGraph(primitive, false, [&](const std::string& line) { row.graphLines.push_back(line); });
+        if (isTried_) {
+            mesh::StripOptions trial = settings_.strip.options;
+            trial.iterations = trialPasses;
+            mesh::buildPrimitives(pending.triangles, trial);
+        }
         row.triangles = pending.triangles.size() / 3;
         row.edges = countEdges(pending.triangles);
-        row.splitOff = static_cast<std::size_t>(std::count(graph.isSplitOff.begin(), graph.isSplitOff.end(), true));
-        row.graphLines = std::move(graph.lines);
-        facts_.passes.add(graph.passes);
-        describeNormals(primitive, row);
-        pending.isSplitOff = std::move(graph.isSplitOff);
-        facts_.primitives.push_back(std::move(row));
+        row.splitOff = static_cast<std::size_t>(std::count(pending.isSplitOff.begin(), pending.isSplitOff.end(), true));
+        describeNormals(mesh, p, row);
+        content_.primitives.push_back(std::move(row));
         pending_.push_back(std::move(pending));
     }
 
-    void describeNormals(const Primitive& primitive, PrimitiveRow& row) {
-        const Attribute* normal = primitive.findAttribute("NORMAL");
-        if (normal == nullptr) {
-            return;
+    void describeNormals(const Mesh& mesh, std::size_t index, PrimitiveRow& row) {
+        if (const auto values = readNormals(document_, mesh, index)) {
+            row.normals = measurePackedNormals(*values, packNormals(*values).data(), [&](double angle) {
+                content_.normalAngles.push_back(static_cast<float>(angle));
+            });
+            content_.normals.add(row.normals);
         }
-        const AccessorData values = readAccessor(document_.asset, normal->accessor);
-        if (values.components != 3) {
-            throw FileError(document_.file.string(), row.name + " has normals that are no VEC3");
-        }
-        packNormals(values, row.normals,
-                    [&](double angle) { facts_.normalAngles.push_back(static_cast<float>(angle)); });
-        facts_.normals.add(row.normals);
     }
 
     void describeCuts() {
         std::size_t next = 0;
-        for (const CutPrimitive& cut : facts_.outcome.cuts) {
+        for (const CutPrimitive& cut : content_.outcome.cuts) {
             // Primitives without a single triangle were not cut.
             while (pending_[next].mesh != cut.mesh || pending_[next].primitive != cut.primitive) {
                 ++next;
             }
             Pending& pending = pending_[next];
-            PrimitiveRow& row = facts_.primitives[next];
+            PrimitiveRow& row = content_.primitives[next];
             for (const mesh::IndexedPrimitive& part : cut.parts) {
                 describePart(part, row);
             }
-            if (facts_.outcome.total.sameTriangles) {
+            if (content_.outcome.total.sameTriangles) {
                 builder_.add({row.name, pending.triangles, cut.parts, pending.isSplitOff,
                               sortedEdges(pending.triangles), *pending.positions});
             }
             pending = {};
             ++next;
         }
-        facts_.outcome.cuts = {};
+        content_.outcome.cuts = {};
     }
 
     void describePart(const mesh::IndexedPrimitive& part, PrimitiveRow& row) {
-        facts_.cost += static_cast<std::int64_t>(part.indices.size());
+        content_.cost += static_cast<std::int64_t>(part.indices.size());
         if (part.type == mesh::TRIANGLE_FAN) {
             ++row.fans;
         } else if (part.type == mesh::TRIANGLES) {
@@ -231,17 +212,17 @@ private:
             ++row.strips;
             row.longestStrip = std::max(row.longestStrip, triangles);
             row.swaps += swaps;
-            facts_.stripLengths.push_back(triangles);
-            facts_.stripSwaps.push_back(swaps);
+            content_.stripLengths.push_back(triangles);
+            content_.stripSwaps.push_back(swaps);
         }
     }
 
     Document document_;
     ReportSettings settings_;
-    std::uint32_t iterations_ = 1;
+    bool isTried_ = false;         ///< whether several passes are searched only to see what they cost
     std::vector<Pending> pending_; ///< one for each row of primitives
     PictureBuilder builder_;
-    ReportFacts facts_;
+    ReportContent content_;
 };
 
 Json edgesJson(const EdgeCounts& edges) {
@@ -262,7 +243,16 @@ Json primitiveJson(const PrimitiveRow& row) {
 
 } // namespace
 
-ReportFacts collectFacts(Document document, const ReportSettings& settings, const StripProgress& progress) {
+void PassCosts::add(const mesh::StripPass& pass) {
+    totals.resize(std::max<std::size_t>(totals.size(), pass.number));
+    totals[pass.number - 1] += pass.cost;
+    if (pass.number == pass.wanted) {
+        best += pass.best;
+        worst += pass.worst;
+    }
+}
+
+ReportContent collectReport(Document document, const ReportSettings& settings, const MeshProgress& progress) {
     const std::string file = document.file.string();
     try {
         return Collector(std::move(document), settings).run(progress);
@@ -271,23 +261,23 @@ ReportFacts collectFacts(Document document, const ReportSettings& settings, cons
     }
 }
 
-Json reportJson(const std::string& input, const std::string& output, const ReportFacts& facts) {
-    Json json = stripJson(input, output, facts.outcome);
+Json reportJson(const std::string& input, const std::string& output, const ReportContent& content) {
+    Json json = stripJson(input, output, content.outcome);
     Json primitives = Json::array();
-    std::transform(facts.primitives.begin(), facts.primitives.end(), std::back_inserter(primitives), primitiveJson);
-    json["report"] = {{"indicesBeforeJoining", facts.cost},
+    std::transform(content.primitives.begin(), content.primitives.end(), std::back_inserter(primitives), primitiveJson);
+    json["report"] = {{"indicesBeforeJoining", content.cost},
                       {"primitives", std::move(primitives)},
                       {"passes",
-                       {{"ofTheseStrips", facts.isSearched},
-                        {"costs", facts.passes.totals},
-                        {"best", facts.passes.best},
-                        {"worst", facts.passes.worst}}},
+                       {{"ofTheseStrips", content.isSearched},
+                        {"costs", content.passes.totals},
+                        {"best", content.passes.best},
+                        {"worst", content.passes.worst}}},
                       {"packedNormals",
-                       {{"normals", facts.normals.normals},
-                        {"withoutDirection", facts.normals.withoutDirection},
-                        {"meanAngle", facts.normals.mean()},
-                        {"largestAngle", facts.normals.largest}}},
-                      {"shownTriangles", facts.picture.shownTriangles()}};
+                       {{"normals", content.normals.normals},
+                        {"withoutDirection", content.normals.withoutDirection},
+                        {"meanAngle", content.normals.mean()},
+                        {"largestAngle", content.normals.max}}},
+                      {"shownTriangles", content.picture.shownTriangles()}};
     return json;
 }
 

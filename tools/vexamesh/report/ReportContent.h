@@ -1,25 +1,37 @@
 #pragma once
 
-#include "Edges.h"
-#include "NormalAngles.h"
-#include "StripFile.h"
 #include "io/Document.h"
-#include "report/GraphFacts.h"
+#include "ops/Edges.h"
+#include "ops/NormalAngles.h"
+#include "ops/StripFile.h"
 #include "report/Picture.h"
 
-#include <optional>
+#include <array>
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace vexa::tool {
 
-/// A row of the table of buffers: what `dump` prints of an attribute, property by property.
-struct BufferRow {
-    std::string primitive;
-    std::vector<std::string> values;
+/// The costs of the passes of a search: indices before strips are joined.
+struct PassCosts {
+    std::vector<std::int64_t> totals; ///< of each pass
+    std::int64_t best = 0;
+    std::int64_t worst = 0;
+
+    /// Adds a pass. Primitives are searched one by one: pass is added to pass, best to best.
+    void add(const mesh::StripPass& pass);
 };
 
-/// What a report says of a primitive of triangles.
+/// An attribute buffer of a primitive.
+struct BufferRow {
+    std::string primitive;
+    std::string name;
+    std::string componentType;
+    std::array<unsigned long, 6> numbers; ///< component size, components, element size, stride, offset, elements
+};
+
+/// A primitive of triangles.
 struct PrimitiveRow {
     std::string name;
     std::size_t triangles = 0;
@@ -30,20 +42,20 @@ struct PrimitiveRow {
     std::size_t longestStrip = 0; ///< in triangles
     std::size_t swaps = 0;
     EdgeCounts edges;
-    AngleFigures normals;
+    AngleStats normals;
     std::vector<std::string> graphLines;
 };
 
-/// Everything that a report says.
-struct ReportFacts {
+/// Everything that a report shows.
+struct ReportContent {
     StripOutcome outcome;
+    std::string fault; ///< of the strips, read back; see `FindFault`
     std::vector<PrimitiveRow> primitives;
-    std::vector<std::string> bufferProperties; ///< titles of the columns
     std::vector<BufferRow> buffers;
     std::vector<std::size_t> stripLengths; ///< in triangles
     std::vector<std::size_t> stripSwaps;
     std::vector<float> normalAngles; ///< in degrees
-    AngleFigures normals;
+    AngleStats normals;
     PassCosts passes;
     bool isSearched = false; ///< whether the passes are those that the strips come from
     std::int64_t cost = 0;   ///< indices of all parts before they are joined
@@ -51,16 +63,18 @@ struct ReportFacts {
     std::vector<std::string> warnings;
 };
 
-/// How a report is made.
+/// How a report is made. `strip.options.onPass` is called for a trial search, too.
 struct ReportSettings {
     StripSettings strip;
-    std::size_t mostShownTriangles = PictureBuilder::mostTriangles;
+    std::size_t maxShownTriangles = PictureBuilder::maxTriangles;
 };
 
-/// \throw FileError as `stripDocument`, or normals or positions are no VEC3
-ReportFacts collectFacts(Document document, const ReportSettings& settings, const StripProgress& progress);
+/// Cuts a document into strips and collects what a report shows of that.
+///
+/// \throw FileError as `stripDocument`, or normals or positions are not VEC3
+ReportContent collectReport(Document document, const ReportSettings& settings, const MeshProgress& progress);
 
-/// The figures of `strip --json`, and under "report" what only a report says.
-Json reportJson(const std::string& input, const std::string& output, const ReportFacts& facts);
+/// The JSON of `strip --json`, and under "report" what only a report has.
+Json reportJson(const std::string& input, const std::string& output, const ReportContent& content);
 
 } // namespace vexa::tool

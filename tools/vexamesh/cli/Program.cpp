@@ -1,0 +1,96 @@
+#include "cli/Program.h"
+
+#include "base/Errors.h"
+#include "cli/Console.h"
+#include "cli/Flags.h"
+#include "io/Document.h"
+#include "io/IsolatedReader.h"
+#include "io/ModelDirectory.h"
+
+#include <filesystem>
+#include <new>
+#include <string>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr const char* exitCodes = R"(Exit codes:
+  0  done
+  1  a check failed: the meshes are not as they should be; or one of many files failed
+  2  wrong arguments
+  3  a file is missing or broken, or cannot be written
+
+Results go to standard output, everything else to standard error.)";
+
+void addParseFlags(Flags flags, ParseLimits& limits) {
+    flags.add("--parse-memory", limits.memory,
+              "MiB that reading one file may take (default: 4096 and eight times its size)",
+              {.typeName = "MIB", .variable = "VEXAMESH_PARSE_MEMORY", .min = 1, .max = 1U << 30});
+    flags.add(
+        "--parse-time", limits.seconds, "Seconds that reading one file may take",
+        {.showsDefault = true, .typeName = "SECONDS", .variable = "VEXAMESH_PARSE_TIME", .min = 1, .max = 1U << 30});
+}
+
+void addDirectoryFlag(Flags flags, std::vector<std::string>& directories) {
+    flags.add("--allow-outside", directories,
+              "Let models refer to files below DIR, not only to those below their own directory; may be repeated",
+              {.typeName = "DIR"});
+}
+
+int parseAndRun(const std::vector<Verb>& verbs, int argc, const char* const* argv, Console& console) {
+    CommandLine commandLine(
+        "Looks at the meshes of glTF, OBJ, PLY, STL and OFF files, and turns their triangles into strips.", exitCodes,
+        "vexamesh " VEXAMESH_VERSION);
+    ParseLimits limits;
+    bool isStrict = false;
+    Flags common = commandLine.flags();
+    addParseFlags(common, limits);
+    std::vector<std::string> outside;
+    addDirectoryFlag(common, outside);
+    common.add("--strict", isStrict, "Refuse files that hold data which glTF cannot hold, instead of warning");
+    std::vector<Flags> flags;
+    std::vector<Command> commands;
+    flags.reserve(verbs.size());
+    for (const Verb& verb : verbs) {
+        flags.push_back(commandLine.addVerb(verb.name, verb.help, verb.footer));
+        commands.push_back(verb.addFlags(flags.back()));
+    }
+    const auto chosen = commandLine.parse(argc, argv, console);
+    setParseLimits(limits);
+    for (const std::string& directory : outside) {
+        if (!std::filesystem::is_directory(directory)) {
+            throw UsageError("--allow-outside: " + directory + " is not a directory");
+        }
+    }
+    allowDirectories({outside.begin(), outside.end()});
+    refuseLosses(isStrict);
+    return chosen ? commands[*chosen](console) : EXIT_DONE;
+}
+
+} // namespace
+
+int runProgram(const std::vector<Verb>& verbs, int argc, const char* const* argv, Console& console) {
+    const auto fail = [&](ExitCode code, const char* what) {
+        console.printError(what);
+        return static_cast<int>(code);
+    };
+    int code = EXIT_DONE;
+    try {
+        code = parseAndRun(verbs, argc, argv, console);
+    } catch (const UsageError& error) {
+        code = fail(EXIT_WRONG_USE, error.what());
+    } catch (const CheckError& error) {
+        code = fail(EXIT_CHECK_FAILED, error.what());
+    } catch (const std::bad_alloc&) {
+        code = fail(EXIT_BAD_FILE, "not enough memory");
+    } catch (const std::exception& error) {
+        code = fail(EXIT_BAD_FILE, error.what());
+    }
+    if (!console.flush() && code == EXIT_DONE) {
+        code = fail(EXIT_BAD_FILE, "standard output: cannot be written");
+    }
+    return code;
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "io/Document.h"
+#include "ops/ReadBack.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vexa::tool {
+
+class Console;
+
+/// The way of every verb from its inputs to its output.
+class Session {
+public:
+    /// \param warn receives what a person should know, in a line each
+    explicit Session(std::function<void(const std::string&)> warn) : warn_(std::move(warn)) {}
+    explicit Session(Console& console);
+
+    /// Reads a file, with its warnings.
+    ///
+    /// \throw FileError as `loadDocument`
+    [[nodiscard]] Document load(const std::filesystem::path& file, MeshCheck check = MeshCheck::Full) const;
+
+    /// Calls `work` with each file. A file that cannot be read is reported, also in `report`, and does not stop the
+    /// others.
+    ///
+    /// \param work returns the exit code for its file
+    /// \return the highest exit code
+    int forEachFile(const std::vector<std::string>& files, Json& report,
+                    const std::function<int(const std::string&)>& work) const;
+
+    /// Writes a file as a whole, once its content has been read back and found to be right.
+    ///
+    /// \throw CheckError it is not; nothing is written
+    /// \throw FileError  it cannot be written
+    void write(const std::filesystem::path& output, const Bytes& content, const FindFault& findFault) const;
+
+    /// Writes a page, which nothing reads back.
+    void write(const std::filesystem::path& output, const Bytes& page) const;
+
+    void warn(const std::filesystem::path& file, const std::string& text) const;
+
+    /// What the documents leave out of the files that have been read so far.
+    [[nodiscard]] const std::vector<std::string>& leftOut() const { return leftOut_; }
+
+private:
+    std::function<void(const std::string&)> warn_;
+    std::function<void(const std::string&)> fail_;
+    mutable std::vector<std::string> leftOut_;
+};
+
+} // namespace vexa::tool

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "cli/Table.h"
+#include "ops/EdgeLines.h"
+#include "ops/Merging.h"
+#include "ops/Packing.h"
+#include "ops/Unstripping.h"
+
+#include <string>
+#include <vector>
+
+namespace vexa::tool {
+
+class Console;
+
+Table edgeTable(const std::vector<EdgeStats>& meshes);
+Table unstripTable(const std::vector<UnstripStats>& meshes);
+
+/// Prints the names of the files and the rows of a table of meshes as JSON, or the table alone.
+void printSummary(Console& console, bool asJson, const std::string& input, const std::string& output,
+                  const Table& meshes, const std::vector<std::string>& leftOut);
+
+/// Prints the groups that a merged file consists of.
+void printMerging(Console& console, bool asJson, const std::string& output, const std::vector<MergedGroup>& groups,
+                  const std::vector<std::string>& leftOut);
+
+/// Prints how far packed normals are from the originals.
+void printPacking(Console& console, bool asJson, const std::string& input, const PackedFile& packed,
+                  const std::vector<std::string>& leftOut);
+
+} // namespace vexa::tool

@@ -1,0 +1,104 @@
+#include "base/Errors.h"
+#include "cli/Console.h"
+#include "cli/CutFlags.h"
+#include "cli/Flags.h"
+#include "cli/Progress.h"
+#include "cli/Session.h"
+#include "cli/StripSummary.h"
+#include "commands/Commands.h"
+#include "io/Files.h"
+#include "report/Html.h"
+#include "report/Page.h"
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr const char* examples = R"(Examples:
+  vexamesh report model.glb -o report.html
+  vexamesh report model.obj -o report.html --iterations 50
+
+The page shows the result of `strip` with the same flags: whether the triangles are the same, what they cost, and every
+strip in a 3D view. It is one file that loads nothing; open it in a browser.)";
+
+struct ReportArguments {
+    std::string input;
+    std::string output;
+    CutFlags cut;
+    std::size_t maxShown = PictureBuilder::maxTriangles;
+    bool json = false;
+};
+
+/// The flags of a cut that differ from the defaults, as on a command line.
+std::string cutFlags(const CutFlags& cut) {
+    const CutFlags defaults;
+    std::string text;
+    text += cut.iterations == defaults.iterations ? "" : " --iterations " + std::to_string(cut.iterations);
+    text += cut.fans == defaults.fans ? "" : " --fans " + std::to_string(cut.fans);
+    text += cut.allStrips ? " --all-strips" : "";
+    text += cut.join == defaults.join ? "" : " --join " + cut.join;
+    return text;
+}
+
+std::string commandLine(const char* verb, const std::string& input, const std::string& output, const CutFlags& cut) {
+    return std::string("vexamesh ") + verb + " " + shellWord(input) + " -o " + shellWord(output) + cutFlags(cut);
+}
+
+PageTexts textsFor(const ReportArguments& arguments, const ReportContent& content,
+                   const std::vector<std::string>& leftOut) {
+    const std::filesystem::path input = arguments.input;
+    const std::string strips = input.stem().string() + "-strips.glb";
+    PageTexts texts;
+    texts.input = arguments.input;
+    texts.command = commandLine("report", arguments.input, arguments.output, arguments.cut);
+    if (arguments.maxShown != PictureBuilder::maxTriangles) {
+        texts.command += " --show " + std::to_string(arguments.maxShown);
+    }
+    texts.stripCommand = commandLine("strip", arguments.input, strips, arguments.cut);
+    Json json = reportJson(arguments.input, arguments.output, content);
+    json["leftOut"] = leftOut;
+    texts.json = jsonText(json);
+    return texts;
+}
+
+int runReport(const ReportArguments& arguments, Console& console) {
+    checkOutputName(arguments.output, ".html", arguments.input);
+    const Session session(console);
+    Document document = session.load(arguments.input);
+    Progress progress(console);
+    const ReportContent content =
+        collectReport(std::move(document), {arguments.cut.settings(&progress), arguments.maxShown},
+                      [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
+    progress.clear();
+    const PageTexts texts = textsFor(arguments, content, session.leftOut());
+    session.write(arguments.output, writePage(texts, content));
+    if (arguments.json) {
+        console.print(texts.json);
+    } else {
+        printStripTable(console, arguments.input, arguments.output, content.outcome);
+        console.printLine("Open " + arguments.output + " in a browser.");
+    }
+    if (!content.fault.empty()) {
+        throw CheckError(arguments.input + ": if its strips were written, " + content.fault);
+    }
+    return EXIT_DONE;
+}
+
+Command addFlags(Flags& flags) {
+    auto arguments = std::make_shared<ReportArguments>();
+    flags.add("IN", arguments->input, readableFile, {.isRequired = true});
+    flags.add("-o,--output", arguments->output, "The .html file to write", {.isRequired = true});
+    arguments->cut.addTo(flags);
+    flags.add("--show", arguments->maxShown, "Triangles that the 3D view shows at most; the numbers are those of all",
+              {.showsDefault = true, .typeName = "COUNT", .min = 1, .max = PictureBuilder::maxTriangles});
+    flags.add("--json", arguments->json, "Print JSON instead of a table");
+    return [arguments](Console& console) { return runReport(*arguments, console); };
+}
+
+} // namespace
+
+Verb reportVerb() {
+    return {"report", "Shows the strips of a file in a page for the browser.", examples, addFlags};
+}
+
+} // namespace vexa::tool

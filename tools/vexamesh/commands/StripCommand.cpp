@@ -1,0 +1,113 @@
+#include "base/Errors.h"
+#include "cli/Console.h"
+#include "cli/CutFlags.h"
+#include "cli/Flags.h"
+#include "cli/Progress.h"
+#include "cli/Session.h"
+#include "cli/StripBatch.h"
+#include "cli/StripSummary.h"
+#include "commands/Commands.h"
+#include "io/Files.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr const char* examples = R"(Examples:
+  vexamesh strip model.glb -o model-strips.glb
+  vexamesh strip model.obj -o model.glb --iterations 50
+  vexamesh strip model.gltf -o model.glb --fans 8 --join none --json
+  vexamesh strip model.glb -o model-strips.glb --join restart
+  vexamesh strip *.glb *.obj -d strips --jobs 4 --skip-existing
+
+Strips, fans and lists of triangles become strips; everything else in a glTF file stays as it was. Before anything is
+written, the output is read back and compared with the input.
+
+Several files are processed in parallel; a failure does not stop the others, but makes the exit code 1. A file is written
+as a whole or not at all, so that --skip-existing can continue an earlier run. An interrupted run may leave a temporary
+file, whose name has six more letters, as in model.glb.AbCdEf; it can be removed.)";
+
+struct StripArguments {
+    std::vector<std::string> inputs;
+    std::string output;
+    std::string directory;
+    unsigned int jobs = std::max(1U, std::thread::hardware_concurrency());
+    bool skipExisting = false;
+    CutFlags cut;
+    bool json = false;
+};
+
+void printOutcome(const StripArguments& arguments, const StripOutcome& outcome, const Session& session,
+                  Console& console) {
+    const std::string& input = arguments.inputs.front();
+    if (arguments.json) {
+        Json json = stripJson(input, arguments.output, outcome);
+        json["leftOut"] = session.leftOut();
+        console.printJson(json);
+    } else {
+        printStripTable(console, input, arguments.output, outcome);
+    }
+}
+
+int stripOne(const StripArguments& arguments, Console& console) {
+    const std::string& input = arguments.inputs.front();
+    checkOutputName(arguments.output, ".glb", input);
+    const Session session(console);
+    Document document = session.load(input);
+    Progress progress(console);
+    StripOutcome outcome =
+        stripDocument(std::move(document), arguments.cut.settings(&progress),
+                      [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
+    progress.clear();
+    session.write(arguments.output, outcome.file, [&](const Bytes&) {
+        std::string fault = readBackStrips(outcome);
+        if (!fault.empty()) {
+            printOutcome(arguments, outcome, session, console);
+        }
+        return fault;
+    });
+    for (const std::string& warning : stripWarnings(outcome)) {
+        session.warn(arguments.output, warning);
+    }
+    printOutcome(arguments, outcome, session, console);
+    return EXIT_DONE;
+}
+
+int runStrip(const StripArguments& arguments, Console& console) {
+    if (arguments.output.empty() == arguments.directory.empty()) {
+        throw UsageError("strip needs either --output, or --directory for many files");
+    }
+    if (arguments.directory.empty()) {
+        if (arguments.inputs.size() != 1) {
+            throw UsageError("--output is for one file; --directory takes many");
+        }
+        return stripOne(arguments, console);
+    }
+    return stripMany({arguments.inputs, arguments.directory, arguments.jobs, arguments.skipExisting, arguments.json,
+                      arguments.cut.settings()},
+                     console);
+}
+
+Command addFlags(Flags& flags) {
+    auto arguments = std::make_shared<StripArguments>();
+    flags.add("IN", arguments->inputs, readableFiles, {.isRequired = true});
+    flags.add("-o,--output", arguments->output, "The .glb file to write, for one input");
+    flags.add("-d,--directory", arguments->directory, "Where to write a .glb file for each of many inputs");
+    flags.add("--jobs", arguments->jobs, "Files that are processed at the same time",
+              {.showsDefault = true, .min = 1, .max = 1024});
+    flags.add("--skip-existing", arguments->skipExisting, "Skip files that the directory already has");
+    arguments->cut.addTo(flags);
+    flags.add("--json", arguments->json, "Print JSON instead of a table");
+    return [arguments](Console& console) { return runStrip(*arguments, console); };
+}
+
+} // namespace
+
+Verb stripVerb() {
+    return {"strip", "Turns the triangles of a file into strips.", examples, addFlags};
+}
+
+} // namespace vexa::tool

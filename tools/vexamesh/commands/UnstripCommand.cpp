@@ -1,0 +1,55 @@
+#include "base/Errors.h"
+#include "cli/Console.h"
+#include "cli/Flags.h"
+#include "cli/Session.h"
+#include "cli/Summaries.h"
+#include "commands/Commands.h"
+#include "io/Files.h"
+#include "ops/Unstripping.h"
+
+namespace vexa::tool {
+
+namespace {
+
+constexpr const char* examples = R"(Examples:
+  vexamesh unstrip model-strips.glb -o model.glb
+  vexamesh unstrip model-strips.glb -o model.gltf --json
+
+Strips and fans become lists of triangles, primitive by primitive; everything else stays as it was. Triangles with two
+equal corners, which only join strips, are left out. A .gltf output contains its data.)";
+
+struct UnstripArguments {
+    std::string input;
+    std::string output;
+    bool json = false;
+};
+
+int runUnstrip(const UnstripArguments& arguments, Console& console) {
+    const bool isText = hasExtension(arguments.output, ".gltf");
+    if (!isText && !hasExtension(arguments.output, ".glb")) {
+        throw UsageError("the output " + arguments.output + " does not end in .glb or .gltf");
+    }
+    checkOutputName(arguments.output, isText ? ".gltf" : ".glb", arguments.input);
+    const Session session(console);
+    const UnstrippedFile result = unstripDocument(session.load(arguments.input), isText);
+    session.write(arguments.output, result.file, result.findFault);
+    printSummary(console, arguments.json, arguments.input, arguments.output, unstripTable(result.meshes),
+                 session.leftOut());
+    return EXIT_DONE;
+}
+
+Command addFlags(Flags& flags) {
+    auto arguments = std::make_shared<UnstripArguments>();
+    flags.add("IN", arguments->input, readableFile, {.isRequired = true});
+    flags.add("-o,--output", arguments->output, "The .glb or .gltf file to write", {.isRequired = true});
+    flags.add("--json", arguments->json, "Print JSON instead of a table");
+    return [arguments](Console& console) { return runUnstrip(*arguments, console); };
+}
+
+} // namespace
+
+Verb unstripVerb() {
+    return {"unstrip", "Turns strips and fans back into triangles.", examples, addFlags};
+}
+
+} // namespace vexa::tool

@@ -1,0 +1,156 @@
+#include "ops/EdgeLines.h"
+
+#include "base/Errors.h"
+#include "io/gltf/IndexEdit.h"
+#include "io/gltf/UnusedData.h"
+#include "ops/Triangles.h"
+#include "ops/UneditedContent.h"
+
+#include <optional>
+#include <vexa/mesh/HalfEdgeGraph.h>
+#include <vexa/mesh/Strips.h>
+
+namespace vexa::tool {
+
+namespace {
+
+/// The lines of a primitive's edges.
+std::vector<unsigned int> edgeLines(const Primitive& primitive, bool borderOnly, EdgeStats& stats) {
+    const std::vector<unsigned int> triangles = mesh::toTriangles(primitive.type, primitive.indices);
+    mesh::HalfEdgeGraph graph;
+    graph.addTriangles(triangles.data(), triangles.size());
+    std::vector<unsigned int> flagged;
+    stats.triangles += triangles.size() / 3;
+    stats.edges += graph.calcEgdeLines(flagged, true);
+    std::vector<unsigned int> lines;
+    for (std::size_t i = 0; i + 2 < flagged.size(); i += 3) {
+        const bool isBorder = flagged[i + 2] == 0;
+        stats.border += isBorder ? 1 : 0;
+        if (isBorder || !borderOnly) {
+            lines.insert(lines.end(), {flagged[i], flagged[i + 1]});
+        }
+    }
+    stats.written += lines.size() / 2;
+    return lines;
+}
+
+/// Primitives without a line, by mesh and position: glTF does not allow a primitive without elements.
+using EmptyPrimitives = std::vector<std::vector<bool>>;
+
+void removeMeshReferences(Json& json, const std::vector<std::optional<std::size_t>>& newIndex) {
+    if (!json.contains("nodes")) {
+        return;
+    }
+    for (Json& node : json["nodes"]) {
+        const auto mesh = node.find("mesh");
+        if (mesh == node.end()) {
+            continue;
+        }
+        if (const auto index = newIndex[mesh->get<std::size_t>()]) {
+            *mesh = *index;
+        } else {
+            for (const char* key : {"mesh", "skin", "weights"}) {
+                node.erase(key);
+            }
+        }
+    }
+}
+
+void removePrimitives(Json& json, const EmptyPrimitives& isEmpty) {
+    if (isEmpty.empty()) {
+        return;
+    }
+    Json& meshes = json["meshes"];
+    Json kept = Json::array();
+    std::vector<std::optional<std::size_t>> newIndex(meshes.size());
+    for (std::size_t m = 0; m < meshes.size(); ++m) {
+        Json primitives = Json::array();
+        for (std::size_t p = 0; p < meshes[m]["primitives"].size(); ++p) {
+            if (!isEmpty[m][p]) {
+                primitives.push_back(meshes[m]["primitives"][p]);
+            }
+        }
+        if (!primitives.empty()) {
+            meshes[m]["primitives"] = std::move(primitives);
+            newIndex[m] = kept.size();
+            kept.push_back(meshes[m]);
+        }
+    }
+    removeMeshReferences(json, newIndex);
+    if (kept.empty()) {
+        json.erase("meshes");
+    } else {
+        meshes = std::move(kept);
+    }
+}
+
+/// The expected content of the file, for reading it back.
+struct Expected {                                 // NOLINT(bugprone-exception-escape): as for Asset
+    std::vector<std::vector<unsigned int>> lines; ///< of each primitive of lines, in the order of the file
+    Json content;                                 ///< everything else
+};
+
+std::string findEdgeFault(const Bytes& file, const Expected& expected, const std::vector<EditedPrimitive>& written) {
+    const Document output = loadDocument(file, "output.glb");
+    for (std::size_t i = 0; i < written.size(); ++i) {
+        const Primitive& primitive = output.meshes.at(written[i].mesh).primitives.at(written[i].first);
+        if (primitive.type != mesh::LINES || primitive.indices != expected.lines[i]) {
+            return "its lines would not be the edges of the input";
+        }
+    }
+    return isSameContent(uneditedContent(output, written), expected.content) ? "" : contentFault;
+}
+
+} // namespace
+
+EdgeLines replaceByEdges(Document document, bool borderOnly) {
+    EdgeLines result;
+    std::vector<IndexEdit> edits;
+    std::vector<EditedPrimitive> edited;
+    std::vector<EditedPrimitive> written;
+    EmptyPrimitives isEmpty;
+    for (std::size_t m = 0, newMesh = 0; m < document.meshes.size(); ++m) {
+        const Mesh& mesh = document.meshes[m];
+        EdgeStats stats;
+        stats.name = mesh.name;
+        isEmpty.emplace_back(mesh.primitives.size());
+        std::size_t kept = 0;
+        for (std::size_t p = 0; p < mesh.primitives.size(); ++p) {
+            if (!hasTriangles(mesh.primitives[p])) {
+                ++kept;
+                continue;
+            }
+            std::vector<unsigned int> lines = edgeLines(mesh.primitives[p], borderOnly, stats);
+            if (lines.empty()) {
+                isEmpty[m][p] = true;
+            } else {
+                edited.push_back({m, p, 1});
+                written.push_back({newMesh, kept++, 1});
+                edits.push_back({m, p, {{mesh::LINES, std::move(lines)}}});
+            }
+        }
+        newMesh += kept > 0 ? 1 : 0;
+        result.meshes.push_back(std::move(stats));
+    }
+    Expected expected;
+    expected.content = uneditedContent(document, edited);
+    removePrimitives(expected.content, isEmpty);
+    try {
+        replaceIndices(document.asset, edits);
+        const UsedData usedBefore(document.asset.json);
+        removePrimitives(document.asset.json, isEmpty);
+        usedBefore.removeUnused(document.asset.json);
+        result.file = writeGlb(document.asset.json, document.asset.buffers);
+    } catch (const FormatError& error) {
+        throw FileError(document.file.string(), error.what());
+    }
+    for (IndexEdit& edit : edits) {
+        expected.lines.push_back(std::move(edit.replacements.front().indices));
+    }
+    result.findFault = [expected = std::move(expected), written = std::move(written)](const Bytes& file) {
+        return findEdgeFault(file, expected, written);
+    };
+    return result;
+}
+
+} // namespace vexa::tool

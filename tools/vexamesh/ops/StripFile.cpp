@@ -1,0 +1,227 @@
+#include "ops/StripFile.h"
+
+#include "base/Errors.h"
+#include "io/gltf/GltfExtensions.h"
+#include "io/gltf/IndexEdit.h"
+#include "io/gltf/PrimitiveRestart.h"
+#include "ops/MeshStats.h"
+#include "ops/Triangles.h"
+
+#include <set>
+
+namespace vexa::tool {
+
+namespace {
+
+void add(StripStats& sum, const StripStats& part) {
+    sum.triangles += part.triangles;
+    sum.degenerate += part.degenerate;
+    sum.strips += part.strips;
+    sum.fans += part.fans;
+    sum.leftOver += part.leftOver;
+    sum.primitivesBefore += part.primitivesBefore;
+    sum.primitivesAfter += part.primitivesAfter;
+    sum.seconds += part.seconds;
+    sum.sameTriangles = sum.sameTriangles && part.sameTriangles;
+}
+
+/// Counts the indices and bytes of each accessor once.
+class IndexCounter {
+public:
+    explicit IndexCounter(StripStats& total) : total_(total) {}
+
+    void countBefore(const Primitive& primitive, StripStats& mesh) { count(primitive, mesh, true); }
+    void countAfter(const Primitive& primitive, StripStats& mesh) { count(primitive, mesh, false); }
+    void beginMesh() { seenInMesh_.clear(); }
+
+private:
+    void count(const Primitive& primitive, StripStats& mesh, bool before) {
+        const auto addTo = [&](StripStats& stats) {
+            (before ? stats.indicesBefore : stats.indicesAfter) += primitive.indices.size();
+            (before ? stats.bytesBefore : stats.bytesAfter) += indexBytes(primitive);
+        };
+        if (!primitive.indexAccessor || seenInMesh_.insert(*primitive.indexAccessor).second) {
+            addTo(mesh);
+        }
+        if (!primitive.indexAccessor || seen_.insert(*primitive.indexAccessor).second) {
+            addTo(total_);
+        }
+    }
+
+    StripStats& total_;
+    std::set<std::size_t> seen_;
+    std::set<std::size_t> seenInMesh_;
+};
+
+class Stripper {
+public:
+    Stripper(Document document, const StripSettings& settings) : document_(std::move(document)), settings_(settings) {}
+
+    StripOutcome run(const MeshProgress& progress) {
+        outcome_.fileBytesBefore = document_.fileSize;
+        outcome_.total.name = "total";
+        IndexCounter before(outcome_.total);
+        for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
+            before.beginMesh();
+            stripMesh(m, before);
+            if (progress) {
+                progress(m + 1, document_.meshes.size());
+            }
+        }
+        writeFile();
+        return std::move(outcome_);
+    }
+
+private:
+    void stripMesh(std::size_t index, IndexCounter& counter) {
+        Mesh& mesh = document_.meshes[index];
+        StripStats stats;
+        stats.name = mesh.name;
+        for (std::size_t p = 0; p < mesh.primitives.size(); ++p) {
+            Primitive& primitive = mesh.primitives[p];
+            if (!hasTriangles(primitive)) {
+                continue;
+            }
+            ++stats.primitivesBefore;
+            counter.countBefore(primitive, stats);
+            stripPrimitive(index, p, stats);
+            // Its triangles are kept; twice would be a lot for a large file.
+            primitive.indices = {};
+        }
+        outcome_.meshes.push_back(std::move(stats));
+    }
+
+    /// Primitives with morph targets cannot be members of a group.
+    [[nodiscard]] StripSettings settingsFor(std::size_t mesh, std::size_t index) const {
+        StripSettings settings = settings_;
+        const Json& primitive = document_.asset.json["meshes"][mesh]["primitives"][index];
+        if (settings.joining == Joining::RestartFallback && primitive.contains("targets")) {
+            settings.joining = Joining::Degenerate;
+        }
+        return settings;
+    }
+
+    void stripPrimitive(std::size_t mesh, std::size_t index, StripStats& stats) {
+        const Primitive& primitive = document_.meshes[mesh].primitives[index];
+        const StripSettings settings = settingsFor(mesh, index);
+        StripResult result = stripTriangles(primitive.type, primitive.indices, settings);
+        stats.triangles += result.triangles;
+        stats.degenerate += result.degenerate;
+        stats.strips += result.strips;
+        stats.fans += result.fans;
+        stats.leftOver += result.leftOver;
+        stats.seconds += result.seconds;
+        if (result.triangles == 0) {
+            // There is nothing to write, and a glTF primitive cannot be empty: it stays as it is.
+            return;
+        }
+        if (settings_.keepParts) {
+            outcome_.cuts.push_back({mesh, index, std::move(result.parts)});
+        }
+        edited_.push_back({mesh, index, 1});
+        outcome_.expected.primitives.push_back({{}, {}, mesh::toTriangles(primitive.type, primitive.indices)});
+        edits_.push_back({mesh, index, std::move(result.primitives), settings.joining == Joining::RestartFallback});
+    }
+
+    void writeFile() {
+        outcome_.expected.content = uneditedContent(document_, edited_);
+        const std::vector<EditedIndices> results = replaceIndices(document_.asset, edits_);
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            ExpectedStrips::Replaced& replaced = outcome_.expected.primitives[i];
+            replaced.place = {edits_[i].mesh, results[i].firstPrimitive, results[i].count};
+            replaced.group = results[i].group;
+        }
+        outcome_.file = writeGlb(document_.asset.json, document_.asset.buffers);
+    }
+
+    Document document_;
+    const StripSettings& settings_;
+    std::vector<IndexEdit> edits_;
+    std::vector<EditedPrimitive> edited_; ///< one per edit
+    StripOutcome outcome_;
+};
+
+bool hasSameTriangles(const Mesh& mesh, const ExpectedStrips::Replaced& expected) {
+    std::vector<unsigned int> triangles;
+    for (std::size_t i = 0; i < expected.place.count; ++i) {
+        const Primitive& primitive = mesh.primitives.at(expected.place.first + i);
+        const auto part = mesh::toTriangles(primitive.type, primitive.indices);
+        triangles.insert(triangles.end(), part.begin(), part.end());
+    }
+    return mesh::sameTriangles(expected.triangles, triangles);
+}
+
+/// Whether the indices of a group are those of its strips, with restart indices between them; counts these.
+bool groupIsItsStrips(const Document& output, const ExpectedStrips::Replaced& expected, StripStats& stats,
+                      IndexCounter& counter) {
+    std::vector<unsigned int> joined;
+    Primitive separators;
+    for (std::size_t i = 0; i < expected.place.count; ++i) {
+        const Primitive& primitive = output.meshes[expected.place.mesh].primitives.at(expected.place.first + i);
+        if (primitive.type == mesh::TRIANGLE_STRIP) {
+            if (!joined.empty()) {
+                joined.push_back(restartIndexOf(primitive.indexType));
+                separators.indices.push_back(joined.back());
+            }
+            separators.indexType = primitive.indexType;
+            joined.insert(joined.end(), primitive.indices.begin(), primitive.indices.end());
+        }
+    }
+    separators.indexAccessor = expected.group;
+    counter.countAfter(separators, stats);
+    return readIndices(output.asset, *expected.group) == joined;
+}
+
+} // namespace
+
+StripOutcome stripDocument(Document document, const StripSettings& settings, const MeshProgress& progress) {
+    const std::string file = document.file.string();
+    try {
+        return Stripper(std::move(document), settings).run(progress);
+    } catch (const FormatError& error) {
+        throw FileError(file, error.what());
+    }
+}
+
+std::string readBackStrips(StripOutcome& outcome) {
+    const Document output = loadDocument(outcome.file, "output.glb");
+    outcome.requiresRestart = isListed(output.asset.json, "extensionsRequired", restartExtension);
+    IndexCounter after(outcome.total);
+    std::vector<EditedPrimitive> places;
+    auto next = outcome.expected.primitives.begin();
+    for (std::size_t m = 0; m < outcome.meshes.size(); ++m) {
+        after.beginMesh();
+        StripStats& stats = outcome.meshes[m];
+        for (const Primitive& primitive : output.meshes.at(m).primitives) {
+            if (hasTriangles(primitive)) {
+                ++stats.primitivesAfter;
+                after.countAfter(primitive, stats);
+            }
+        }
+        for (; next != outcome.expected.primitives.end() && next->place.mesh == m; ++next) {
+            const bool isGroup = !next->group || groupIsItsStrips(output, *next, stats, after);
+            stats.sameTriangles = stats.sameTriangles && isGroup && hasSameTriangles(output.meshes[m], *next);
+            outcome.groups += next->group ? 1 : 0;
+            places.push_back(next->place);
+        }
+        add(outcome.total, stats);
+    }
+    if (!outcome.total.sameTriangles) {
+        return "its triangles would not be those of the input";
+    }
+    return isSameContent(uneditedContent(output, places), outcome.expected.content) ? "" : contentFault;
+}
+
+std::vector<std::string> stripWarnings(const StripOutcome& outcome) {
+    std::vector<std::string> warnings;
+    if (outcome.requiresRestart) {
+        warnings.push_back("only readers that know " + std::string(restartExtension) + " can open it");
+    }
+    if (outcome.groups > 0) {
+        warnings.push_back("readers that do not know " + std::string(restartGroupExtension) +
+                           " draw each strip by itself");
+    }
+    return warnings;
+}
+
+} // namespace vexa::tool

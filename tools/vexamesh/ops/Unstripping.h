@@ -1,0 +1,31 @@
+#pragma once
+
+#include "io/Document.h"
+#include "ops/ReadBack.h"
+
+#include <string>
+#include <vector>
+
+namespace vexa::tool {
+
+/// The strips and fans of a mesh.
+struct UnstripStats {
+    std::string name;
+    std::size_t primitives = 0; ///< that were strips or fans
+    std::size_t triangles = 0;
+    std::size_t indicesBefore = 0;
+};
+
+struct UnstrippedFile {
+    Bytes file;
+    std::vector<UnstripStats> meshes;
+    FindFault findFault;
+};
+
+/// Replaces each strip and fan by a list of its triangles, without those that have two equal corners.
+///
+/// \param isText whether the file is .gltf; otherwise it is .glb
+/// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
+UnstrippedFile unstripDocument(Document document, bool isText);
+
+} // namespace vexa::tool
