@@ -1,24 +1,20 @@
-// Many files in one run, and spread by other programs.
+// Many files in one run, and in runs that other programs start.
 
-#include "Batch.h"
-#include "ReadBack.h"
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/Paths.h"
+#include "support/ReadBack.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace tool_test;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using vexa::tool::BatchItem;
-using vexa::tool::BatchResult;
 namespace fs = std::filesystem;
 
 class Batch : public testing::Test {
@@ -51,7 +47,7 @@ public:
     fs::path out = directory / "made" / "here";
 };
 
-TEST_F(Batch, EveryInputBecomesAFileOfItsName) {
+TEST_F(Batch, WritesAFileNamedAfterEachInput) {
     const std::string a = writeModel("a.glb");
     const std::string b = (directory / "b.obj").string();
     writeText(b, "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
@@ -61,7 +57,7 @@ TEST_F(Batch, EveryInputBecomesAFileOfItsName) {
     expectSameTriangles(a, out / "a.glb");
 }
 
-TEST_F(Batch, WritesWhatOneByOneIsWritten) {
+TEST_F(Batch, WritesTheSameAsOneByOne) {
     const std::string a = writeModel("a.glb", 7);
     strip({a, writeModel("b.glb"), "--join", "none", "--iterations", "3"});
     const std::string alone = (directory / "alone.glb").string();
@@ -69,7 +65,7 @@ TEST_F(Batch, WritesWhatOneByOneIsWritten) {
     EXPECT_EQ(readText(out / "a.glb"), readText(alone));
 }
 
-TEST_F(Batch, OneTableTellsOfAll) {
+TEST_F(Batch, PrintsOneTableForAllFiles) {
     const ProcessResult result = strip({writeModel("a.glb"), writeModel("b.glb", 5)});
     EXPECT_EQ(countOf(result.out, "\n"), 3u);
     EXPECT_THAT(result.out, HasSubstr("file"));
@@ -77,19 +73,19 @@ TEST_F(Batch, OneTableTellsOfAll) {
     EXPECT_EQ(countOf(result.out, "done\n"), 2u);
 }
 
-TEST_F(Batch, GoesOnAfterABadFileAndEndsWithOne) {
+TEST_F(Batch, ContinuesAfterABadFileAndExitsWithOne) {
     const std::string broken = (directory / "b.glb").string();
     writeText(broken, "no model");
     const ProcessResult result = strip({writeModel("a.glb"), broken, "missing.ply", writeModel("c.glb")}, 1);
     EXPECT_THAT(outputs(), ElementsAre("a.glb", "c.glb"));
-    EXPECT_THAT(result.out, HasSubstr("  no binary glTF: it does not begin with \"glTF\"\n"));
+    EXPECT_THAT(result.out, HasSubstr("  not a binary glTF file: it does not begin with \"glTF\"\n"));
     EXPECT_THAT(result.out, HasSubstr("  cannot be read: No such file or directory\n"));
     EXPECT_EQ(countOf(result.out, broken), 1u);
     EXPECT_EQ(countOf(result.out, "done\n"), 2u);
     EXPECT_EQ(result.err, "vexamesh: 2 of 4 files failed\n");
 }
 
-TEST_F(Batch, GoesOnAfterANameThatLeadsNowhere) {
+TEST_F(Batch, ContinuesAfterAMissingFile) {
     const fs::path loop = directory / "loop.glb";
     fs::create_symlink("loop.glb", loop);
     const ProcessResult result =
@@ -100,7 +96,7 @@ TEST_F(Batch, GoesOnAfterANameThatLeadsNowhere) {
     EXPECT_EQ(result.err, "vexamesh: 2 of 3 files failed\n");
 }
 
-TEST_F(Batch, SkipExistingDoesOnlyWhatIsMissing) {
+TEST_F(Batch, SkipExistingWritesOnlyMissingFiles) {
     const std::string a = writeModel("a.glb");
     const std::string b = writeModel("b.glb");
     fs::create_directories(out);
@@ -113,20 +109,20 @@ TEST_F(Batch, SkipExistingDoesOnlyWhatIsMissing) {
     expectSameTriangles(a, out / "a.glb");
 }
 
-TEST_F(Batch, ADirectoryIsNoOutputThatIsThereAlready) {
+TEST_F(Batch, SkipExistingDoesNotTakeADirectoryForAnOutput) {
     fs::create_directories(out / "a.glb");
     const ProcessResult result = strip({writeModel("a.glb"), "--skip-existing"}, 1);
     EXPECT_THAT(result.out, HasSubstr("made/here/a.glb: is a directory\n"));
 }
 
-TEST_F(Batch, OutputsOfTheSameNameAreAnErrorBeforeAnyWork) {
+TEST_F(Batch, RefusesOutputsOfTheSameNameBeforeAnyWork) {
     const ProcessResult result = strip({writeModel("x/a.glb"), writeModel("b.glb"), writeModel("y/a.glb")}, 2);
     EXPECT_THAT(result.err, HasSubstr("x/a.glb and "));
     EXPECT_THAT(result.err, HasSubstr("y/a.glb would both become "));
     EXPECT_FALSE(fs::exists(out));
 }
 
-TEST_F(Batch, NoInputIsOverwritten) {
+TEST_F(Batch, NeverOverwritesAnInput) {
     const std::string a = writeModel("made/here/a.glb");
     const std::string before = readText(a);
     EXPECT_THAT(strip({a}, 2).err, HasSubstr("is the input"));
@@ -134,7 +130,7 @@ TEST_F(Batch, NoInputIsOverwritten) {
     EXPECT_EQ(readText(a), before);
 }
 
-TEST_F(Batch, ProgramsGetJson) {
+TEST_F(Batch, PrintsJson) {
     const ProcessResult result = strip({writeModel("a.glb"), "missing.off", "--json"}, 1);
     const Json files = Json::parse(result.out)["files"];
     ASSERT_EQ(files.size(), 2u);
@@ -143,7 +139,7 @@ TEST_F(Batch, ProgramsGetJson) {
     EXPECT_THAT(files[1]["error"].get<std::string>(), HasSubstr("missing.off: cannot be read"));
 }
 
-TEST_F(Batch, WantsEitherOneOutputOrADirectory) {
+TEST_F(Batch, NeedsEitherOneOutputOrADirectory) {
     const std::string a = writeModel("a.glb");
     EXPECT_EQ(strip({a, "-o", (directory / "b.glb").string()}, 2).out, "");
     const ProcessResult two = runForked({"strip", a, a, "-o", (directory / "b.glb").string()});
@@ -152,12 +148,12 @@ TEST_F(Batch, WantsEitherOneOutputOrADirectory) {
     EXPECT_EQ(strip({a, "--jobs", "0"}, 2).out, "");
 }
 
-TEST_F(Batch, ADirectoryThatCannotBeMadeIsAnError) {
+TEST_F(Batch, ReportsADirectoryThatCannotBeCreated) {
     writeText(directory / "made", "a file");
-    EXPECT_THAT(strip({writeModel("a.glb")}, 3).err, HasSubstr("made/here: cannot be made"));
+    EXPECT_THAT(strip({writeModel("a.glb")}, 3).err, HasSubstr("made/here: cannot be created"));
 }
 
-TEST_F(Batch, ARunThatWasKilledIsGoneOnWith) {
+TEST_F(Batch, ContinuesAKilledRun) {
     std::vector<std::string> inputs;
     std::string names;
     for (int i = 0; i < 30; ++i) {
@@ -165,7 +161,7 @@ TEST_F(Batch, ARunThatWasKilledIsGoneOnWith) {
         names += " " + inputs.back();
     }
     const std::string directories = " -d " + out.string();
-    const std::string killed = std::string(VEXAMESH_PROGRAM) + " strip" + names + directories +
+    const std::string killed = std::string(programPath) + " strip" + names + directories +
                                " --jobs 2 >/dev/null & while [ ! -e " + (out / "model0.glb").string() +
                                " ] && kill -0 $!; do :; done; kill -9 $!; wait $! 2>/dev/null";
     EXPECT_NE(std::system(killed.c_str()), -1);
@@ -179,97 +175,41 @@ TEST_F(Batch, ARunThatWasKilledIsGoneOnWith) {
     EXPECT_TRUE(fs::exists(out / "model29.glb"));
 }
 
-TEST(RunBatch, RunsAsManyAsAllowedAndKeepsTheirOrder) {
-    std::vector<BatchItem> items;
+TEST_F(Batch, ManyJobsNeedFewDescriptors) {
+    std::vector<std::string> arguments{"--jobs", "12"};
     for (int i = 0; i < 20; ++i) {
-        items.push_back({std::to_string(i), ""});
+        arguments.push_back(writeModel(std::to_string(i) + ".glb"));
     }
-    std::vector<std::size_t> told;
-    const auto results = vexa::tool::runBatch(
-        items, 3,
-        [](const BatchItem& item) {
-            BatchResult result;
-            result.triangles = std::stoul(item.input);
-            return result;
-        },
-        [&](std::size_t done) { told.push_back(done); });
-    ASSERT_EQ(results.size(), items.size());
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        EXPECT_EQ(results[i].triangles, i);
-    }
-    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
-    EXPECT_EQ(told.back(), 20u);
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few{16, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    const ProcessResult result = strip(arguments);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(countOf(result.out, " done\n"), 20u) << result.out;
 }
 
-TEST(RunBatch, ACrashFailsNothingButItsItem) {
-    const auto results = vexa::tool::runBatch(
-        {{"a", ""}, {"b", ""}, {"c", ""}}, 2,
-        [](const BatchItem& item) {
-            if (item.input == "b") {
-                std::raise(SIGSEGV);
-            }
-            BatchResult result;
-            result.state = BatchResult::State::Done;
-            return result;
-        },
-        [](std::size_t) {});
-    EXPECT_EQ(results[0].state, BatchResult::State::Done);
-    EXPECT_EQ(results[1].state, BatchResult::State::Failed);
-    EXPECT_EQ(results[1].error, "its process crashed (Segmentation fault)");
-    EXPECT_EQ(results[2].state, BatchResult::State::Done);
+std::string readRecipes() {
+    return readText(fs::path(sourcePath) / "docs" / "tool.md");
 }
 
-/// Leaves this process that many more descriptors, as long as it lives.
-class FewDescriptors {
-public:
-    explicit FewDescriptors(rlim_t count) {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const int next = ::dup(STDOUT_FILENO);
-        ::close(next);
-        const rlimit few{static_cast<rlim_t>(next) + count, before_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &few);
-    }
-    FewDescriptors(const FewDescriptors&) = delete;
-    FewDescriptors& operator=(const FewDescriptors&) = delete;
-    ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-
-private:
-    rlimit before_{};
-};
-
-TEST(RunBatch, MoreJobsThanTheMachineAllowsWaitForOneAnother) {
-    const FewDescriptors few(10);
-    const auto results = vexa::tool::runBatch(
-        std::vector<BatchItem>(40), 40,
-        [](const BatchItem&) {
-            BatchResult result;
-            result.state = BatchResult::State::Done;
-            return result;
-        },
-        [](std::size_t) {});
-    ASSERT_EQ(results.size(), 40u);
-    for (const BatchResult& result : results) {
-        EXPECT_EQ(result.state, BatchResult::State::Done) << result.error;
-    }
-}
-
-/// The line of the README that begins with a word, to be run as it stands there.
-std::string readmeLine(const std::string& word) {
-    const std::string readme = readText(fs::path(VEXAMESH_SOURCES) / "README.md");
-    const std::size_t begin = readme.find("\n" + word + " ");
+/// The documented command that starts with a word, to be run exactly as it is written there.
+std::string documentedLine(const std::string& word) {
+    const std::string recipes = readRecipes();
+    const std::size_t begin = recipes.find("\n" + word + " ");
     EXPECT_NE(begin, std::string::npos) << word;
-    return readme.substr(begin + 1, readme.find('\n', begin + 1) - begin - 1);
+    return recipes.substr(begin + 1, recipes.find('\n', begin + 1) - begin - 1);
 }
 
 class Spreading : public Batch {
 public:
-    /// Runs a command of a shell where models/ holds three models.
+    /// Runs a shell command in a directory where models/ holds three models.
     int runThere(const std::string& command) {
         for (const char* name : {"models/a.glb", "models/b.glb", "models/c d.glb"}) {
             writeModel(name);
         }
         writeText(directory / "models" / "notes.txt", "no model");
-        const std::string tools = fs::path(VEXAMESH_PROGRAM).parent_path().string();
+        const std::string tools = fs::path(programPath).parent_path().string();
         const std::string line = "cd '" + directory.path().string() + "' && export HOME=\"$PWD\" PATH='" + tools +
                                  "':\"$PATH\" && { " + command + "; } >log 2>&1";
         const int status = std::system(line.c_str());
@@ -286,17 +226,17 @@ public:
     }
 };
 
-TEST_F(Spreading, ByGnuParallelAsTheReadmeSays) {
+TEST_F(Spreading, GnuParallelRecipeStripsEveryModel) {
     fs::create_directory(directory / "strips");
     writeText(directory / "strips" / "b.glb", "made before");
-    EXPECT_EQ(runThere(readmeLine("parallel")), 0) << readText(directory / "log");
+    EXPECT_EQ(runThere(documentedLine("parallel")), 0) << readText(directory / "log");
     EXPECT_THAT(made(), ElementsAre("a.glb", "b.glb", "c d.glb"));
     EXPECT_EQ(readText(directory / "strips" / "b.glb"), "made before");
     expectSameTriangles(directory / "models" / "a.glb", directory / "strips" / "a.glb");
 }
 
-TEST_F(Spreading, ByTheTasksOfAnArrayAsTheReadmeSays) {
-    std::string task = readmeLine("sbatch");
+TEST_F(Spreading, SlurmRecipeGivesEachTaskItsShare) {
+    std::string task = documentedLine("sbatch");
     task = task.substr(task.find('\'') + 1);
     task.resize(task.rfind('\''));
     ASSERT_THAT(task, HasSubstr("SLURM_ARRAY_TASK_ID"));
@@ -311,11 +251,11 @@ TEST_F(Spreading, ByTheTasksOfAnArrayAsTheReadmeSays) {
     EXPECT_THAT(made(), ElementsAre("a.glb", "c d.glb"));
 }
 
-TEST_F(Spreading, ByTheRuleOfMakeAsTheReadmeSays) {
-    const std::string readme = readText(fs::path(VEXAMESH_SOURCES) / "README.md");
-    const std::size_t begin = readme.find("```make\n");
+TEST_F(Spreading, MakeRecipeBuildsEachTarget) {
+    const std::string recipes = readRecipes();
+    const std::size_t begin = recipes.find("```make\n");
     ASSERT_NE(begin, std::string::npos);
-    writeText(directory / "Makefile", readme.substr(begin + 8, readme.find("```", begin + 8) - begin - 8));
+    writeText(directory / "Makefile", recipes.substr(begin + 8, recipes.find("```", begin + 8) - begin - 8));
     EXPECT_EQ(runThere("make strips/a.glb strips/b.glb"), 0) << readText(directory / "log");
     EXPECT_THAT(made(), ElementsAre("a.glb", "b.glb"));
 }

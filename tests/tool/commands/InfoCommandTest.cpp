@@ -1,5 +1,5 @@
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ public:
     std::string file = (directory / "model.glb").string();
 };
 
-TEST_F(InfoCommand, DescribesPrimitivesAttributesAndTheBox) {
+TEST_F(InfoCommand, DescribesPrimitivesAttributesAndBounds) {
     GltfModel model = gridModel(2, 1);
     model.json["meshes"][0]["name"] = "plate";
     const Json mesh = info(model)["meshes"][0];
@@ -49,7 +49,7 @@ TEST_F(InfoCommand, CountsBorderEdgesOfAnOpenMesh) {
     EXPECT_EQ(mesh["nonManifoldEdges"], 0);
 }
 
-TEST_F(InfoCommand, TellsAClosedMesh) {
+TEST_F(InfoCommand, ReportsAClosedMesh) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1});
     model.addMesh(positions, model.addIndices({0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3}));
@@ -83,7 +83,7 @@ TEST_F(InfoCommand, CountsTheElementsOfEveryPrimitiveType) {
     }
 }
 
-TEST_F(InfoCommand, BoxesOfStoredNumbersLeaveOutWhatIsNotFinite) {
+TEST_F(InfoCommand, BoundsIgnoreValuesThatAreNotFinite) {
     GltfModel model;
     const float infinite = std::numeric_limits<float>::infinity();
     model.addMesh(model.addPositions({0, 0, 0, 1, 2, 3, infinite, 0, 0}), -1);
@@ -111,6 +111,21 @@ TEST_F(InfoCommand, DescribesTheOtherFilesWhenOneIsBroken) {
     const Json files = Json::parse(result.out)["files"];
     EXPECT_THAT(files[0]["error"].get<std::string>(), HasSubstr("missing.glb"));
     EXPECT_EQ(files[1]["meshes"].size(), 1u);
+}
+
+// With work for each vertex in each primitive this would take minutes.
+TEST_F(InfoCommand, PrimitivesMayShareTheirVertices) {
+    GltfModel model = gridModel(254, 254);
+    Json& primitives = model.json["meshes"][0]["primitives"];
+    const Json first = primitives[0];
+    model.json["accessors"][1]["count"] = 3;
+    for (int i = 0; i < 100000; ++i) {
+        primitives.push_back(first);
+    }
+    const Json mesh = info(model)["meshes"][0];
+    EXPECT_EQ(mesh["primitives"].size(), 100001u);
+    EXPECT_EQ(mesh["boundingBox"], mesh["primitives"][100000]["boundingBox"]);
+    EXPECT_EQ(mesh["boundingBox"]["max"], Json::parse("[254.0, 254.0, 0.0]"));
 }
 
 } // namespace

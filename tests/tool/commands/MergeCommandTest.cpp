@@ -1,6 +1,6 @@
-#include "ReadBack.h"
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/ReadBack.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <array>
 #include <cmath>
@@ -68,17 +68,19 @@ public:
     GltfModel triangle;
 };
 
-TEST_F(MergeCommand, BoundsAreNumbersWhateverThePositionsAre) {
-    GltfModel model;
-    const int positions = model.addPositions({0, 0, 0, 1, 2, 3, 0, 1, 0});
-    const std::array<float, 2> x{std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()};
-    std::memcpy(model.binary.data(), x.data(), sizeof(float));
-    std::memcpy(model.binary.data() + 6 * sizeof(float), &x[1], sizeof(float));
-    model.addMesh(positions, model.addIndices({0, 1, 2}));
-    merge({write("infinite.glb", model)});
-    const Json accessor = Json::parse(glbJson(out))["accessors"][0];
-    EXPECT_EQ(accessor["min"], Json({1, 2, 3}));
-    EXPECT_EQ(accessor["max"], Json({1, 2, 3}));
+TEST_F(MergeCommand, RefusesPositionsThatAreNotFinite) {
+    const auto expectRefused = [&](const std::vector<std::string>& arguments, const std::string& reason) {
+        const ProcessResult result = runForked(arguments);
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_THAT(result.err, testing::HasSubstr(reason));
+        EXPECT_FALSE(std::filesystem::exists(out));
+    };
+    GltfModel model = gridModel(2, 2);
+    expectRefused({"merge", write("grid.glb", model), "--scale", "3e38", "-o", out},
+                  "mesh 0: the position of vertex 2 is not finite once it is placed");
+    const float infinity = std::numeric_limits<float>::infinity();
+    std::memcpy(model.binary.data() + 3 * sizeof(float), &infinity, sizeof infinity);
+    expectRefused({"merge", write("infinite.glb", model), "-o", out}, "mesh 0: the position of vertex 1 is not finite");
 }
 
 TEST_F(MergeCommand, MeshesOfOneLayoutBecomeOne) {
@@ -88,14 +90,14 @@ TEST_F(MergeCommand, MeshesOfOneLayoutBecomeOne) {
     EXPECT_EQ(indicesOf(model, model.meshes[0].primitives[0]), (std::vector<std::size_t>{0, 1, 2, 3, 4, 5}));
 }
 
-TEST_F(MergeCommand, APlacementIsForTheInputBeforeIt) {
+TEST_F(MergeCommand, PlacementAppliesToThePrecedingInput) {
     const std::vector<OrientedTriangle> expected{{{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}},
                                                  {{{2, 4, 6}, {4, 4, 6}, {2, 6, 6}}}};
     EXPECT_EQ(triangles(merge({file, file, "--translate", "1,2,3", "--scale", "2"})), expected);
     EXPECT_EQ(triangles(merge({file, "--translate", "1,2,3", "--scale", "2", file})), expected);
 }
 
-TEST_F(MergeCommand, NegativeNumbersAreNumbers) {
+TEST_F(MergeCommand, AcceptsNegativeNumbers) {
     const auto result = triangles(merge({file, "--translate", "-1,-2.5,-.5"}));
     EXPECT_EQ(result.at(0)[0], (Position{-1, -2.5, -0.5}));
 }
@@ -105,7 +107,7 @@ TEST_F(MergeCommand, RotationsTurnNormals) {
     expectNear(normalOf(merge({file, "--rotate", "0,2,0,90"}), 0), {1, 0, 0});
 }
 
-TEST_F(MergeCommand, MirroringTurnsTheWinding) {
+TEST_F(MergeCommand, MirroringReversesTheWinding) {
     const std::vector<OrientedTriangle> expected{{{{-1, 0, 0}, {0, 0, 0}, {0, 1, 0}}}};
     const tinygltf::Model model = merge({file, "--scale", "-1,1,1"});
     EXPECT_EQ(triangles(model), expected);
@@ -125,7 +127,7 @@ TEST_F(MergeCommand, NormalsHaveUnitLength) {
     expectNear(normalOf(model, 2), {0, 0, 1});
 }
 
-TEST_F(MergeCommand, UnlikeLayoutsStayApart) {
+TEST_F(MergeCommand, DifferentLayoutsStaySeparate) {
     const tinygltf::Model model = merge({file, write("plain.glb", gridModel(1, 1)), file});
     ASSERT_EQ(model.meshes[0].primitives.size(), 2u);
     EXPECT_EQ(model.meshes[0].primitives[0].attributes.size(), 2u);
@@ -157,7 +159,7 @@ TEST_F(MergeCommand, StripsFansAndLinesBecomeLists) {
     EXPECT_EQ(indicesOf(merged, merged.meshes[0].primitives[1]), (std::vector<std::size_t>{0, 1, 1, 2, 2, 3, 3, 0}));
 }
 
-TEST_F(MergeCommand, MaterialsAndTheirTexturesComeAlong) {
+TEST_F(MergeCommand, CopiesMaterialsWithTheirTextures) {
     GltfModel& model = triangle;
     const int view = model.addView("\x89PNG picture");
     model.json["images"] = Json::array({{{"bufferView", view}, {"mimeType", "image/png"}}});
@@ -176,7 +178,7 @@ TEST_F(MergeCommand, MaterialsAndTheirTexturesComeAlong) {
     EXPECT_EQ(merged.samplers[0].wrapS, 33071);
 }
 
-TEST_F(MergeCommand, WhatIsLeftOutIsSaid) {
+TEST_F(MergeCommand, WarnsOfMorphTargets) {
     triangle.primitive(0)["targets"] = Json::array({{{"POSITION", 0}}});
     merge({write("morph.glb", triangle)});
     EXPECT_THAT(warnings, HasSubstr("morph targets are left out"));
@@ -195,7 +197,7 @@ TEST_F(MergeCommand, TwoByteAttributesGetAStrideOfFour) {
     EXPECT_EQ(merged.bufferViews[static_cast<std::size_t>(accessor.bufferView)].byteStride, 4u);
 }
 
-TEST_F(MergeCommand, WrongPlacementsAreWrongArguments) {
+TEST_F(MergeCommand, RefusesMalformedPlacements) {
     const auto expectWrong = [&](std::vector<std::string> arguments, const std::string& what) {
         arguments.insert(arguments.begin(), "merge");
         arguments.insert(arguments.end(), {"-o", out});
@@ -210,6 +212,19 @@ TEST_F(MergeCommand, WrongPlacementsAreWrongArguments) {
     expectWrong({file, "--rotate", "w,90"}, "an axis and degrees are needed");
     expectWrong({file, "--rotate", "y,quarter"}, "a number is missing");
     expectWrong({file, "--translate", "1,nan,2"}, "a number is missing");
+}
+
+TEST_F(MergeCommand, NamesTheInputsThatHaveNothingToMerge) {
+    GltfModel empty;
+    empty.json["nodes"] = {{{"name", "lonely"}}};
+    empty.json["scenes"][0]["nodes"] = {0};
+    empty.writeGlb(directory / "empty.glb");
+    const std::string in = (directory / "empty.glb").string();
+    const ProcessResult one = runForked({"merge", in, "-o", (directory / "merged.glb").string()});
+    EXPECT_EQ(one.exitCode, 3);
+    EXPECT_EQ(one.err, "vexamesh: " + in + ": has nothing to merge\n");
+    const ProcessResult two = runForked({"merge", in, in, "-o", (directory / "merged.glb").string()});
+    EXPECT_EQ(two.err, "vexamesh: " + in + ", " + in + ": have nothing to merge\n");
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #ifdef VEXAMESH_WITH_REPORT
 
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ public:
     std::string page;
 };
 
-/// What does not depend on the clock or on the name of the output.
+/// The members that depend on neither the clock nor the name of the output.
 Json figuresOf(Json json) {
     json.erase("output");
     json.erase("report");
@@ -45,7 +45,7 @@ Json figuresOf(Json json) {
     return json;
 }
 
-TEST_F(ReportCommand, SaysWhatStripSays) {
+TEST_F(ReportCommand, AgreesWithStrip) {
     const std::vector<std::string> options{"--iterations", "5", "--fans", "5", "--join", "none"};
     const Json report = this->report(gridModel(7, 5), options);
     std::vector<std::string> arguments{"strip", in, "-o", (directory / "strips.glb").string(), "--json"};
@@ -68,7 +68,7 @@ TEST_F(ReportCommand, ShowsTheIndicesBeforeAndAfter) {
     EXPECT_THAT(page, HasSubstr("<strong><data value=\"" + after + "\">"));
 }
 
-TEST_F(ReportCommand, HoldsTheJsonThatItPrints) {
+TEST_F(ReportCommand, ContainsTheJsonThatItPrints) {
     const Json json = report(gridModel(2, 2));
     const std::string begin = "<pre id=\"json\" tabindex=\"0\">";
     const std::size_t first = page.find(begin) + begin.size();
@@ -79,7 +79,7 @@ TEST_F(ReportCommand, HoldsTheJsonThatItPrints) {
     EXPECT_EQ(Json::parse(text), json);
 }
 
-TEST_F(ReportCommand, NamesTheCommandAsAShellTakesIt) {
+TEST_F(ReportCommand, QuotesTheCommandForAShell) {
     in = (directory / "it's one.glb").string();
     report(gridModel(1, 1), {"--fans", "6"});
     EXPECT_THAT(page, HasSubstr("it&#39;\\&#39;&#39;s one.glb&#39; -o " + out + " --fans 6"));
@@ -103,7 +103,7 @@ TEST_F(ReportCommand, EscapesTheNameOfTheFile) {
     EXPECT_THAT(page, Not(HasSubstr("<b>")));
 }
 
-TEST_F(ReportCommand, LoadsNothing) {
+TEST_F(ReportCommand, LoadsNoExternalResources) {
     report(gridModel(2, 2));
     EXPECT_THAT(page, HasSubstr("default-src 'none'"));
     for (const char* loading : {"<link rel=\"stylesheet", " src=\"", "@import", "url(http"}) {
@@ -111,7 +111,7 @@ TEST_F(ReportCommand, LoadsNothing) {
     }
 }
 
-TEST_F(ReportCommand, CountsBorderAndNonManifoldEdgesAndWhatIsSplitOff) {
+TEST_F(ReportCommand, CountsBorderAndNonManifoldEdgesAndSplitOffTriangles) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 0, 1, 0, 1, 0, 0, -1, 0, 0, 0, 0, 1});
     model.addMesh(positions, model.addIndices({0, 1, 2, 1, 0, 3, 0, 1, 4}));
@@ -122,7 +122,7 @@ TEST_F(ReportCommand, CountsBorderAndNonManifoldEdgesAndWhatIsSplitOff) {
     EXPECT_THAT(page, HasSubstr("split off by the half-edge graph"));
 }
 
-TEST_F(ReportCommand, TellsCopiesOfATriangleApartWhenSomeAreSplitOff) {
+TEST_F(ReportCommand, DistinguishesCopiesOfATriangleWhenSomeAreSplitOff) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 0, 1, 0, 1, 0, 0});
     model.addMesh(positions, model.addIndices({0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2}));
@@ -131,15 +131,15 @@ TEST_F(ReportCommand, TellsCopiesOfATriangleApartWhenSomeAreSplitOff) {
     EXPECT_THAT(page, HasSubstr("id=\"data-split-off\">AgAAAAMAAAAEAAAA<"));
 }
 
-TEST_F(ReportCommand, TakesAttributesWithLineFeedsInTheirNames) {
+TEST_F(ReportCommand, AcceptsLineFeedsInAttributeNames) {
     GltfModel model = gridModel(1, 1);
     Json& attributes = model.primitive(0)["attributes"];
     attributes["_one\ntwo"] = attributes["POSITION"];
     report(model);
-    EXPECT_THAT(page, HasSubstr("_one two"));
+    EXPECT_THAT(page, HasSubstr("_one\ntwo"));
 }
 
-TEST_F(ReportCommand, TellsTheCostOfEveryPass) {
+TEST_F(ReportCommand, ShowsTheCostOfEveryPass) {
     const Json passes = report(gridModel(9, 7), {"--iterations", "12"})["report"]["passes"];
     const auto costs = passes["costs"].get<std::vector<int>>();
     ASSERT_EQ(costs.size(), 12u);
@@ -149,15 +149,15 @@ TEST_F(ReportCommand, TellsTheCostOfEveryPass) {
     EXPECT_EQ(countOf(page, "class=\"dot"), 12u);
 }
 
-TEST_F(ReportCommand, TriesPassesWhereOneWasMade) {
+TEST_F(ReportCommand, RunsTrialPassesAfterASinglePass) {
     const Json passes = report(gridModel(9, 7))["report"]["passes"];
     EXPECT_EQ(passes["ofTheseStrips"], false);
     EXPECT_EQ(passes["costs"].size(), 16u);
 }
 
-TEST_F(ReportCommand, ShowsWhatDumpAndVerifyPrint) {
+TEST_F(ReportCommand, ShowsTheBuffersAndTheReportOfVerify) {
     report(gridModel(3, 3));
-    EXPECT_THAT(page, HasSubstr("componentCountPerElement"));
+    EXPECT_THAT(page, HasSubstr("components per element"));
     EXPECT_THAT(page, HasSubstr("<td class=\"text\">position</td><td class=\"text\">float</td><td>4</td><td>3</td>"
                                 "<td>12</td><td>12</td><td>0</td><td>16</td>"));
     const std::string verified = runForked({"verify", in}).out;
@@ -175,7 +175,7 @@ TEST_F(ReportCommand, MeasuresPackedNormalsAsPackDoes) {
     EXPECT_EQ(packed["largestAngle"], total["largestAngle"]);
 }
 
-TEST_F(ReportCommand, ShowsAPartAndSaysSo) {
+TEST_F(ReportCommand, SaysThatItShowsOnlyAPart) {
     const Json json = report(gridModel(8, 8), {"--show", "50"});
     EXPECT_EQ(json["report"]["shownTriangles"], 50);
     EXPECT_EQ(json["total"]["triangles"], 128);
@@ -183,7 +183,7 @@ TEST_F(ReportCommand, ShowsAPartAndSaysSo) {
     EXPECT_THAT(page, HasSubstr(" --show 50</code>"));
 }
 
-TEST_F(ReportCommand, DoesWithoutTriangles) {
+TEST_F(ReportCommand, AcceptsModelsWithoutTriangles) {
     GltfModel model;
     model.addMesh(model.addPositions({0, 0, 0, 1, 0, 0}), model.addIndices({0, 1}), 1);
     EXPECT_EQ(report(model)["total"]["triangles"], 0);
@@ -199,7 +199,7 @@ TEST_F(ReportCommand, WritesNothingForABrokenFile) {
     EXPECT_THAT(directory.files(), ElementsAre("in.glb"));
 }
 
-TEST_F(ReportCommand, RefusesAnOutputThatIsNoPage) {
+TEST_F(ReportCommand, RefusesAnOutputThatIsNotHtml) {
     gridModel(1, 1).writeGlb(in);
     const ProcessResult result = runForked({"report", in, "-o", (directory / "report.glb").string()});
     EXPECT_EQ(result.exitCode, 2);
@@ -207,7 +207,7 @@ TEST_F(ReportCommand, RefusesAnOutputThatIsNoPage) {
     EXPECT_THAT(directory.files(), ElementsAre("in.glb"));
 }
 
-TEST_F(ReportCommand, SaysThatItCannotWrite) {
+TEST_F(ReportCommand, ReportsThatItCannotWrite) {
     gridModel(1, 1).writeGlb(in);
     const ProcessResult result = runForked({"report", in, "-o", (directory / "none" / "report.html").string()});
     EXPECT_EQ(result.exitCode, 3);

@@ -1,6 +1,6 @@
-#include "ReadBack.h"
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/ReadBack.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ TEST_F(StripCommand, WritesOneStripForOneList) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(StripCommand, ReportsTheFiguresOfEachMeshAndTheirTotal) {
+TEST_F(StripCommand, ReportsEachMeshAndTheTotal) {
     GltfModel model = gridModel(4, 4);
     model.addMesh(0, 1);
     const Json report = strip(model);
@@ -58,7 +58,7 @@ TEST_F(StripCommand, ReportsTheFiguresOfEachMeshAndTheirTotal) {
     EXPECT_EQ(report["total"]["sameTriangles"], true);
 }
 
-TEST_F(StripCommand, PrintsATableForPeople) {
+TEST_F(StripCommand, PrintsATable) {
     gridModel(4, 4).writeGlb(in);
     const ProcessResult result = runForked({"strip", in, "-o", out});
     EXPECT_EQ(result.exitCode, 0);
@@ -69,7 +69,7 @@ TEST_F(StripCommand, PrintsATableForPeople) {
     EXPECT_THAT(result.out, testing::Not(HasSubstr("NO")));
 }
 
-TEST_F(StripCommand, LeftOverTrianglesJoinTheStrip) {
+TEST_F(StripCommand, JoinsLeftoverTrianglesToTheStrip) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0});
     model.addMesh(positions, model.addIndices({0, 1, 2, 3, 4, 5}));
@@ -81,7 +81,7 @@ TEST_F(StripCommand, LeftOverTrianglesJoinTheStrip) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(StripCommand, WithoutJoiningLeftOverTrianglesStayAList) {
+TEST_F(StripCommand, KeepsLeftoverTrianglesAsAListWithoutJoining) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0});
     model.addMesh(positions, model.addIndices({0, 1, 2, 2, 1, 3, 4, 5, 6}));
@@ -107,7 +107,7 @@ TEST_F(StripCommand, AllStripsLeavesNothingOver) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(StripCommand, FansStayPrimitivesOfTheirOwn) {
+TEST_F(StripCommand, KeepsFansAsSeparatePrimitives) {
     const Json report = strip(gridModel(6, 6), {"--fans", "6"});
     EXPECT_GT(report["total"]["fans"].get<int>(), 0);
     std::vector<int> modes;
@@ -140,7 +140,7 @@ TEST_F(StripCommand, DecodesStripsAndFansFirst) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(StripCommand, TrianglesWithoutIndicesGetSome) {
+TEST_F(StripCommand, GivesIndicesToTrianglesWithoutIndices) {
     GltfModel model;
     model.addMesh(model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0}), -1);
     const Json report = strip(model);
@@ -160,7 +160,7 @@ TEST_F(StripCommand, DropsDegenerateTriangles) {
     EXPECT_EQ(report["total"]["indicesAfter"], 3);
 }
 
-TEST_F(StripCommand, LeavesAPrimitiveWithoutTrianglesAsItIs) {
+TEST_F(StripCommand, LeavesAPrimitiveWithoutTrianglesUnchanged) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
     model.addMesh(positions, model.addIndices({0, 1, 1}));
@@ -169,7 +169,7 @@ TEST_F(StripCommand, LeavesAPrimitiveWithoutTrianglesAsItIs) {
     EXPECT_EQ(output()["accessors"], model.json["accessors"]);
 }
 
-TEST_F(StripCommand, IgnoresWhatFollowsTheLastWholeTriangle) {
+TEST_F(StripCommand, IgnoresIndicesAfterTheLastWholeTriangle) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0});
     model.addMesh(positions, model.addIndices({0, 1, 2, 0, 1}));
@@ -177,17 +177,17 @@ TEST_F(StripCommand, IgnoresWhatFollowsTheLastWholeTriangle) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(StripCommand, TheFirstLineOfTheReportNamesBothFiles) {
+TEST_F(StripCommand, NamesBothFilesInTheFirstLine) {
     gridModel(1, 1).writeGlb(in);
     EXPECT_THAT(runForked({"strip", in, "-o", out}).out, StartsWith(in + " -> " + out + ": "));
 }
 
-TEST_F(StripCommand, LeavesNothingBesideTheOutput) {
+TEST_F(StripCommand, LeavesNoOtherFile) {
     strip(gridModel(2, 2));
     EXPECT_THAT(directory.files(), ElementsAre("in.glb", "out.glb"));
 }
 
-TEST_F(StripCommand, IsAProgram) {
+TEST_F(StripCommand, RunsAsAProgram) {
     gridModel(3, 3).writeGlb(in);
     const ProcessResult result = runProgram({"strip", in, "-o", out, "--json"});
     EXPECT_EQ(result.exitCode, 0) << result.err;

@@ -1,6 +1,6 @@
-#include "ReadBack.h"
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/ReadBack.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -68,19 +68,19 @@ TEST_F(UnstripCommand, HonoursRestartIndicesOfFilesThatDeclareThem) {
     EXPECT_THAT(glbJson(out), testing::Not(HasSubstr("KHR_mesh_primitive_restart")));
 }
 
-TEST_F(UnstripCommand, LeavesListsAsTheyAre) {
+TEST_F(UnstripCommand, LeavesListsUnchanged) {
     gridModel(2, 2).writeGlb(in);
     unstrip(in, out);
     EXPECT_EQ(Json::parse(glbJson(out))["accessors"], Json::parse(glbJson(in))["accessors"]);
     expectSameTriangles(in, out);
 }
 
-TEST_F(UnstripCommand, LeavesAStripWithoutTrianglesAsItIs) {
+TEST_F(UnstripCommand, LeavesAStripWithoutTrianglesUnchanged) {
     unstrip(modelOf({0, 1, 1}, 5));
     EXPECT_EQ(Json::parse(glbJson(out))["meshes"], Json::parse(glbJson(in))["meshes"]);
 }
 
-TEST_F(UnstripCommand, CarriesTheRestAlong) {
+TEST_F(UnstripCommand, KeepsEverythingElse) {
     GltfModel model = modelOf({0, 1, 3, 4}, 5);
     model.json["materials"] = Json::array({{{"name", "paint"}, {"extras", {{"n", 1}}}}});
     model.primitive(0)["material"] = 0;
@@ -91,7 +91,7 @@ TEST_F(UnstripCommand, CarriesTheRestAlong) {
     EXPECT_EQ(output["nodes"], model.json["nodes"]);
 }
 
-TEST_F(UnstripCommand, GivesBackWhatStripTookWhateverTheJoin) {
+TEST_F(UnstripCommand, UndoesStripWhateverTheJoin) {
     gridModel(6, 5).writeGlb(in);
     const std::string strips = (directory / "strips.glb").string();
     for (const char* join : {"degenerate", "restart", "none"}) {
@@ -104,7 +104,7 @@ TEST_F(UnstripCommand, GivesBackWhatStripTookWhateverTheJoin) {
     }
 }
 
-TEST_F(UnstripCommand, LeavesNoIndicesOfGroupsBehind) {
+TEST_F(UnstripCommand, RemovesTheIndicesOfGroups) {
     GltfModel model = modelOf({0, 1, 3, 4}, 5);
     model.json["meshes"][0]["primitives"].push_back(model.primitive(0));
     model.primitive(0, 1)["indices"] = model.addIndices({4, 5, 7, 8});
@@ -123,7 +123,7 @@ TEST_F(UnstripCommand, LeavesNoIndicesOfGroupsBehind) {
     EXPECT_EQ(outputIndices(), (std::vector<std::size_t>{0, 1, 3, 1, 4, 3}));
 }
 
-TEST_F(UnstripCommand, WritesTextFilesThatHoldTheirData) {
+TEST_F(UnstripCommand, EmbedsTheDataInTextFiles) {
     modelOf({0, 1, 3, 4}, 5).writeGlb(in);
     const std::string text = (directory / "out.gltf").string();
     unstrip(in, text);
@@ -132,7 +132,7 @@ TEST_F(UnstripCommand, WritesTextFilesThatHoldTheirData) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(UnstripCommand, RefusesOtherNamesOfOutputs) {
+TEST_F(UnstripCommand, RefusesOtherExtensions) {
     modelOf({0, 1, 3, 4}, 5).writeGlb(in);
     const ProcessResult result = runForked({"unstrip", in, "-o", (directory / "out.obj").string()});
     EXPECT_EQ(result.exitCode, 2);

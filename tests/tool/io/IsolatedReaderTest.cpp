@@ -1,19 +1,18 @@
-// Readers that crash, take too much or never end: they end nothing but their own process.
+// A reader that crashes, takes too much or never ends only ends its own process.
 
 #include "io/IsolatedReader.h"
-#include "Errors.h"
-#include "SmallModels.h"
-#include "Subprocess.h"
-#include "ToolProcess.h"
+#include "base/Errors.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,6 +21,7 @@ namespace {
 
 using namespace tool_test;
 using testing::HasSubstr;
+using testing::Not;
 using vexa::tool::Document;
 using vexa::tool::ParseLimits;
 
@@ -29,7 +29,7 @@ class IsolatedReader : public testing::Test {
 public:
     ~IsolatedReader() override { vexa::tool::setParseLimits({}); }
 
-    /// What is said of a file whose reader does this.
+    /// The error reported for a file whose reader does this.
     static std::string faultOf(const std::function<Document()>& parse, const ParseLimits& limits = {}) {
         vexa::tool::setParseLimits(limits);
         try {
@@ -43,7 +43,7 @@ public:
     TemporaryDirectory directory;
 };
 
-TEST_F(IsolatedReader, TellsThatAReaderCrashed) {
+TEST_F(IsolatedReader, ReportsAReaderThatCrashed) {
     EXPECT_EQ(faultOf([]() -> Document {
                   std::raise(SIGSEGV);
                   return {};
@@ -53,11 +53,11 @@ TEST_F(IsolatedReader, TellsThatAReaderCrashed) {
     EXPECT_THAT(faultOf([]() -> Document { std::abort(); }), HasSubstr("model.ply: reading it crashed (Aborted)"));
 }
 
-TEST_F(IsolatedReader, TellsThatAReaderLeft) {
+TEST_F(IsolatedReader, ReportsAReaderThatExited) {
     EXPECT_THAT(faultOf([]() -> Document { ::_exit(0); }), HasSubstr("reading it ended before it was done"));
 }
 
-TEST_F(IsolatedReader, EndsAReaderThatTakesTooMuchMemory) {
+TEST_F(IsolatedReader, StopsAReaderThatTakesTooMuchMemory) {
     const auto bomb = []() -> Document {
         std::vector<Document> documents;
         for (;;) {
@@ -68,7 +68,47 @@ TEST_F(IsolatedReader, EndsAReaderThatTakesTooMuchMemory) {
                                          "that large, --parse-memory gives it more");
 }
 
-TEST_F(IsolatedReader, EndsAReaderThatWaitsForEver) {
+TEST_F(IsolatedReader, NamesALowerLimitOfTheSystem) {
+    const auto bomb = []() -> Document {
+        for (std::vector<Document> documents;;) {
+            documents.emplace_back().asset.buffers.emplace_back(1 << 24, 1);
+        }
+    };
+    rlimit before{};
+    ::getrlimit(RLIMIT_AS, &before);
+    const rlimit lower{std::size_t{2} << 30, before.rlim_max};
+    ::setrlimit(RLIMIT_AS, &lower);
+    const std::string fault = faultOf(bomb);
+    ::setrlimit(RLIMIT_AS, &before);
+    EXPECT_EQ(fault, "model.ply: reading it needed more memory than the 2048 MiB that the program was started with; "
+                     "raise that limit (ulimit -v)");
+}
+
+TEST_F(IsolatedReader, DoesNotBlameTheFileForAnInterruption) {
+    for (const int signal : {SIGTERM, SIGKILL}) {
+        const std::string fault = faultOf([signal]() -> Document {
+            std::raise(signal);
+            return {};
+        });
+        EXPECT_THAT(fault, HasSubstr("model.ply: reading it was interrupted ("));
+        EXPECT_THAT(fault, Not(HasSubstr("damaged")));
+    }
+}
+
+TEST_F(IsolatedReader, LibrariesCannotMistakeMissingMemoryForADamagedFile) {
+    const auto swallow = []() -> Document {
+        try {
+            Document document;
+            document.asset.buffers.emplace_back(std::size_t{1} << 30, 1);
+            return document;
+        } catch (const std::bad_alloc&) {
+            throw vexa::tool::FileError("model.ply", "is damaged");
+        }
+    };
+    EXPECT_THAT(faultOf(swallow, {256, 100}), HasSubstr("needed more than 256 MiB of memory"));
+}
+
+TEST_F(IsolatedReader, StopsAReaderThatWaitsForever) {
     const auto wait = []() -> Document {
         for (;;) {
             ::pause();
@@ -78,7 +118,7 @@ TEST_F(IsolatedReader, EndsAReaderThatWaitsForEver) {
                                       "--parse-time gives it more");
 }
 
-TEST_F(IsolatedReader, EndsAReaderThatWorksForEver) {
+TEST_F(IsolatedReader, StopsAReaderThatRunsForever) {
     const auto work = []() -> Document {
         for (std::atomic<unsigned int> i = 0;; ++i) {
         }
@@ -86,16 +126,7 @@ TEST_F(IsolatedReader, EndsAReaderThatWorksForEver) {
     EXPECT_THAT(faultOf(work, {{}, 1}), HasSubstr("took more than 1 second"));
 }
 
-TEST(ChildProcess, FailsWhenItsPipeCannotBeRead) {
-    vexa::tool::ChildProcess child([](vexa::tool::PipeWriter& pipe) { pipe.writeValue(1); });
-    const int unreadable = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    ASSERT_GE(::dup2(unreadable, child.descriptor()), 0);
-    ::close(unreadable);
-    EXPECT_THROW(child.readValue<int>(), vexa::tool::ProcessError);
-    EXPECT_THROW(child.wait(), vexa::tool::ProcessError);
-}
-
-TEST_F(IsolatedReader, LetsNoReaderPrint) {
+TEST_F(IsolatedReader, SuppressesTheOutputOfReaders) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const std::string fault = faultOf([]() -> Document {
@@ -107,20 +138,21 @@ TEST_F(IsolatedReader, LetsNoReaderPrint) {
     EXPECT_EQ(fault, "model.ply: is broken");
 }
 
-TEST_F(IsolatedReader, LeavesNoProcessBehind) {
+TEST_F(IsolatedReader, LeavesNoProcessRunning) {
     faultOf([]() -> Document { std::abort(); });
     faultOf([]() -> Document { ::_exit(0); });
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
 }
 
-TEST_F(IsolatedReader, HandsOverWhatWasRead) {
+TEST_F(IsolatedReader, ReturnsTheWholeDocument) {
     Document sent;
     sent.format = "PLY";
     sent.fileSize = 77;
     sent.asset.json = Json::parse(R"({"z":1,"a":[-0.0,1e300,18446744073709551615,0.1],"text":"\u00e4"})");
     sent.asset.buffers = {{1, 2, 3}, {}, vexa::tool::Bytes(3000000, 7)};
     sent.asset.warnings = {"one", ""};
+    sent.asset.leftOut = {"two"};
     sent.asset.model.accessors.resize(3);
     sent.asset.model.accessors[2].count = 9;
     const Document received = vexa::tool::readIsolated("model.ply", [&] { return sent; });
@@ -130,10 +162,11 @@ TEST_F(IsolatedReader, HandsOverWhatWasRead) {
     EXPECT_EQ(received.asset.json.dump(), sent.asset.json.dump());
     EXPECT_EQ(received.asset.buffers, sent.asset.buffers);
     EXPECT_EQ(received.asset.warnings, sent.asset.warnings);
+    EXPECT_EQ(received.asset.leftOut, sent.asset.leftOut);
     EXPECT_EQ(received.asset.model.accessors.at(2).count, 9u);
 }
 
-TEST_F(IsolatedReader, LimitsAreOptionsOfEveryVerb) {
+TEST_F(IsolatedReader, LimitsAreOptionsOfEverySubcommand) {
     const std::string in = (directory / "in.obj").string();
     writeText(in, "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n" + std::string(40 << 20, '\n'));
     const std::string out = (directory / "out.glb").string();
@@ -149,12 +182,12 @@ TEST_F(IsolatedReader, LimitsAreOptionsOfEveryVerb) {
     EXPECT_EQ(runForked({"info", in, "--parse-time", "0"}).exitCode, 2);
 }
 
-TEST_F(IsolatedReader, APolygonThatWouldTakeHoursEndsWithItsTime) {
+TEST_F(IsolatedReader, TimeLimitStopsAPolygonThatWouldTakeHours) {
     const std::string in = (directory / "in.obj").string();
     std::ofstream file(in);
     constexpr int corners = 300000;
     for (int i = 0; i < corners; ++i) {
-        // A comb: no two neighbours of it can be cut off early.
+        // A comb: no two of its neighbouring corners can be cut off early.
         file << "v " << i << ' ' << (i % 2 == 0 ? 0 : 1 + i % 7) << " 0\n";
     }
     file << "v 0 -9 0\nf";
@@ -169,12 +202,12 @@ TEST_F(IsolatedReader, APolygonThatWouldTakeHoursEndsWithItsTime) {
     EXPECT_EQ(countOf(result.err, "\n"), 1u);
 }
 
-TEST_F(IsolatedReader, APipeThatNeverEndsIsNoFile) {
+TEST_F(IsolatedReader, RefusesAPipe) {
     const std::string in = (directory / "in.glb").string();
     ASSERT_EQ(::mkfifo(in.c_str(), 0600), 0);
     const ProcessResult result = runForked({"info", in});
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_THAT(result.err, HasSubstr(in + ": is no regular file"));
+    EXPECT_THAT(result.err, HasSubstr(in + ": is not a regular file"));
 }
 
 } // namespace

@@ -1,8 +1,8 @@
-// What the strip command must not change: everything but the indices.
+// `strip` changes the indices and nothing else.
 
-#include "ReadBack.h"
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/ReadBack.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ public:
     std::string out = (directory / "out.glb").string();
 };
 
-TEST_F(CarriedAlong, MembersThatNobodyKnows) {
+TEST_F(CarriedAlong, UnknownMembersStay) {
     GltfModel model = gridModel(3, 3);
     model.json["asset"]["generator"] = "somebody";
     model.json["extras"] = {{"z", 1.5}, {"a", {1, "\u00e4", nullptr}}, {"big", 12345678901234567890U}};
@@ -56,7 +56,7 @@ TEST_F(CarriedAlong, MembersThatNobodyKnows) {
     EXPECT_EQ(output["meshes"][0]["primitives"][0]["material"], 0);
 }
 
-TEST_F(CarriedAlong, MorphTargetsAndWeights) {
+TEST_F(CarriedAlong, MorphTargetsAndWeightsStay) {
     GltfModel model = gridModel(2, 2);
     const int offsets = model.addPositions(std::vector<float>(27, 0.5F));
     model.primitive(0)["targets"] = Json::array({{{"POSITION", offsets}}});
@@ -88,7 +88,7 @@ TEST_F(CarriedAlong, AnimationsAndSkinsFindTheirData) {
               std::string(64, 'b'));
 }
 
-TEST_F(CarriedAlong, PrimitivesOfLinesAndPoints) {
+TEST_F(CarriedAlong, PrimitivesOfLinesAndPointsStay) {
     GltfModel model = gridModel(2, 2);
     model.addMesh(0, model.addIndices({0, 1, 1, 2}), 1);
     model.addMesh(0, -1, 0);
@@ -97,7 +97,7 @@ TEST_F(CarriedAlong, PrimitivesOfLinesAndPoints) {
     EXPECT_EQ(output["meshes"][2], model.json["meshes"][2]);
 }
 
-TEST_F(CarriedAlong, IndicesThatLinesShareWithTriangles) {
+TEST_F(CarriedAlong, IndicesThatLinesShareWithTrianglesStay) {
     GltfModel model = gridModel(2, 2);
     model.addMesh(0, 1, 1);
     const Json output = strip(model);
@@ -107,7 +107,7 @@ TEST_F(CarriedAlong, IndicesThatLinesShareWithTriangles) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(CarriedAlong, ImagesInBufferViewsByteForByte) {
+TEST_F(CarriedAlong, ImagesInBufferViewsStayByteForByte) {
     GltfModel model = gridModel(2, 2);
     const std::string picture = "\x89PNG\r\n\x1a\n no picture at all, but nobody is to decode it";
     const int view = model.addView(picture);
@@ -116,7 +116,7 @@ TEST_F(CarriedAlong, ImagesInBufferViewsByteForByte) {
     EXPECT_EQ(viewBytes(output["bufferViews"][output["images"][0]["bufferView"].get<std::size_t>()]), picture);
 }
 
-TEST_F(CarriedAlong, ImagesBesideAGltfFileMoveIn) {
+TEST_F(CarriedAlong, ImagesNextToAGltfFileAreEmbedded) {
     GltfModel model = gridModel(2, 2);
     model.json["images"] = Json::parse(
         R"([{"uri":"my%20picture+1.jpg","name":"a"},{"uri":"data:image/png;base64,iVBORw0KGgoB"},{"uri":"gone.png"}])");
@@ -146,7 +146,7 @@ TEST_F(CarriedAlong, ImagesBesideAGltfFileMoveIn) {
 TEST_F(CarriedAlong, SeveralBuffersBecomeOne) {
     const Grid grid = makeGrid(3, 2);
     GltfModel model = gridModel(3, 2);
-    // The indices into a buffer of their own, as a data URI and at an odd place.
+    // The indices go into a separate buffer, as a data URI and at an odd offset.
     const auto view = model.json["bufferViews"].size() - 1;
     model.json["bufferViews"][view]["buffer"] = 1;
     model.json["bufferViews"][view]["byteOffset"] = 2;
@@ -161,7 +161,7 @@ TEST_F(CarriedAlong, SeveralBuffersBecomeOne) {
     EXPECT_EQ(trianglesOf(result, result.meshes[0]), expected);
 }
 
-TEST_F(CarriedAlong, SparsePositions) {
+TEST_F(CarriedAlong, SparsePositionsStay) {
     GltfModel model = gridModel(2, 2);
     const int where = model.addView(std::string("\x04\0", 2));
     const std::vector<float> value{1, 1, 9};
@@ -174,7 +174,7 @@ TEST_F(CarriedAlong, SparsePositions) {
     EXPECT_EQ(output["accessors"][0], model.json["accessors"][0]);
 }
 
-TEST_F(CarriedAlong, MeshesWithoutNodes) {
+TEST_F(CarriedAlong, MeshesWithoutNodesStay) {
     GltfModel model = gridModel(2, 2);
     model.json.erase("nodes");
     model.json.erase("scenes");
@@ -183,11 +183,11 @@ TEST_F(CarriedAlong, MeshesWithoutNodes) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(CarriedAlong, NormalisedPositionsOfAFewBits) {
+TEST_F(CarriedAlong, QuantisedPositionsStay) {
     GltfModel model;
     model.json["extensionsUsed"] = {"KHR_mesh_quantization"};
     model.json["extensionsRequired"] = {"KHR_mesh_quantization"};
-    // Three bytes an element, at a distance of four.
+    // Three bytes per element, with a stride of four.
     const int view = model.addView(std::string("\x00\x00\x00\x00\x7f\x00\x00\x00\x00\x7f\x00\x00\x7f\x7f\x00\x00", 16));
     model.json["bufferViews"][0]["byteStride"] = 4;
     model.json["accessors"].push_back({{"bufferView", view},

@@ -1,9 +1,9 @@
-// What every reader expects of a glTF file, whatever verb has written it.
+// Rules of glTF that readers rely on, in the output of every subcommand.
 
-#include "ReadBack.h"
-#include "SmallModels.h"
-#include "ToolProcess.h"
 #include "io/Document.h"
+#include "support/ReadBack.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <cmath>
 #include <gmock/gmock.h>
@@ -95,7 +95,7 @@ TEST_F(OutputRules, AttributesOfTwoBytesAreFourApart) {
     }
 }
 
-TEST_F(OutputRules, CustomAttributesBeginWithAnUnderscore) {
+TEST_F(OutputRules, CustomAttributesStartWithAnUnderscore) {
     GltfModel model = gridModel(1, 1);
     model.primitive(0)["attributes"]["WEATHER"] = 0;
     model.primitive(0)["attributes"]["_AGE"] = 0;

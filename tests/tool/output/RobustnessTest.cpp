@@ -1,7 +1,7 @@
-// Damaged files: whatever is broken in them, the program ends by itself, with 0 or 3.
+// Damaged files: whatever is broken, the program exits by itself, with 0 or 3.
 
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -10,7 +10,7 @@ namespace {
 
 using namespace tool_test;
 
-/// A small model with most of what can be broken.
+/// A small model with most of the members that can be broken.
 std::string seedModel() {
     GltfModel model = gridModel(2, 1);
     model.addMesh(0, model.addAccessor<std::uint8_t>({0, 1, 2, 3}, 5121, "SCALAR"), 5);
@@ -42,7 +42,7 @@ public:
     int failures = 0;
 };
 
-TEST_F(DamagedFile, TruncatedAtEveryByte) {
+TEST_F(DamagedFile, IsRefusedTruncatedAtAnyByte) {
     const std::string model = seedModel();
     for (std::size_t size = 0; size < model.size(); ++size) {
         expectOrderlyEnd(model.substr(0, size), "cut to " + std::to_string(size));
@@ -53,7 +53,7 @@ TEST_F(DamagedFile, TruncatedAtEveryByte) {
     EXPECT_EQ(failures, static_cast<int>(model.size()));
 }
 
-TEST_F(DamagedFile, OneByteChanged) {
+TEST_F(DamagedFile, IsReadOrRefusedWithAnyByteChanged) {
     const std::string model = seedModel();
     std::mt19937 random(20240229);
     constexpr int changes = 3000;
@@ -70,7 +70,7 @@ TEST_F(DamagedFile, OneByteChanged) {
     EXPECT_LT(failures, changes);
 }
 
-TEST_F(DamagedFile, OneByteChangedForEveryVerb) {
+TEST_F(DamagedFile, IsReadOrRefusedByEverySubcommand) {
     const std::string model = seedModel();
     const std::string in = (directory / "in.glb").string();
     const std::string out = (directory / "out.glb").string();
@@ -102,7 +102,7 @@ TEST_F(DamagedFile, OneByteChangedForEveryVerb) {
     EXPECT_LT(failures, 1600);
 }
 
-TEST_F(DamagedFile, OneNumberChanged) {
+TEST_F(DamagedFile, IsReadOrRefusedWithAnyNumberChanged) {
     const std::string model = seedModel();
     const std::size_t jsonEnd = model.find("BIN");
     const char* const numbers[] = {"0", "-1", "4294967295", "4294967296", "18446744073709551615", "1e308", "0.5", "99"};
@@ -123,7 +123,7 @@ TEST_F(DamagedFile, OneNumberChanged) {
     EXPECT_GT(failures, 0);
 }
 
-TEST_F(DamagedFile, ObjTextChanged) {
+TEST_F(DamagedFile, IsReadOrRefusedAsObj) {
     const std::string model = "mtllib a.mtl\no a\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvn 0 0 1\ng b\nusemtl c\n"
                               "f 1/1/1 2/1/1 3/1/1 4/1/1\nl 1 2 3\np 4\nf -1//1 \\\n-2//1 -3//1\n";
     std::mt19937 random(7);

@@ -21,13 +21,13 @@ TEST(ReportHtml, EncodesBase64WithItsPadding) {
     EXPECT_EQ(base64Of("\xff\xfe\xfd"), "//79");
 }
 
-TEST(ReportHtml, EscapesWhatMarkupIsMadeOf) {
+TEST(ReportHtml, EscapesMarkup) {
     EXPECT_EQ(escapeHtml("<a href=\"x\">'&'</a>"), "&lt;a href=&quot;x&quot;&gt;&#39;&amp;&#39;&lt;/a&gt;");
     EXPECT_EQ(escapeHtml("two\nlines\x01\x7f"), "two\nlines??");
     EXPECT_EQ(escapeHtml("Dreiecke \xc3\xa4"), "Dreiecke \xc3\xa4");
 }
 
-TEST(ReportHtml, ReplacesWhatIsNoUtf8) {
+TEST(ReportHtml, ReplacesInvalidUtf8) {
     EXPECT_EQ(escapeHtml("a\xff z\xc3\xa4"), "a\xef\xbf\xbd z\xc3\xa4");
 }
 
@@ -42,7 +42,7 @@ TEST(ReportHtml, GroupsDigits) {
     EXPECT_EQ(groupedText(1234567), "1,234,567");
 }
 
-TEST(ReportHtml, QuotesForAShellWhatNeedsIt) {
+TEST(ReportHtml, QuotesArgumentsThatAShellWouldSplit) {
     EXPECT_EQ(shellWord("models/part-1.glb"), "models/part-1.glb");
     EXPECT_EQ(shellWord("a b"), "'a b'");
     EXPECT_EQ(shellWord("it's"), "'it'\\''s'");

@@ -28,7 +28,7 @@ std::vector<unsigned int> gridTriangles(unsigned int columns, unsigned int rows)
 
 /// The picture of triangles whose vertex i is at (i, 0, 0).
 Picture pictureOf(const std::vector<unsigned int>& triangles, const std::vector<mesh::IndexedPrimitive>& parts,
-                  std::size_t most = PictureBuilder::mostTriangles) {
+                  std::size_t most = PictureBuilder::maxTriangles) {
     std::vector<float> positions;
     for (unsigned int i = 0; i <= *std::max_element(triangles.begin(), triangles.end()); ++i) {
         positions.insert(positions.end(), {static_cast<float>(i), 0, 0});
@@ -38,12 +38,12 @@ Picture pictureOf(const std::vector<unsigned int>& triangles, const std::vector<
     return builder.picture();
 }
 
-Picture gridPicture(const mesh::StripOptions& options = {}, std::size_t most = PictureBuilder::mostTriangles) {
+Picture gridPicture(const mesh::StripOptions& options = {}, std::size_t most = PictureBuilder::maxTriangles) {
     const auto triangles = gridTriangles(9, 7);
     return pictureOf(triangles, mesh::buildPrimitives(triangles, options), most);
 }
 
-/// The vertices of the picture's triangles as the input numbers them, which their positions tell.
+/// The vertices of the picture's triangles as the input numbers them, read from their positions.
 std::vector<unsigned int> inputCorners(const Picture& picture) {
     std::vector<unsigned int> corners;
     for (const std::uint32_t corner : picture.corners) {
@@ -69,7 +69,7 @@ TEST(Picture, KnowsEachTrianglesPlaceInTheInput) {
     EXPECT_EQ(places.size(), triangles.size() / 3);
 }
 
-TEST(Picture, TellsTwoEqualTrianglesApart) {
+TEST(Picture, DistinguishesEqualTriangles) {
     const std::vector<unsigned int> triangles{0, 1, 2, 3, 4, 5, 0, 1, 2};
     const Picture picture = pictureOf(triangles, mesh::buildPrimitives(triangles));
     std::vector<std::uint32_t> order = picture.inputOrder;
@@ -111,7 +111,7 @@ TEST(Picture, GivesNeighboursDifferentColours) {
         }
     }
     std::size_t between = 0;
-    // What is left over is grey, whatever its number.
+    // Leftover triangles are grey, however many there are.
     const auto hasColour = [&](const EdgeUse& use) {
         return picture.parts[partOf[use.triangle]].kind != PartKind::LeftOver;
     };
@@ -136,7 +136,7 @@ TEST(Picture, UsesEveryColourForManyParts) {
     EXPECT_EQ(colours.size(), PictureBuilder::colours);
 }
 
-TEST(Picture, EndsWhereItIsFull) {
+TEST(Picture, StopsWhenItIsFull) {
     const Picture picture = gridPicture({}, 50);
     EXPECT_EQ(picture.shownTriangles(), 50u);
     EXPECT_EQ(picture.triangles, 126u);
@@ -157,7 +157,7 @@ TEST(Picture, LeavesOutEdgesOfTrianglesThatAreNotShown) {
     EXPECT_EQ(picture.positions.size(), 9u);
 }
 
-TEST(Picture, TellsBorderFromNonManifoldEdges) {
+TEST(Picture, DistinguishesBorderFromNonManifoldEdges) {
     const std::vector<unsigned int> triangles{0, 1, 2, 1, 0, 3, 0, 1, 4};
     const Picture picture = pictureOf(triangles, mesh::buildPrimitives(triangles));
     EXPECT_EQ(picture.borderEdges.size(), 12u);

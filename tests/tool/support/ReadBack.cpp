@@ -1,6 +1,6 @@
-#include "ReadBack.h"
+#include "support/ReadBack.h"
 
-#include "ToolProcess.h"
+#include "support/ToolProcess.h"
 
 #include <algorithm>
 #include <cstring>

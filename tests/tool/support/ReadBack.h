@@ -13,14 +13,14 @@ namespace tool_test {
 using Position = std::array<double, 3>;
 using OrientedTriangle = std::array<Position, 3>;
 
-/// Loads with TinyGLTF, images left alone; fails the test when it cannot.
+/// Loads with TinyGLTF without decoding images; fails the test if it cannot.
 tinygltf::Model loadModel(const std::filesystem::path& file);
 
-/// The indices of a primitive, counted up when it has none.
+/// The indices of a primitive; 0, 1, 2, ... if it has none.
 std::vector<std::size_t> indicesOf(const tinygltf::Model& model, const tinygltf::Primitive& primitive);
 
-/// The oriented triangles of a mesh by the positions of their corners as stored, each from its least corner on, sorted;
-/// those with two equal indices are left out.
+/// The oriented triangles of a mesh by the stored positions of their corners, each starting at its smallest corner,
+/// sorted; those with two equal indices are left out.
 std::vector<OrientedTriangle> trianglesOf(const tinygltf::Model& model, const tinygltf::Mesh& mesh);
 
 /// Fails the test unless both files have the same meshes, with the same nodes that show them, and in each the same

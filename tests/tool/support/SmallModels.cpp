@@ -1,6 +1,6 @@
-#include "SmallModels.h"
+#include "support/SmallModels.h"
 
-#include "ToolProcess.h"
+#include "support/ToolProcess.h"
 
 #include <algorithm>
 #include <cstring>

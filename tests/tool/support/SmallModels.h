@@ -10,7 +10,7 @@ namespace tool_test {
 
 using Json = nlohmann::ordered_json;
 
-/// Makes glTF files member by member, also wrong ones.
+/// Builds glTF files member by member, invalid ones too.
 class GltfModel {
 public:
     GltfModel();
@@ -36,13 +36,13 @@ public:
         return static_cast<int>(json["accessors"].size()) - 1;
     }
 
-    /// Positions, with the bounds that they must have.
+    /// Positions, with the bounds that glTF requires.
     int addPositions(const std::vector<float>& values);
     int addIndices(const std::vector<std::uint16_t>& values);
 
     /// Adds a mesh of one primitive, and a node that shows it.
     ///
-    /// \param indices -1: without indices
+    /// \param indices -1 for none
     /// \return its index
     int addMesh(int positions, int indices, int mode = 4);
 
@@ -50,11 +50,11 @@ public:
         return json["meshes"][static_cast<std::size_t>(mesh)]["primitives"][static_cast<std::size_t>(index)];
     }
 
-    /// The file as .glb; the buffer's length is filled in when it is not there.
+    /// The file as .glb; the buffer's length is filled in if it is missing.
     [[nodiscard]] std::string glb() const;
     void writeGlb(const std::filesystem::path& file) const;
 
-    /// The same as .gltf with its buffer in a file beside it.
+    /// The same as .gltf with its buffer in a separate file.
     void writeGltf(const std::filesystem::path& file, const std::string& bufferName) const;
 
     Json json;

@@ -1,6 +1,8 @@
-#include "ToolProcess.h"
+#include "support/ToolProcess.h"
 
-#include "Commands.h"
+#include "cli/Console.h"
+#include "commands/Commands.h"
+#include "support/Paths.h"
 
 #include <algorithm>
 #include <array>
@@ -76,7 +78,7 @@ ProcessResult runChild(const Child& child) {
 }
 
 std::vector<const char*> argumentVector(const std::vector<std::string>& arguments) {
-    std::vector<const char*> argv{VEXAMESH_PROGRAM};
+    std::vector<const char*> argv{programPath};
     for (const std::string& argument : arguments) {
         argv.push_back(argument.c_str());
     }
@@ -121,7 +123,7 @@ std::vector<std::string> TemporaryDirectory::files() const {
 
 ProcessResult runProgram(const std::vector<std::string>& arguments) {
     const std::vector<const char*> argv = argumentVector(arguments);
-    return runChild([&] { ::execv(VEXAMESH_PROGRAM, const_cast<char* const*>(argv.data())); });
+    return runChild([&] { ::execv(programPath, const_cast<char* const*>(argv.data())); });
 }
 
 ProcessResult runForked(const std::vector<std::string>& arguments) {
@@ -129,7 +131,8 @@ ProcessResult runForked(const std::vector<std::string>& arguments) {
     return runChild([&] {
         std::ostringstream out;
         std::ostringstream err;
-        const int code = vexa::tool::runTool(static_cast<int>(argv.size()) - 1, argv.data(), {out, err});
+        vexa::tool::Console console(out, err);
+        const int code = vexa::tool::runTool(static_cast<int>(argv.size()) - 1, argv.data(), console);
         writeAll(STDOUT_FILENO, out.str());
         writeAll(STDERR_FILENO, err.str());
         ::_exit(code);

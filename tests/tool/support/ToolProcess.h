@@ -6,7 +6,7 @@
 
 namespace tool_test {
 
-/// A directory that goes when the test ends.
+/// A temporary directory that is removed at the end of the test.
 class TemporaryDirectory {
 public:
     TemporaryDirectory();
@@ -24,7 +24,7 @@ private:
     std::filesystem::path path_;
 };
 
-/// How a process ended, and what it printed.
+/// The exit status of a process and its output.
 struct ProcessResult {
     int exitCode = -1; ///< -1 when a signal ended it
     int signal = 0;
@@ -35,13 +35,13 @@ struct ProcessResult {
 /// Runs the built program.
 ProcessResult runProgram(const std::vector<std::string>& arguments);
 
-/// Runs the program's code in a child process of its own, which is quicker; a hang ends with SIGALRM.
+/// Runs the program's code in a forked process, which is faster; a hang ends with SIGALRM.
 ProcessResult runForked(const std::vector<std::string>& arguments);
 
 std::string readText(const std::filesystem::path& file);
 void writeText(const std::filesystem::path& file, const std::string& text);
 
-/// How often `part` is in `text`.
+/// How often `part` occurs in `text`.
 std::size_t countOf(const std::string& text, const std::string& part);
 
 } // namespace tool_test

@@ -1,12 +1,12 @@
-// How new indices are written, and what becomes of the old ones.
+// Writing new indices and removing the old ones.
 
-#include "Errors.h"
-#include "ReadBack.h"
-#include "SmallModels.h"
-#include "ToolProcess.h"
+#include "io/gltf/IndexEdit.h"
+#include "base/Errors.h"
 #include "io/AssetBuilder.h"
 #include "io/Document.h"
-#include "io/IndexEdit.h"
+#include "support/ReadBack.h"
+#include "support/SmallModels.h"
+#include "support/ToolProcess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,21 +31,12 @@ IndexEdit edit(std::size_t mesh, const std::vector<std::vector<unsigned int>>& s
     return result;
 }
 
-/// The document as it is when it has been written and read again.
+/// The document after writing it and reading it back.
 vexa::tool::Document written(const Asset& asset) {
     return vexa::tool::loadDocument(vexa::tool::writeGlb(asset.json, asset.buffers), "written.glb");
 }
 
-TEST(NarrowestIndexType, LeavesTheLargestValueOfEachTypeUnused) {
-    using vexa::tool::narrowestIndexType;
-    EXPECT_EQ(narrowestIndexType({0, 254}), mesh::UNSIGNED_BYTE);
-    EXPECT_EQ(narrowestIndexType({255, 1}), mesh::UNSIGNED_SHORT);
-    EXPECT_EQ(narrowestIndexType({65534}), mesh::UNSIGNED_SHORT);
-    EXPECT_EQ(narrowestIndexType({65535}), mesh::UNSIGNED_INT);
-    EXPECT_EQ(narrowestIndexType({4294967294U}), mesh::UNSIGNED_INT);
-}
-
-TEST(ReplaceIndices, PutsTheNewOnesInThePlaceOfTheOld) {
+TEST(ReplaceIndices, ReplacesTheOldIndicesInPlace) {
     Asset asset = assetOf(gridModel(2, 2));
     const std::size_t accessors = asset.json["accessors"].size();
     const auto edited = vexa::tool::replaceIndices(asset, {edit(0, {{0, 1, 3, 4}})});
@@ -63,7 +54,7 @@ TEST(ReplaceIndices, DropsTheOldBytes) {
     EXPECT_LT(file.size() + 1100, model.glb().size());
 }
 
-TEST(ReplaceIndices, SeveralPrimitivesForOneKeepWhatBelongsToIt) {
+TEST(ReplaceIndices, SeveralPrimitivesKeepTheMembersOfTheOneTheyReplace) {
     GltfModel model = gridModel(2, 2);
     model.json["materials"] = Json::array({Json::object()});
     model.primitive(0)["material"] = 0;
@@ -90,7 +81,7 @@ TEST(ReplaceIndices, SharedIndicesStayShared) {
     EXPECT_EQ(asset.json["accessors"].size(), 2u);
 }
 
-TEST(ReplaceIndices, SharedIndicesThatBecomeUnlikeAreParted) {
+TEST(ReplaceIndices, SharedIndicesThatBecomeDifferentAreSeparated) {
     GltfModel model = gridModel(2, 2);
     model.addMesh(0, 1);
     Asset asset = assetOf(model);
@@ -124,7 +115,7 @@ TEST(ReplaceIndices, TheRestOfASharedBufferViewMovesUp) {
     EXPECT_EQ(document.asset.json["bufferViews"][1]["byteLength"], 20);
 }
 
-TEST(ReplaceIndices, SparseIndicesBecomePlainAndTheirViewsGo) {
+TEST(ReplaceIndices, SparseIndicesBecomePlainAndTheirViewsAreRemoved) {
     GltfModel model = gridModel(2, 2);
     const int where = model.addView(std::string("\x00", 1));
     const int what = model.addView(std::string("\x04\x00", 2));
@@ -140,7 +131,7 @@ TEST(ReplaceIndices, SparseIndicesBecomePlainAndTheirViewsGo) {
     EXPECT_EQ(written(asset).meshes[1].primitives[0].indices, (std::vector<unsigned int>{0, 1, 3}));
 }
 
-TEST(ReplaceIndices, BoundsOfIndicesAreThoseOfTheNewOnes) {
+TEST(ReplaceIndices, UpdatesTheBoundsOfIndices) {
     GltfModel model = gridModel(2, 2);
     model.json["accessors"][1]["min"] = Json::array({0});
     model.json["accessors"][1]["max"] = Json::array({8});
@@ -150,7 +141,7 @@ TEST(ReplaceIndices, BoundsOfIndicesAreThoseOfTheNewOnes) {
     EXPECT_EQ(asset.json["accessors"][1]["max"], Json::array({5}));
 }
 
-TEST(ReplaceIndices, WhatAnUnknownExtensionMayReferToStays) {
+TEST(ReplaceIndices, KeepsEverythingAnUnknownExtensionMayReferTo) {
     GltfModel model = gridModel(2, 2);
     model.json["extensionsUsed"] = {"ACME_secret"};
     model.json["meshes"][0]["extensions"] = {{"ACME_secret", {{"list", {0, 1}}}}};
@@ -162,7 +153,7 @@ TEST(ReplaceIndices, WhatAnUnknownExtensionMayReferToStays) {
     EXPECT_EQ(written(asset).meshes[0].primitives[0].indices, (std::vector<unsigned int>{0, 1, 3}));
 }
 
-TEST(ReplaceIndices, NumbersOfAKnownExtensionPinNothing) {
+TEST(ReplaceIndices, NumbersInAKnownExtensionAreNotReferences) {
     GltfModel model = gridModel(2, 2);
     model.json["extensionsUsed"] = {"KHR_materials_ior"};
     model.json["materials"] = Json::parse(R"([{"extensions":{"KHR_materials_ior":{"ior":1}}}])");
@@ -178,7 +169,7 @@ TEST(ReplaceIndices, RefusesAnUnknownExtensionThatUsesABuffer) {
     EXPECT_THROW(vexa::tool::replaceIndices(asset, {edit(0, {{0, 1, 3}})}), vexa::tool::FormatError);
 }
 
-TEST(WriteGlb, OverlappingBufferViewsStayOne) {
+TEST(WriteGlb, OverlappingBufferViewsAreStoredOnce) {
     GltfModel model = gridModel(2, 2);
     model.json["bufferViews"].push_back(model.json["bufferViews"][0]);
     model.json["bufferViews"][2]["byteOffset"] = 12;
