@@ -6,7 +6,7 @@
 
 namespace fuzz {
 
-/// Ends the fuzzing with a text unless it is empty.
+/// Prints the difference and aborts, unless it is empty.
 inline void failUnlessEmpty(const std::string& difference) {
     if (!difference.empty()) {
         std::fprintf(stderr, "%s\n", difference.c_str());

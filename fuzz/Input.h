@@ -9,7 +9,7 @@
 
 namespace fuzz {
 
-/// A small mesh and the parameters to cut it with, read from the fuzzer's bytes: whatever they are, they are an input.
+/// A small mesh and optimiser parameters decoded from the fuzzer's bytes; any bytes are valid input.
 struct CutInput {
     reference::Parameters parameters;
     meshes::Indices mesh;
@@ -23,9 +23,9 @@ struct CutInput {
         parameters.iterations = (flags >> 3U) % 5U;
         parameters.minFanTriangles = take() % 8U;
         const unsigned int vertexCount = 3 + take() % 30U;
-        // The reference is quadratic, and small meshes knot as well as large ones.
-        constexpr std::size_t mostIndices = 300;
-        while (size >= 3 && mesh.size() < mostIndices) {
+        // The reference takes quadratic time, and small meshes get tangled just as well as large ones.
+        constexpr std::size_t maxIndices = 300;
+        while (size >= 3 && mesh.size() < maxIndices) {
             for (int i = 0; i < 3; ++i) {
                 mesh.push_back(take() % vertexCount);
             }

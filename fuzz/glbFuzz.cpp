@@ -1,9 +1,9 @@
-// Reads bytes as a binary glTF file: either a document comes out whose indices are in range, or an error that says why.
+// Reads bytes as a binary glTF file: the result is either a document whose indices are in range, or an error.
 
-#include "Errors.h"
 #include "Failure.h"
+#include "base/Errors.h"
 #include "io/Document.h"
-#include "io/PrimitiveRestart.h"
+#include "io/gltf/PrimitiveRestart.h"
 
 #include <algorithm>
 #include <cstdint>

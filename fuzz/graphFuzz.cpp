@@ -1,4 +1,4 @@
-// Fills and cuts a mesh with the half-edge graph, partly triangle by triangle, and compares with the plain reference.
+// Fills a half-edge graph, partly one triangle at a time, optimises it and compares it with the plain reference.
 
 #include "Failure.h"
 #include "Input.h"
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint32_t cost =
         graph.calcOptPrim(p.iterations, p.buildStrips, p.buildFans, p.minFanTriangles, p.allStrips);
     if (cost != expected.calcOptPrim(p)) {
-        fuzz::failUnlessEmpty("another number of indices is returned");
+        fuzz::failUnlessEmpty("the returned number of indices differs");
     }
     fuzz::failUnlessEmpty(comparison.differenceInResult());
     fuzz::failUnlessEmpty(vexa::test::differenceInPrimitives(graph, expected));

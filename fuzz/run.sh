@@ -1,12 +1,12 @@
 #!/bin/sh
-# Runs every fuzz target for some seconds, from its seeds; what it finds new stays in the build directory.
-# usage: run.sh DIRECTORY_OF_THE_TARGETS SECONDS
+# Runs every fuzz target for a number of seconds from its seeds; new inputs stay in the build directory.
+# usage: run.sh TARGETS_DIRECTORY SECONDS
 set -eu
 
 targets=$1
 seconds=$2
 seeds=$(cd "$(dirname "$0")" && pwd)/seeds
-for target in graph strips glb obj; do
+for target in graph strips stripBuffer glb obj ply stl off; do
     corpus=$targets/corpus/$target
     mkdir -p "$corpus"
     echo "$target, $seconds s"

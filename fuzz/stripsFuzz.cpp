@@ -1,4 +1,4 @@
-// Cuts a mesh with buildPrimitives, compares with the plain reference, joins the strips and takes them apart again.
+// Runs buildPrimitives, compares with the plain reference, then joins the strips and decodes them again.
 
 #include "Failure.h"
 #include "Input.h"
@@ -18,11 +18,11 @@ std::string differenceInPrimitives(const std::vector<IndexedPrimitive>& primitiv
     expected.calcOptPrim(input.parameters);
     const std::vector<reference::Primitive> all = expected.takePrimitives();
     if (all.size() != primitives.size()) {
-        return "another number of primitives";
+        return "the number of primitives differs";
     }
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (primitives[i].type != all[i].type) {
-            return "another type of primitive " + std::to_string(i);
+            return "the type of primitive " + std::to_string(i) + " differs";
         }
         if (std::string text = vexa::test::differenceInIndices("primitive", primitives[i].indices, all[i].indices);
             !text.empty()) {
@@ -36,7 +36,7 @@ void checkJoined(const std::vector<IndexedPrimitive>& strips, const meshes::Indi
     const auto joined = vexa::mesh::joinStrips(strips, join);
     const auto back = vexa::mesh::toTriangles(vexa::mesh::TRIANGLE_STRIP, joined);
     if (reference::canonical(back) != reference::canonical(triangles) || !vexa::mesh::sameTriangles(back, triangles)) {
-        fuzz::failUnlessEmpty("joined strips hold other triangles");
+        fuzz::failUnlessEmpty("joined strips hold different triangles");
     }
 }
 

@@ -1,0 +1,11 @@
+// Reads bytes as an OFF file: either a document comes out whose indices are in range, or an error that says why.
+
+#include "ImportedAsset.h"
+#include "io/import/OffReader.h"
+
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::checkImport([&] { return vexa::tool::readOff(vexa::tool::Bytes(data, data + size)); });
+    return 0;
+}
