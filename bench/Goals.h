@@ -8,15 +8,15 @@
 
 namespace bench {
 
-/// A bound that the measured figures are held against.
+/// An upper bound on a measured value.
 struct Goal {
     std::string text;
     double limit = 0;
-    std::optional<double> value; ///< empty when this run did not measure it
+    std::optional<double> value; ///< empty if this run did not measure it
 
-    [[nodiscard]] bool isReached() const { return value && *value <= limit; }
+    [[nodiscard]] bool isMet() const { return value && *value <= limit; }
 };
 
-std::vector<Goal> judge(const Results& results);
+std::vector<Goal> evaluateGoals(const Results& results);
 
 } // namespace bench

@@ -10,11 +10,11 @@ namespace bench {
 
 namespace {
 
-/// Runs shorter than this are repeated within a round until they make it up together.
-constexpr double minimumSeconds = 0.02;
+/// Shorter runs are repeated within a round until they add up to this.
+constexpr double minSeconds = 0.02;
 
-/// Time that this thread has had a core: on a busy machine the wall clock tells more of the others.
-double secondsOfThread() {
+/// CPU time of this thread: on a busy machine the wall clock mostly measures other processes.
+double threadSeconds() {
     timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
@@ -23,17 +23,17 @@ double secondsOfThread() {
 void runTimed(benchmark::State& state, const Contender& contender) {
     for ([[maybe_unused]] const auto iteration : state) {
         contender.prepare();
-        const double start = secondsOfThread();
+        const double start = threadSeconds();
         contender.run();
         benchmark::ClobberMemory();
-        state.SetIterationTime(secondsOfThread() - start);
+        state.SetIterationTime(threadSeconds() - start);
     }
 }
 
-/// Takes the times of one round, which come in the order of registration.
+/// Records the times of one round, which arrive in order of registration.
 class RoundReporter final : public benchmark::BenchmarkReporter {
 public:
-    explicit RoundReporter(std::vector<Figure>& figures) : figures_(figures) {}
+    explicit RoundReporter(std::vector<Stats>& contenders) : contenders_(contenders) {}
 
     bool ReportContext(const Context&) override {
         next_ = 0;
@@ -41,30 +41,30 @@ public:
     }
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
-            figures_.at(next_++).seconds.push_back(run.real_accumulated_time / static_cast<double>(run.iterations));
+            contenders_.at(next_++).seconds.push_back(run.real_accumulated_time / static_cast<double>(run.iterations));
         }
     }
 
 private:
-    std::vector<Figure>& figures_;
+    std::vector<Stats>& contenders_;
     std::size_t next_ = 0;
 };
 
-void check(const Contender& contender, Figure& figure) {
+void check(const Contender& contender, Stats& stats) {
     contender.prepare();
     contender.run();
     if (contender.inspect) {
-        figure.output = contender.inspect();
+        stats.output = contender.inspect();
     }
 }
 
-void measureMemory(const Comparison& comparison, std::vector<Figure>& figures) {
+void measureMemory(const Comparison& comparison, std::vector<Stats>& stats) {
     for (const Contender& contender : comparison.contenders) {
-        contender.prepare(); // frees what its last run left
+        contender.prepare(); // frees the result of its last run
     }
-    for (std::size_t i = 0; i < figures.size(); ++i) {
+    for (std::size_t i = 0; i < stats.size(); ++i) {
         if (const auto peak = peakBytesOf(comparison.contenders[i].run)) {
-            figures[i].peakBytes = static_cast<double>(*peak) - static_cast<double>(figures[i].output.bytes);
+            stats[i].peakBytes = static_cast<double>(*peak) - static_cast<double>(stats[i].output.bytes);
         }
     }
 }
@@ -80,47 +80,47 @@ double medianOf(std::vector<double> values) {
 
 } // namespace
 
-double Figure::median() const {
+double Stats::median() const {
     return medianOf(seconds);
 }
 
-const Figure* Measurement::find(std::string_view figure) const {
-    const auto found =
-        std::find_if(figures.begin(), figures.end(), [figure](const Figure& each) { return each.name == figure; });
-    return found == figures.end() ? nullptr : &*found;
+const Stats* Measurement::find(std::string_view contender) const {
+    const auto found = std::find_if(contenders.begin(), contenders.end(),
+                                    [contender](const Stats& each) { return each.name == contender; });
+    return found == contenders.end() ? nullptr : &*found;
 }
 
-const Figure* Measurement::best(Role role) const {
-    const Figure* best = nullptr;
-    for (const Figure& figure : figures) {
-        if (figure.role == role && (best == nullptr || figure.median() < best->median())) {
-            best = &figure;
+const Stats* Measurement::best(Role role) const {
+    const Stats* best = nullptr;
+    for (const Stats& contender : contenders) {
+        if (contender.role == role && (best == nullptr || contender.median() < best->median())) {
+            best = &contender;
         }
     }
     return best;
 }
 
-double ratio(const Figure& figure, const Figure& reference) {
+double ratio(const Stats& measured, const Stats& reference) {
     std::vector<double> ratios;
-    for (std::size_t i = 0; i < std::min(figure.seconds.size(), reference.seconds.size()); ++i) {
-        ratios.push_back(figure.seconds[i] / figure.elements / (reference.seconds[i] / reference.elements));
+    for (std::size_t i = 0; i < std::min(measured.seconds.size(), reference.seconds.size()); ++i) {
+        ratios.push_back(measured.seconds[i] / measured.elements / (reference.seconds[i] / reference.elements));
     }
     return medianOf(std::move(ratios));
 }
 
-const Figure* Results::find(std::string_view measurement, std::string_view figure) const {
+const Stats* Results::find(std::string_view measurement, std::string_view contender) const {
     for (const Measurement& each : measurements_) {
         if (each.name == measurement) {
-            return each.find(figure);
+            return each.find(contender);
         }
     }
     return nullptr;
 }
 
-std::optional<double> Results::ratio(std::string_view measurement, std::string_view figure,
+std::optional<double> Results::ratio(std::string_view measurement, std::string_view contender,
                                      std::string_view reference) const {
-    const Figure* const measured = find(measurement, figure);
-    const Figure* const other = find(measurement, reference);
+    const Stats* const measured = find(measurement, contender);
+    const Stats* const other = find(measurement, reference);
     if (measured == nullptr || other == nullptr) {
         return std::nullopt;
     }
@@ -130,20 +130,20 @@ std::optional<double> Results::ratio(std::string_view measurement, std::string_v
 Measurement measure(const Comparison& comparison) {
     Measurement measurement{comparison.name, comparison.unit, comparison.real, {}};
     for (const Contender& contender : comparison.contenders) {
-        measurement.figures.push_back({contender.name, contender.role, contender.elements, {}, {}, {}});
-        check(contender, measurement.figures.back());
+        measurement.contenders.push_back({contender.name, contender.role, contender.elements, {}, {}, {}});
+        check(contender, measurement.contenders.back());
         benchmark::RegisterBenchmark((comparison.name + ": " + contender.name).c_str(),
                                      [&contender](benchmark::State& state) { runTimed(state, contender); })
             ->UseManualTime()
-            ->MinTime(minimumSeconds);
+            ->MinTime(minSeconds);
     }
-    RoundReporter reporter(measurement.figures);
+    RoundReporter reporter(measurement.contenders);
     for (int round = 0; round < comparison.rounds; ++round) {
         benchmark::RunSpecifiedBenchmarks(&reporter, ".");
     }
     benchmark::ClearRegisteredBenchmarks();
     if (comparison.measuresMemory) {
-        measureMemory(comparison, measurement.figures);
+        measureMemory(comparison, measurement.contenders);
     }
     return measurement;
 }

@@ -14,7 +14,7 @@ namespace bench {
 
 namespace {
 
-/// The numbers of a text, comments left out.
+/// Reads numbers from text, skipping comments.
 class NumberReader {
 public:
     NumberReader(const std::string& text, std::size_t start)
@@ -57,7 +57,8 @@ void readFace(NumberReader& reader, std::vector<unsigned int>& triangles, std::s
     for (unsigned int& corner : face) {
         corner = reader.next<unsigned int>();
         if (corner >= vertexCount) {
-            throw std::runtime_error("a face names vertex " + std::to_string(corner) + ", which is not there");
+            throw std::runtime_error("a face refers to vertex " + std::to_string(corner) + " of " +
+                                     std::to_string(vertexCount));
         }
     }
     for (std::size_t i = 2; i < face.size(); ++i) {
@@ -68,7 +69,7 @@ void readFace(NumberReader& reader, std::vector<unsigned int>& triangles, std::s
 
 void parseOff(const std::string& text, Model& model) {
     if (!text.starts_with("OFF")) {
-        throw std::runtime_error("no OFF file");
+        throw std::runtime_error("not an OFF file");
     }
     NumberReader reader(text, 3);
     const auto vertexCount = reader.next<std::size_t>();
@@ -108,7 +109,8 @@ std::vector<ModelPtr> loadModels(const std::filesystem::path& directory) {
         }
     }
     if (models.empty()) {
-        throw std::runtime_error("no models in " + directory.string() + "; bench/models/fetch.sh brings them");
+        throw std::runtime_error("no models in " + directory.string() + "; run bench/models/fetch.sh " +
+                                 directory.string() + " first");
     }
     std::sort(models.begin(), models.end(), [](const ModelPtr& a, const ModelPtr& b) {
         return a->triangles.size() != b->triangles.size() ? a->triangles.size() > b->triangles.size()
@@ -117,7 +119,10 @@ std::vector<ModelPtr> loadModels(const std::filesystem::path& directory) {
     return models;
 }
 
-ModelPtr makeGrid(const std::string& name, unsigned int side) {
+namespace {
+
+template <class IsTurned>
+ModelPtr makeQuads(const std::string& name, unsigned int side, IsTurned isTurned) {
     const auto model = std::make_shared<Model>();
     model->name = name;
     for (unsigned int y = 0; y <= side; ++y) {
@@ -129,10 +134,25 @@ ModelPtr makeGrid(const std::string& name, unsigned int side) {
     for (unsigned int y = 0; y < side; ++y) {
         for (unsigned int x = 0; x < side; ++x) {
             const unsigned int v = y * row + x;
-            model->triangles.insert(model->triangles.end(), {v, v + 1, v + row, v + 1, v + row + 1, v + row});
+            if (isTurned()) {
+                model->triangles.insert(model->triangles.end(), {v, v + 1, v + row + 1, v, v + row + 1, v + row});
+            } else {
+                model->triangles.insert(model->triangles.end(), {v, v + 1, v + row, v + 1, v + row + 1, v + row});
+            }
         }
     }
     return model;
+}
+
+} // namespace
+
+ModelPtr makeGrid(const std::string& name, unsigned int side) {
+    return makeQuads(name, side, [] { return false; });
+}
+
+ModelPtr makeIrregularGrid(const std::string& name, unsigned int side) {
+    std::mt19937_64 random(1); // the same mesh in every run
+    return makeQuads(name, side, [&random] { return random() % 2 != 0; });
 }
 
 ModelPtr makeSphere(const std::string& name, unsigned int slices, unsigned int stacks) {
@@ -155,7 +175,7 @@ ModelPtr makeSphere(const std::string& name, unsigned int slices, unsigned int s
     for (unsigned int ring = 0; ring < stacks; ++ring) {
         for (unsigned int slice = 0; slice < slices; ++slice) {
             const unsigned int right = (slice + 1) % slices;
-            // Vertices above and below; at a pole one vertex stands for a whole ring.
+            // First vertices of the rings above and below; a pole is a ring of one vertex.
             const unsigned int above = ring == 0 ? 0 : (ring - 1) * slices + 1;
             const unsigned int below = ring * slices + 1;
             if (ring + 1 < stacks) {

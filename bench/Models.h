@@ -8,12 +8,12 @@
 
 namespace bench {
 
-/// A triangle mesh that something is measured on.
+/// A triangle mesh to measure on.
 struct Model {
     std::string name;
     std::vector<float> positions;        ///< x, y, z per vertex
     std::vector<unsigned int> triangles; ///< three vertex indices each
-    bool real = false;                   ///< scanned or drawn, not made by a formula
+    bool real = false;                   ///< scanned or modelled, not generated
 
     [[nodiscard]] std::size_t vertexCount() const { return positions.size() / 3; }
     [[nodiscard]] std::size_t triangleCount() const { return triangles.size() / 3; }
@@ -23,23 +23,25 @@ using ModelPtr = std::shared_ptr<const Model>;
 
 /// Reads a text OFF file; polygons are cut into triangles around their first corner.
 ///
-/// \throw std::runtime_error the file cannot be read or is no OFF file
+/// \throw std::runtime_error the file cannot be read or is not an OFF file
 ModelPtr loadOff(const std::filesystem::path& file);
 
-/// Every OFF file of a directory, the largest first.
+/// Loads every OFF file of a directory, largest first.
 ///
 /// \throw std::runtime_error there is none
 std::vector<ModelPtr> loadModels(const std::filesystem::path& directory);
 
 /// A flat square of `side` by `side` quads, two triangles each, row by row.
 ModelPtr makeGrid(const std::string& name, unsigned int side);
+/// The same square with every quad cut along one diagonal or the other at random, so that vertices differ in degree.
+ModelPtr makeIrregularGrid(const std::string& name, unsigned int side);
 /// A sphere of rings with a fan of `slices` triangles at each pole.
 ModelPtr makeSphere(const std::string& name, unsigned int slices, unsigned int stacks);
 /// A closed fan of `count` triangles around one vertex.
 ModelPtr makeHub(const std::string& name, unsigned int count);
 /// `count` triangles that share no vertex.
 ModelPtr makeSoup(const std::string& name, unsigned int count);
-/// The same triangles in random order, the vertices as they were.
+/// The same triangles in random order; the vertices keep theirs.
 ModelPtr makeShuffled(const std::string& name, const Model& model);
 
 } // namespace bench

@@ -21,15 +21,15 @@ NormalsPtr makeNormals(std::size_t count) {
 
 std::string compareNormals(const Normals& normals, const std::function<glm::vec3(std::size_t)>& unpackedAt) {
     constexpr std::size_t samples = 10'000;
-    constexpr float toleratedDegrees = 3.0F;
+    constexpr float maxDegrees = 3.0F;
     float worst = 0;
     for (std::size_t i = 0; i < normals.size(); i += std::max<std::size_t>(normals.size() / samples, 1)) {
         const float cosine = glm::dot(normals[i], glm::normalize(unpackedAt(i)));
         const float degrees = std::acos(std::min(cosine, 1.0F)) * 180.0F / std::numbers::pi_v<float>;
-        // Also true for a vector that is no number.
+        // Written so that a NaN counts as worst.
         worst = degrees <= worst ? worst : degrees;
     }
-    return worst <= toleratedDegrees ? std::string() : "off by " + std::to_string(worst) + " degrees";
+    return worst <= maxDegrees ? std::string() : "off by " + std::to_string(worst) + " degrees";
 }
 
 } // namespace bench

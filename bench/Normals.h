@@ -12,12 +12,12 @@ namespace bench {
 using Normals = std::vector<glm::vec3>;
 using NormalsPtr = std::shared_ptr<const Normals>;
 
-/// Unit vectors in all directions, the same in every run.
+/// Random unit vectors, the same in every run.
 NormalsPtr makeNormals(std::size_t count);
 
-/// Compares the directions of some of the normals with what unpacking gave for them, of whatever length.
+/// Compares the directions of a sample of the normals with those of their unpacked versions, which may have any length.
 ///
-/// \return empty when each is near enough for two bytes, otherwise the worst
+/// \return empty if all are as close as two bytes allow, otherwise the largest error
 std::string compareNormals(const Normals& normals, const std::function<glm::vec3(std::size_t)>& unpackedAt);
 
 } // namespace bench

@@ -12,7 +12,7 @@ namespace bench {
 
 namespace {
 
-/// A line of /proc/self/status that counts in kB.
+/// Reads a line of /proc/self/status whose unit is kB.
 std::uint64_t readStatus(const std::string& key) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
@@ -24,9 +24,9 @@ std::uint64_t readStatus(const std::string& key) {
 }
 
 [[noreturn]] void measureInChild(const std::function<void()>& function, int target) {
-    // A huge page counts whole however little of it is touched.
+    // A huge page would count in full however little of it is touched.
     prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0);
-    // The threshold of a fresh process; the parent's has grown with what it has freed.
+    // The threshold of a fresh process; the parent's has grown with every large block that it freed.
     mallopt(M_MMAP_THRESHOLD, 128 * 1024);
     bool done = false;
     const std::uint64_t before = readStatus("VmRSS");
@@ -34,12 +34,12 @@ std::uint64_t readStatus(const std::string& key) {
     try {
         function();
         done = true;
-    } catch (const std::exception&) { // told by the missing answer
+    } catch (const std::exception&) { // the missing answer reports it
     }
-    // Code that this process meets for the first time is none of the function's memory.
-    const std::uint64_t known = before + readStatus("RssFile") - codeBefore;
-    const std::uint64_t highest = readStatus("VmHWM");
-    const std::uint64_t peak = highest > known ? highest - known : 0;
+    // Code pages that are mapped for the first time are not the function's memory.
+    const std::uint64_t baseline = before + readStatus("RssFile") - codeBefore;
+    const std::uint64_t peakResident = readStatus("VmHWM");
+    const std::uint64_t peak = peakResident > baseline ? peakResident - baseline : 0;
     done = done && write(target, &peak, sizeof(peak)) == sizeof(peak);
     _exit(done ? 0 : 1);
 }
@@ -47,8 +47,8 @@ std::uint64_t readStatus(const std::string& key) {
 } // namespace
 
 std::optional<std::uint64_t> peakBytesOf(const std::function<void()>& function) {
-    // Free memory that stays with the process would serve the child without growing it. Its peak starts at what it has
-    // when it begins, so this must come before.
+    // The child could use free memory that the process holds without growing, and its peak starts at its initial size:
+    // so trim before the fork.
     malloc_trim(0);
     int ends[2];
     if (pipe(ends) != 0) {

@@ -6,10 +6,10 @@
 
 namespace bench {
 
-/// The memory that a function touches at its peak, in a process of its own: the growth of the resident set, so that
-/// whatever allocates counts, and reserved memory that is never touched does not.
+/// Measures the peak memory of a function in a child process, as growth of the resident set: every allocator counts,
+/// and reserved memory that is never touched does not.
 ///
-/// \return empty when the process failed
+/// \return bytes; empty if the process failed
 std::optional<std::uint64_t> peakBytesOf(const std::function<void()>& function);
 
 } // namespace bench

@@ -26,8 +26,8 @@ const char* textOf(Role role) {
     return "";
 }
 
-std::optional<double> ratioTo(const Figure& figure, const Figure* reference) {
-    return reference == nullptr ? std::nullopt : std::optional(ratio(figure, *reference));
+std::optional<double> ratioTo(const Stats& measured, const Stats* reference) {
+    return reference == nullptr ? std::nullopt : std::optional(ratio(measured, *reference));
 }
 
 std::string withDecimals(std::optional<double> value, int decimals) {
@@ -39,70 +39,92 @@ std::string withDecimals(std::optional<double> value, int decimals) {
     return text;
 }
 
-/// Three digits that count, so that fractions and hundreds read equally well.
+/// Three significant digits, so that fractions and hundreds are equally readable.
 std::string rounded(std::optional<double> value) {
     const double size = std::abs(value.value_or(0));
     return withDecimals(value, size < 10 ? 2 : size < 100 ? 1 : 0);
 }
 
-std::optional<double> perElement(const Figure& figure, std::optional<double> amount) {
-    return amount ? std::optional(*amount / figure.elements) : std::nullopt;
+std::optional<double> perElement(const Stats& stats, std::optional<double> amount) {
+    return amount ? std::optional(*amount / stats.elements) : std::nullopt;
 }
 
-std::optional<double> indicesOf(const Figure& figure) {
-    return figure.output.indices == 0 ? std::nullopt : std::optional(static_cast<double>(figure.output.indices));
+std::optional<double> indicesOf(const Stats& stats) {
+    return stats.output.indices == 0 ? std::nullopt : std::optional(static_cast<double>(stats.output.indices));
 }
 
 json valueOf(std::optional<double> value) {
     return value ? json(*value) : json(nullptr);
 }
 
-json describe(const Figure& figure, const Figure* peer, const Figure* limit) {
-    return {{"name", figure.name},
-            {"role", textOf(figure.role)},
-            {"elements", figure.elements},
-            {"seconds", figure.seconds},
-            {"medianSeconds", figure.median()},
-            {"nanosecondsPerElement", figure.median() * 1e9 / figure.elements},
-            {"ratioToBestPeer", valueOf(ratioTo(figure, peer))},
-            {"ratioToLimit", valueOf(ratioTo(figure, limit))},
-            {"indices", valueOf(indicesOf(figure))},
-            {"peakBytesPerElement", valueOf(perElement(figure, figure.peakBytes))},
-            {"fault", figure.output.fault}};
+json describe(const Stats& stats, const Stats* peer, const Stats* limit) {
+    return {{"name", stats.name},
+            {"role", textOf(stats.role)},
+            {"elements", stats.elements},
+            {"seconds", stats.seconds},
+            {"medianSeconds", stats.median()},
+            {"nanosecondsPerElement", stats.median() * 1e9 / stats.elements},
+            {"ratioToBestPeer", valueOf(ratioTo(stats, peer))},
+            {"ratioToLimit", valueOf(ratioTo(stats, limit))},
+            {"indices", valueOf(indicesOf(stats))},
+            {"joinedByRestart", stats.output.joined.byRestart},
+            {"joinedByDegenerates", stats.output.joined.byDegenerates},
+            {"peakBytesPerElement", valueOf(perElement(stats, stats.peakBytes))},
+            {"error", stats.output.error}};
 }
 
 const char* verdict(const Goal& goal) {
-    return !goal.value ? "not measured" : goal.isReached() ? "reached" : "not reached";
+    return !goal.value ? "not measured" : goal.isMet() ? "met" : "missed";
 }
 
 } // namespace
 
-void printHeading(const Surroundings& surroundings) {
-    for (const auto& [key, value] : surroundings) {
+void printHeading(const Environment& environment) {
+    for (const auto& [key, value] : environment) {
         std::printf("%-14s %s\n", key.c_str(), value.c_str());
     }
     std::printf(
-        "\nTimes are medians of the core's time; ratios are medians over the rounds, this one through that one.\n"
-        "The best peer is the fastest that does all of the work.\n"
-        "Memory is what a run on a large model touches at its peak beyond input and result; where a graph or a\n"
-        "mesh is the result, all that it touches.\n\n%-34s %9s %8s %9s %9s %8s %8s\n",
+        "\nTimes are medians of CPU time; ratios are medians over the rounds of one time divided by the other.\n"
+        "The peer is the fastest one that does all of the work.\n"
+        "Memory (bytes per element) is the peak beyond input and result, on large models only; where the result is a\n"
+        "graph or a mesh, that counts too.\n\n%-34s %9s %8s %9s %9s %8s %8s\n",
         "", "ms", "ns each", "to peer", "to limit", "indices", "bytes");
 }
 
 void printMeasurement(const Measurement& measurement) {
-    const Figure* const peer = measurement.best(Role::Peer);
-    const Figure* const limit = measurement.best(Role::Limit);
+    const Stats* const peer = measurement.best(Role::Peer);
+    const Stats* const limit = measurement.best(Role::Limit);
     std::printf("%s, per %s\n", measurement.name.c_str(), measurement.unit.c_str());
-    for (const Figure& figure : measurement.figures) {
-        const double median = figure.median();
-        std::printf("  %-32s %9s %8s %9s %9s %8s %8s%s%s\n", figure.name.c_str(), rounded(median * 1e3).c_str(),
-                    rounded(median * 1e9 / figure.elements).c_str(), rounded(ratioTo(figure, peer)).c_str(),
-                    rounded(ratioTo(figure, limit)).c_str(),
-                    withDecimals(perElement(figure, indicesOf(figure)), 3).c_str(),
-                    withDecimals(perElement(figure, figure.peakBytes), 1).c_str(),
-                    figure.output.fault.empty() ? "" : "  WRONG: ", figure.output.fault.c_str());
+    for (const Stats& stats : measurement.contenders) {
+        const double median = stats.median();
+        std::printf("  %-32s %9s %8s %9s %9s %8s %8s%s%s\n", stats.name.c_str(), rounded(median * 1e3).c_str(),
+                    rounded(median * 1e9 / stats.elements).c_str(), rounded(ratioTo(stats, peer)).c_str(),
+                    rounded(ratioTo(stats, limit)).c_str(),
+                    withDecimals(perElement(stats, indicesOf(stats)), 3).c_str(),
+                    withDecimals(perElement(stats, stats.peakBytes), 1).c_str(),
+                    stats.output.error.empty() ? "" : "  WRONG: ", stats.output.error.c_str());
     }
     std::fflush(stdout);
+}
+
+void printIndexTable(const Results& results) {
+    std::printf(
+        "\nIndices per triangle of joined strips, and misses per triangle of vertex caches of 16 and 32 entries\n"
+        "  %-26s %-34s %8s %10s %8s %8s\n",
+        "", "", "restart", "degenerate", "FIFO 16", "FIFO 32");
+    for (const Measurement& measurement : results.all()) {
+        for (const Stats& stats : measurement.contenders) {
+            const JoinedStrips& joined = stats.output.joined;
+            const auto perTriangle = [&stats](std::uint64_t count) {
+                return count == 0 ? "-" : withDecimals(static_cast<double>(count) / stats.elements, 4);
+            };
+            if (joined.byRestart != 0 || joined.byDegenerates != 0) {
+                std::printf("  %-26s %-34s %8s %10s %8s %8s\n", measurement.name.c_str(), stats.name.c_str(),
+                            perTriangle(joined.byRestart).c_str(), perTriangle(joined.byDegenerates).c_str(),
+                            perTriangle(joined.misses16).c_str(), perTriangle(joined.misses32).c_str());
+            }
+        }
+    }
 }
 
 void printGoals(const std::vector<Goal>& goals) {
@@ -113,22 +135,22 @@ void printGoals(const std::vector<Goal>& goals) {
     }
 }
 
-void writeJson(const std::filesystem::path& file, const Surroundings& surroundings, const Results& results,
+void writeJson(const std::filesystem::path& file, const Environment& environment, const Results& results,
                const std::vector<Goal>& goals) {
     json document;
-    for (const auto& [key, value] : surroundings) {
-        document["surroundings"][key] = value;
+    for (const auto& [key, value] : environment) {
+        document["environment"][key] = value;
     }
     document["measurements"] = json::array();
     for (const Measurement& measurement : results.all()) {
-        json figures = json::array();
-        for (const Figure& figure : measurement.figures) {
-            figures.push_back(describe(figure, measurement.best(Role::Peer), measurement.best(Role::Limit)));
+        json contenders = json::array();
+        for (const Stats& stats : measurement.contenders) {
+            contenders.push_back(describe(stats, measurement.best(Role::Peer), measurement.best(Role::Limit)));
         }
         document["measurements"].push_back({{"name", measurement.name},
                                             {"unit", measurement.unit},
                                             {"realModel", measurement.real},
-                                            {"figures", figures}});
+                                            {"contenders", contenders}});
     }
     document["goals"] = json::array();
     for (const Goal& goal : goals) {

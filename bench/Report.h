@@ -10,15 +10,17 @@
 
 namespace bench {
 
-/// What was measured with: the machine, the compiler, the peers.
-using Surroundings = std::vector<std::pair<std::string, std::string>>;
+/// The machine, the compiler and the peers' versions.
+using Environment = std::vector<std::pair<std::string, std::string>>;
 
-void printHeading(const Surroundings& surroundings);
-/// One comparison's lines of the table.
+void printHeading(const Environment& environment);
+/// Prints the table rows of one comparison.
 void printMeasurement(const Measurement& measurement);
+/// Prints how many indices per triangle each contender needs for joined strips, model by model.
+void printIndexTable(const Results& results);
 void printGoals(const std::vector<Goal>& goals);
 
-void writeJson(const std::filesystem::path& file, const Surroundings& surroundings, const Results& results,
+void writeJson(const std::filesystem::path& file, const Environment& environment, const Results& results,
                const std::vector<Goal>& goals);
 
 } // namespace bench

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <iterator>
+#include <unordered_map>
 
 namespace bench {
 
@@ -15,7 +16,7 @@ bool isCollapsed(const Corners& c) {
     return c[0] == c[1] || c[1] == c[2] || c[2] == c[0];
 }
 
-/// Hands over every triangle that is not collapsed, from its smallest corner.
+/// Calls `visit` for every triangle that is not collapsed, rotated to start at its smallest corner.
 template <typename Visit>
 void visitTriangles(std::span<const unsigned int> triangles, Visit visit) {
     for (std::size_t i = 0; i + 3 <= triangles.size(); i += 3) {
@@ -27,14 +28,14 @@ void visitTriangles(std::span<const unsigned int> triangles, Visit visit) {
     }
 }
 
-/// The finishing step of a well-known generator: every bit of the result depends on every bit of the number.
+/// The finaliser of SplitMix64: every bit of the result depends on every bit of the number.
 std::uint64_t scramble(std::uint64_t number) {
     number = (number ^ (number >> 30)) * 0xBF58476D1CE4E5B9;
     number = (number ^ (number >> 27)) * 0x94D049BB133111EB;
     return number ^ (number >> 31);
 }
 
-/// Sums over a set of triangles, the same in whatever order they come.
+/// Checksums of a multiset of triangles, independent of their order.
 struct Tally {
     std::uint64_t count = 0;
     std::uint64_t first = 0;
@@ -83,13 +84,28 @@ std::string compareTriangles(std::span<const unsigned int> input, std::span<cons
     if (tallyOf(input) == tallyOf(output)) {
         return {};
     }
-    const std::vector<Corners> wanted = sorted(input);
-    const std::vector<Corners> found = sorted(output);
+    const std::vector<Corners> expected = sorted(input);
+    const std::vector<Corners> actual = sorted(output);
     std::vector<Corners> lost;
-    std::set_difference(wanted.begin(), wanted.end(), found.begin(), found.end(), std::back_inserter(lost));
+    std::set_difference(expected.begin(), expected.end(), actual.begin(), actual.end(), std::back_inserter(lost));
     std::vector<Corners> added;
-    std::set_difference(found.begin(), found.end(), wanted.begin(), wanted.end(), std::back_inserter(added));
-    return std::to_string(lost.size()) + " triangles lost, " + std::to_string(added.size()) + " others added";
+    std::set_difference(actual.begin(), actual.end(), expected.begin(), expected.end(), std::back_inserter(added));
+    return std::to_string(lost.size()) + " triangles lost, " + std::to_string(added.size()) + " added";
+}
+
+std::uint64_t countCacheMisses(std::span<const unsigned int> strip, std::uint32_t cacheSize) {
+    std::unordered_map<unsigned int, std::uint64_t> loadedAt;
+    std::uint64_t misses = 0;
+    for (const unsigned int vertex : strip) {
+        if (vertex == restartIndex) {
+            continue;
+        }
+        const auto found = loadedAt.find(vertex);
+        if (found == loadedAt.end() || misses - found->second > cacheSize) {
+            loadedAt[vertex] = misses++;
+        }
+    }
+    return misses;
 }
 
 } // namespace bench

@@ -38,11 +38,11 @@ struct Options {
 [[noreturn]] void printUsageAndExit(const char* program, int status) {
     std::fprintf(status == 0 ? stdout : stderr,
                  "usage: %s [--quick] [--list] [--models=DIRECTORY] [--out=FILE] [--benchmark_filter=REGEX]\n"
-                 "  --quick              three rounds, without the heaviest comparisons\n"
-                 "  --list               names the comparisons and ends\n"
-                 "  --models             where fetch.sh has put the real models (build/bench/models)\n"
-                 "  --out                where the figures go as JSON (build/bench/results.json)\n"
-                 "  --benchmark_filter   only the comparisons whose name matches\n",
+                 "  --quick              three rounds, without the slowest comparisons\n"
+                 "  --list               list the comparisons and exit\n"
+                 "  --models             directory of the real models, see fetch.sh (build/bench/models)\n"
+                 "  --out                JSON file for the results (build/bench/results.json)\n"
+                 "  --benchmark_filter   run only the comparisons whose name matches\n",
                  program);
     std::exit(status);
 }
@@ -71,14 +71,14 @@ Options parse(int argc, char** argv) {
     return options;
 }
 
-/// Keeps to the core that the scheduler has chosen, so that caches stay warm and no round starts elsewhere.
+/// Stays on the core that the scheduler has chosen, so that caches stay warm from round to round.
 int pinToOneCore() {
     const int core = sched_getcpu();
     cpu_set_t cores;
     CPU_ZERO(&cores);
     CPU_SET(static_cast<unsigned int>(core), &cores);
     if (sched_setaffinity(0, sizeof(cores), &cores) != 0) {
-        std::fprintf(stderr, "cannot stay on core %d; the figures will scatter more\n", core);
+        std::fprintf(stderr, "cannot pin to core %d; expect more noise\n", core);
     }
     return core;
 }
@@ -93,19 +93,19 @@ std::string processorName() {
     return "unknown";
 }
 
-bench::Surroundings describeSurroundings(int core) {
-    bench::Surroundings surroundings{{"processor", processorName() + ", core " + std::to_string(core)},
-                                     {"compiler", compilerName}};
+bench::Environment describeEnvironment(int core) {
+    bench::Environment environment{{"processor", processorName() + ", core " + std::to_string(core)},
+                                   {"compiler", compilerName}};
     for (auto& peer : bench::peerVersions()) {
-        surroundings.push_back(std::move(peer));
+        environment.push_back(std::move(peer));
     }
-    return surroundings;
+    return environment;
 }
 
 std::vector<bench::Case> chooseCases(const Options& options, const std::vector<bench::ModelPtr>& models) {
     std::vector<bench::Case> all;
-    for (const auto& area : {bench::stripCases(models), bench::passCases(models), bench::adjacencyCases(models),
-                             bench::edgeCases(models), bench::operationCases()}) {
+    for (const auto& area : {bench::stripCases(models), bench::passCases(models), bench::boundCases(models),
+                             bench::adjacencyCases(models), bench::edgeCases(models), bench::operationCases()}) {
         all.insert(all.end(), area.begin(), area.end());
     }
     const std::regex filter(options.filter);
@@ -115,9 +115,9 @@ std::vector<bench::Case> chooseCases(const Options& options, const std::vector<b
     return all;
 }
 
-bool ownFiguresAreRight(const bench::Measurement& measurement) {
-    return std::all_of(measurement.figures.begin(), measurement.figures.end(), [](const bench::Figure& figure) {
-        return figure.role != bench::Role::Own || figure.output.fault.empty();
+bool ownResultsAreCorrect(const bench::Measurement& measurement) {
+    return std::all_of(measurement.contenders.begin(), measurement.contenders.end(), [](const bench::Stats& contender) {
+        return contender.role != bench::Role::Own || contender.output.error.empty();
     });
 }
 
@@ -129,13 +129,13 @@ int run(const Options& options) {
         }
         return 0;
     }
-    const bench::Surroundings surroundings = describeSurroundings(pinToOneCore());
-    // A program that wants speed of many passes refuses their records.
+    const bench::Environment environment = describeEnvironment(pinToOneCore());
+    // Log records of every pass would dominate the time of many passes.
     boost::log::core::get()->set_filter([](const boost::log::attribute_value_set&) { return false; });
 
-    bench::printHeading(surroundings);
+    bench::printHeading(environment);
     bench::Results results;
-    bool right = true;
+    bool correct = true;
     for (const bench::Case& each : cases) {
         bench::Comparison comparison = each.make();
         if (options.quick) {
@@ -143,13 +143,14 @@ int run(const Options& options) {
         }
         bench::Measurement measurement = bench::measure(comparison);
         bench::printMeasurement(measurement);
-        right = right && ownFiguresAreRight(measurement);
+        correct = correct && ownResultsAreCorrect(measurement);
         results.add(std::move(measurement));
     }
-    const std::vector<bench::Goal> goals = bench::judge(results);
+    bench::printIndexTable(results);
+    const std::vector<bench::Goal> goals = bench::evaluateGoals(results);
     bench::printGoals(goals);
-    bench::writeJson(options.output, surroundings, results, goals);
-    return right ? 0 : 1;
+    bench::writeJson(options.output, environment, results, goals);
+    return correct ? 0 : 1;
 }
 
 } // namespace

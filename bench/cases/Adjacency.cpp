@@ -22,7 +22,7 @@ Case adjacencyCase(const std::string& model, std::function<ModelPtr()> make, boo
     return {name, heavy, [name, make = std::move(make)] { return compareAdjacency(make(), name); }};
 }
 
-/// Against the dragon: each peer takes the square of the hub's triangles.
+/// Compared with the dragon, because the peers take quadratic time on a hub.
 Comparison compareHub(const ModelPtr& dragon) {
     const ModelPtr hub = makeHub("hub", 1'000'000);
     return {"adjacency/hub",
@@ -40,7 +40,7 @@ Comparison compareEdges(const ModelPtr& model, const std::string& name) {
                           false,
                           roundsFor(*model),
                           {edgeLinesContender(names::edges, model), openMeshEdges(model), copyOfIndices(model)}};
-    // Two indices an edge: as many bytes as the edge list has.
+    // Two indices per edge: as many bytes as the edge list.
     comparison.contenders.back().elements = static_cast<double>(model->triangles.size()) / 2;
     return comparison;
 }
@@ -49,7 +49,7 @@ Comparison compareEdges(const ModelPtr& model, const std::string& name) {
 
 std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels) {
     std::vector<Case> cases;
-    for (const ModelPtr& model : largest(realModels, 4)) {
+    for (const ModelPtr& model : takeLargest(realModels, 4)) {
         cases.push_back(adjacencyCase(
             model->name, [model] { return model; }, false));
     }
@@ -64,7 +64,7 @@ std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels) {
 
 std::vector<Case> edgeCases(const std::vector<ModelPtr>& realModels) {
     std::vector<Case> cases;
-    for (const ModelPtr& model : largest(realModels, 2)) {
+    for (const ModelPtr& model : takeLargest(realModels, 2)) {
         const std::string name = "edges/" + model->name;
         cases.push_back({name, false, [model, name] { return compareEdges(model, name); }});
     }

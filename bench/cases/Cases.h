@@ -9,17 +9,19 @@
 
 namespace bench {
 
-/// A comparison that is set up when its turn comes, so that only one is in memory at a time.
+/// A comparison that is set up only when it runs, so that one at a time is in memory.
 struct Case {
     std::string name;
-    bool heavy = false; ///< left out of a quick run
+    bool heavy = false; ///< skipped in a quick run
     std::function<Comparison()> make;
 };
 
-/// The index lists: primitives from a triangle list, on real and on made models.
+/// Index lists: primitives from a triangle list, on real and on synthetic models.
 std::vector<Case> stripCases(const std::vector<ModelPtr>& realModels);
-/// What more passes cost.
+/// The cost of additional passes.
 std::vector<Case> passCases(const std::vector<ModelPtr>& realModels);
+/// A lower bound on indices, and the strips that come near it.
+std::vector<Case> boundCases(const std::vector<ModelPtr>& realModels);
 /// Connectivity from a triangle list.
 std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels);
 /// Edge lists from connectivity.
@@ -28,17 +30,26 @@ std::vector<Case> edgeCases(const std::vector<ModelPtr>& realModels);
 /// The mesh operations, on ten million elements.
 std::vector<Case> operationCases();
 
-/// What the goals compare, by name.
+/// Names of contenders and models that the goals refer to.
 namespace names {
 
 inline constexpr const char* build = "buildPrimitives";
 inline constexpr const char* buildTen = "buildPrimitives, 10 passes";
 inline constexpr const char* joined = "buildPrimitives, joinStrips";
+inline constexpr const char* effort0 = "buildStripBuffer, effort 0";
+inline constexpr const char* effort1 = "buildStripBuffer, effort 1";
+inline constexpr const char* effort2 = "buildStripBuffer, effort 2";
+inline constexpr const char* degenerate2 = "buildStripBuffer, effort 2, degen.";
+inline constexpr const char* cacheOrder = "buildStripBuffer, vertex cache";
+inline constexpr const char* flowSmall = "effort 2, mesh of 70 k";
+inline constexpr const char* flowLarge = "effort 2, mesh of 8 M";
 inline constexpr const char* graph = "graph";
 inline constexpr const char* graphTen = "graph, 10 passes";
 inline constexpr const char* add = "addTriangles";
 inline constexpr const char* addHub = "addTriangles, hub";
 inline constexpr const char* edges = "calcEgdeLines";
+inline constexpr const char* bound = "minIndexCount";
+inline constexpr const char* boundedBuffer = "buildStripBuffer, effort 2";
 inline constexpr const char* tenSmall = "10 passes, grid of 70 k";
 inline constexpr const char* tenLarge = "10 passes, grid of 2 M";
 
@@ -49,18 +60,18 @@ inline constexpr const char* validate = "isValid";
 inline constexpr const char* pack = "transformAttributes, packing";
 inline constexpr const char* unpack = "transformAttributes, unpacking";
 inline constexpr const char* append = "concatMeshes";
-inline constexpr const char* ownBuffer = "library's buffer";
-inline constexpr const char* derivedBuffer = "class derived from it";
-inline constexpr const char* foreignBuffer = "class of the program's";
+inline constexpr const char* ownBuffer = "library's own buffer";
+inline constexpr const char* derivedBuffer = "class derived from the library's";
+inline constexpr const char* foreignBuffer = "class of the caller's own";
 
-inline constexpr const char* scaled = "limit: scaled in place";
+inline constexpr const char* scaled = "limit: scale in place";
 inline constexpr const char* read = "limit: read";
-inline constexpr const char* copied = "limit: copied";
+inline constexpr const char* copied = "limit: copy";
 
 inline constexpr const char* meshoptimizer = "meshoptimizer";
 inline constexpr const char* openMesh = "OpenMesh";
 inline constexpr const char* cgal = "CGAL Surface_mesh";
-inline constexpr const char* cgalBatch = "CGAL Surface_mesh, all at once";
+inline constexpr const char* cgalBatch = "CGAL Surface_mesh, one call";
 inline constexpr const char* vtk = "VTK vtkStripper";
 
 inline constexpr const char* dragon = "dragon";
@@ -68,16 +79,16 @@ inline constexpr const char* shuffled = "dragon shuffled";
 
 } // namespace names
 
-/// Rounds of a comparison whose contenders take about this many triangles.
+/// Number of rounds for a comparison on a model of this size.
 int roundsFor(const Model& model);
 
-/// The kernel counts a process's memory in steps of some hundred kB, so that small models show those.
+/// Only for large models: the kernel counts resident memory in steps of some hundred kB.
 bool measuresMemoryOf(const Model& model);
 
-/// The first of a list that begins with the largest.
-std::vector<ModelPtr> largest(const std::vector<ModelPtr>& models, std::size_t count);
+/// The first `count` models of a list that is sorted from large to small.
+std::vector<ModelPtr> takeLargest(const std::vector<ModelPtr>& models, std::size_t count);
 
-/// The model of that name.
+/// Finds a model by name.
 ///
 /// \throw std::runtime_error there is none
 ModelPtr findModel(const std::vector<ModelPtr>& models, const std::string& name);

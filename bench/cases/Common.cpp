@@ -1,4 +1,5 @@
 #include "cases/Cases.h"
+#include "peers/Peers.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -9,11 +10,17 @@ int roundsFor(const Model& model) {
     return model.triangleCount() > 200'000 ? 5 : 9;
 }
 
+JoinedStrips joinPlainly(std::span<const vexa::mesh::IndexedPrimitive> strips) {
+    using vexa::mesh::StripJoin;
+    return {vexa::mesh::joinStrips(strips, StripJoin::Restart).size(),
+            vexa::mesh::joinStrips(strips, StripJoin::Degenerate).size()};
+}
+
 bool measuresMemoryOf(const Model& model) {
     return model.triangleCount() > 500'000;
 }
 
-std::vector<ModelPtr> largest(const std::vector<ModelPtr>& models, std::size_t count) {
+std::vector<ModelPtr> takeLargest(const std::vector<ModelPtr>& models, std::size_t count) {
     return {models.begin(), models.begin() + static_cast<std::ptrdiff_t>(std::min(count, models.size()))};
 }
 
@@ -21,7 +28,7 @@ ModelPtr findModel(const std::vector<ModelPtr>& models, const std::string& name)
     const auto found =
         std::find_if(models.begin(), models.end(), [&name](const ModelPtr& model) { return model->name == name; });
     if (found == models.end()) {
-        throw std::runtime_error("there is no model " + name);
+        throw std::runtime_error("no model is named " + name);
     }
     return *found;
 }

@@ -6,11 +6,11 @@
 
 namespace bench {
 
-/// An empty buffer of three floats an element, as a host program might store them itself.
+/// An empty buffer with three floats per element, as a host program might implement it.
 std::shared_ptr<vexa::mesh::AttributeBuffer> makeForeignBuffer(const std::string& name);
 
-/// An empty buffer of the same layout, of a class derived from the library's own without changing it: the library knows
-/// it only by its interface.
+/// An empty buffer of the same layout whose class derives from the library's own and changes nothing. The library must
+/// still go through its interface.
 std::shared_ptr<vexa::mesh::AttributeBuffer> makeDerivedBuffer(const std::string& name);
 
 } // namespace bench

@@ -63,7 +63,7 @@ Contender copied(std::size_t bytes, double elements) {
     return contender;
 }
 
-void renewMemory() {
+void releaseFreeMemory() {
     malloc_trim(0);
 }
 
@@ -73,7 +73,7 @@ Contender copiedToNewMemory(std::size_t bytes, double elements) {
     Contender contender = limit(names::copied, elements);
     contender.prepare = [target] {
         target->reset();
-        renewMemory();
+        releaseFreeMemory();
     };
     contender.run = [source, target] {
         *target = std::make_unique_for_overwrite<unsigned char[]>(source->size());

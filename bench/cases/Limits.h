@@ -5,23 +5,24 @@
 
 #include <cstddef>
 
-/// What the memory allows: loops that do nothing but move the data that the work has to move. `elements` is what a
-/// run's time is divided by.
+/// Lower bounds set by the memory: loops that do nothing but move the data that the work has to move. Times are divided
+/// by `elements`.
 namespace bench {
 
-/// The index list of a model copied, per triangle.
+/// Copies the index list of a model; per triangle.
 Contender copyOfIndices(const ModelPtr& model);
 
-/// Floats multiplied where they are.
+/// Multiplies floats in place.
 Contender scaledInPlace(std::size_t floats, double elements);
-/// Bytes read.
+/// Reads bytes.
 Contender readThrough(std::size_t bytes, double elements);
-/// Bytes copied to where others have been before.
+/// Copies bytes into memory that has been written before.
 Contender copied(std::size_t bytes, double elements);
-/// Gives the free memory of the process back, so that what is allocated next is new to it, whatever ran before.
-void renewMemory();
-
-/// Bytes copied into newly allocated memory.
+/// Copies bytes into newly allocated memory.
 Contender copiedToNewMemory(std::size_t bytes, double elements);
+
+/// Returns the free memory of the process to the system, so that the next allocation gets fresh pages whatever ran
+/// before.
+void releaseFreeMemory();
 
 } // namespace bench

@@ -30,10 +30,10 @@ constexpr std::size_t bytesOfVectors = elementCount * sizeof(glm::vec3);
 constexpr std::size_t bytesOfIndices = elementCount * sizeof(unsigned int);
 constexpr int rounds = 7;
 
-/// A turn and a small step: however often it is applied, the numbers stay of a size.
+/// A rotation and a small translation: however often it is applied, the values keep their magnitude.
 glm::mat4 makePlacement() {
-    const glm::mat4 turned = glm::rotate(glm::mat4(1.0F), 0.1F, glm::vec3(1.0F, 2.0F, 3.0F));
-    return glm::translate(turned, glm::vec3(0.01F, 0.02F, 0.03F));
+    const glm::mat4 rotation = glm::rotate(glm::mat4(1.0F), 0.1F, glm::vec3(1.0F, 2.0F, 3.0F));
+    return glm::translate(rotation, glm::vec3(0.01F, 0.02F, 0.03F));
 }
 
 AttributePtr fill(AttributePtr buffer, const Normals& vectors) {
@@ -63,7 +63,7 @@ Contender ownContender(const char* name) {
     return contender;
 }
 
-/// Some elements of a buffer before a run, to compare with after it.
+/// A sample of a buffer's elements before a run, to check the result against.
 class Samples {
 public:
     void take(const AttributeBuffer& buffer) {
@@ -108,7 +108,7 @@ Comparison compareClassicTransformation(const char* name, const char* attribute,
         rounds, {transformContender(contender, buffer, map.at(attribute)), scaledInPlace(3 * elementCount, elements)}};
 }
 
-/// What a caller might pass: three floats moved by a step.
+/// A function as a caller might pass it: translates three floats.
 void moveElement(void* element) {
     glm::vec3 vector;
     std::memcpy(&vector, element, sizeof(vector));
@@ -133,14 +133,14 @@ Comparison compareOwnFunction() {
 }
 
 std::string compareBox(const glm::detail::taabb<float>& box, const Normals& points, const glm::mat4& placement) {
-    glm::vec3 least(std::numeric_limits<float>::max());
-    glm::vec3 greatest(std::numeric_limits<float>::lowest());
+    glm::vec3 min(std::numeric_limits<float>::max());
+    glm::vec3 max(std::numeric_limits<float>::lowest());
     for (const glm::vec3& point : points) {
         const glm::vec3 placed(placement * glm::vec4(point, 1.0F));
-        least = glm::min(least, placed);
-        greatest = glm::max(greatest, placed);
+        min = glm::min(min, placed);
+        max = glm::max(max, placed);
     }
-    return box.min == least && box.max == greatest ? std::string() : "another box";
+    return box.min == min && box.max == max ? std::string() : "the box is wrong";
 }
 
 Comparison compareVolume() {
@@ -220,17 +220,17 @@ Comparison compareIndexCheck() {
     const MeshPtr mesh = makeIndexedMesh();
     Contender contender = ownContender(names::validate);
     contender.prepare = [] {};
-    contender.run = [mesh] { mesh->isValid(); }; // throws when it finds a fault
+    contender.run = [mesh] { mesh->isValid(); }; // throws if it finds an error
     return {
         "operations/index check", "element", false, false, rounds, {contender, readThrough(bytesOfIndices, elements)}};
 }
 
 std::string compareAppended(const Mesh& target, const Mesh& source) {
-    const AttributePtr ours = target.getAttributeBuffer("position");
-    const AttributePtr theirs = source.getAttributeBuffer("position");
-    const unsigned long offset = ours->getElementCount() - theirs->getElementCount();
-    for (unsigned long i = 0; i < theirs->getElementCount(); ++i) {
-        if (vectorAt(*ours, offset + i) != vectorAt(*theirs, i)) {
+    const AttributePtr appended = target.getAttributeBuffer("position");
+    const AttributePtr original = source.getAttributeBuffer("position");
+    const unsigned long offset = appended->getElementCount() - original->getElementCount();
+    for (unsigned long i = 0; i < original->getElementCount(); ++i) {
+        if (vectorAt(*appended, offset + i) != vectorAt(*original, i)) {
             return "position " + std::to_string(i) + " is wrong";
         }
     }
@@ -242,14 +242,13 @@ std::string compareAppended(const Mesh& target, const Mesh& source) {
     return {};
 }
 
-/// Appends to a mesh that has one position and no index, so that its buffers are allocated in the run and every index
-/// is shifted.
+/// Appends to a mesh with one position and no indices, so that the run allocates its buffers and shifts every index.
 Contender appendContender(const MeshPtr& source) {
     const auto target = std::make_shared<MeshPtr>();
     Contender contender = ownContender(names::append);
     contender.prepare = [target] {
         *target = meshWith(fill(AttributeBuffer::createDefaultVec3f("position"), {glm::vec3(1.0F)}));
-        renewMemory();
+        releaseFreeMemory();
     };
     contender.run = [source, target] { vexa::mesh::concatMeshes(*target, source, {}); };
     contender.inspect = [source, target] { return Output{0, 0, compareAppended(**target, *source)}; };

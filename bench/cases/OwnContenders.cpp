@@ -39,7 +39,7 @@ Output inspectPrimitives(const Model& model, const Primitives& primitives) {
         appendPrimitive(triangles, primitive.type, primitive.indices);
     }
     output.bytes = output.indices * sizeof(unsigned int) + primitives.size() * sizeof(IndexedPrimitive);
-    output.fault = compareTriangles(model.triangles, triangles);
+    output.error = compareTriangles(model.triangles, triangles);
     return output;
 }
 
@@ -49,14 +49,14 @@ GraphPtr fill(const Model& model) {
     return graph;
 }
 
-void cut(HalfEdgeGraph& graph, std::uint32_t iterations) {
+void optimise(HalfEdgeGraph& graph, std::uint32_t iterations) {
     const vexa::mesh::StripOptions options;
     graph.calcOptPrim(iterations, options.buildStrips, options.buildFans, options.minFanTriangles, options.allStrips);
 }
 
 Output inspectGraph(const Model& model, std::uint32_t iterations) {
     const GraphPtr graph = fill(model);
-    cut(*graph, iterations);
+    optimise(*graph, iterations);
     Output output;
     std::vector<unsigned int> triangles;
     std::vector<unsigned int> indices;
@@ -64,11 +64,11 @@ Output inspectGraph(const Model& model, std::uint32_t iterations) {
         output.indices += indices.size();
         appendPrimitive(triangles, type, indices);
     }
-    output.fault = compareTriangles(model.triangles, triangles);
+    output.error = compareTriangles(model.triangles, triangles);
     return output;
 }
 
-/// The corners of every triangle that the graph holds.
+/// The corners of every triangle in the graph.
 std::vector<unsigned int> trianglesOf(const HalfEdgeGraph& graph) {
     std::vector<unsigned int> triangles;
     for (const HalfEdgeGraph::TriangleList& list : {graph.freeTriangles, graph.claimedTriangles}) {
@@ -112,6 +112,26 @@ Contender joinedStripsContender(const std::string& name, const ModelPtr& model) 
     return contender;
 }
 
+Contender stripBufferContender(const std::string& name, const ModelPtr& model,
+                               const vexa::mesh::StripBufferOptions& options) {
+    const auto strip = std::make_shared<std::vector<unsigned int>>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [strip] { std::vector<unsigned int>().swap(*strip); };
+    contender.run = [model, options, strip] { *strip = vexa::mesh::buildStripBuffer(model->triangles, options); };
+    contender.inspect = [model, options, strip] {
+        std::vector<unsigned int> triangles;
+        appendStrip(triangles, *strip);
+        Output output{strip->size(), strip->size() * sizeof(unsigned int),
+                      compareTriangles(model->triangles, triangles)};
+        const bool isRestart = options.join == vexa::mesh::StripJoin::Restart;
+        (isRestart ? output.joined.byRestart : output.joined.byDegenerates) = strip->size();
+        output.joined.misses16 = countCacheMisses(*strip, 16);
+        output.joined.misses32 = countCacheMisses(*strip, 32);
+        return output;
+    };
+    return contender;
+}
+
 Contender graphContender(const std::string& name, const ModelPtr& model, std::uint32_t iterations) {
     const auto graph = std::make_shared<GraphPtr>();
     const auto indices = std::make_shared<std::vector<unsigned int>>();
@@ -119,11 +139,11 @@ Contender graphContender(const std::string& name, const ModelPtr& model, std::ui
     contender.prepare = [graph] { graph->reset(); };
     contender.run = [model, iterations, graph, indices] {
         *graph = fill(*model);
-        cut(**graph, iterations);
+        optimise(**graph, iterations);
         while ((*graph)->getPrimitive(*indices, 0) != 0) {
         }
     };
-    // Looks at another run's lists, since the timed one keeps none.
+    // Repeats the run, because the timed one keeps no primitives.
     contender.inspect = [model, iterations] { return inspectGraph(*model, iterations); };
     return contender;
 }

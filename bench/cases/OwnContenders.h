@@ -4,20 +4,24 @@
 #include "Models.h"
 
 #include <string>
+#include <vexa/mesh/StripBuffer.h>
 #include <vexa/mesh/Strips.h>
 
-/// This library's ways through the graph and through the one call.
+/// This library's contenders: through the graph and in one call.
 namespace bench {
 
 Contender buildPrimitivesContender(const std::string& name, const ModelPtr& model,
                                    const vexa::mesh::StripOptions& options);
-/// Everything in strips, and those joined into one list by restart indices.
+/// Builds strips only and joins them into one list with restart indices.
 Contender joinedStripsContender(const std::string& name, const ModelPtr& model);
-/// Fill the graph, cut it, drain it.
+/// Builds one index list in a single call.
+Contender stripBufferContender(const std::string& name, const ModelPtr& model,
+                               const vexa::mesh::StripBufferOptions& options);
+/// Fills the graph, optimises it, takes all its primitives.
 Contender graphContender(const std::string& name, const ModelPtr& model, std::uint32_t iterations);
-/// Fill the graph.
+/// Fills the graph.
 Contender addTrianglesContender(const std::string& name, const ModelPtr& model);
-/// The edge list of a filled graph.
+/// Writes the edge list of a filled graph.
 Contender edgeLinesContender(const std::string& name, const ModelPtr& model);
 
 } // namespace bench

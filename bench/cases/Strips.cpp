@@ -7,17 +7,23 @@ namespace bench {
 
 namespace {
 
-/// Ten passes over a large mesh take seconds, and what scatters them evens out within each.
+/// Ten passes over a large mesh take seconds, which evens out the noise within each run.
 constexpr int roundsOfManyPasses = 3;
 
 Comparison compareStrips(const ModelPtr& model, const std::string& name) {
     Comparison comparison{name, "triangle", model->real, measuresMemoryOf(*model), roundsFor(*model), {}};
-    comparison.contenders = {buildPrimitivesContender(names::build, model, {}),
-                             joinedStripsContender(names::joined, model),
-                             graphContender(names::graph, model, 1),
-                             meshoptimizerStrips(model),
-                             openMeshStrips(model),
-                             openMeshStripsOfMesh(model)};
+    comparison.contenders = {
+        buildPrimitivesContender(names::build, model, {}),
+        joinedStripsContender(names::joined, model),
+        stripBufferContender(names::effort0, model, {.effort = 0}),
+        stripBufferContender(names::effort1, model, {.effort = 1}),
+        stripBufferContender(names::effort2, model, {.effort = 2}),
+        stripBufferContender(names::degenerate2, model, {.effort = 2, .join = vexa::mesh::StripJoin::Degenerate}),
+        stripBufferContender(names::cacheOrder, model, {.effort = 2, .forVertexCache = true}),
+        graphContender(names::graph, model, 1),
+        meshoptimizerStrips(model),
+        openMeshStrips(model),
+        openMeshStripsOfMesh(model)};
     if (auto vtk = vtkStrips(model)) {
         comparison.contenders.push_back(std::move(*vtk));
     }
@@ -30,7 +36,7 @@ Case stripCase(const std::string& model, std::function<ModelPtr()> make, bool he
     return {name, heavy, [name, make = std::move(make)] { return compareStrips(make(), name); }};
 }
 
-/// The peers take the square of the hub's triangles, hours that is.
+/// Without peers, which would take quadratic time on a hub: hours.
 Comparison compareStripsOfHub() {
     const ModelPtr hub = makeHub("hub", 1'000'000);
     return {
@@ -64,6 +70,18 @@ Comparison comparePassesOnGrids() {
             roundsOfManyPasses,
             {buildPrimitivesContender(names::tenSmall, small, {.iterations = 10}),
              buildPrimitivesContender(names::tenLarge, large, {.iterations = 10}), copyOfIndices(large)}};
+}
+
+Comparison compareBuffersBySize() {
+    const ModelPtr small = makeIrregularGrid("mesh of 70 k", 187);
+    const ModelPtr large = makeIrregularGrid("mesh of 8 M", 2000);
+    return {"passes/buffer",
+            "triangle",
+            false,
+            true,
+            roundsOfManyPasses,
+            {stripBufferContender(names::flowSmall, small, {.effort = 2}),
+             stripBufferContender(names::flowLarge, large, {.effort = 2}), copyOfIndices(large)}};
 }
 
 Comparison comparePassesOnSoup() {
@@ -104,6 +122,7 @@ std::vector<Case> passCases(const std::vector<ModelPtr>& realModels) {
     const ModelPtr dragon = findModel(realModels, names::dragon);
     return {{"passes/dragon", false, [dragon] { return comparePassesOnDragon(dragon); }},
             {"passes/grid", true, comparePassesOnGrids},
+            {"passes/buffer", true, compareBuffersBySize},
             {"passes/soup", true, comparePassesOnSoup}};
 }
 

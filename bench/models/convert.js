@@ -1,4 +1,4 @@
-// Writes the models of the npm packages as OFF files: node convert.js NODE_MODULES OUTPUT_DIRECTORY
+// Converts the models of the npm packages to OFF: node convert.js NODE_MODULES OUTPUT_DIRECTORY
 'use strict';
 const fs = require('fs');
 const path = require('path');
@@ -6,13 +6,13 @@ const zlib = require('zlib');
 
 const [modules, output] = process.argv.slice(2);
 
-// The body of a text PLY file holds what an OFF file does: a line per vertex, then a line per face after its length.
+// The body of a text PLY file has the same form as an OFF file: a line per vertex, then a line per face, length first.
 function convertPly(source, target) {
   const text = zlib.gunzipSync(fs.readFileSync(source)).toString('latin1');
   const end = /end_header\r?\n/.exec(text);
   const header = text.slice(0, end.index);
   const count = (element) => Number(new RegExp(`element ${element} (\\d+)`).exec(header)[1]);
-  if (!header.includes('format ascii')) throw new Error(`${source} is no text PLY file`);
+  if (!header.includes('format ascii')) throw new Error(`${source} is not a text PLY file`);
   const body = text.slice(end.index + end[0].length);
   fs.writeFileSync(target, `OFF\n${count('vertex')} ${count('face')} 0\n${body}`);
 }

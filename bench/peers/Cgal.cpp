@@ -76,7 +76,7 @@ Contender cgalAdjacency(const ModelPtr& model) {
 
 Contender cgalBatchAdjacency(const ModelPtr& model) {
     Contender contender = adjacencyBy(buildMeshAtOnce, model);
-    contender.name = "CGAL Surface_mesh, all at once";
+    contender.name = "CGAL Surface_mesh, one call";
     return contender;
 }
 

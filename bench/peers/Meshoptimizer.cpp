@@ -8,7 +8,7 @@ namespace bench {
 
 namespace {
 
-/// The caller's buffers. They are taken within the timed part, as the other contenders take theirs, but not filled.
+/// The caller's buffers: allocated within the timed part, like those of the other contenders, but not initialised.
 struct StripBuffers {
     std::unique_ptr<unsigned int[]> order;
     std::unique_ptr<unsigned int[]> strip;
@@ -23,12 +23,19 @@ void buildStrip(const Model& model, StripBuffers& buffers) {
     buffers.size = meshopt_stripify(buffers.strip.get(), buffers.order.get(), count, model.vertexCount(), restartIndex);
 }
 
+/// Length of the same strips joined by degenerate triangles.
+std::uint64_t countWithDegenerates(const Model& model, const StripBuffers& buffers) {
+    const std::size_t count = model.triangles.size();
+    const auto strip = std::make_unique_for_overwrite<unsigned int[]>(meshopt_stripifyBound(count));
+    return meshopt_stripify(strip.get(), buffers.order.get(), count, model.vertexCount(), 0);
+}
+
 constexpr std::size_t packedSize = 4;
 constexpr int packedBits = 8;
 
 using PackedNormals = std::vector<signed char>;
 
-/// With the fourth component that the filter asks for.
+/// Adds the fourth component that the filter expects.
 std::vector<float> padNormals(const Normals& normals) {
     std::vector<float> padded;
     padded.reserve(4 * normals.size());
@@ -61,10 +68,14 @@ Contender meshoptimizerStrips(const ModelPtr& model) {
     contender.prepare = [buffers] { *buffers = {}; };
     contender.run = [model, buffers] { buildStrip(*model, *buffers); };
     contender.inspect = [model, buffers] {
+        const std::span<const unsigned int> strip(buffers->strip.get(), buffers->size);
         std::vector<unsigned int> triangles;
-        appendStrip(triangles, {buffers->strip.get(), buffers->size});
-        return Output{buffers->size, buffers->size * sizeof(unsigned int),
-                      compareTriangles(model->triangles, triangles)};
+        appendStrip(triangles, strip);
+        return Output{buffers->size,
+                      buffers->size * sizeof(unsigned int),
+                      compareTriangles(model->triangles, triangles),
+                      {buffers->size, countWithDegenerates(*model, *buffers), countCacheMisses(strip, 16),
+                       countCacheMisses(strip, 32)}};
     };
     return contender;
 }

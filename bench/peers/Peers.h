@@ -5,39 +5,44 @@
 #include "Normals.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
+#include <vexa/mesh/Strips.h>
 
-/// The other libraries, each behind the contenders that it can be. What a contender needs beyond the index list (a mesh
-/// of its own kind, say) is made before the timed part.
+/// Contenders that use other libraries. Anything that one needs beyond the index list (a mesh of its own kind, for
+/// example) is prepared outside the timed part unless the description says otherwise.
 namespace bench {
 
-/// Its two calls: order the triangles for strips, then join them into one with restart indices.
+/// Lengths of a peer's strips when `joinStrips` joins them in their order.
+JoinedStrips joinPlainly(std::span<const vexa::mesh::IndexedPrimitive> strips);
+
+/// Two calls: order the triangles for strips, then join them into one list with restart indices.
 Contender meshoptimizerStrips(const ModelPtr& model);
 
-/// Its 8-bit octahedral filter, from and to its own layouts: four floats, four signed bytes.
+/// The 8-bit octahedral filter, from and to the layouts that it expects: four floats, four signed bytes.
 Contender meshoptimizerPacking(const NormalsPtr& normals);
 Contender meshoptimizerUnpacking(const NormalsPtr& normals);
 
-/// Builds the connectivity: all vertices, then triangle by triangle, with everything reserved.
+/// Builds the connectivity: all vertices, then triangle by triangle, with all memory reserved.
 Contender openMeshAdjacency(const ModelPtr& model);
-/// The same and then its strips.
+/// The same, then strips.
 Contender openMeshStrips(const ModelPtr& model);
-/// Only its strips.
+/// Strips only, on a mesh built beforehand.
 Contender openMeshStripsOfMesh(const ModelPtr& model);
-/// Writes the two ends of every edge.
+/// Writes both ends of every edge.
 Contender openMeshEdges(const ModelPtr& model);
 
-/// Builds the connectivity of a Surface_mesh: all vertices, then triangle by triangle, with everything reserved.
+/// Builds the connectivity of a Surface_mesh: all vertices, then triangle by triangle, with all memory reserved.
 Contender cgalAdjacency(const ModelPtr& model);
-/// The same with the function that takes all triangles at once, which may only be given a manifold mesh.
+/// The same with the function that takes all triangles at once; the mesh must be manifold.
 Contender cgalBatchAdjacency(const ModelPtr& model);
 
-/// Empty in a build without VTK.
+/// Empty if VTK was not found at build time.
 std::optional<Contender> vtkStrips(const ModelPtr& model);
 
-/// Name and version of each.
+/// Name and version of each peer.
 std::vector<std::pair<std::string, std::string>> peerVersions();
 
 } // namespace bench

@@ -13,8 +13,8 @@ namespace bench {
 
 namespace {
 
-/// The longest that it can be told, so that it does not cut strips which this library leaves whole.
-constexpr int longestStrip = 100'000;
+/// The maximum that it accepts, so that it does not split strips which this library leaves whole.
+constexpr int maxStripLength = 100'000;
 
 vtkSmartPointer<vtkPolyData> makePolyData(const Model& model) {
     vtkNew<vtkPoints> points;
@@ -34,25 +34,31 @@ vtkSmartPointer<vtkPolyData> makePolyData(const Model& model) {
     return data;
 }
 
-void appendCells(vtkCellArray* cells, std::uint64_t& indices, std::vector<unsigned int>& triangles) {
+void appendCells(vtkCellArray* cells, std::vector<vexa::mesh::IndexedPrimitive>& strips,
+                 std::vector<unsigned int>& triangles) {
     vtkNew<vtkIdList> cell;
     for (cells->InitTraversal(); cells->GetNextCell(cell) != 0;) {
         std::vector<unsigned int> strip;
         for (vtkIdType i = 0; i < cell->GetNumberOfIds(); ++i) {
             strip.push_back(static_cast<unsigned int>(cell->GetId(i)));
         }
-        indices += strip.size();
         appendStrip(triangles, strip);
+        strips.push_back({vexa::mesh::TRIANGLE_STRIP, strip});
     }
 }
 
 Output inspectStrips(const Model& model, vtkPolyData* data) {
     Output output;
     std::vector<unsigned int> triangles;
-    appendCells(data->GetStrips(), output.indices, triangles);
-    appendCells(data->GetPolys(), output.indices, triangles); // triangles that are in no strip
+    std::vector<vexa::mesh::IndexedPrimitive> strips;
+    appendCells(data->GetStrips(), strips, triangles);
+    appendCells(data->GetPolys(), strips, triangles); // triangles that are in no strip
+    for (const auto& strip : strips) {
+        output.indices += strip.indices.size();
+    }
+    output.joined = joinPlainly(strips);
     output.bytes = output.indices * sizeof(vtkIdType);
-    output.fault = compareTriangles(model.triangles, triangles);
+    output.error = compareTriangles(model.triangles, triangles);
     return output;
 }
 
@@ -67,7 +73,7 @@ std::optional<Contender> vtkStrips(const ModelPtr& model) {
     contender.elements = static_cast<double>(model->triangleCount());
     contender.prepare = [data, stripper] {
         *stripper = vtkSmartPointer<vtkStripper>::New();
-        (*stripper)->SetMaximumLength(longestStrip);
+        (*stripper)->SetMaximumLength(maxStripLength);
         (*stripper)->SetInputData(data);
     };
     contender.run = [stripper] { (*stripper)->Update(); };
