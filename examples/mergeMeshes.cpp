@@ -1,4 +1,4 @@
-// Places copies of one mesh in a scene, appends them to one another and asks for the bounding box of the result.
+// Places two copies of a mesh in a scene, concatenates them and computes the bounding box of the result.
 
 #include <vexa/mesh.h>
 
@@ -9,7 +9,7 @@ using namespace vexa::mesh;
 
 namespace {
 
-// A pyramid of four triangles with a corner at the top, the base left open.
+// A pyramid of four triangles with an open base.
 MeshPtr createPyramid() {
     const std::array<glm::vec3, 5> corners{glm::vec3(-1.0F, -1.0F, 0.0F), glm::vec3(1.0F, -1.0F, 0.0F),
                                            glm::vec3(1.0F, 1.0F, 0.0F), glm::vec3(-1.0F, 1.0F, 0.0F),
@@ -55,7 +55,7 @@ int main() {
     MeshPtr scene = Mesh::createEmptyMesh(pyramid);
 
     append(scene, pyramid, glm::mat4(1.0F));
-    // Upside down, half as wide, and moved aside.
+    // Turned upside down, half as wide, and moved aside.
     const glm::mat4 placement(glm::vec4(0.5F, 0.0F, 0.0F, 0.0F), glm::vec4(0.0F, -0.5F, 0.0F, 0.0F),
                               glm::vec4(0.0F, 0.0F, -1.0F, 0.0F), glm::vec4(4.0F, 0.0F, 2.0F, 1.0F));
     append(scene, pyramid, placement);
