@@ -11,7 +11,6 @@
 
 namespace {
 
-using vexa::mesh::StripBufferOptions;
 using vexa::mesh::StripJoin;
 
 void checkTriangles(const meshes::Indices& strip, const meshes::Indices& expected) {

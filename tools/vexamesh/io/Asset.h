@@ -15,7 +15,7 @@ namespace vexa::tool {
 ///
 /// `json` is what is edited and written, so that everything that nobody touches stays as it was, unknown members
 /// included. `model` says where in `buffers` the elements of its accessors are, as read by TinyGLTF.
-struct Asset { // NOLINT(bugprone-exception-escape): JSON that is moved checks itself, and finds nothing
+struct Asset {
     Json json;
     std::vector<Bytes> buffers;
     AssetModel model;

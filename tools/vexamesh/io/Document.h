@@ -35,7 +35,7 @@ struct Mesh {
 };
 
 /// A file that was read: its meshes, and the glTF document to carry along. A file of another format has become one, too.
-struct Document { // NOLINT(bugprone-exception-escape): as for Asset
+struct Document {
     std::filesystem::path file;
     std::string format;       ///< "glTF binary", "glTF", "OBJ", "PLY", "STL" or "OFF"
     std::size_t fileSize = 0; ///< bytes of the file itself

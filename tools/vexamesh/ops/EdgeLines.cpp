@@ -85,7 +85,7 @@ void removePrimitives(Json& json, const EmptyPrimitives& isEmpty) {
 }
 
 /// The expected content of the file, for reading it back.
-struct Expected {                                 // NOLINT(bugprone-exception-escape): as for Asset
+struct Expected {
     std::vector<std::vector<unsigned int>> lines; ///< of each primitive of lines, in the order of the file
     Json content;                                 ///< everything else
 };

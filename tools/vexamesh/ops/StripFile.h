@@ -37,7 +37,7 @@ struct CutPrimitive {
 };
 
 /// What the file of an outcome is compared with.
-struct ExpectedStrips { // NOLINT(bugprone-exception-escape): as for Asset
+struct ExpectedStrips {
     /// The strips that a primitive became.
     struct Replaced {
         EditedPrimitive place;               ///< in the file
@@ -48,8 +48,8 @@ struct ExpectedStrips { // NOLINT(bugprone-exception-escape): as for Asset
     Json content; ///< everything but the strips
 };
 
-struct StripOutcome { // NOLINT(bugprone-exception-escape): as for Asset
-    Bytes file;       ///< binary glTF
+struct StripOutcome {
+    Bytes file; ///< binary glTF
     std::size_t fileBytesBefore = 0;
     std::vector<StripStats> meshes; ///< with what is known of the output once it is read back
     StripStats total;

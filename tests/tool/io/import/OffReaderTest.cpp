@@ -9,7 +9,6 @@ namespace {
 
 using namespace tool_test;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using vexa::tool::Document;
 
 class OffReader : public ImportedFile {};

@@ -198,6 +198,7 @@ private:
             }
             // Lists are scattered.
             if (i + 2 < end) {
+                // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): nodes below `end` have been written
                 fans_.prefetchNeighbours(fanOf(queue_[i + 2]));
             }
             if (i + 5 < end) {
