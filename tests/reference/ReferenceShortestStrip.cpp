@@ -10,7 +10,7 @@ namespace reference {
 
 namespace {
 
-/// What the rest of a list depends on.
+/// The state that the cost of the rest of a list depends on.
 struct State {
     std::uint32_t drawn = 0; ///< a bit per triangle
     std::uint32_t first = 0; ///< the last index but one, as a vertex; `noVertex` where there is none since a restart

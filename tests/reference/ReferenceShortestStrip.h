@@ -4,7 +4,7 @@
 
 namespace reference {
 
-/// What may stand between two strips of a list.
+/// The ways to join two strips of a list.
 enum class Joins {
     Restart,    ///< a restart index; two degenerate triangles never follow one another
     Degenerate, ///< any number of degenerate triangles, no restart index

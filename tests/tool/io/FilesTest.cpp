@@ -14,7 +14,7 @@
 
 namespace {
 
-/// What `writeFile` asks of the system, in order.
+/// The system calls of `writeFile`, in order.
 std::vector<std::string> calls;
 bool fsyncFails = false;
 

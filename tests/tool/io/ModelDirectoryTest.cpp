@@ -58,7 +58,7 @@ public:
         EXPECT_FALSE(fs::exists(out));
     }
 
-    /// What became of the one image of the model.
+    /// The model's only image in the output.
     Json strippedImage(const std::string& uri, const std::vector<std::string>& more = {}) {
         const ProcessResult result = strip(writeWithImage(uri), more);
         EXPECT_EQ(result.exitCode, 0) << result.err;

@@ -166,7 +166,7 @@ void checkSize(const fs::path& file) {
     std::string begin(static_cast<std::size_t>(std::min<std::uintmax_t>(size, beginSize)), '\0');
     std::ifstream stream(file, std::ios::binary);
     if (!stream.read(begin.data(), static_cast<std::streamsize>(begin.size()))) {
-        // Whatever it is, reading all of it reports it.
+        // Reading the whole file reports any fault.
         return;
     }
     try {

@@ -11,7 +11,7 @@ namespace vexa::tool {
 
 namespace {
 
-/// What a normalised integer is divided by; 1 for everything else.
+/// The divisor of a normalised integer; 1 for every other type.
 double divisorOf(const AccessorData& values) {
     if (!values.normalized) {
         return 1;

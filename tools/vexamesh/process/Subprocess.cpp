@@ -74,7 +74,7 @@ void checkRead(ssize_t count) {
     }
 }
 
-/// Libraries print when they end the process; the user has no use for that.
+/// Libraries print when they end the process, which would only confuse the user.
 void silence() {
     const int nowhere = ::open("/dev/null", O_RDWR);
     if (nowhere >= 0) {

@@ -14,7 +14,7 @@
 
 namespace vexa::tool {
 
-/// What a child process may use; 0 is unlimited.
+/// Limits on a child process; 0 is unlimited.
 struct ProcessLimits {
     std::size_t memory = 0;   ///< bytes of address space beyond those of its parent
     unsigned int seconds = 0; ///< of wall-clock time, and of processor time

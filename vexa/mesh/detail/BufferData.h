@@ -9,7 +9,7 @@ namespace vexa::mesh::detail {
 /// The order of the virtual functions is part of the binary interface; the destructor is the last of them.
 class VEXA_MESH_EXPORT BufferData {
 public:
-    /// The first byte, of any alignment. Valid until the next resize; may be null while there are no bytes.
+    /// The first byte, of any alignment. Valid until the next resize; may be null while the size is 0.
     virtual void* getData() = 0;
     virtual const void* getData() const = 0;
 

@@ -17,7 +17,7 @@ public:
 
     [[nodiscard]] vexa::tool::Document load(const std::string& name, const std::string& content) const;
 
-    /// What a file holds and its document does not.
+    /// Data of the file that its document leaves out.
     [[nodiscard]] std::vector<std::string> leftOut(const std::string& name, const std::string& content) const;
 
     /// Expects that `strip` ends with exit code 3 and one line that names the file and holds `what`, writing nothing.

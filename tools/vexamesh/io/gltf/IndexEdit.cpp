@@ -18,7 +18,7 @@ namespace {
 
 constexpr int elementArrayBuffer = 34963;
 
-/// Who refers to the accessors and buffer views of a document.
+/// The references to the accessors and buffer views of a document.
 struct References {
     std::vector<std::size_t> indexUses;  ///< per accessor: primitives that take their indices from it
     std::vector<bool> otherAccessorUses; ///< per accessor: whether anything else refers to it

@@ -44,7 +44,7 @@ std::optional<Json> transformOf(const tinyobj::texture_option_t& options) {
     return Json{{"offset", Json::array({o[0], 1 - s[1] - o[1]})}, {"scale", Json::array({s[0], s[1]})}};
 }
 
-/// The options of a picture that glTF has no place for.
+/// The options of a picture that glTF cannot express.
 std::string unheldOptions(const tinyobj::texture_option_t& options, bool isNormalMap) {
     std::string names;
     const auto check = [&](bool isUnheld, const char* name) { names += isUnheld ? std::string(" ") + name : ""; };

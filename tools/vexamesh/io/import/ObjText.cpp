@@ -339,7 +339,7 @@ private:
     Indexed positions_{"vertex", true};
     Indexed texcoords_{"texture coordinate", false};
     Indexed normals_{"normal", false};
-    std::map<std::string, std::size_t, std::less<>> statements_; ///< of keywords that have no use here
+    std::map<std::string, std::size_t, std::less<>> statements_; ///< counts of ignored keywords
     std::size_t otherStatements_ = 0;
     std::size_t skippedFaces_ = 0;
     std::size_t skippedElements_ = 0;

@@ -14,7 +14,7 @@ namespace vexa::tool {
 
 namespace {
 
-/// What the lines of the vertices hold beside a position.
+/// The values on a vertex line beside its position.
 struct OffKind {
     bool hasTexcoords = false;
     bool hasColors = false;

@@ -33,7 +33,7 @@ function lines(positions, width) {
 
 export class GpuPainter {
     constructor(canvas, model, colours) {
-        // What was drawn is kept for printing.
+        // The drawing buffer is kept for printing.
         this.renderer = new WebGLRenderer({canvas, antialias: true, alpha: true, preserveDrawingBuffer: true});
         this.renderer.autoClear = false;
         this.surface = surfaceMaterial();

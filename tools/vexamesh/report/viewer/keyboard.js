@@ -1,4 +1,4 @@
-// What the keys do while the picture has the focus.
+// Keys that work while the picture has the focus.
 const turn = Math.PI / 24;
 const shift = 0.05;
 const zoom = 1.12;

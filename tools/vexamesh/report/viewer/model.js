@@ -1,4 +1,4 @@
-// What the page carries: arrays of numbers as Base64, and which triangles make which part.
+// The page's data: arrays of numbers as Base64, and the triangles of each part.
 
 const kinds = ['Strip', 'Fan', 'Left over'];
 const partFields = 6;
@@ -105,7 +105,7 @@ export function partName(part) {
     return part.kind === 2 ? kinds[2] : `${kinds[part.kind]} ${format(part.number)}`;
 }
 
-// What a person reads about a part, and about one of its triangles if there is one.
+// The description of a part, and of one of its triangles if one is given.
 export function describe(model, index, triangle = -1) {
     const part = model.parts[index];
     const texts = [partName(part), counted(part.triangles, 'triangle')];

@@ -54,7 +54,7 @@ export class SoftwarePainter {
         corner.z /= corner.w;
     }
 
-    // What is not selected turns grey.
+    // Everything that is not selected turns grey.
     tint(colour, triangle, selected) {
         const isQuiet = selected && (triangle < selected.first || triangle >= selected.first + selected.shown);
         return isQuiet ? colour.map((value) => value * 0.28 + 150 * 0.72) : colour;
