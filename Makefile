@@ -64,9 +64,9 @@ format: ## reformat every source with clang-format
 	$(INSTALL_DEPENDENCIES) lint
 	sh cmake/lint.sh format
 
-lint: ## check formatting, names and suspicious code: clang-format, clang-tidy, cppcheck
+lint: ## check formatting, names and suspicious code: clang-format, clang-tidy (of all folders, or of LINT), cppcheck
 	$(INSTALL_DEPENDENCIES) library tool lint
-	sh cmake/lint.sh check
+	sh cmake/lint.sh check $(LINT)
 
 install: ## build and install to PREFIX (/usr/local), below DESTDIR if set
 	$(INSTALL_DEPENDENCIES) library tool

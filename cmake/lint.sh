@@ -1,15 +1,16 @@
 #!/bin/sh
 # Checks formatting, names and suspicious code in every source of the project.
-# usage: lint.sh check    fails if clang-format, clang-tidy or cppcheck reports something
-#        lint.sh format   reformats the sources with clang-format
+# usage: lint.sh check [FOLDER...]   fails if clang-format, clang-tidy (below the folders) or cppcheck reports something
+#        lint.sh format              reformats the sources with clang-format
 set -eu
 cd "$(dirname "$0")/.."
 
-# shellcheck disable=SC2046  # no path in the project contains a space
-set -- "${1:-check}" \
-    $(find vexa logging tools tests examples bench fuzz docs -name '*.h' -o -name '*.cpp' 2>/dev/null | sort)
-command=$1
-shift
+all='vexa logging tools tests examples bench fuzz docs'
+command=${1:-check}
+[ $# -eq 0 ] || shift
+tidied=${*:-$all}
+# shellcheck disable=SC2046,SC2086  # no path in the project contains a space
+set -- $(find $all -name '*.h' -o -name '*.cpp' 2>/dev/null | sort)
 
 case "$command" in
 format)
@@ -29,7 +30,8 @@ echo "clang-format: $# files"
 clang-format --dry-run -Werror "$@"
 
 cmake --preset lint >/dev/null
-sed -n 's/^ *"file": "\(.*\)",*$/\1/p' build/lint/compile_commands.json >build/lint/sources.txt
+sed -n 's/^ *"file": "\(.*\)",*$/\1/p' build/lint/compile_commands.json |
+    grep -E "^$PWD/($(echo "$tidied" | tr ' ' '|'))/" >build/lint/sources.txt
 echo "clang-tidy: $(wc -l <build/lint/sources.txt) sources and their headers"
 if ! xargs -P "$(nproc)" -n 1 clang-tidy -p build/lint --quiet <build/lint/sources.txt 2>build/lint/clang-tidy.log; then
     grep -v 'warnings generated' build/lint/clang-tidy.log >&2
@@ -37,6 +39,7 @@ if ! xargs -P "$(nproc)" -n 1 clang-tidy -p build/lint --quiet <build/lint/sourc
 fi
 
 echo "cppcheck"
+# shellcheck disable=SC2086
 cppcheck --quiet --error-exitcode=1 --inline-suppr --suppressions-list=cmake/cppcheck-suppressions.txt \
     --enable=warning,performance,portability --std=c++20 --library=googletest --template=gcc -j "$(nproc)" \
-    -I . -I build/lint/include vexa logging tools examples bench fuzz docs tests
+    -I . -I build/lint/include $all

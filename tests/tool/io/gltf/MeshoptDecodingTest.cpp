@@ -133,7 +133,7 @@ TEST_F(MeshoptDecoding, TakesUncompressedDataWhereTheFileHasIt) {
 
 TEST_F(MeshoptDecoding, AppliesFilters) {
     // 2^-1 * 3 and 2^2 * -1
-    EXPECT_EQ(decoded(bytesOf<std::int32_t>({(-1 << 24) | 3, (2 << 24) | 0xffffff}), 4, "EXPONENTIAL"),
+    EXPECT_EQ(decoded(bytesOf<std::int32_t>({-0x1000000 + 3, 0x2000000 + 0xffffff}), 4, "EXPONENTIAL"),
               bytesOf<float>({1.5F, -4.0F}));
     EXPECT_EQ(decoded(bytesOf<std::int8_t>({0, 0, 127, 5, 127, 0, 127, 6}), 4, "OCTAHEDRAL"),
               bytesOf<std::int8_t>({0, 0, 127, 5, 127, 0, 0, 6}));

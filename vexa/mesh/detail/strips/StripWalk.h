@@ -221,7 +221,7 @@ public:
 
 private:
     [[nodiscard]] const unsigned int* cornersOf(StripTriangle triangle) const {
-        return triangles_ + std::size_t{3} * triangleOf(triangle);
+        return &triangles_[std::size_t{3} * triangleOf(triangle)];
     }
 
     const unsigned int* triangles_;

@@ -35,7 +35,7 @@ public:
 
 private:
     [[nodiscard]] const unsigned int* cornersOf(TriangleId triangle) const {
-        return triangles_.data() + std::size_t{3} * partition_.original(triangle);
+        return &triangles_[std::size_t{3} * partition_.original(triangle)];
     }
     [[nodiscard]] bool isWritten(TriangleId triangle) const {
         return (isWritten_[triangle / 64] >> triangle % 64 & 1) != 0;
