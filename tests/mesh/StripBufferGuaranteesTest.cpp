@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <vector>
 
 namespace {
@@ -67,10 +69,12 @@ Indices randomMesh(Random& random) {
     return random.chance(50) ? meshes::shuffled(mesh, seed) : mesh;
 }
 
-void expectNeverLonger(const Indices& mesh, unsigned maxEffort, StripJoin join, unsigned number) {
-    std::size_t shortest = joinStrips(buildPrimitives(mesh, {.allStrips = true}), join).size();
+void expectNeverLonger(const Indices& mesh, unsigned maxEffort, StripJoin join, unsigned number,
+                       std::uint32_t maxTriangles = 0) {
+    std::size_t shortest = maxTriangles != 0 ? std::numeric_limits<std::size_t>::max()
+                                             : joinStrips(buildPrimitives(mesh, {.allStrips = true}), join).size();
     for (unsigned effort = 0; effort <= maxEffort; ++effort) {
-        const Indices strip = buildStripBuffer(mesh, {.effort = effort, .join = join});
+        const Indices strip = buildStripBuffer(mesh, {.effort = effort, .join = join, .maxTriangles = maxTriangles});
         EXPECT_LE(strip.size(), shortest) << "mesh " << number << ", effort " << effort;
         EXPECT_EQ(reference::canonical(reference::decode(TRIANGLE_STRIP, strip)),
                   reference::canonical(reference::withoutCollapsed(mesh)))
@@ -88,11 +92,60 @@ TEST(StripBufferGuarantees, NoEffortNeedsMoreIndicesThanALowerOneOnRandomMeshes)
     }
 }
 
+TEST(StripBufferGuarantees, NoEffortNeedsMoreIndicesThanALowerOneForStripsOfLimitedLength) {
+    Random random(3);
+    for (unsigned i = 0; i < randomMeshes(300); ++i) {
+        const Indices mesh = randomMesh(random);
+        const StripJoin join = i % 2 == 0 ? StripJoin::Restart : StripJoin::Degenerate;
+        expectNeverLonger(mesh, 2, join, i, 1 + random.below(20));
+    }
+}
+
 TEST(StripBufferGuarantees, AnnealingNeedsNoMoreIndicesThanALowerEffortOnRandomMeshes) {
     Random random(2);
     for (unsigned i = 0; i < randomMeshes(60); ++i) {
         const Indices mesh = randomMesh(random);
         expectNeverLonger(mesh, 3, i % 2 == 0 ? StripJoin::Restart : StripJoin::Degenerate, i);
+    }
+}
+
+Indices cube() {
+    return {0, 1, 2, 2, 1, 3, 4, 6, 5, 5, 6, 7, 0, 4, 1, 1, 4, 5, 2, 3, 6, 6, 3, 7, 0, 2, 4, 4, 2, 6, 1, 5, 3, 3, 5, 7};
+}
+
+/// Copies of a mesh that share no vertices.
+Indices copies(const Indices& mesh, unsigned count) {
+    const unsigned vertices = *std::max_element(mesh.begin(), mesh.end()) + 1;
+    Indices all;
+    all.reserve(count * mesh.size());
+    for (unsigned i = 0; i < count; ++i) {
+        const Indices copy = meshes::shifted(mesh, i * vertices);
+        all.insert(all.end(), copy.begin(), copy.end());
+    }
+    return all;
+}
+
+/// Irregular meshes that are large only because they consist of many pieces, and one that is large itself.
+std::vector<Indices> largeIrregularMeshes() {
+    return {copies(cube(), 2000),
+            copies(meshes::icosahedron(), 1000),
+            copies(meshes::tetrahedron(), 5000),
+            copies(meshes::sphere(5, 4), 800),
+            copies(meshes::sphere(7, 9), 200),
+            copies(meshes::sphere(11, 40), 40),
+            meshes::shuffled(copies(meshes::octahedron(), 3000), 2),
+            meshes::turned(meshes::shuffled(copies(meshes::icosahedron(), 1500), 3), 4),
+            meshes::soup(300, 20000, 5),
+            meshes::holed(meshes::sphere(160, 120), 3, 6),
+            meshes::damaged(meshes::torus(120, 100), 7)};
+}
+
+TEST(StripBufferGuarantees, NoEffortNeedsMoreIndicesThanALowerOneOnLargeMeshes) {
+    unsigned number = 0;
+    for (const Indices& mesh : largeIrregularMeshes()) {
+        expectNeverLonger(mesh, 2, StripJoin::Restart, number);
+        expectNeverLonger(mesh, 2, StripJoin::Degenerate, number);
+        ++number;
     }
 }
 
@@ -137,11 +190,11 @@ TEST(StripBufferGuarantees, ResultsAreTheSameOnEveryMachine) {
     EXPECT_EQ(hashResults({.effort = 0, .join = StripJoin::Degenerate}), 7697019837892706658U);
     EXPECT_EQ(hashResults({.effort = 1}), 127203136332364914U);
     EXPECT_EQ(hashResults({.effort = 1, .join = StripJoin::Degenerate}), 5072434881338278518U);
-    EXPECT_EQ(hashResults({.effort = 2}), 15835977265913162114U);
-    EXPECT_EQ(hashResults({.effort = 2, .join = StripJoin::Degenerate}), 7058291887031472622U);
-    EXPECT_EQ(hashResults({.effort = 3}), 17692992556820705404U);
-    EXPECT_EQ(hashResults({.effort = 3, .join = StripJoin::Degenerate}), 16037890126654574634U);
-    EXPECT_EQ(hashResults({.effort = 2, .forVertexCache = true}), 1164120339530587941U);
+    EXPECT_EQ(hashResults({.effort = 2}), 17513231268001114056U);
+    EXPECT_EQ(hashResults({.effort = 2, .join = StripJoin::Degenerate}), 7287850427953553646U);
+    EXPECT_EQ(hashResults({.effort = 3}), 231773859656858489U);
+    EXPECT_EQ(hashResults({.effort = 3, .join = StripJoin::Degenerate}), 7833295060309884197U);
+    EXPECT_EQ(hashResults({.effort = 2, .forVertexCache = true}), 16150070073658907245U);
 }
 
 } // namespace

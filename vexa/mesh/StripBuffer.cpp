@@ -7,16 +7,21 @@
 #include "vexa/mesh/detail/strips/StripPartition.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
-#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <numeric>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace vexa::mesh {
 
 namespace {
 
+using detail::FoundPartition;
 using detail::StripMonitor;
 using detail::StripPartition;
+using detail::TriangleId;
 
 void checkOptions(const char* caller, const StripBufferOptions& options) {
     if (options.effort > detail::maxEffort) {
@@ -29,21 +34,48 @@ void checkOptions(const char* caller, const StripBufferOptions& options) {
     }
 }
 
-/// Strips of a greedy search that happen to begin where the one before ended need no joint in their plain order. That
-/// outweighs a better search only in small meshes and regular ones.
-bool canPlainOrderWin(std::size_t triangleCount, std::size_t indexCount) {
-    return triangleCount < 16384 || indexCount < triangleCount + triangleCount / 16;
+constexpr std::uint64_t nothingShorter = std::numeric_limits<std::uint64_t>::max();
+
+/// No result of a lower effort has fewer indices than this.
+std::uint64_t leastOfLowerEfforts(const FoundPartition& found, const StripBufferOptions& options) {
+    if (options.forVertexCache) {
+        // The strips are cut too short for a difference to matter, unless the mesh falls into small pieces.
+        constexpr TriangleId manyTriangles = 16384;
+        return found.partition.count() >= manyTriangles ? nothingShorter : 0;
+    }
+    // Where strips are cut to a length, that can make up for any difference.
+    return options.maxTriangles != 0 ? 0 : found.lowerEffortsNeed;
 }
 
-std::vector<unsigned int> joinByDegenerates(std::span<const unsigned int> triangles, StripPartition& partition,
-                                            const StripBufferOptions& options, StripMonitor& monitor) {
-    std::vector<unsigned int> joined = detail::joinPartition(triangles, partition, StripJoin::Degenerate, monitor);
-    if (options.maxTriangles != 0 || !canPlainOrderWin(triangles.size() / 3, joined.size())) {
-        return joined;
+/// Writes the strips of an effort, and those of lower efforts as long as they may need fewer indices.
+///
+/// \param write writes a partition whose lengths are limited
+/// \param count the number of indices of what is written
+/// \return the shortest of what was written, and what `buildPrimitives` needs at least, joined in the same way
+template <class Write, class Count>
+auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOptions& options, Write write,
+                   Count count) {
+    StripMonitor monitor(options.onProgress);
+    std::pair<decltype(write(std::declval<StripPartition&>(), monitor)), std::uint64_t> best;
+    auto& [shortest, least] = best;
+    for (unsigned effort = options.effort;;) {
+        FoundPartition found = detail::searchPartition(triangles, effort, options, monitor);
+        least = leastOfLowerEfforts(found, options);
+        monitor.startPhase(StripPhase::Joining, 0.9);
+        detail::limitLengths(found.partition, options);
+        auto written = write(found.partition, monitor);
+        if (effort == options.effort || count(written) < count(shortest)) {
+            shortest = std::move(written);
+        }
+        if (monitor.isStopped()) {
+            least = nothingShorter;
+        }
+        if (effort == 0 || count(shortest) <= least) {
+            return best;
+        }
+        // Efforts 3 and 4 start from the strips of effort 2.
+        effort = effort > 2 ? 1 : effort - 1;
     }
-    std::vector<unsigned int> plain =
-        joinStrips(buildPrimitives(triangles, {.allStrips = true}), StripJoin::Degenerate);
-    return plain.size() < joined.size() ? plain : joined;
 }
 
 } // namespace
@@ -51,31 +83,41 @@ std::vector<unsigned int> joinByDegenerates(std::span<const unsigned int> triang
 std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
     detail::checkTriangles("buildStripBuffer", triangles);
     checkOptions("buildStripBuffer", options);
-    StripMonitor monitor(options.onProgress);
-    StripPartition partition = detail::searchPartition(triangles, options, monitor);
-    monitor.startPhase(StripPhase::Joining, 1);
-    if (options.forVertexCache) {
-        return joinStrips(detail::orderForCache(triangles, partition, monitor), options.join);
+    const auto write = [&](StripPartition& partition, StripMonitor& monitor) {
+        return options.forVertexCache ? joinStrips(detail::orderForCache(triangles, partition, monitor), options.join)
+                                      : detail::joinPartition(triangles, partition, options.join, monitor);
+    };
+    auto [joined, least] = writeShortest(triangles, options, write, [](const auto& indices) { return indices.size(); });
+    // In their plain order, strips that happen to begin where the one before ends need no joint.
+    if (joined.size() > least && options.join == StripJoin::Degenerate && options.maxTriangles == 0 &&
+        !options.forVertexCache) {
+        auto plain = joinStrips(buildPrimitives(triangles, {.allStrips = true}), options.join);
+        return plain.size() < joined.size() ? plain : joined;
     }
-    return options.join == StripJoin::Degenerate
-               ? joinByDegenerates(triangles, partition, options, monitor)
-               : detail::joinPartition(triangles, partition, StripJoin::Restart, monitor);
+    return joined;
 }
 
 std::vector<IndexedPrimitive> buildStrips(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
     detail::checkTriangles("buildStrips", triangles);
     checkOptions("buildStrips", options);
-    StripMonitor monitor(options.onProgress);
-    StripPartition partition = detail::searchPartition(triangles, options, monitor);
-    monitor.startPhase(StripPhase::Joining, 1);
-    if (options.forVertexCache) {
-        return detail::orderForCache(triangles, partition, monitor);
-    }
-    std::vector<IndexedPrimitive> strips;
-    detail::forEachStrip(triangles, partition, monitor, [&strips](std::span<const unsigned int> indices) {
-        strips.push_back({TRIANGLE_STRIP, {indices.begin(), indices.end()}});
-    });
-    return strips;
+    using Strips = std::vector<IndexedPrimitive>;
+    const auto write = [&](StripPartition& partition, StripMonitor& monitor) {
+        if (options.forVertexCache) {
+            return detail::orderForCache(triangles, partition, monitor);
+        }
+        Strips strips;
+        detail::forEachStrip(triangles, partition, monitor, [&strips](std::span<const unsigned int> indices) {
+            strips.push_back({TRIANGLE_STRIP, {indices.begin(), indices.end()}});
+        });
+        return strips;
+    };
+    const std::uint64_t joint = options.join == StripJoin::Restart ? 1 : 2;
+    const auto count = [joint](const Strips& strips) {
+        return std::accumulate(
+            strips.begin(), strips.end(), std::uint64_t{0},
+            [joint](std::uint64_t sum, const IndexedPrimitive& strip) { return sum + strip.indices.size() + joint; });
+    };
+    return writeShortest(triangles, options, write, count).first;
 }
 
 } // namespace vexa::mesh

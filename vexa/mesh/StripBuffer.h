@@ -45,9 +45,9 @@ struct StripBufferOptions {
 ///
 /// The result holds every input triangle that is not collapsed (two equal corners) once, in its winding. It depends on
 /// the input and the options only, not on the machine, the compiler or other threads; at effort 4 also on time. It never
-/// has more indices than that of a lower effort, nor than `buildPrimitives` with `allStrips`, joined by `joinStrips` in
-/// the same way, unless `maxTriangles` or `forVertexCache` ask for shorter strips. (Small and regular meshes are searched
-/// with both efforts to that end. In large irregular ones, the lower effort needs several per cent more.)
+/// has more indices than that of a lower effort with the same options, nor, without `maxTriangles`, than `buildPrimitives`
+/// with `allStrips`, joined by `joinStrips` in the same way. With `forVertexCache`, it promises no such thing in meshes of
+/// 16,384 triangles or more.
 ///
 /// Any list of triangles will do: more than two triangles on an edge, duplicates, both windings next to one another and
 /// closed surfaces. May run in several threads at once.

@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/detail/strips/CacheOrder.h"
 #include "vexa/mesh/detail/strips/EdgePairing.h"
+#include "vexa/mesh/detail/strips/GreedyCounts.h"
 #include "vexa/mesh/detail/strips/GreedyLinks.h"
 #include "vexa/mesh/detail/strips/JoinOrder.h"
 #include "vexa/mesh/detail/strips/ParityRepair.h"
@@ -18,6 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -25,44 +27,35 @@ namespace vexa::mesh::detail {
 
 namespace {
 
-constexpr TunnelLimits shortTunnels{1, 100};
-constexpr TunnelLimits longTunnels{2, 200};
+constexpr std::uint64_t noLimit = std::numeric_limits<std::uint64_t>::max();
 
-/// A search through so many triangles that has found much to improve needs no comparison with the lower effort.
-constexpr TriangleId manyTriangles = 16384;
-
-void limitLengths(StripPartition& partition, const StripBufferOptions& options) {
-    std::uint32_t longest = options.forVertexCache ? cacheStripLength(partition) : 0;
-    if (options.maxTriangles != 0) {
-        longest = longest == 0 ? options.maxTriangles : std::min(longest, options.maxTriangles);
-    }
-    if (longest != 0) {
-        limitStripLengths(partition, longest);
-    }
+/// Effort 1 ends when it has saved a sixth of what the greedy strips cost, but for small meshes. It rarely gets there;
+/// but it could never get further, so that better strips need no comparison with it.
+std::uint64_t maxTunnelSaving(const GreedyCounts& greedy, std::uint64_t triangleCount) {
+    constexpr std::uint64_t smallMesh = 1024;
+    return triangleCount < smallMesh || greedy.fixed == 0 ? noLimit : (greedy.fixed - triangleCount) / 6;
 }
 
-/// Whether a mesh is so irregular that no greedy search comes near the flow: many charges, few borders, and large
-/// pieces. On a closed surface without handles, triangles are twice the fans less four; so many more fans are pieces.
-bool isIrregular(const FanGraph& fans, const StripPartition& partition) {
-    const std::size_t triangles = partition.liveCount();
-    return triangles >= manyTriangles && fans.chargedCount() > fans.count() / 64 &&
-           partition.borderCount() < triangles / 8 &&
-           fans.count() < triangles / 2 + partition.borderCount() / 2 + triangles / 64;
+/// No strips of effort 1 need fewer indices than this.
+std::uint64_t leastOfTunnels(const GreedyCounts& greedy, std::uint64_t triangleCount) {
+    const std::uint64_t saving = maxTunnelSaving(greedy, triangleCount);
+    return saving == noLimit ? 0 : greedy.fixed - std::min(greedy.fixed, saving + maxSavingPerTriangle);
 }
 
 class PartitionSearch {
 public:
     PartitionSearch(std::span<const unsigned int> triangles, const StripBufferOptions& options, StripMonitor& monitor)
-        : triangles_(triangles), options_(options), monitor_(monitor) {}
+        : triangles_(triangles), options_(options), monitor_(monitor),
+          stripCost_(options.join == StripJoin::Restart ? 3 : 4) {}
 
-    StripPartition run() {
-        switch (options_.effort) {
+    FoundPartition run(unsigned effort) {
+        switch (effort) {
         case 0:
             return searchGreedily();
         case 1:
             return searchByTunnels();
         default:
-            return searchByFlow();
+            return searchByFlow(effort);
         }
     }
 
@@ -73,11 +66,11 @@ private:
         monitor_.startPhase(StripPhase::Pairing, 0.3);
         return pairEdges(triangles_);
     }
-    StripPartition searchGreedily();
-    StripPartition searchByTunnels();
-    StripPartition searchByFlow();
-    StripPartition pairForFlow();
-    bool linkByFlow(StripPartition& partition);
+    FoundPartition searchGreedily();
+    FoundPartition searchByTunnels();
+    FoundPartition searchByFlow(unsigned effort);
+    GreedyCounts countGreedily(CompactGraph& graph);
+    void linkByFlow(StripPartition& partition);
     void extendStrips(StripPartition& partition);
     void anneal(StripPartition& partition, const std::function<double(std::uint32_t)>& cooling);
     void annealUntil(StripPartition& partition, Clock::time_point start);
@@ -88,15 +81,16 @@ private:
     std::span<const unsigned int> triangles_;
     const StripBufferOptions& options_;
     StripMonitor& monitor_;
+    int stripCost_; ///< indices of a strip's start and of its joint
 };
 
-StripPartition PartitionSearch::searchGreedily() {
+FoundPartition PartitionSearch::searchGreedily() {
     CompactGraph graph = pair();
     monitor_.startPhase(StripPhase::Greedy, 0.3);
     const StripSet strips = detail::searchGreedily(graph, triangles_);
     StripPartition partition(graph, triangles_);
     linkStrips(partition, graph, strips);
-    return partition;
+    return {std::move(partition), countGreedy(graph, triangles_, strips, options_.join).plain};
 }
 
 /// Indices after the lengths are limited. Cuts closed loops.
@@ -119,47 +113,49 @@ void PartitionSearch::keepBetter(StripPartition& partition, const LinkSnapshot& 
     }
 }
 
-/// From the greedy strips. A sequence of moves never adds indices but those for parity, which can outweigh the gain only
-/// where little was gained.
-StripPartition PartitionSearch::searchByTunnels() {
-    StripPartition partition = searchGreedily();
-    const LinkSnapshot greedy(partition);
+FoundPartition PartitionSearch::searchByTunnels() {
+    CompactGraph graph = pair();
+    monitor_.startPhase(StripPhase::Greedy, 0.3);
+    const StripSet strips = detail::searchGreedily(graph, triangles_);
+    StripPartition partition(graph, triangles_);
+    linkStrips(partition, graph, strips);
+    const GreedyCounts greedy = countGreedy(graph, triangles_, strips, options_.join);
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
-    const std::uint64_t sequences = tunnel(partition, shortTunnels, monitor_);
-    if (partition.count() < manyTriangles || sequences < partition.count() / 256) {
-        keepBetter(partition, greedy);
-    }
-    return partition;
+    tunnel(partition, {1, 100, maxTunnelSaving(greedy, partition.liveCount())}, stripCost_, monitor_);
+    return {std::move(partition), std::min(greedy.joined, greedy.plain)};
 }
 
-StripPartition PartitionSearch::searchByFlow() {
+FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     const Clock::time_point start = Clock::now();
-    StripPartition partition = pairForFlow();
-    const bool isSuperior = linkByFlow(partition);
+    CompactGraph graph = pair();
+    StripPartition partition(graph, triangles_, isScattered(graph, 60) ? patchOrder(graph) : std::vector<TriangleId>());
+    const GreedyCounts greedy = countGreedily(graph);
+    graph.release();
+    linkByFlow(partition);
     if (monitor_.isStopped()) {
         return searchGreedily();
     }
-    monitor_.startPhase(StripPhase::Tunnelling, options_.effort >= 3 ? 0.1 : 0.7);
+    monitor_.startPhase(StripPhase::Tunnelling, effort >= 3 ? 0.1 : 0.7);
     extendStrips(partition);
-    if (!isSuperior) {
-        StripPartition other = searchByTunnels();
-        if (count(other) < count(partition)) {
-            partition = std::move(other);
-        }
-    }
-    if (options_.effort >= 3) {
+    if (effort >= 3) {
         constexpr std::uint32_t passes = 120;
         anneal(partition, [](std::uint32_t pass) { return static_cast<double>(pass) / passes; });
     }
-    if (options_.effort >= 4) {
+    if (effort >= 4) {
         annealUntil(partition, start);
     }
-    return partition;
+    const std::uint64_t tunnels = leastOfTunnels(greedy, partition.liveCount());
+    return {std::move(partition), std::min({greedy.joined, greedy.plain, tunnels})};
+}
+
+GreedyCounts PartitionSearch::countGreedily(CompactGraph& graph) {
+    monitor_.startPhase(StripPhase::Greedy, 0.2);
+    return countGreedy(graph, triangles_, detail::searchGreedily(graph, triangles_), options_.join);
 }
 
 void PartitionSearch::extendStrips(StripPartition& partition) {
-    tunnel(partition, shortTunnels, monitor_);
-    tunnel(partition, longTunnels, monitor_);
+    tunnel(partition, {1, 100, noLimit}, stripCost_, monitor_);
+    tunnel(partition, {2, 200, noLimit}, stripCost_, monitor_);
 }
 
 /// Anneals the labels and keeps the links that come out if they are better.
@@ -188,31 +184,31 @@ void PartitionSearch::annealUntil(StripPartition& partition, Clock::time_point s
            [begin, left](std::uint32_t) { return left <= 0 ? 1 : Seconds(Clock::now() - begin).count() / left; });
 }
 
-StripPartition PartitionSearch::pairForFlow() {
-    const CompactGraph graph = pair();
-    return {graph, triangles_, isScattered(graph, 60) ? patchOrder(graph) : std::vector<TriangleId>()};
-}
-
-/// Returns whether the result needs no comparison with the lower effort.
-bool PartitionSearch::linkByFlow(StripPartition& partition) {
+void PartitionSearch::linkByFlow(StripPartition& partition) {
     monitor_.startPhase(StripPhase::Flow, 0.5);
     FanGraph fans(partition, monitor_);
-    const bool isSuperior = isIrregular(fans, partition);
     cancelCharges(partition, fans, monitor_);
     fans = {};
     if (!monitor_.isStopped()) {
         linkByLabels(partition, monitor_);
     }
-    return isSuperior;
 }
 
 } // namespace
 
-StripPartition searchPartition(std::span<const unsigned int> triangles, const StripBufferOptions& options,
-                               StripMonitor& monitor) {
-    StripPartition partition = PartitionSearch(triangles, options, monitor).run();
-    limitLengths(partition, options);
-    return partition;
+FoundPartition searchPartition(std::span<const unsigned int> triangles, unsigned effort,
+                               const StripBufferOptions& options, StripMonitor& monitor) {
+    return PartitionSearch(triangles, options, monitor).run(effort);
+}
+
+void limitLengths(StripPartition& partition, const StripBufferOptions& options) {
+    std::uint32_t longest = options.forVertexCache ? cacheStripLength(partition) : 0;
+    if (options.maxTriangles != 0) {
+        longest = longest == 0 ? options.maxTriangles : std::min(longest, options.maxTriangles);
+    }
+    if (longest != 0) {
+        limitStripLengths(partition, longest);
+    }
 }
 
 } // namespace vexa::mesh::detail

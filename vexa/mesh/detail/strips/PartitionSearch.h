@@ -4,15 +4,28 @@
 #include "vexa/mesh/detail/strips/StripMonitor.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 
+#include <cstdint>
 #include <span>
 
 namespace vexa::mesh::detail {
 
 constexpr unsigned maxEffort = 4;
 
-/// Cuts triangles into strips with as few indices as the effort finds, none longer than the options allow; see
-/// `buildStripBuffer`.
-StripPartition searchPartition(std::span<const unsigned int> triangles, const StripBufferOptions& options,
-                               StripMonitor& monitor);
+struct FoundPartition {
+    StripPartition partition;
+    /// No lower effort needs fewer indices than this, joined in the same way, and neither does `buildPrimitives`; for
+    /// strips of any length. May be less than what they need, down to 0, but never more.
+    std::uint64_t lowerEffortsNeed;
+};
+
+/// Cuts triangles into strips of any length with as few indices as the effort finds. Efforts 3 and 4 never need more
+/// than the strips from which they start, which are those that the search at effort 2 finds.
+///
+/// \param effort in place of that of the options
+FoundPartition searchPartition(std::span<const unsigned int> triangles, unsigned effort,
+                               const StripBufferOptions& options, StripMonitor& monitor);
+
+/// Cuts strips that are longer than the options allow.
+void limitLengths(StripPartition& partition, const StripBufferOptions& options);
 
 } // namespace vexa::mesh::detail

@@ -1,5 +1,6 @@
 #include "vexa/mesh/detail/strips/Tunnelling.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -18,7 +19,8 @@ constexpr int maxDepth = 2;
 
 class Tunnel {
 public:
-    Tunnel(StripPartition& partition, TunnelLimits limits) : partition_(partition), limits_(limits) {}
+    Tunnel(StripPartition& partition, TunnelLimits limits, int stripCost)
+        : partition_(partition), limits_(limits), stripCost_(stripCost) {}
 
     /// Looks for a sequence that saves indices and leaves it applied.
     bool extend(TriangleId end) {
@@ -26,6 +28,9 @@ public:
         linkedCount_ = 0;
         return extend(end, limits_.depth, 0);
     }
+
+    /// Indices that all sequences saved.
+    [[nodiscard]] std::uint64_t saved() const { return saved_; }
 
 private:
     bool extend(TriangleId end, int depth, int debt) {
@@ -61,6 +66,8 @@ private:
 
     StripPartition& partition_;
     TunnelLimits limits_;
+    int stripCost_;
+    std::uint64_t saved_ = 0;
     int steps_ = 0;
     std::array<HalfEdgeId, maxDepth + 1> linked_{}; ///< the links that the sequence has made so far
     std::size_t linkedCount_ = 0;
@@ -81,6 +88,7 @@ bool Tunnel::joinNeighbour(TriangleId end, int debt) {
             linked_[linkedCount_++] = exit;
             // Walking the whole strip is expensive: only for sequences that pay.
             if (!canClose || areAllOpen()) {
+                saved_ += static_cast<std::uint64_t>(stripCost_ - (debt + after - before));
                 return true;
             }
             --linkedCount_;
@@ -130,6 +138,7 @@ bool Tunnel::takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt)
     if (newDebt <= maxDebt) {
         linked_[linkedCount_++] = exit;
         if (newDebt < 0 ? areAllOpen() : extend(newEnd, depth - 1, newDebt)) {
+            saved_ += static_cast<std::uint64_t>(std::max(-newDebt, 0));
             return true;
         }
         --linkedCount_;
@@ -141,20 +150,18 @@ bool Tunnel::takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt)
 
 } // namespace
 
-std::uint64_t tunnel(StripPartition& partition, TunnelLimits limits, StripMonitor& monitor) {
+std::uint64_t tunnel(StripPartition& partition, TunnelLimits limits, int stripCost, StripMonitor& monitor) {
     constexpr int attempts = 4;
     constexpr TriangleId pollMask = (1U << 12) - 1;
-    Tunnel tunnel(partition, limits);
-    std::uint64_t found = 0;
-    for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+    Tunnel tunnel(partition, limits, stripCost);
+    for (TriangleId triangle = 0; triangle < partition.count() && tunnel.saved() < limits.saving; ++triangle) {
         if ((triangle & pollMask) == 0 && !monitor.poll(triangle, partition.count())) {
             break;
         }
         for (int i = 0; i < attempts && partition.isEnd(triangle) && tunnel.extend(triangle); ++i) {
-            ++found;
         }
     }
-    return found;
+    return tunnel.saved();
 }
 
 } // namespace vexa::mesh::detail

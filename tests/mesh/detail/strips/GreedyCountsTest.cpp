@@ -1,0 +1,76 @@
+#include "support/Meshes.h"
+
+#include <gtest/gtest.h>
+#include <vexa/mesh/Strips.h>
+#include <vexa/mesh/detail/strips/EdgePairing.h>
+#include <vexa/mesh/detail/strips/GreedyCounts.h>
+#include <vexa/mesh/detail/strips/GreedyLinks.h>
+#include <vexa/mesh/detail/strips/JoinOrder.h>
+#include <vexa/mesh/detail/strips/StripPartition.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace {
+
+using namespace vexa::mesh;
+using meshes::Indices;
+
+struct Greedy {
+    detail::CompactGraph graph;
+    detail::StripSet strips;
+    detail::StripPartition partition;
+
+    explicit Greedy(const Indices& mesh)
+        : graph(detail::pairEdges(mesh)), strips(detail::searchGreedily(graph, mesh)), partition(graph, mesh) {
+        detail::linkStrips(partition, graph, strips);
+    }
+    [[nodiscard]] bool isRegular() const {
+        for (std::size_t i = 0; i < strips.size(); ++i) {
+            if (strips[i].isIrregular) {
+                return false;
+            }
+        }
+        return true;
+    }
+};
+
+void expectCounts(const Indices& mesh, StripJoin join, const std::string& name) {
+    Greedy greedy(mesh);
+    const detail::GreedyCounts counts = countGreedy(greedy.graph, mesh, greedy.strips, join);
+    if (!greedy.isRegular() || greedy.partition.liveCount() == 0) {
+        EXPECT_EQ(counts.joined, 0U) << name;
+        EXPECT_EQ(counts.plain, 0U) << name;
+        EXPECT_EQ(counts.fixed, 0U) << name;
+        return;
+    }
+    EXPECT_EQ(counts.joined, countIndices(mesh, greedy.partition, join)) << name;
+    const std::uint64_t plain = joinStrips(buildPrimitives(mesh, {.allStrips = true}), join).size();
+    if (greedy.partition.liveCount() == mesh.size() / 3) {
+        EXPECT_EQ(counts.plain, plain) << name;
+    } else {
+        EXPECT_LE(counts.plain, plain) << name;
+    }
+    if (join == StripJoin::Restart) {
+        EXPECT_EQ(counts.fixed, greedy.partition.liveCount() + countExtraIndices(greedy.partition) - 1) << name;
+    }
+}
+
+TEST(GreedyCounts, AreThoseOfTheWrittenStrips) {
+    for (const auto& mesh : meshes::suite()) {
+        expectCounts(mesh.indices, StripJoin::Restart, mesh.name);
+        expectCounts(mesh.indices, StripJoin::Degenerate, mesh.name);
+    }
+}
+
+TEST(GreedyCounts, LeaveOutIndicesForParity) {
+    // Two triangles suit either parity; longer strips of an even number of indices may not.
+    const Indices mesh = meshes::joined(meshes::pairs(1), meshes::shifted(meshes::strip(4), 10));
+    const Greedy greedy(mesh);
+    const auto counts = countGreedy(greedy.graph, mesh, greedy.strips, StripJoin::Restart);
+    EXPECT_EQ(counts.fixed, 4U + 1 + 6);
+    EXPECT_GE(counts.joined, counts.fixed);
+}
+
+} // namespace
