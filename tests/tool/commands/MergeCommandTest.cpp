@@ -178,10 +178,51 @@ TEST_F(MergeCommand, CopiesMaterialsWithTheirTextures) {
     EXPECT_EQ(merged.samplers[0].wrapS, 33071);
 }
 
-TEST_F(MergeCommand, WarnsOfMorphTargets) {
+TEST_F(MergeCommand, NamesEachLossWithItsFile) {
     triangle.primitive(0)["targets"] = Json::array({{{"POSITION", 0}}});
-    merge({write("morph.glb", triangle)});
-    EXPECT_THAT(warnings, HasSubstr("morph targets are left out"));
+    const std::string morph = write("morph.glb", triangle);
+    triangle.json["nodes"][0]["extras"] = 5;
+    const std::string extras = write("extras.glb", triangle);
+    const ProcessResult result = runForked({"merge", morph, extras, morph, "-o", out, "--json"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(Json::parse(result.out)["leftOut"],
+              Json({morph + ": morph targets", extras + ": morph targets", extras + ": extras of nodes"}));
+    EXPECT_EQ(countOf(result.err, "\n"), 3u);
+    EXPECT_THAT(result.err, HasSubstr("warning: " + extras + ": left out: extras of nodes\n"));
+}
+
+TEST_F(MergeCommand, StrictlyRefusesLosses) {
+    EXPECT_EQ(runForked({"merge", file, "-o", out, "--strict"}).exitCode, 0);
+    std::filesystem::remove(out);
+    triangle.primitive(0)["targets"] = Json::array({{{"POSITION", 0}}});
+    const ProcessResult result = runForked({"merge", file, write("morph.glb", triangle), "-o", out, "--strict"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("morph.glb: refused, as --strict demands: left out: morph targets"));
+    EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+TEST_F(MergeCommand, InstancesArePlacedOneByOne) {
+    triangle.json["extensionsUsed"] = triangle.json["extensionsRequired"] = {"EXT_mesh_gpu_instancing"};
+    triangle.json["nodes"][0]["translation"] = {10, 0, 0};
+    triangle.json["nodes"][0]["extensions"]["EXT_mesh_gpu_instancing"]["attributes"] = {
+        {"TRANSLATION", triangle.addAccessor(std::vector<float>{0, 0, 0, 0, 5, 0}, 5126, "VEC3")},
+        {"SCALE", triangle.addAccessor(std::vector<float>{1, 1, 1, -2, 2, 2}, 5126, "VEC3")}};
+    const auto result = triangles(merge({write("instances.glb", triangle)}));
+    const std::vector<OrientedTriangle> expected{{{{8, 5, 0}, {10, 5, 0}, {10, 7, 0}}},
+                                                 {{{10, 0, 0}, {11, 0, 0}, {10, 1, 0}}}};
+    EXPECT_EQ(result, expected);
+}
+
+TEST_F(MergeCommand, SeparateStripsBecomeOnePrimitiveWithTheVerticesOfTheModel) {
+    const std::string model = write("grid.glb", gridModel(60, 60));
+    const std::string strips = (directory / "strips.glb").string();
+    ASSERT_EQ(runForked({"strip", model, "-o", strips, "--join", "none"}).exitCode, 0);
+    ASSERT_GT(loadModel(strips).meshes[0].primitives.size(), 20u);
+    const tinygltf::Model merged = merge({strips});
+    ASSERT_EQ(merged.meshes[0].primitives.size(), 1u);
+    EXPECT_EQ(triangles(merged), triangles(loadModel(model)));
+    const auto positions = static_cast<std::size_t>(merged.meshes[0].primitives[0].attributes.at("POSITION"));
+    EXPECT_EQ(merged.accessors[positions].count, 61u * 61u);
 }
 
 TEST_F(MergeCommand, TwoByteAttributesGetAStrideOfFour) {

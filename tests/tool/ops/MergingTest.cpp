@@ -140,23 +140,98 @@ TEST(Merger, SkipsPrimitivesWithoutTriangles) {
     Merger merger;
     merger.add(documentOf(modelOf({0, 1, 1}, 4)), inPlace);
     EXPECT_TRUE(merger.groups().empty());
-    EXPECT_TRUE(merger.warnings().empty());
 }
 
-TEST(Merger, WarnsOnceOfEachOmission) {
+TEST(Merger, ReturnsWhatIsLeftOut) {
     GltfModel model = triangleModel();
     model.primitive(0)["targets"] = Json::array({{{"POSITION", 0}}});
     model.addMesh(0, 1);
-    model.primitive(1)["targets"] = Json::array({{{"POSITION", 0}}});
-    model.addMesh(0, 1);
-    model.primitive(2)["attributes"] = {{"_POSITION", 0}};
-    model.json["skins"] = Json::parse(R"([{"joints":[0]}])");
+    model.primitive(1)["attributes"] = {{"_POSITION", 0}};
+    Merger merger;
+    EXPECT_THAT(merger.add(documentOf(model), inPlace), ElementsAre("morph targets", "mesh 1, which has no positions"));
+    EXPECT_THAT(merger.add(documentOf(triangleModel()), inPlace), ElementsAre());
+}
+
+/// Two primitives of one mesh that share their vertices.
+GltfModel sharedModel() {
+    GltfModel model = modelOf({0, 1, 2}, 4);
+    model.json["meshes"][0]["primitives"].push_back(model.primitive(0));
+    model.primitive(0, 1)["indices"] = model.addIndices({1, 3, 2});
+    return model;
+}
+
+TEST(Merger, PrimitivesThatShareVerticesGoOnSharingThem) {
+    Merger merger;
+    merger.add(documentOf(sharedModel()), inPlace);
+    ASSERT_EQ(merger.groups().size(), 1u);
+    EXPECT_EQ(merger.groups()[0].mesh->getAttributeBuffer(0)->getElementCount(), 5u);
+    EXPECT_THAT(indicesOf(merger.groups()[0]), ElementsAre(0, 1, 2, 1, 3, 2));
+}
+
+TEST(Merger, SharedVerticesAreRepeatedForEachPlace) {
+    Merger merger;
+    merger.add(documentOf(sharedModel()), inPlace);
+    merger.add(documentOf(sharedModel()), mirrored);
+    EXPECT_EQ(merger.groups().at(0).mesh->getAttributeBuffer(0)->getElementCount(), 10u);
+    EXPECT_THAT(indicesOf(merger.groups()[0]), ElementsAre(0, 1, 2, 1, 3, 2, 5, 7, 6, 6, 7, 8));
+    EXPECT_THAT(elementOf<3>(merger.groups()[0], "position", 6), ElementsAre(-1, 0, 0));
+}
+
+TEST(Merger, PrimitivesOfDifferentMaterialsShareAccessors) {
+    GltfModel model = sharedModel();
+    model.json["materials"] = Json::parse(R"([{"name":"red"}])");
+    model.primitive(0, 1)["material"] = 0;
+    model.json["nodes"].push_back({{"mesh", 0}, {"translation", {5, 0, 0}}});
+    model.json["scenes"][0]["nodes"] = {0, 1};
     Merger merger;
     merger.add(documentOf(model), inPlace);
-    ASSERT_EQ(merger.warnings().size(), 3u);
-    EXPECT_THAT(merger.warnings()[0], HasSubstr("model.glb: morph targets are left out"));
-    EXPECT_THAT(merger.warnings()[1], HasSubstr("model.glb: mesh 2 is left out"));
-    EXPECT_THAT(merger.warnings()[2], HasSubstr("model.glb: skins are left out"));
+    const vexa::tool::Bytes file = merger.finish();
+    const Document document = vexa::tool::loadDocument(file, "merged.glb");
+    const auto& primitives = document.meshes.at(0).primitives;
+    ASSERT_EQ(primitives.size(), 2u);
+    EXPECT_EQ(primitives[0].attributes[0].accessor, primitives[1].attributes[0].accessor);
+    EXPECT_EQ(primitives[0].vertices, 10u);
+    EXPECT_THAT(primitives[1].indices, ElementsAre(1, 3, 2, 6, 8, 7));
+    EXPECT_EQ(merger.findFault(file), "");
+}
+
+TEST(Merger, NoticesChangedMaterials) {
+    GltfModel model = triangleModel();
+    model.json["materials"] = Json::parse(R"([{"name":"red"}])");
+    model.primitive(0)["material"] = 0;
+    Merger merger;
+    merger.add(documentOf(model), inPlace);
+    vexa::tool::Bytes file = merger.finish();
+    const std::string name = "\"red\"";
+    const auto at = std::search(file.begin(), file.end(), name.begin(), name.end());
+    ASSERT_NE(at, file.end());
+    at[1] = 'b';
+    EXPECT_THAT(merger.findFault(file), HasSubstr("materials"));
+}
+
+TEST(Merger, JoinsCopyrights) {
+    GltfModel model = triangleModel();
+    Merger merger;
+    for (const char* owner : {"2024 Ann", "2025 Bob", "2024 Ann"}) {
+        model.json["asset"]["copyright"] = owner;
+        merger.add(documentOf(model), inPlace);
+    }
+    const Document document = vexa::tool::loadDocument(merger.finish(), "merged.glb");
+    EXPECT_EQ(document.asset.json["asset"]["copyright"], "2024 Ann; 2025 Bob");
+}
+
+TEST(Merger, RequiresQuantizationForCoordinatesThatNeedIt) {
+    GltfModel model = triangleModel();
+    model.json["extensionsUsed"] = model.json["extensionsRequired"] = {"KHR_mesh_quantization"};
+    const int view = model.addView(std::string(24, '\1'));
+    model.json["bufferViews"].back()["byteStride"] = 4;
+    model.json["accessors"].push_back({{"bufferView", view}, {"componentType", 5122}, {"count", 3}, {"type", "VEC2"}});
+    model.primitive(0)["attributes"]["TEXCOORD_0"] = 2;
+    Merger merger;
+    merger.add(documentOf(model), inPlace);
+    const Document document = vexa::tool::loadDocument(merger.finish(), "merged.glb");
+    EXPECT_EQ(document.asset.json["extensionsRequired"], Json({"KHR_mesh_quantization"}));
+    EXPECT_EQ(document.asset.json["extensionsUsed"], Json({"KHR_mesh_quantization"}));
 }
 
 TEST(Merger, LeavesOutJointsAndWeights) {

@@ -18,7 +18,9 @@ Document Session::load(const std::filesystem::path& file, MeshCheck check) const
     for (const std::string& warning : document.asset.warnings) {
         warn(file, warning);
     }
-    leftOut_.insert(leftOut_.end(), document.asset.leftOut.begin(), document.asset.leftOut.end());
+    for (const std::string& text : document.asset.leftOut) {
+        noteLoss(file, text);
+    }
     return document;
 }
 
@@ -58,6 +60,25 @@ void Session::write(const std::filesystem::path& output, const Bytes& content, c
 
 void Session::write(const std::filesystem::path& output, const Bytes& page) const {
     writeFile(output, page);
+}
+
+bool Session::noteLoss(const std::filesystem::path& file, const std::string& text) const {
+    std::string byFile = file.string() + ": " + text;
+    if (!losses_.insert(byFile).second) {
+        return false;
+    }
+    leftOut_.push_back(text);
+    leftOutByFile_.push_back(std::move(byFile));
+    return true;
+}
+
+void Session::leaveOut(const std::filesystem::path& file, const std::vector<std::string>& leftOut) const {
+    checkLosses(file, leftOut);
+    for (const std::string& text : leftOut) {
+        if (noteLoss(file, text)) {
+            warn(file, "left out: " + text);
+        }
+    }
 }
 
 void Session::warn(const std::filesystem::path& file, const std::string& text) const {

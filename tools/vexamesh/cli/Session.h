@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -43,13 +44,26 @@ public:
 
     void warn(const std::filesystem::path& file, const std::string& text) const;
 
-    /// What the documents leave out of the files that have been read so far.
+    /// Reports data of a file that the output does not hold, as `load` does with what a document cannot hold.
+    ///
+    /// \throw CheckError nothing must be left out
+    void leaveOut(const std::filesystem::path& file, const std::vector<std::string>& leftOut) const;
+
+    /// What the documents and the output leave out of the files that have been read so far.
     [[nodiscard]] const std::vector<std::string>& leftOut() const { return leftOut_; }
 
+    /// The same, each line with the name of its file, for outputs of several.
+    [[nodiscard]] const std::vector<std::string>& leftOutByFile() const { return leftOutByFile_; }
+
 private:
+    /// \return false: that is known
+    bool noteLoss(const std::filesystem::path& file, const std::string& text) const;
+
     std::function<void(const std::string&)> warn_;
     std::function<void(const std::string&)> fail_;
     mutable std::vector<std::string> leftOut_;
+    mutable std::vector<std::string> leftOutByFile_;
+    mutable std::set<std::string> losses_; ///< the same, to find them
 };
 
 } // namespace vexa::tool

@@ -20,8 +20,9 @@ constexpr const char* examples = R"(Examples:
   vexamesh merge part.glb --rotate y,90 --scale 0.001 -o part-in-metres.glb
 
 --translate, --scale and --rotate place the input that they follow, in the order in which they are given. Meshes of the
-same layout and material become one primitive; others stay apart. A placement that mirrors reverses the winding, and
-normals are written with unit length.)";
+same layout, material and variants become one primitive of one mesh; others stay apart. A placement that mirrors reverses
+the winding, and normals are written with unit length. Cameras and lights keep their names and are placed too; material
+variants of one name become one. Skins, morph targets and animations are left out, with a warning.)";
 
 struct MergeArguments {
     std::vector<std::string> files;
@@ -60,7 +61,7 @@ int runMerge(const MergeArguments& arguments, const std::vector<PlacedInput>& in
     const Session session(console);
     Merger merger;
     for (const PlacedInput& input : inputs) {
-        merger.add(session.load(input.file), input.placement);
+        session.leaveOut(input.file, merger.add(session.load(input.file), input.placement));
     }
     if (merger.groups().empty()) {
         std::string names;
@@ -75,11 +76,8 @@ int runMerge(const MergeArguments& arguments, const std::vector<PlacedInput>& in
     } catch (const FormatError& error) {
         throw FileError(arguments.output, error.what());
     }
-    for (const std::string& warning : merger.warnings()) {
-        console.printWarning(warning);
-    }
     session.write(arguments.output, file, [&](const Bytes& content) { return merger.findFault(content); });
-    printMerging(console, arguments.json, arguments.output, merger.groups(), session.leftOut());
+    printMerging(console, arguments.json, arguments.output, merger.groups(), session.leftOutByFile());
     return EXIT_DONE;
 }
 

@@ -1,6 +1,7 @@
 #include "io/AssetBuilder.h"
 
 #include "base/Errors.h"
+#include "io/gltf/GltfExtensions.h"
 #include "io/gltf/PrimitiveRestart.h"
 
 #include <algorithm>
@@ -143,6 +144,9 @@ void AssetBuilder::addMesh(const std::string& name, const std::vector<NewPrimiti
     }
     for (const NewPrimitive& primitive : primitives) {
         Json entry = {{"attributes", Json::object()}};
+        if (primitive.sharesWith) {
+            entry["attributes"] = mesh["primitives"].at(*primitive.sharesWith)["attributes"];
+        }
         for (const NewAttribute& attribute : primitive.attributes) {
             entry["attributes"][writtenName(attribute.name)] = addAttribute(attribute);
         }
@@ -151,15 +155,25 @@ void AssetBuilder::addMesh(const std::string& name, const std::vector<NewPrimiti
             entry["material"] = *primitive.material;
         }
         entry["mode"] = primitive.type;
+        if (!primitive.extensions.empty()) {
+            entry["extensions"] = primitive.extensions;
+        }
         mesh["primitives"].push_back(std::move(entry));
     }
     Json node = {{"mesh", json_["meshes"].size()}};
     if (!name.empty()) {
         node["name"] = name;
     }
-    json_["scenes"][0]["nodes"].push_back(json_["nodes"].size());
-    json_["nodes"].push_back(std::move(node));
+    addNode(std::move(node));
     json_["meshes"].push_back(std::move(mesh));
+}
+
+void AssetBuilder::addNode(Json node) {
+    // A new member moves all others.
+    Json& nodes = json_["nodes"];
+    nodes.push_back(std::move(node));
+    const std::size_t number = nodes.size() - 1;
+    json_["scenes"][0]["nodes"].push_back(number);
 }
 
 std::size_t AssetBuilder::addEntry(const char* array, Json entry) {
@@ -172,11 +186,16 @@ std::size_t AssetBuilder::addMaterial(Json material) {
     return addEntry("materials", std::move(material));
 }
 
-void AssetBuilder::useExtension(const std::string& name) {
-    Json& used = json_["extensionsUsed"];
-    if (std::find(used.begin(), used.end(), Json(name)) == used.end()) {
-        used.push_back(name);
+void AssetBuilder::useExtension(const std::string& name, bool isRequired) {
+    setListed(json_, "extensionsUsed", name.c_str(), true);
+    if (isRequired) {
+        setListed(json_, "extensionsRequired", name.c_str(), true);
     }
+}
+
+void AssetBuilder::addExtension(const std::string& name, Json content) {
+    useExtension(name);
+    json_["extensions"][name] = std::move(content);
 }
 
 Asset AssetBuilder::finish() {

@@ -21,6 +21,9 @@ struct NewPrimitive {
     std::vector<unsigned int> indices;
     std::vector<NewAttribute> attributes;
     std::optional<std::size_t> material;
+    Json extensions = Json::object();
+    std::optional<std::size_t> sharesWith =
+        {}; ///< an earlier primitive of the mesh whose attributes these are; takes them
 };
 
 /// The narrowest unsigned type whose largest value, the restart index, none of these indices has; decoded restart
@@ -44,7 +47,17 @@ public:
     std::size_t addMaterial(Json material);
 
     /// Lists an extension as used, once.
-    void useExtension(const std::string& name);
+    ///
+    /// \param isRequired list it as required, too
+    void useExtension(const std::string& name, bool isRequired = false);
+
+    /// Lists an extension as used and gives the document its content.
+    void addExtension(const std::string& name, Json content);
+
+    /// Adds a node to the scene.
+    void addNode(Json node);
+
+    void setCopyright(const std::string& text) { json_["asset"]["copyright"] = text; }
 
     /// Adds an element to a top-level array of the document.
     ///

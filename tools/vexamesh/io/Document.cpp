@@ -145,16 +145,6 @@ void reportLeftOut(Asset& asset) {
     }
 }
 
-/// \throw CheckError something is left out, and nothing must be
-void checkLeftOut(const Document& document) {
-    const std::vector<std::string>& leftOut = document.asset.leftOut;
-    if (isStrict() && !leftOut.empty()) {
-        const std::size_t more = leftOut.size() - 1;
-        throw CheckError(document.file.string() + ": refused, as --strict demands: left out: " + leftOut.front() +
-                         (more == 0 ? "" : " (and " + std::to_string(more) + " more)"));
-    }
-}
-
 /// Refuses an STL file by its size and its first bytes: they tell whether the rest, which may be gigabytes, is of use.
 void checkSize(const fs::path& file) {
     constexpr std::size_t beginSize = 1 << 16;
@@ -214,6 +204,14 @@ void refuseLosses(bool refuse) {
     isStrict() = refuse;
 }
 
+void checkLosses(const fs::path& file, const std::vector<std::string>& leftOut) {
+    if (isStrict() && !leftOut.empty()) {
+        const std::size_t more = leftOut.size() - 1;
+        throw CheckError(file.string() + ": refused, as --strict demands: left out: " + leftOut.front() +
+                         (more == 0 ? "" : " (and " + std::to_string(more) + " more)"));
+    }
+}
+
 Document loadDocument(const fs::path& file, MeshCheck check) {
     const fs::path directory = file.has_parent_path() ? file.parent_path() : ".";
     Document document = readIsolated(file, [&] {
@@ -222,7 +220,7 @@ Document loadDocument(const fs::path& file, MeshCheck check) {
     });
     // They were checked by whoever has sent them.
     document.meshes = readMeshes(document.asset, MeshCheck::References);
-    checkLeftOut(document);
+    checkLosses(file, document.asset.leftOut);
     return document;
 }
 

@@ -47,6 +47,12 @@ struct Document {
 /// warnings.
 void refuseLosses(bool refuse);
 
+/// Refuses a file of which something is left out, after `refuseLosses(true)`.
+///
+/// \param leftOut a line each
+/// \throw CheckError there is such a line, and nothing must be left out
+void checkLosses(const std::filesystem::path& file, const std::vector<std::string>& leftOut);
+
 /// Reads a .glb, .gltf, .obj, .ply, .stl or .off file, in a process of its own.
 ///
 /// \throw FileError  it cannot be read, or is no such file; one line that says what is wrong, and where

@@ -1,5 +1,7 @@
 #include "ops/MaterialCopier.h"
 
+#include "io/gltf/GltfExtensions.h"
+
 #include <algorithm>
 
 namespace vexa::tool {
@@ -21,7 +23,7 @@ std::optional<std::size_t> MaterialCopier::copy(const Document& document, std::s
         return std::nullopt;
     }
     Json entry = materials[material];
-    noteExtensions(document, entry);
+    noteExtensions(document, entry, builder_);
     copyTextures(document, entry);
     return copyOnce("materials", std::move(entry));
 }
@@ -59,7 +61,7 @@ std::size_t MaterialCopier::copyTexture(const Document& document, std::size_t in
         texture["sampler"] = copyOnce("samplers", samplers[*sampler]);
     }
     if (texture.contains("extensions") && texture["extensions"].is_object()) {
-        noteExtensions(document, texture);
+        noteExtensions(document, texture, builder_);
         for (auto& [name, extension] : texture["extensions"].items()) {
             if (const auto source =
                     extension.is_object() ? optionalIndexMember(extension, "source", where, images) : std::nullopt) {
@@ -87,20 +89,16 @@ std::size_t MaterialCopier::copyImage(const Document& document, std::size_t inde
     return copyOnce("images", std::move(image));
 }
 
-void MaterialCopier::noteExtensions(const Document& document, const Json& value) {
+void noteExtensions(const Document& document, const Json& value, AssetBuilder& builder) {
     if (!value.is_structured()) {
         return;
     }
     if (value.is_object() && value.contains("extensions") && value["extensions"].is_object()) {
-        const Json& required = arrayMember(document.asset.json, "extensionsRequired", "");
         for (const auto& [name, extension] : value["extensions"].items()) {
-            copyOnce("extensionsUsed", name);
-            if (std::find(required.begin(), required.end(), Json(name)) != required.end()) {
-                copyOnce("extensionsRequired", name);
-            }
+            builder.useExtension(name, isListed(document.asset.json, "extensionsRequired", name.c_str()));
         }
     }
-    std::for_each(value.begin(), value.end(), [&](const Json& member) { noteExtensions(document, member); });
+    std::for_each(value.begin(), value.end(), [&](const Json& member) { noteExtensions(document, member, builder); });
 }
 
 } // namespace vexa::tool

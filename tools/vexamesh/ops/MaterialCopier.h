@@ -9,6 +9,9 @@
 
 namespace vexa::tool {
 
+/// Lists the extensions that a copied part of a document has.
+void noteExtensions(const Document& document, const Json& value, AssetBuilder& builder);
+
 /// Copies materials of documents, with the textures, samplers and images that they use, into an asset that is being
 /// built. What is the same is copied once.
 class MaterialCopier {
@@ -24,7 +27,6 @@ private:
     void copyTextures(const Document& document, Json& value);
     std::size_t copyTexture(const Document& document, std::size_t index);
     std::size_t copyImage(const Document& document, std::size_t index);
-    void noteExtensions(const Document& document, const Json& value);
 
     AssetBuilder& builder_;
     std::map<std::pair<std::string, std::string>, std::size_t> copied_; ///< by array and text

@@ -1,15 +1,20 @@
 #include "ops/Merging.h"
 
 #include "base/Errors.h"
+#include "io/gltf/GltfExtensions.h"
 #include "io/gltf/PrimitiveRestart.h"
+#include "ops/MergeLosses.h"
 #include "ops/MeshConversion.h"
 #include "ops/Placement.h"
+#include "ops/UneditedContent.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <glm/matrix.hpp>
 #include <limits>
+#include <numeric>
+#include <set>
 #include <vexa/mesh/AttributeTransformation.h>
 #include <vexa/mesh/MeshConcatenation.h>
 #include <vexa/mesh/Strips.h>
@@ -53,19 +58,22 @@ void turnWinding(std::vector<unsigned int>& triangles) {
     }
 }
 
-std::shared_ptr<mesh::IndexBuffer> indexBuffer(const std::vector<unsigned int>& indices) {
-    auto buffer = mesh::IndexBuffer::createDefault(mesh::UNSIGNED_INT);
-    buffer->resize(indices.size());
+void appendIndices(mesh::IndexBuffer& buffer, const std::vector<unsigned int>& indices, unsigned long firstVertex) {
+    const unsigned long count = buffer.getElementCount();
+    buffer.resize(count + indices.size());
     for (std::size_t i = 0; i < indices.size(); ++i) {
-        buffer->setElement(i, indices[i]);
+        buffer.setElement(count + i, firstVertex + indices[i]);
     }
-    return buffer;
+}
+
+bool mirrors(const glm::dmat4& matrix) {
+    return glm::determinant(glm::dmat3(matrix)) < 0;
 }
 
 /// What a placement does to tangents: three floats that turn with the surface, and a sign that mirroring changes.
-mesh::AttributeTransformationFunction tangentTransformation(const glm::dmat4& matrix, bool mirrors) {
+mesh::AttributeTransformationFunction tangentTransformation(const glm::dmat4& matrix) {
     const glm::dmat3 linear(matrix);
-    return [linear, mirrors](void* element) {
+    return [linear, turnsSign = mirrors(matrix)](void* element) {
         std::array<float, 4> tangent{};
         std::memcpy(tangent.data(), element, sizeof tangent);
         const glm::dvec3 turned = linear * glm::dvec3(tangent[0], tangent[1], tangent[2]);
@@ -73,7 +81,7 @@ mesh::AttributeTransformationFunction tangentTransformation(const glm::dmat4& ma
         for (int i = 0; i < 3 && length > 0; ++i) {
             tangent[static_cast<std::size_t>(i)] = static_cast<float>(turned[i] / length);
         }
-        tangent[3] = mirrors ? -tangent[3] : tangent[3];
+        tangent[3] = turnsSign ? -tangent[3] : tangent[3];
         std::memcpy(element, tangent.data(), sizeof tangent);
     };
 }
@@ -116,6 +124,17 @@ void checkPositions(const mesh::AttributeBuffer& positions, unsigned long first,
     }
 }
 
+/// The format of an accessor's values, without them.
+AccessorData formatOf(const Asset& asset, std::size_t accessor) {
+    AccessorData format;
+    const AccessorModel& model = asset.model.accessors.at(accessor);
+    format.componentType = static_cast<mesh::ComponentType>(model.componentType);
+    format.type = stringMember(asset.json["accessors"][accessor], "type");
+    format.normalized = model.normalized;
+    format.components = componentCount(format.type);
+    return format;
+}
+
 std::string describe(const std::string& name, const AccessorData& values) {
     return name + " " + values.type + (values.normalized ? " normalized " : " ") +
            mesh::getStringForComponentType(values.componentType);
@@ -133,20 +152,35 @@ AccessorData fromAttributeBuffer(const mesh::AttributeBuffer& buffer, const Acce
     return values;
 }
 
+/// Without attributes.
 NewPrimitive toNewPrimitive(const MergedGroup& group) {
     NewPrimitive primitive;
     primitive.type = group.mesh->getPrimitiveType();
     primitive.material = group.material;
+    if (!group.variants.is_null()) {
+        primitive.extensions[variantsExtension] = group.variants;
+    }
     const auto indices = group.mesh->getIndexBuffer();
+    primitive.indices.reserve(indices->getElementCount());
     for (unsigned long i = 0; i < indices->getElementCount(); ++i) {
         primitive.indices.push_back(static_cast<unsigned int>(indices->getElement(i)));
     }
+    return primitive;
+}
+
+std::vector<NewAttribute> newAttributes(const MergedGroup& group) {
+    std::vector<NewAttribute> attributes;
     for (unsigned long i = 0; i < group.mesh->getNumAttributeBuffers(); ++i) {
         const auto buffer = group.mesh->getAttributeBuffer(i);
-        primitive.attributes.push_back(
-            {gltfName(buffer->getAttributeName()), fromAttributeBuffer(*buffer, group.formats[i])});
+        attributes.push_back({gltfName(buffer->getAttributeName()), fromAttributeBuffer(*buffer, group.formats[i])});
     }
-    return primitive;
+    return attributes;
+}
+
+/// Core glTF permits these coordinates only as floats and as normalised unsigned integers.
+bool needsQuantization(const std::string& name, const AccessorData& format) {
+    const bool isUnsigned = format.componentType == mesh::UNSIGNED_BYTE || format.componentType == mesh::UNSIGNED_SHORT;
+    return name.starts_with("TEXCOORD_") && format.componentType != mesh::FLOAT && !(isUnsigned && format.normalized);
 }
 
 bool isSame(const AccessorData& a, const AccessorData& b) {
@@ -154,111 +188,194 @@ bool isSame(const AccessorData& a, const AccessorData& b) {
            a.count == b.count && a.bytes == b.bytes;
 }
 
-bool isSame(const Document& document, const Primitive& primitive, const NewPrimitive& expected) {
-    return primitive.type == expected.type && primitive.indices == expected.indices &&
-           std::equal(primitive.attributes.begin(), primitive.attributes.end(), expected.attributes.begin(),
+bool isSame(const Document& document, const std::vector<Primitive>& primitives, const Primitive& primitive,
+            const NewPrimitive& expected) {
+    if (primitive.type != expected.type || primitive.indices != expected.indices) {
+        return false;
+    }
+    if (expected.sharesWith) {
+        const std::vector<Attribute>& shared = primitives[*expected.sharesWith].attributes;
+        return std::equal(
+            primitive.attributes.begin(), primitive.attributes.end(), shared.begin(), shared.end(),
+            [](const Attribute& a, const Attribute& b) { return a.name == b.name && a.accessor == b.accessor; });
+    }
+    return std::equal(primitive.attributes.begin(), primitive.attributes.end(), expected.attributes.begin(),
                       expected.attributes.end(), [&](const Attribute& attribute, const NewAttribute& wanted) {
                           return isSame(readAccessor(document.asset, attribute.accessor), wanted.values);
                       });
 }
 
-} // namespace
-
-void Merger::warnOnce(const std::string& warning) {
-    if (std::find(warnings_.begin(), warnings_.end(), warning) == warnings_.end()) {
-        warnings_.push_back(warning);
+/// Everything of a document but where its data is.
+Json withoutPlaces(Json json) {
+    for (const char* array : {"accessors", "bufferViews", "buffers"}) {
+        json.erase(array);
     }
+    return json;
 }
 
-void Merger::add(const Document& document, const glm::dmat4& placement) {
+mesh::AttributeTransformationMap transformationsBy(const glm::dmat4& matrix) {
+    mesh::AttributeTransformationMap transformations;
+    mesh::createClassicTransformation(transformations, glm::mat4(matrix));
+    transformations["TANGENT"] = tangentTransformation(matrix);
+    return transformations;
+}
+
+} // namespace
+
+std::vector<std::string> Merger::add(const Document& document, const glm::dmat4& placement) {
     try {
-        for (const MeshInstance& instance : meshInstances(document)) {
+        vertices_.clear();
+        variants_.begin(document);
+        std::vector<std::string> leftOut = mergeLosses(document);
+        for (MeshInstance instance : meshInstances(document)) {
             const Mesh& mesh = document.meshes.at(instance.mesh);
+            instance.matrix = placement * instance.matrix;
             for (std::size_t p = 0; p < mesh.primitives.size(); ++p) {
-                addPrimitive(document, mesh, p, placement * instance.matrix);
+                if (!addPrimitive(document, instance, p)) {
+                    leftOut.push_back(primitiveName(mesh, p) + ", which has no positions");
+                }
             }
         }
-        for (const char* part : {"animations", "skins"}) {
-            if (document.asset.json.contains(part)) {
-                warnOnce(document.file.string() + ": " + part + " are left out");
-            }
+        scene_.add(document, placement);
+        const std::string copyright = stringMember(document.asset.json["asset"], "copyright");
+        if (!copyright.empty() && std::find(copyrights_.begin(), copyrights_.end(), copyright) == copyrights_.end()) {
+            copyrights_.push_back(copyright);
         }
+        return leftOut;
     } catch (const FormatError& error) {
         throw FileError(document.file.string(), error.what());
     }
 }
 
-void Merger::addPrimitive(const Document& document, const Mesh& mesh, std::size_t index, const glm::dmat4& matrix) {
+/// \return false: it has no positions
+bool Merger::addPrimitive(const Document& document, const MeshInstance& instance, std::size_t index) {
+    const Mesh& mesh = document.meshes[instance.mesh];
     const Primitive& primitive = mesh.primitives[index];
     const std::string where = primitiveName(mesh, index);
     if (primitive.findAttribute("POSITION") == nullptr) {
-        warnOnce(document.file.string() + ": " + where + " is left out: it has no positions");
-        return;
+        return false;
     }
     MergedGroup part;
     mesh::PrimitiveType type{};
     std::vector<unsigned int> indices = plainIndices(primitive, type);
     if (indices.empty()) {
-        return;
+        return true;
     }
-    const bool mirrors = glm::determinant(glm::dmat3(matrix)) < 0;
-    if (mirrors && type == mesh::TRIANGLES) {
+    if (mirrors(instance.matrix) && type == mesh::TRIANGLES) {
         turnWinding(indices);
     }
-    part.mesh = mesh::Mesh::createDefault(type, mesh::UNSIGNED_INT);
-    part.mesh->setIndexBuffer(indexBuffer(indices));
-    part.layout = mesh::getStringForPrimitiveType(type);
+    VertexKey key;
     for (const Attribute& attribute : sortedAttributes(primitive)) {
-        AccessorData values = readAccessor(document.asset, attribute.accessor);
-        checkFormat(attribute.name, values, where);
-        values = isPlaced(attribute.name) ? toFloats(values) : values;
-        part.mesh->addAttributeBuffer(toAttributeBuffer(values, libraryName(attribute.name)));
-        part.layout += ", " + describe(attribute.name, values);
-        values.bytes.clear();
-        part.formats.push_back(std::move(values));
+        key.first.emplace_back(attribute.name, attribute.accessor);
     }
-    const Json& source =
-        document.asset.json["meshes"][static_cast<std::size_t>(&mesh - document.meshes.data())]["primitives"][index];
+    std::copy_n(&instance.matrix[0][0], key.second.size(), key.second.begin());
+    const auto [entry, isNew] = vertices_.try_emplace(std::move(key));
+    PlacedVertices& vertices = entry->second;
+    if (isNew) {
+        for (const auto& [name, accessor] : entry->first.first) {
+            AccessorData format = formatOf(document.asset, accessor);
+            checkFormat(name, format, where);
+            if (isPlaced(name)) {
+                format.componentType = mesh::FLOAT;
+                format.normalized = false;
+            }
+            vertices.layout += ", " + describe(name, format);
+            vertices.names.push_back(name);
+            vertices.formats.push_back(std::move(format));
+        }
+    }
+    const Json& source = document.asset.json["meshes"][instance.mesh]["primitives"][index];
+    part.mesh = mesh::Mesh::createDefault(type, mesh::UNSIGNED_INT);
+    part.layout = mesh::getStringForPrimitiveType(type) + vertices.layout;
+    part.formats = vertices.formats;
+    part.variants = variants_.copyMappings(document, source, where);
     if (source.contains("material")) {
         part.material = materials_.copy(document, source["material"].get<std::size_t>());
     }
-    if (source.contains("targets")) {
-        warnOnce(document.file.string() + ": morph targets are left out");
-    }
 
-    MergedGroup& group = groupFor(part);
-    const auto total = group.mesh->getAttributeBuffer(0)->getElementCount() + primitive.vertices;
-    if (total >= std::numeric_limits<std::uint32_t>::max()) {
-        throw FormatError(where + ": together they have too many vertices");
+    MergedGroup& group = groupFor(std::move(part), vertices);
+    const auto positions = group.mesh->getAttributeBuffer(0);
+    const auto [first, isMissing] = vertices.firstVertices.try_emplace(positions.get(), positions->getElementCount());
+    if (isMissing) {
+        if (first->second + primitive.vertices >= std::numeric_limits<std::uint32_t>::max()) {
+            throw FormatError(where + ": together they have too many vertices");
+        }
+        appendVertices(document, primitive, instance.matrix, group);
+        checkPositions(*positions, first->second, where);
     }
-    mesh::AttributeTransformationMap transformations;
-    mesh::createClassicTransformation(transformations, glm::mat4(matrix));
-    transformations["TANGENT"] = tangentTransformation(matrix, mirrors);
-    mesh::concatMeshes(group.mesh, part.mesh, transformations);
-    checkPositions(*group.mesh->getAttributeBuffer("position"), total - primitive.vertices, where);
+    appendIndices(*group.mesh->getIndexBuffer(), indices, first->second);
     ++group.parts;
+    return true;
 }
 
-/// The group of a part's layout and material; a new one begins empty.
-MergedGroup& Merger::groupFor(MergedGroup part) {
+/// The group of a part's layout and material. A new one begins without indices, and with the buffers of another group if
+/// these hold its vertices.
+MergedGroup& Merger::groupFor(MergedGroup part, const PlacedVertices& vertices) {
     const auto found = std::find_if(groups_.begin(), groups_.end(), [&](const MergedGroup& group) {
-        return group.layout == part.layout && group.material == part.material;
+        return group.layout == part.layout && group.material == part.material && group.variants == part.variants;
     });
     if (found != groups_.end()) {
         return *found;
     }
-    part.mesh = mesh::Mesh::createEmptyMesh(part.mesh);
+    const auto sharing = std::find_if(groups_.begin(), groups_.end(), [&](const MergedGroup& group) {
+        return vertices.firstVertices.contains(group.mesh->getAttributeBuffer(0).get());
+    });
+    for (std::size_t i = 0; i < part.formats.size(); ++i) {
+        const AccessorData& format = part.formats[i];
+        part.mesh->addAttributeBuffer(sharing != groups_.end()
+                                          ? sharing->mesh->getAttributeBuffer(i)
+                                          : toAttributeBuffer(format, libraryName(vertices.names[i])));
+    }
     groups_.push_back(std::move(part));
     return groups_.back();
+}
+
+/// Appends the vertices of a primitive, placed, but no indices.
+void Merger::appendVertices(const Document& document, const Primitive& primitive, const glm::dmat4& matrix,
+                            MergedGroup& group) {
+    const auto vertices = mesh::Mesh::createDefault(group.mesh->getPrimitiveType(), mesh::UNSIGNED_INT);
+    for (const Attribute& attribute : sortedAttributes(primitive)) {
+        const AccessorData values = readAccessor(document.asset, attribute.accessor);
+        vertices->addAttributeBuffer(
+            toAttributeBuffer(isPlaced(attribute.name) ? toFloats(values) : values, libraryName(attribute.name)));
+    }
+    mesh::concatMeshes(group.mesh, vertices, transformationsBy(matrix));
+}
+
+std::vector<NewPrimitive> Merger::newPrimitives() const {
+    std::vector<NewPrimitive> primitives;
+    std::map<const mesh::AttributeBuffer*, std::size_t> owners;
+    for (const MergedGroup& group : groups_) {
+        NewPrimitive primitive = toNewPrimitive(group);
+        const auto [owner, isNew] = owners.try_emplace(group.mesh->getAttributeBuffer(0).get(), primitives.size());
+        if (isNew) {
+            primitive.attributes = newAttributes(group);
+        } else {
+            primitive.sharesWith = owner->second;
+        }
+        primitives.push_back(std::move(primitive));
+    }
+    return primitives;
+}
+
+void Merger::requireExtensions() {
+    for (const MergedGroup& group : groups_) {
+        for (std::size_t i = 0; i < group.formats.size(); ++i) {
+            if (needsQuantization(group.mesh->getAttributeBuffer(i)->getAttributeName(), group.formats[i])) {
+                builder_.useExtension(quantizationExtension, true);
+            }
+        }
+    }
 }
 
 Bytes Merger::finish() {
     if (groups_.empty()) {
         throw FormatError("there is nothing to merge");
     }
-    std::vector<NewPrimitive> primitives;
+    std::set<const mesh::AttributeBuffer*> normalized;
     for (const MergedGroup& group : groups_) {
-        if (const auto normals = group.mesh->getAttributeBuffer("normal")) {
+        const auto normals = group.mesh->getAttributeBuffer("normal");
+        if (normals != nullptr && normalized.insert(normals.get()).second) {
             // Appending leaves them with absolute values that add up to 1.
             normalize(*normals);
         }
@@ -267,22 +384,36 @@ Bytes Merger::finish() {
         } catch (const std::logic_error& error) {
             throw CheckError(group.layout + ": " + error.what());
         }
-        primitives.push_back(toNewPrimitive(group));
     }
-    builder_.addMesh("merged", primitives);
+    builder_.addMesh("merged", newPrimitives());
+    variants_.finish();
+    scene_.finish();
+    requireExtensions();
+    if (!copyrights_.empty()) {
+        builder_.setCopyright(
+            std::accumulate(std::next(copyrights_.begin()), copyrights_.end(), copyrights_.front(),
+                            [](const std::string& before, const std::string& text) { return before + "; " + text; }));
+    }
     const Asset asset = builder_.finish();
+    written_ = withoutPlaces(asset.json);
     return writeGlb(asset.json, asset.buffers);
 }
 
 std::string Merger::findFault(const Bytes& file) const {
     const Document output = loadDocument(file, "output.glb");
+    const std::vector<NewPrimitive> expected = newPrimitives();
     const bool isAsMerged =
         output.meshes.size() == 1 &&
-        std::equal(output.meshes[0].primitives.begin(), output.meshes[0].primitives.end(), groups_.begin(),
-                   groups_.end(), [&](const Primitive& primitive, const MergedGroup& group) {
-                       return isSame(output, primitive, toNewPrimitive(group));
+        std::equal(output.meshes[0].primitives.begin(), output.meshes[0].primitives.end(), expected.begin(),
+                   expected.end(), [&](const Primitive& primitive, const NewPrimitive& wanted) {
+                       return isSame(output, output.meshes[0].primitives, primitive, wanted);
                    });
-    return isAsMerged ? "" : "its vertices and indices would not be those of the merged meshes";
+    if (!isAsMerged) {
+        return "its vertices and indices would not be those of the merged meshes";
+    }
+    return isSameContent(withoutPlaces(output.asset.json), written_)
+               ? ""
+               : "its materials, variants, cameras or lights would not be those of the inputs";
 }
 
 } // namespace vexa::tool

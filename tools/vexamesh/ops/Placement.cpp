@@ -1,11 +1,14 @@
 #include "ops/Placement.h"
 
 #include "base/Errors.h"
+#include "io/gltf/GltfExtensions.h"
+#include "ops/MeshConversion.h"
 
 #include <charconv>
 #include <cmath>
 #include <glm/gtc/matrix_transform.hpp>
 #include <glm/gtc/quaternion.hpp>
+#include <map>
 #include <numbers>
 #include <string_view>
 
@@ -104,6 +107,43 @@ std::vector<std::size_t> rootNodes(const Json& json) {
     return roots;
 }
 
+/// The transformations of the instances of a node, which are placed in the node's coordinates.
+std::vector<glm::dmat4> instanceMatrices(const Document& document, const Json& instancing, const std::string& where) {
+    const Json& accessors = arrayMember(document.asset.json, "accessors", "");
+    std::optional<std::size_t> count;
+    std::map<std::string, AccessorData> members;
+    for (const auto& [name, accessor] : objectMember(instancing, "attributes", where).items()) {
+        AccessorData values = readAccessor(document.asset, indexValue(accessor, where + "." + name, accessors.size()));
+        if (values.count != count.value_or(values.count)) {
+            throw FormatError(where + " has attributes of different lengths");
+        }
+        count = values.count;
+        const std::size_t wanted = name == "ROTATION" ? 4 : 3;
+        if (name == "TRANSLATION" || name == "ROTATION" || name == "SCALE") {
+            if (values.components != wanted) {
+                throw FormatError(where + "." + name + " is not VEC" + std::to_string(wanted));
+            }
+            members[name] = toFloats(values);
+        }
+    }
+    std::vector<glm::dmat4> matrices(count.value_or(1), glm::dmat4(1));
+    const auto numbers = [&](const char* name, std::size_t i, glm::dvec4 value) {
+        if (const auto found = members.find(name); found != members.end()) {
+            for (std::size_t c = 0; c < found->second.components; ++c) {
+                value[static_cast<int>(c)] = found->second.component(i, c);
+            }
+        }
+        return value;
+    };
+    for (std::size_t i = 0; i < matrices.size(); ++i) {
+        const glm::dvec4 turn = numbers("ROTATION", i, {0, 0, 0, 1});
+        matrices[i] = glm::translate(matrices[i], glm::dvec3(numbers("TRANSLATION", i, {})));
+        matrices[i] *= glm::mat4_cast(glm::normalize(glm::dquat(turn.w, turn.x, turn.y, turn.z)));
+        matrices[i] = glm::scale(matrices[i], glm::dvec3(numbers("SCALE", i, glm::dvec4(1))));
+    }
+    return matrices;
+}
+
 } // namespace
 
 glm::dmat4 parseTranslation(const std::string& text) {
@@ -144,9 +184,28 @@ glm::dmat4 parseRotation(const std::string& text) {
     return glm::rotate(glm::dmat4(1), degrees * std::numbers::pi / 180, glm::normalize(axis));
 }
 
-std::vector<MeshInstance> meshInstances(const Document& document) {
+std::vector<PlacedNode> placedNodes(const Document& document) {
     const Json& json = document.asset.json;
     const Json& nodes = arrayMember(json, "nodes", "");
+    std::vector<PlacedNode> placed;
+    for (const std::size_t root : nodes.empty() ? std::vector<std::size_t>() : rootNodes(json)) {
+        placed.push_back({root, glm::dmat4(1)});
+    }
+    // Breadth first; the hierarchy was checked for cycles when the file was read.
+    for (std::size_t i = 0; i < placed.size(); ++i) {
+        const Json& node = nodes[placed[i].node];
+        const std::string where = elementName("nodes", placed[i].node);
+        const glm::dmat4 matrix = placed[i].matrix * nodeMatrix(node, where);
+        placed[i].matrix = matrix;
+        for (const Json& child : arrayMember(node, "children", where)) {
+            placed.push_back({child.get<std::size_t>(), matrix});
+        }
+    }
+    return placed;
+}
+
+std::vector<MeshInstance> meshInstances(const Document& document) {
+    const Json& nodes = arrayMember(document.asset.json, "nodes", "");
     std::vector<MeshInstance> instances;
     if (nodes.empty()) {
         for (std::size_t m = 0; m < document.meshes.size(); ++m) {
@@ -154,20 +213,20 @@ std::vector<MeshInstance> meshInstances(const Document& document) {
         }
         return instances;
     }
-    std::vector<std::pair<std::size_t, glm::dmat4>> open;
-    for (const std::size_t root : rootNodes(json)) {
-        open.emplace_back(root, glm::dmat4(1));
-    }
-    // Breadth first; the hierarchy was checked for cycles when the file was read.
-    for (std::size_t i = 0; i < open.size(); ++i) {
-        const Json& node = nodes[open[i].first];
-        const std::string where = elementName("nodes", open[i].first);
-        const glm::dmat4 matrix = open[i].second * nodeMatrix(node, where);
-        if (node.contains("mesh")) {
-            instances.push_back({node["mesh"].get<std::size_t>(), matrix});
+    for (const PlacedNode& placed : placedNodes(document)) {
+        const Json& node = nodes[placed.node];
+        if (!node.contains("mesh")) {
+            continue;
         }
-        for (const Json& child : arrayMember(node, "children", where)) {
-            open.emplace_back(child.get<std::size_t>(), matrix);
+        const auto mesh = node["mesh"].get<std::size_t>();
+        const Json* const instancing = findExtension(node, instancingExtension);
+        if (instancing == nullptr) {
+            instances.push_back({mesh, placed.matrix});
+            continue;
+        }
+        const std::string where = elementName("nodes", placed.node) + ".extensions." + instancingExtension;
+        for (const glm::dmat4& matrix : instanceMatrices(document, *instancing, where)) {
+            instances.push_back({mesh, placed.matrix * matrix});
         }
     }
     return instances;

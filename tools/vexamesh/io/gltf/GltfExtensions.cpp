@@ -16,7 +16,7 @@ constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("CESIUM_primitive_outline"),
                                   std::string_view("EXT_lights_ies"),
                                   std::string_view("EXT_lights_image_based"),
-                                  std::string_view("EXT_mesh_gpu_instancing"),
+                                  std::string_view(instancingExtension),
                                   std::string_view(restartGroupExtension),
                                   std::string_view("EXT_meshopt_compression"),
                                   std::string_view("EXT_texture_avif"),
@@ -24,7 +24,7 @@ constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("FB_ngon_encoding"),
                                   std::string_view("KHR_animation_pointer"),
                                   std::string_view("KHR_draco_mesh_compression"),
-                                  std::string_view("KHR_lights_punctual"),
+                                  std::string_view(lightsExtension),
                                   std::string_view("KHR_materials_anisotropy"),
                                   std::string_view("KHR_materials_clearcoat"),
                                   std::string_view("KHR_materials_diffuse_transmission"),
@@ -37,10 +37,10 @@ constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("KHR_materials_specular"),
                                   std::string_view("KHR_materials_transmission"),
                                   std::string_view("KHR_materials_unlit"),
-                                  std::string_view("KHR_materials_variants"),
+                                  std::string_view(variantsExtension),
                                   std::string_view("KHR_materials_volume"),
                                   std::string_view(restartExtension),
-                                  std::string_view("KHR_mesh_quantization"),
+                                  std::string_view(quantizationExtension),
                                   std::string_view("KHR_meshopt_compression"),
                                   std::string_view("KHR_node_hoverability"),
                                   std::string_view("KHR_node_selectability"),
@@ -106,7 +106,7 @@ void forEachKnownReference(const std::string& name, Value& content, const Visit&
             visit(value);
         }
     };
-    if (name == "EXT_mesh_gpu_instancing" && content.is_object() && content.contains("attributes")) {
+    if (name == instancingExtension && content.is_object() && content.contains("attributes")) {
         for (auto& accessor : content["attributes"]) {
             visitNumber(accessor);
         }

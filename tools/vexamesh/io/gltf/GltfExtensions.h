@@ -9,6 +9,11 @@
 
 namespace vexa::tool {
 
+constexpr const char* instancingExtension = "EXT_mesh_gpu_instancing";
+constexpr const char* lightsExtension = "KHR_lights_punctual";
+constexpr const char* quantizationExtension = "KHR_mesh_quantization";
+constexpr const char* variantsExtension = "KHR_materials_variants";
+
 /// Whether a file that requires this extension can be read here: its meshes' data is where core glTF puts it.
 bool isSupportedExtension(std::string_view name);
 
