@@ -45,4 +45,16 @@ TEST(CountEdges, DistinguishesLargeVertexIndices) {
     EXPECT_EQ(counts.border, 4u);
 }
 
+TEST(ForEachEdge, GivesEachEdgeOnceWithItsTriangles) {
+    std::vector<std::array<std::uint32_t, 2>> shared;
+    vexa::tool::forEachEdge(vexa::tool::sortedEdges({4, 5, 6, 6, 5, 7}), [&](const auto* first, const auto* last) {
+        if (last - first == 2) {
+            EXPECT_EQ(first[0].triangle, 0u);
+            EXPECT_EQ(first[1].triangle, 1u);
+            shared.push_back(first->ends());
+        }
+    });
+    EXPECT_EQ(shared, (std::vector<std::array<std::uint32_t, 2>>{{5, 6}}));
+}
+
 } // namespace

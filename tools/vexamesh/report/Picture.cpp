@@ -1,5 +1,7 @@
 #include "report/Picture.h"
 
+#include "report/PartColours.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>

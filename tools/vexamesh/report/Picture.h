@@ -1,8 +1,8 @@
 #pragma once
 
 #include "io/Document.h"
+#include "ops/Edges.h"
 #include "ops/StripFile.h"
-#include "report/PrimitiveEdges.h"
 
 #include <cstdint>
 #include <string>

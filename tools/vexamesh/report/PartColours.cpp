@@ -1,7 +1,6 @@
-#include "report/PrimitiveEdges.h"
+#include "report/PartColours.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <utility>
 
 namespace vexa::tool {
@@ -30,22 +29,6 @@ std::vector<PartPair> neighbours(const std::vector<EdgeUse>& edges, const std::v
 }
 
 } // namespace
-
-std::vector<EdgeUse> sortedEdges(const std::vector<unsigned int>& triangles) {
-    std::vector<EdgeUse> edges;
-    edges.reserve(triangles.size());
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        for (std::size_t side = 0; side < 3; ++side) {
-            const std::uint64_t a = triangles[i + side];
-            const std::uint64_t b = triangles[i + (side + 1) % 3];
-            edges.push_back({std::min(a, b) << 32 | std::max(a, b), static_cast<std::uint32_t>(i / 3)});
-        }
-    }
-    std::sort(edges.begin(), edges.end(), [](const EdgeUse& a, const EdgeUse& b) {
-        return std::pair(a.key, a.triangle) < std::pair(b.key, b.triangle);
-    });
-    return edges;
-}
 
 std::vector<std::uint8_t> colourParts(const std::vector<EdgeUse>& edges, const std::vector<std::uint32_t>& partOf,
                                       std::size_t parts, std::uint32_t colours, std::size_t offset) {
