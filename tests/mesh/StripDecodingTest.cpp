@@ -5,7 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -120,6 +124,80 @@ TEST(SameTriangles, ComparesTrianglesWithEqualCornersToo) {
     EXPECT_TRUE(sameTriangles(Indices{3, 3, 5}, Indices{3, 5, 3}));
     EXPECT_TRUE(sameTriangles(Indices{3, 3, 5}, Indices{5, 3, 3}));
     EXPECT_FALSE(sameTriangles(Indices{3, 3, 5}, Indices{3, 5, 5}));
+}
+
+TEST(SameTriangles, NoticesEveryTriangleThatIsChangedLostDoubledOrFlipped) {
+    const Indices mesh = meshes::torus(9, 7);
+    for (std::size_t i = 0; i < mesh.size(); i += 3) {
+        for (std::size_t corner = 0; corner < 3; ++corner) {
+            Indices changed = mesh;
+            changed[i + corner] ^= 1U << i % 32;
+            EXPECT_FALSE(sameTriangles(mesh, changed)) << i + corner;
+        }
+        Indices flipped = mesh;
+        std::swap(flipped[i], flipped[i + 1]);
+        EXPECT_FALSE(sameTriangles(mesh, flipped)) << i;
+        Indices lost = mesh;
+        lost.erase(lost.begin() + static_cast<std::ptrdiff_t>(i), lost.begin() + static_cast<std::ptrdiff_t>(i + 3));
+        EXPECT_FALSE(sameTriangles(mesh, lost)) << i;
+        Indices doubled = mesh;
+        const std::size_t next = (i + 3) % mesh.size();
+        std::copy_n(mesh.begin() + static_cast<std::ptrdiff_t>(i), 3,
+                    doubled.begin() + static_cast<std::ptrdiff_t>(next));
+        EXPECT_FALSE(sameTriangles(mesh, doubled)) << i;
+    }
+}
+
+TEST(SameTriangles, NoticesCornersThatTrianglesExchange) {
+    // The corners, and the sums of corners, are the same on both sides.
+    for (unsigned int i = 2; i < 200; ++i) {
+        for (unsigned int j = i + 1; j < 200; ++j) {
+            EXPECT_FALSE(sameTriangles(Indices{0, 1, i, 0, 2, j + 1}, Indices{0, 1, j + 1, 0, 2, i})) << i << ' ' << j;
+            EXPECT_FALSE(sameTriangles(Indices{0, 1, i, 0, 1, j + 1}, Indices{0, 1, i + 1, 0, 1, j})) << i << ' ' << j;
+        }
+    }
+}
+
+TEST(SameTriangles, TellsAllTrianglesOfAFewVerticesApart) {
+    std::set<std::uint64_t> hashes[2];
+    std::size_t triangles = 0;
+    for (unsigned int a = 0; a < 40; ++a) {
+        for (unsigned int b = a; b < 40; ++b) {
+            for (unsigned int c = a; c < 40; ++c) {
+                if (a != b && b != c && c != a) {
+                    const TriangleSum sum = sumTriangles(TRIANGLES, Indices{a, b, c});
+                    hashes[0].insert(sum.hashes[0]);
+                    hashes[1].insert(sum.hashes[1]);
+                    ++triangles;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(triangles, 40U * 39 * 38 / 3);
+    EXPECT_EQ(hashes[0].size(), triangles);
+    EXPECT_EQ(hashes[1].size(), triangles);
+}
+
+TEST(SumTriangles, IsThatOfTheTrianglesOfStripsAndFans) {
+    for (const PrimitiveType type : {TRIANGLES, TRIANGLE_STRIP, TRIANGLE_FAN}) {
+        const Indices indices{0, 1, 2, 3, 3, 4, 5, restart, 7, 8, restart, 9, 10, 11, 12, 13, 14, 15};
+        EXPECT_EQ(sumTriangles(type, indices), sumTriangles(TRIANGLES, toTriangles(type, indices)));
+        EXPECT_EQ(sumTriangles(type, indices).count, toTriangles(type, indices).size() / 3);
+    }
+}
+
+TEST(SumTriangles, AddsUpOverParts) {
+    const Indices mesh = meshes::torus(5, 4);
+    TriangleSum sum = sumTriangles(TRIANGLES, std::span(mesh).first(30));
+    sum += sumTriangles(TRIANGLES, std::span(mesh).subspan(30));
+    EXPECT_EQ(sum, sumTriangles(TRIANGLES, mesh));
+}
+
+TEST(SumTriangles, RefusesPrimitivesWithoutTriangles) {
+    EXPECT_EQ(messageOf([] {
+                  sumTriangles(LINES, Indices{0, 1});
+              }),
+              "sumTriangles: LINES does not contain triangles; use TRIANGLES, TRIANGLE_STRIP or TRIANGLE_FAN");
 }
 
 TEST(SameTriangles, IgnoresAnUnfinishedTriangle) {

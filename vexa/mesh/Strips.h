@@ -3,6 +3,7 @@
 #include "vexa/mesh/Export.h"
 #include "vexa/mesh/Types.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -93,12 +94,30 @@ VEXA_MESH_EXPORT std::vector<unsigned int> joinStrips(std::span<const IndexedPri
 /// Cost: linear.
 VEXA_MESH_EXPORT std::vector<unsigned int> toTriangles(PrimitiveType type, std::span<const unsigned int> indices);
 
+/// A checksum of oriented triangles: the same for every order of the triangles, and for every corner that a triangle may
+/// begin with. Sets of triangles that differ, even in one triangle only, have different sums but for an accident of
+/// probability 2^-128; who wants to can construct two sets with equal sums.
+struct VEXA_MESH_EXPORT TriangleSum {
+    std::uint64_t count = 0;                   ///< of triangles
+    std::array<std::uint64_t, 2> hashes{0, 0}; ///< each the sum of a hash of every triangle, modulo 2^64
+
+    /// Adds the triangles of another part of a mesh.
+    TriangleSum& operator+=(const TriangleSum& other);
+    bool operator==(const TriangleSum&) const = default;
+};
+
+/// The checksum of the triangles that `toTriangles` returns, which it does not store.
+///
+/// \param type, indices as for `toTriangles`
+/// \throw std::invalid_argument "sumTriangles: TYPE does not contain triangles": as `toTriangles`
+/// Cost: linear; no memory.
+VEXA_MESH_EXPORT TriangleSum sumTriangles(PrimitiveType type, std::span<const unsigned int> indices);
+
 /// Whether two triangle lists hold the same oriented triangles equally often, regardless of their order and of the
-/// corner with which each begins.
+/// corner with which each begins. Compares checksums, as `TriangleSum` describes.
 ///
 /// \param a, b three vertex indices per triangle; one or two indices after the last whole triangle are ignored
-/// \throw std::bad_alloc if memory runs out
-/// Cost: O(n log n) time and a copy of both lists.
+/// Cost: linear; no memory.
 VEXA_MESH_EXPORT bool sameTriangles(std::span<const unsigned int> a, std::span<const unsigned int> b);
 
 } // namespace vexa::mesh
