@@ -119,7 +119,7 @@ private:
             outcome_.cuts.push_back({mesh, index, std::move(result.parts)});
         }
         edited_.push_back({mesh, index, 1});
-        outcome_.expected.primitives.push_back({{}, {}, mesh::toTriangles(primitive.type, primitive.indices)});
+        outcome_.expected.primitives.push_back({{}, {}, mesh::sumTriangles(primitive.type, primitive.indices)});
         edits_.push_back({mesh, index, std::move(result.primitives), settings.joining == Joining::RestartFallback});
     }
 
@@ -142,13 +142,12 @@ private:
 };
 
 bool hasSameTriangles(const Mesh& mesh, const ExpectedStrips::Replaced& expected) {
-    std::vector<unsigned int> triangles;
+    mesh::TriangleSum triangles;
     for (std::size_t i = 0; i < expected.place.count; ++i) {
         const Primitive& primitive = mesh.primitives.at(expected.place.first + i);
-        const auto part = mesh::toTriangles(primitive.type, primitive.indices);
-        triangles.insert(triangles.end(), part.begin(), part.end());
+        triangles += mesh::sumTriangles(primitive.type, primitive.indices);
     }
-    return mesh::sameTriangles(expected.triangles, triangles);
+    return triangles == expected.triangles;
 }
 
 /// Whether the indices of a group are those of its strips, with restart indices between them; counts these.

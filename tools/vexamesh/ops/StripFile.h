@@ -40,9 +40,9 @@ struct CutPrimitive {
 struct ExpectedStrips {
     /// The strips that a primitive became.
     struct Replaced {
-        EditedPrimitive place;               ///< in the file
-        std::optional<std::size_t> group;    ///< accessor of their indices with restart indices between them
-        std::vector<unsigned int> triangles; ///< of the input
+        EditedPrimitive place;            ///< in the file
+        std::optional<std::size_t> group; ///< accessor of their indices with restart indices between them
+        mesh::TriangleSum triangles;      ///< of the input
     };
     std::vector<Replaced> primitives;
     Json content; ///< everything but the strips
