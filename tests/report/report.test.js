@@ -150,6 +150,20 @@ for (const webGl of [true, false]) {
             await page.locator('#side').click();
         });
 
+        test('strips can be coloured by their length', async () => {
+            const shot = async () => png(await pictureOf(page));
+            const before = await shot();
+            await page.locator('#lengths').click();
+            await settled(page);
+            assert.equal(await page.locator('#legend-lengths').isVisible(), true);
+            assert.equal(await page.locator('#legend-strips').isVisible(), false);
+            assert.ok((await distance(before, await shot())) > alike);
+            await page.locator('#canvas').press('l');
+            await settled(page);
+            assert.equal(await page.locator('#legend-strips').isVisible(), true);
+            assert.ok((await distance(before, await shot())) < alike);
+        });
+
         test('dragging turns the view', async () => {
             const before = await pictureOf(page);
             const box = await page.locator('#canvas').boundingBox();

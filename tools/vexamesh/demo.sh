@@ -21,6 +21,6 @@ while read -r model; do
     "$tool" strip "$models/$model" -o "$out/${name%.*}.glb"
     echo
 done <"$(dirname "$0")/demoModels.txt"
-"$tool" report "$models/OBJ/spider.obj" -o "$out/report.html" --iterations 20 >/dev/null
+"$tool" report "$models/OBJ/spider.obj" -o "$out/report.html" >/dev/null
 echo "The files are in $out; look at one with: $tool info $out/spider.glb"
 echo "A report on one of them, for the browser: $out/report.html"

@@ -73,6 +73,13 @@ TEST_F(ProgressBar, CountsThePassesOfTheSearch) {
     EXPECT_LT(text.rfind("\r\x1b[K"), text.find("in.glb -> "));
 }
 
+TEST_F(ProgressBar, ShowsHowFarTheSearchIs) {
+    gridModel(60, 60).writeGlb(in);
+    const std::string text = runOnTerminal({"strip", in, "-o", out, "--effort", "3"});
+    EXPECT_THAT(text, testing::ContainsRegex("\r\\[[#.]+\\] [0-9]+ % of the (search|bound)"));
+    EXPECT_LT(text.rfind("\r\x1b[K"), text.find("in.glb -> "));
+}
+
 TEST_F(ProgressBar, DoesNotChangeTheOutput) {
     GltfModel model = gridModel(20, 20);
     const std::vector<unsigned int> nonManifold = randomTriangles(441, 900);

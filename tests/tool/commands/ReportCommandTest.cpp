@@ -155,6 +155,24 @@ TEST_F(ReportCommand, RunsTrialPassesAfterASinglePass) {
     EXPECT_EQ(passes["costs"].size(), 16u);
 }
 
+TEST_F(ReportCommand, DrawsTheProvenMinimumIntoItsPlots) {
+    const Json json = report(gridModel(9, 7));
+    const auto efforts = json["report"]["efforts"].get<std::vector<int>>();
+    ASSERT_EQ(efforts.size(), 4u);
+    EXPECT_EQ(efforts[2], json["total"]["indicesAfter"]);
+    EXPECT_GE(efforts[3], json["total"]["minIndices"]);
+    EXPECT_GT(json["report"]["passes"]["minimum"], 126);
+    EXPECT_LE(json["report"]["passes"]["minimum"], json["report"]["passes"]["best"]);
+    EXPECT_EQ(countOf(page, "class=\"level bound\""), 2u);
+    EXPECT_THAT(page, HasSubstr("no strips can have fewer than"));
+}
+
+TEST_F(ReportCommand, OffersColoursByStripLength) {
+    report(gridModel(9, 7));
+    EXPECT_THAT(page, HasSubstr("<button type=\"button\" id=\"lengths\""));
+    EXPECT_THAT(page, HasSubstr("id=\"legend-lengths\" hidden"));
+}
+
 TEST_F(ReportCommand, ShowsTheBuffersAndTheReportOfVerify) {
     report(gridModel(3, 3));
     EXPECT_THAT(page, HasSubstr("components per element"));

@@ -122,7 +122,7 @@ TEST_F(StripCommand, KeepsFansAsSeparatePrimitives) {
 
 TEST_F(StripCommand, MorePassesNeverGiveMoreIndices) {
     const GltfModel model = gridModel(9, 7);
-    const int once = strip(model)["total"]["indicesAfter"].get<int>();
+    const int once = strip(model, {"--iterations", "1"})["total"]["indicesAfter"].get<int>();
     const int often = strip(model, {"--iterations", "40"})["total"]["indicesAfter"].get<int>();
     EXPECT_LE(often, once);
     expectSameTriangles(in, out);
@@ -180,6 +180,73 @@ TEST_F(StripCommand, IgnoresIndicesAfterTheLastWholeTriangle) {
 TEST_F(StripCommand, NamesBothFilesInTheFirstLine) {
     gridModel(1, 1).writeGlb(in);
     EXPECT_THAT(runForked({"strip", in, "-o", out}).out, StartsWith(in + " -> " + out + ": "));
+}
+
+TEST_F(StripCommand, EveryEffortAndJoinKeepsTheTriangles) {
+    for (const char* join : {"degenerate", "none"}) {
+        for (const char* effort : {"0", "1", "2", "3", "4"}) {
+            const Json total = strip(gridModel(9, 7), {"--effort", effort, "--join", join})["total"];
+            EXPECT_EQ(total["sameTriangles"], true);
+            EXPECT_LE(total["minIndices"], total["indicesAfter"]);
+            expectSameTriangles(in, out);
+        }
+    }
+}
+
+TEST_F(StripCommand, CutsShortStripsForVertexCaches) {
+    const int strips = strip(gridModel(30, 30))["total"]["strips"].get<int>();
+    EXPECT_GT(strip(gridModel(30, 30), {"--for-vertex-cache"})["total"]["strips"].get<int>(), strips);
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, LimitsTheLengthOfStrips) {
+    strip(gridModel(9, 7), {"--max-strip", "4", "--join", "none"});
+    const Json json = output();
+    for (const Json& primitive : json["meshes"][0]["primitives"]) {
+        if (primitive["mode"] == 5) {
+            EXPECT_LE(json["accessors"][primitive["indices"].get<std::size_t>()]["count"], 7);
+        }
+    }
+    expectSameTriangles(in, out);
+}
+
+TEST_F(StripCommand, SaysHowFewIndicesThereCanBe) {
+    const Json total = strip(gridModel(9, 7))["total"];
+    ASSERT_TRUE(total["minIndices"].is_number());
+    EXPECT_LE(total["minIndices"], total["indicesAfter"]);
+    EXPECT_DOUBLE_EQ(total["minIndicesPerTriangle"].get<double>(), total["minIndices"].get<double>() / 126);
+    EXPECT_THAT(
+        runForked({"strip", in, "-o", out}).out,
+        testing::ContainsRegex("1\\.[0-9]{3} indices a triangle; no strips can have fewer than 1\\.[0-9]{3}\\.\n"));
+}
+
+TEST_F(StripCommand, ProvesTheMinimumOfLargeFilesOnlyOnRequest) {
+    EXPECT_TRUE(strip(gridModel(101, 100))["total"]["minIndices"].is_null());
+    EXPECT_THAT(runForked({"strip", in, "-o", out}).out, testing::Not(HasSubstr("no strips can have")));
+    EXPECT_TRUE(strip(gridModel(101, 100), {"--bound"})["total"]["minIndices"].is_number());
+}
+
+TEST_F(StripCommand, CountsTheMinimumOfSharedIndicesOnce) {
+    GltfModel model = gridModel(4, 4);
+    model.addMesh(0, 1);
+    const Json report = strip(model);
+    EXPECT_EQ(report["meshes"][0]["minIndices"], report["total"]["minIndices"]);
+    EXPECT_EQ(report["meshes"][1]["minIndices"], report["total"]["minIndices"]);
+}
+
+TEST_F(StripCommand, RefusesFlagsOfDifferentSearches) {
+    gridModel(2, 2).writeGlb(in);
+    const auto expectRefusal = [&](std::vector<std::string> options, const std::string& what) {
+        options.insert(options.begin(), {"strip", in, "-o", out});
+        const ProcessResult result = runForked(options);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.err, HasSubstr(what));
+        EXPECT_THAT(directory.files(), ElementsAre("in.glb"));
+    };
+    expectRefusal({"--effort", "2", "--iterations", "5"}, "--iterations and --effort belong to different searches");
+    expectRefusal({"--fans", "6", "--for-vertex-cache"}, "--fans and --for-vertex-cache belong to different searches");
+    expectRefusal({"--budget", "5", "--effort", "3"}, "--budget is the time of --effort 4");
+    expectRefusal({"--effort", "5"}, "--effort");
 }
 
 TEST_F(StripCommand, LeavesNoOtherFile) {

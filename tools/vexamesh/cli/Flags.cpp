@@ -61,6 +61,11 @@ void Flags::add(const std::string& name, std::size_t& value, const std::string& 
     addOption(*app_, name, value, help, form);
 }
 
+void Flags::add(const std::string& name, std::optional<std::uint32_t>& value, const std::string& help,
+                const FlagForm& form) {
+    addOption(*app_, name, value, help, form);
+}
+
 void Flags::add(const std::string& name, std::optional<std::size_t>& value, const std::string& help,
                 const FlagForm& form) {
     addOption(*app_, name, value, help, form);

@@ -45,6 +45,8 @@ public:
              const FlagForm& form = {});
     void add(const std::string& name, std::uint32_t& value, const std::string& help, const FlagForm& form = {});
     void add(const std::string& name, std::size_t& value, const std::string& help, const FlagForm& form = {});
+    void add(const std::string& name, std::optional<std::uint32_t>& value, const std::string& help,
+             const FlagForm& form = {});
     void add(const std::string& name, std::optional<std::size_t>& value, const std::string& help,
              const FlagForm& form = {});
 

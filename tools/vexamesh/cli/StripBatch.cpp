@@ -28,6 +28,7 @@ BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
         result.triangles = outcome.total.triangles;
         result.indicesBefore = outcome.total.indicesBefore;
         result.indicesAfter = outcome.total.indicesAfter;
+        result.minIndices = outcome.total.minIndices;
         for (const std::string& warning : stripWarnings(outcome)) {
             session.warn(item.input, warning);
         }
@@ -41,8 +42,12 @@ BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
     return result;
 }
 
-double perTriangle(const BatchResult& result) {
-    return result.triangles == 0 ? 0 : static_cast<double>(result.indicesAfter) / static_cast<double>(result.triangles);
+double perTriangle(std::uint64_t indices, const BatchResult& result) {
+    return result.triangles == 0 ? 0 : static_cast<double>(indices) / static_cast<double>(result.triangles);
+}
+
+Json minPerTriangle(const BatchResult& result) {
+    return result.minIndices ? Json(perTriangle(*result.minIndices, result)) : Json();
 }
 
 Json resultJson(const BatchItem& item, const BatchResult& result) {
@@ -64,7 +69,9 @@ Json resultJson(const BatchItem& item, const BatchResult& result) {
         json["triangles"] = result.triangles;
         json["indicesBefore"] = result.indicesBefore;
         json["indicesAfter"] = result.indicesAfter;
-        json["indicesPerTriangle"] = perTriangle(result);
+        json["indicesPerTriangle"] = perTriangle(result.indicesAfter, result);
+        json["minIndices"] = result.minIndices ? Json(*result.minIndices) : Json();
+        json["minIndicesPerTriangle"] = minPerTriangle(result);
         json["seconds"] = result.seconds;
         break;
     }
@@ -78,21 +85,25 @@ std::string shortError(const BatchItem& item, const BatchResult& result) {
 }
 
 std::vector<Json> tableRow(const BatchItem& item, const BatchResult& result) {
+    const auto without = [&](const std::string& state) {
+        return std::vector<Json>{item.input, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, state};
+    };
     switch (result.state) {
     case BatchResult::State::Skipped:
-        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, "there already"};
+        return without("there already");
     case BatchResult::State::Failed:
-        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, shortError(item, result)};
+        return without(shortError(item, result));
     case BatchResult::State::Interrupted:
-        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, "interrupted"};
+        return without("interrupted");
     case BatchResult::State::NotStarted:
-        return {item.input, nullptr, nullptr, nullptr, nullptr, nullptr, "not started"};
+        return without("not started");
     default:
         return {item.input,
                 result.triangles,
                 result.indicesBefore,
                 result.indicesAfter,
-                perTriangle(result),
+                perTriangle(result.indicesAfter, result),
+                minPerTriangle(result),
                 result.seconds,
                 "done"};
     }
@@ -101,8 +112,14 @@ std::vector<Json> tableRow(const BatchItem& item, const BatchResult& result) {
 void printResults(const std::vector<BatchItem>& items, const std::vector<BatchResult>& results, bool asJson,
                   Console& console) {
     Json files = Json::array();
-    Table table(
-        {{"file", true}, {"triangles"}, {"indices"}, {"-> after"}, {"per triangle"}, {"seconds"}, {"result", true}});
+    Table table({{"file", true},
+                 {"triangles"},
+                 {"indices"},
+                 {"-> after"},
+                 {"per triangle"},
+                 {"proven min"},
+                 {"seconds"},
+                 {"result", true}});
     for (std::size_t i = 0; i < items.size(); ++i) {
         files.push_back(resultJson(items[i], results[i]));
         table.addRow(tableRow(items[i], results[i]));

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* examples = R"(Examples:
   vexamesh report model.glb -o report.html
-  vexamesh report model.obj -o report.html --iterations 50
+  vexamesh report model.obj -o report.html --effort 3
 
 The page shows the result of `strip` with the same flags: whether the triangles are the same, what they cost, and every
 strip in a 3D view. It is one file that loads nothing; open it in a browser.)";
@@ -29,19 +29,8 @@ struct ReportArguments {
     bool json = false;
 };
 
-/// The flags of a cut that differ from the defaults, as on a command line.
-std::string cutFlags(const CutFlags& cut) {
-    const CutFlags defaults;
-    std::string text;
-    text += cut.iterations == defaults.iterations ? "" : " --iterations " + std::to_string(cut.iterations);
-    text += cut.fans == defaults.fans ? "" : " --fans " + std::to_string(cut.fans);
-    text += cut.allStrips ? " --all-strips" : "";
-    text += cut.join == defaults.join ? "" : " --join " + cut.join;
-    return text;
-}
-
 std::string commandLine(const char* verb, const std::string& input, const std::string& output, const CutFlags& cut) {
-    return std::string("vexamesh ") + verb + " " + shellWord(input) + " -o " + shellWord(output) + cutFlags(cut);
+    return std::string("vexamesh ") + verb + " " + shellWord(input) + " -o " + shellWord(output) + cut.text();
 }
 
 PageTexts textsFor(const ReportArguments& arguments, const ReportContent& content,
@@ -63,12 +52,13 @@ PageTexts textsFor(const ReportArguments& arguments, const ReportContent& conten
 
 int runReport(const ReportArguments& arguments, Console& console) {
     checkOutputName(arguments.output, ".html", arguments.input);
+    ReportSettings settings{arguments.cut.settings(), arguments.maxShown};
     const Session session(console);
     Document document = session.load(arguments.input);
     Progress progress(console);
-    const ReportContent content =
-        collectReport(std::move(document), {arguments.cut.settings(&progress), arguments.maxShown},
-                      [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
+    showProgress(settings.strip, progress);
+    const ReportContent content = collectReport(
+        std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
     progress.clear();
     const PageTexts texts = textsFor(arguments, content, session.leftOut());
     session.write(arguments.output, writePage(texts, content));

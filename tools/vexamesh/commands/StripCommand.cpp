@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* examples = R"(Examples:
   vexamesh strip model.glb -o model-strips.glb
-  vexamesh strip model.obj -o model.glb --iterations 50
+  vexamesh strip model.obj -o model.glb --effort 3
   vexamesh strip model.gltf -o model.glb --fans 8 --join none --json
   vexamesh strip model.glb -o model-strips.glb --join restart
   vexamesh strip *.glb *.obj -d strips --jobs 4 --skip-existing
@@ -55,12 +55,13 @@ void printOutcome(const StripArguments& arguments, const StripOutcome& outcome, 
 int stripOne(const StripArguments& arguments, Console& console) {
     const std::string& input = arguments.inputs.front();
     checkOutputName(arguments.output, ".glb", input);
+    StripSettings settings = arguments.cut.settings();
     const Session session(console);
     Document document = session.load(input);
     Progress progress(console);
-    StripOutcome outcome =
-        stripDocument(std::move(document), arguments.cut.settings(&progress),
-                      [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
+    showProgress(settings, progress);
+    StripOutcome outcome = stripDocument(
+        std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
     progress.clear();
     session.write(arguments.output, outcome.file, [&](const Bytes&) {
         std::string fault = readBackStrips(outcome);
@@ -86,8 +87,11 @@ int runStrip(const StripArguments& arguments, Console& console) {
         }
         return stripOne(arguments, console);
     }
+    StripSettings settings = arguments.cut.settings();
+    // Over many small files, proofs that nobody asked for would add up.
+    settings.provesMin = settings.provesMin.value_or(false);
     return stripMany({arguments.inputs, arguments.directory, arguments.jobs, arguments.skipExisting, arguments.json,
-                      arguments.cut.settings()},
+                      std::move(settings)},
                      console);
 }
 

@@ -30,16 +30,25 @@ class IndexCounter {
 public:
     explicit IndexCounter(StripStats& total) : total_(total) {}
 
-    void countBefore(const Primitive& primitive, StripStats& mesh) { count(primitive, mesh, true); }
-    void countAfter(const Primitive& primitive, StripStats& mesh) { count(primitive, mesh, false); }
+    void countBefore(const Primitive& primitive, std::optional<std::uint64_t> minIndices, StripStats& mesh) {
+        count(primitive, mesh, [&](StripStats& stats) {
+            stats.indicesBefore += primitive.indices.size();
+            stats.bytesBefore += indexBytes(primitive);
+            stats.minIndices =
+                stats.minIndices && minIndices ? std::optional(*stats.minIndices + *minIndices) : std::nullopt;
+        });
+    }
+    void countAfter(const Primitive& primitive, StripStats& mesh) {
+        count(primitive, mesh, [&](StripStats& stats) {
+            stats.indicesAfter += primitive.indices.size();
+            stats.bytesAfter += indexBytes(primitive);
+        });
+    }
     void beginMesh() { seenInMesh_.clear(); }
 
 private:
-    void count(const Primitive& primitive, StripStats& mesh, bool before) {
-        const auto addTo = [&](StripStats& stats) {
-            (before ? stats.indicesBefore : stats.indicesAfter) += primitive.indices.size();
-            (before ? stats.bytesBefore : stats.bytesAfter) += indexBytes(primitive);
-        };
+    template <typename Add>
+    void count(const Primitive& primitive, StripStats& mesh, const Add& addTo) {
         if (!primitive.indexAccessor || seenInMesh_.insert(*primitive.indexAccessor).second) {
             addTo(mesh);
         }
@@ -83,8 +92,7 @@ private:
                 continue;
             }
             ++stats.primitivesBefore;
-            counter.countBefore(primitive, stats);
-            stripPrimitive(index, p, stats);
+            counter.countBefore(primitive, stripPrimitive(index, p, stats), stats);
             // Its triangles are kept; twice would be a lot for a large file.
             primitive.indices = {};
         }
@@ -101,7 +109,8 @@ private:
         return settings;
     }
 
-    void stripPrimitive(std::size_t mesh, std::size_t index, StripStats& stats) {
+    /// \return the bound on its indices, if it is known
+    std::optional<std::uint64_t> stripPrimitive(std::size_t mesh, std::size_t index, StripStats& stats) {
         const Primitive& primitive = document_.meshes[mesh].primitives[index];
         const StripSettings settings = settingsFor(mesh, index);
         StripResult result = stripTriangles(primitive.type, primitive.indices, settings);
@@ -113,7 +122,7 @@ private:
         stats.seconds += result.seconds;
         if (result.triangles == 0) {
             // There is nothing to write, and a glTF primitive cannot be empty: it stays as it is.
-            return;
+            return 0;
         }
         if (settings_.keepParts) {
             outcome_.cuts.push_back({mesh, index, std::move(result.parts)});
@@ -121,6 +130,7 @@ private:
         edited_.push_back({mesh, index, 1});
         outcome_.expected.primitives.push_back({{}, {}, mesh::sumTriangles(primitive.type, primitive.indices)});
         edits_.push_back({mesh, index, std::move(result.primitives), settings.joining == Joining::RestartFallback});
+        return result.minIndices;
     }
 
     void writeFile() {

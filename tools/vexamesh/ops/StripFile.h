@@ -4,6 +4,7 @@
 #include "ops/Stripping.h"
 #include "ops/UneditedContent.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@ struct StripStats {
     std::size_t primitivesAfter = 0;
     std::size_t indicesBefore = 0; ///< of the primitives of triangles, what they share counted once
     std::size_t indicesAfter = 0;
+    /// No strips have fewer than this, see `minStripIndices`; what primitives share is counted once. Only if it is known
+    /// of all.
+    std::optional<std::uint64_t> minIndices = 0;
     std::size_t bytesBefore = 0; ///< of the same indices
     std::size_t bytesAfter = 0;
     double seconds = 0;

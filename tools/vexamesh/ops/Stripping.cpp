@@ -1,10 +1,11 @@
 #include "ops/Stripping.h"
 
-#include "io/gltf/PrimitiveRestart.h"
+#include "ops/StripParts.h"
 
 #include <chrono>
-#include <iterator>
+#include <span>
 #include <utility>
+#include <vexa/mesh/StripBound.h>
 
 namespace vexa::tool {
 
@@ -12,56 +13,74 @@ namespace {
 
 using mesh::IndexedPrimitive;
 
-/// Each triangle of a list as a strip of its own.
-void appendSingles(const std::vector<unsigned int>& triangles, std::vector<IndexedPrimitive>& strips) {
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        strips.push_back({mesh::TRIANGLE_STRIP, {triangles[i], triangles[i + 1], triangles[i + 2]}});
-    }
+/// Triangles up to which the bound takes less than a tenth of a second and is proven unasked.
+constexpr std::size_t maxUnaskedBound = 20'000;
+
+/// How strips are separated, or what a strip costs besides its own indices.
+mesh::StripJoin joinOf(Joining joining) {
+    return joining == Joining::Degenerate ? mesh::StripJoin::Degenerate : mesh::StripJoin::Restart;
 }
 
-void appendRestarted(IndexedPrimitive& joined, const std::vector<unsigned int>& indices) {
-    if (!joined.indices.empty()) {
-        joined.indices.push_back(decodedRestart);
-    }
-    joined.indices.insert(joined.indices.end(), indices.begin(), indices.end());
+bool isJoined(Joining joining) {
+    return joining == Joining::Degenerate || joining == Joining::Restart;
 }
 
-std::vector<IndexedPrimitive> joinAll(std::vector<IndexedPrimitive> primitives, mesh::StripJoin join) {
-    std::vector<IndexedPrimitive> result;
-    std::vector<IndexedPrimitive> strips;
-    for (IndexedPrimitive& primitive : primitives) {
-        if (primitive.type == mesh::TRIANGLE_FAN && join == mesh::StripJoin::Restart && !result.empty()) {
-            appendRestarted(result.front(), primitive.indices);
-        } else if (primitive.type == mesh::TRIANGLE_FAN) {
-            result.push_back(std::move(primitive));
-        } else if (primitive.type == mesh::TRIANGLE_STRIP) {
-            strips.push_back(std::move(primitive));
-        } else {
-            appendSingles(primitive.indices, strips);
-        }
+/// Strips, and what they become if the search has joined them in its own order already.
+struct Cut {
+    std::vector<IndexedPrimitive> parts;
+    std::vector<unsigned int> joined;
+};
+
+Cut cutInPasses(std::span<const unsigned int> triangles, const StripSettings& settings) {
+    mesh::StripOptions options = *settings.passes;
+    options.allStrips = settings.allStrips;
+    Cut cut{mesh::buildPrimitives(triangles, options), {}};
+    if (settings.search.maxTriangles != 0) {
+        limitStrips(cut.parts, settings.search.maxTriangles);
     }
-    if (!strips.empty()) {
-        result.push_back({mesh::TRIANGLE_STRIP, mesh::joinStrips(strips, join)});
-    }
-    return result;
+    return cut;
 }
 
-StripResult cutTriangles(const std::vector<unsigned int>& triangles, const StripSettings& settings) {
+Cut cutByEffort(std::span<const unsigned int> triangles, const StripSettings& settings) {
+    mesh::StripBufferOptions options = settings.search;
+    options.join = joinOf(settings.joining);
+    if (settings.onProgress) {
+        options.onProgress = [&](const mesh::StripProgress& progress) {
+            settings.onProgress("search", progress.fraction);
+            return true;
+        };
+    }
+    Cut cut;
+    if (settings.joining == Joining::Degenerate) {
+        cut.joined = mesh::buildStripBuffer(triangles, options);
+        cut.parts = splitAtJoints(cut.joined);
+    } else {
+        cut.parts = mesh::buildStrips(triangles, options);
+    }
+    return cut;
+}
+
+StripResult cutTriangles(std::span<const unsigned int> triangles, const StripSettings& settings) {
+    Cut cut = settings.passes ? cutInPasses(triangles, settings) : cutByEffort(triangles, settings);
+    if (!settings.allStrips) {
+        listSingles(cut.parts);
+    }
     StripResult result;
-    std::vector<IndexedPrimitive> primitives = mesh::buildPrimitives(triangles, settings.options);
-    for (const IndexedPrimitive& primitive : primitives) {
-        result.strips += primitive.type == mesh::TRIANGLE_STRIP ? 1 : 0;
-        result.fans += primitive.type == mesh::TRIANGLE_FAN ? 1 : 0;
-        result.leftOver += primitive.type == mesh::TRIANGLES ? primitive.indices.size() / 3 : 0;
+    for (const IndexedPrimitive& part : cut.parts) {
+        result.strips += part.type == mesh::TRIANGLE_STRIP ? 1 : 0;
+        result.fans += part.type == mesh::TRIANGLE_FAN ? 1 : 0;
+        result.leftOver += part.type == mesh::TRIANGLES ? part.indices.size() / 3 : 0;
     }
     if (settings.keepParts) {
-        result.parts = primitives;
+        result.parts = cut.parts;
     }
-    if (settings.joining == Joining::Degenerate || settings.joining == Joining::Restart) {
-        primitives = joinAll(std::move(primitives), settings.joining == Joining::Restart ? mesh::StripJoin::Restart
-                                                                                         : mesh::StripJoin::Degenerate);
+    if (!cut.joined.empty()) {
+        result.primitives.push_back({mesh::TRIANGLE_STRIP, std::move(cut.joined)});
+    } else if (isJoined(settings.joining)) {
+        result.primitives = joinParts(std::move(cut.parts), joinOf(settings.joining), false);
+    } else {
+        result.primitives = std::move(cut.parts);
     }
-    result.primitives = std::move(primitives);
     std::erase_if(result.primitives, [](const IndexedPrimitive& primitive) { return primitive.indices.empty(); });
     return result;
 }
@@ -74,28 +93,55 @@ std::size_t countIndices(const StripResult& result) {
     return count;
 }
 
-} // namespace
-
-StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
-                           const StripSettings& settings) {
-    const std::vector<unsigned int> triangles = mesh::toTriangles(type, indices);
-    const auto begin = std::chrono::steady_clock::now();
+StripResult cutBest(std::span<const unsigned int> triangles, const StripSettings& settings) {
     StripResult result = cutTriangles(triangles, settings);
-    if (settings.options.iterations > 1) {
+    if (settings.passes && settings.passes->iterations > 1) {
         StripSettings onePass = settings;
-        onePass.options.iterations = 1;
-        onePass.options.onPass = {};
+        onePass.passes->iterations = 1;
+        onePass.passes->onPass = {};
         StripResult other = cutTriangles(triangles, onePass);
         // The search does not know what joining costs.
         if (countIndices(other) < countIndices(result)) {
             result = std::move(other);
         }
     }
+    return result;
+}
+
+} // namespace
+
+StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
+                           const StripSettings& settings) {
+    const std::vector<unsigned int> triangles = mesh::toTriangles(type, indices);
+    const auto begin = std::chrono::steady_clock::now();
+    StripResult result = cutBest(triangles, settings);
     result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     result.triangles = triangles.size() / 3;
     // In a strip or a fan they only join its parts.
     result.degenerate = type == mesh::TRIANGLES ? indices.size() / 3 - result.triangles : 0;
+    if (settings.provesMin.value_or(triangles.size() / 3 <= maxUnaskedBound)) {
+        result.minIndices = minStripIndices(triangles, settings.joining, [&](double fraction) {
+            if (settings.onProgress) {
+                settings.onProgress("bound", fraction);
+            }
+            return true;
+        });
+    }
     return result;
+}
+
+std::uint64_t minStripIndices(const std::vector<unsigned int>& triangles, Joining joining,
+                              const std::function<bool(double)>& onProgress) {
+    mesh::BoundOptions options;
+    options.onProgress = onProgress;
+    const std::uint64_t bound = mesh::minIndexCount(triangles, joinOf(joining), options);
+    if (joining != Joining::None || bound == 0) {
+        return bound;
+    }
+    // Strips of n triangles in all that repeat r vertices to turn have n + 2 k + r indices if there are k of them, and
+    // n + 3 k + r - 1 >= bound with restart indices: 3 (n + 2 k + r) >= n + 2 (n + 3 k + r) >= n + 2 (bound + 1).
+    const std::size_t count = triangles.size() / 3;
+    return (count + 2 * (bound + 1) + 2) / 3;
 }
 
 } // namespace vexa::tool

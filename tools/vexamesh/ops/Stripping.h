@@ -1,7 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <vector>
+#include <vexa/mesh/StripBuffer.h>
 #include <vexa/mesh/Strips.h>
 
 namespace vexa::tool {
@@ -14,12 +18,17 @@ enum class Joining {
     None             ///< as a primitive each
 };
 
-/// How triangles are cut and written. `options.onPass` is called for the search that `options.iterations` asks for; where
-/// it stops the search, the result is the best so far.
+/// How triangles are cut and written.
 struct StripSettings {
-    mesh::StripOptions options;
+    mesh::StripBufferOptions search;          ///< `join` and `onProgress` do not count
+    std::optional<mesh::StripOptions> passes; ///< searches in passes instead, which can also cut fans
     Joining joining = Joining::Degenerate;
+    bool allStrips = false; ///< single triangles become strips too
     bool keepParts = false; ///< whether the result also has the strips before they are joined
+    std::optional<bool>
+        provesMin; ///< whether the result says how few indices there can be; nothing: only if it is fast
+    /// Called with the work that is going on, such as "search", and the part of it that is done, from 0 to 1.
+    std::function<void(const char*, double)> onProgress;
 };
 
 /// A primitive as strips and fans.
@@ -30,8 +39,9 @@ struct StripResult {
     std::size_t degenerate = 0;                     ///< those of a list: with two equal corners they draw nothing
     std::size_t strips = 0;                         ///< before they were joined
     std::size_t fans = 0;
-    std::size_t leftOver = 0; ///< triangles in no strip and no fan
-    double seconds = 0;       ///< for cutting and joining
+    std::size_t leftOver = 0;                ///< triangles in no strip and no fan
+    std::optional<std::uint64_t> minIndices; ///< see `minStripIndices`; only if it was wanted
+    double seconds = 0;                      ///< for cutting and joining
 };
 
 /// Cuts the triangles of a primitive into strips and fans. More than one pass never gives more indices than one does,
@@ -41,5 +51,12 @@ struct StripResult {
 /// \param indices as decoded; in a list, what follows the last whole triangle is ignored
 StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
                            const StripSettings& settings);
+
+/// A number of indices that no strips of these triangles go below if they are written in this way; restart indices
+/// count.
+///
+/// \param onProgress see `BoundOptions`
+std::uint64_t minStripIndices(const std::vector<unsigned int>& triangles, Joining joining,
+                              const std::function<bool(double)>& onProgress = {});
 
 } // namespace vexa::tool

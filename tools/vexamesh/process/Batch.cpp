@@ -22,6 +22,7 @@ void sendResult(PipeWriter& pipe, const BatchResult& result) {
     for (const std::size_t figure : {result.triangles, result.indicesBefore, result.indicesAfter}) {
         pipe.writeValue(figure);
     }
+    pipe.writeValue(result.minIndices);
     pipe.writeValue(result.seconds);
     pipe.writeText(result.error);
     pipe.writeValue(result.warnings.size());
@@ -36,6 +37,7 @@ BatchResult receiveResult(ChildProcess& child) {
     for (std::size_t* figure : {&result.triangles, &result.indicesBefore, &result.indicesAfter}) {
         *figure = child.readValue<std::size_t>();
     }
+    result.minIndices = child.readValue<std::optional<std::uint64_t>>();
     result.seconds = child.readValue<double>();
     result.error = child.readText();
     result.warnings.resize(child.readValue<std::size_t>());

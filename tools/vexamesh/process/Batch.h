@@ -3,8 +3,10 @@
 #include "base/Bytes.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +32,7 @@ struct BatchResult {
     std::size_t triangles = 0;
     std::size_t indicesBefore = 0;
     std::size_t indicesAfter = 0;
+    std::optional<std::uint64_t> minIndices; ///< no strips can have fewer; nothing if that was not proven
     double seconds = 0;
     std::string error;                 ///< why it failed
     std::vector<std::string> warnings; ///< one line each

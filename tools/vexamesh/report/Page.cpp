@@ -99,9 +99,8 @@ void writeTop(std::ostream& out, const PageTexts& texts, const std::string& titl
 
 void writePlots(std::ostream& out, const ReportContent& content) {
     out << "<section aria-labelledby=\"plots-title\">\n<h2 id=\"plots-title\">Plots</h2>\n<div class=\"plots\">\n"
-        << stripLengthPlot(content.stripLengths) << swapPlot(content.stripSwaps)
-        << passPlot(content.passes, content.cost, content.isSearched)
-        << anglePlot(content.normalAngles, content.normals) << "</div>\n</section>\n";
+        << stripLengthPlot(content.stripLengths) << swapPlot(content.stripSwaps) << effortPlot(content)
+        << passPlot(content) << anglePlot(content.normalAngles, content.normals) << "</div>\n</section>\n";
 }
 
 } // namespace

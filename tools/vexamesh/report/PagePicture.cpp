@@ -21,6 +21,7 @@ constexpr const char* stage = R"(<div class="viewer" id="viewer">
 <button type="button" id="side" aria-pressed="true">Side by side</button>
 <button type="button" id="wireframe" aria-pressed="false">Wireframe</button>
 <button type="button" id="edges" aria-pressed="true">Edges</button>
+<button type="button" id="lengths" aria-pressed="false">Lengths</button>
 <button type="button" id="reset">Reset view</button>
 <span class="replay">
 <button type="button" id="play" aria-pressed="false">Replay</button>
@@ -38,7 +39,7 @@ constexpr const char* keys = R"(<details class="keys">
 <summary>Keys</summary>
 <p id="keys"><kbd>arrows</kbd> turn, with <kbd>Shift</kbd> move; <kbd>+</kbd> <kbd>&minus;</kbd> zoom;
 <kbd>N</kbd> <kbd>P</kbd> next and previous strip; <kbd>Space</kbd> replay; <kbd>,</kbd> <kbd>.</kbd> a triangle back and on;
-<kbd>S</kbd> side by side; <kbd>W</kbd> wireframe; <kbd>E</kbd> edges; <kbd>0</kbd> reset the view; <kbd>Esc</kbd> let go.
+<kbd>S</kbd> side by side; <kbd>W</kbd> wireframe; <kbd>E</kbd> edges; <kbd>L</kbd> colours by strip length; <kbd>0</kbd> reset the view; <kbd>Esc</kbd> let go.
 With a mouse: drag turns, the right button moves, the wheel zooms.</p>
 </details>
 )";
@@ -49,9 +50,12 @@ std::size_t countOf(const Picture& picture, PartKind kind) {
 }
 
 void writeLegend(std::ostream& out, const Picture& picture) {
-    out << "<ul class=\"legend\">\n<li><span class=\"swatch strips\"></span><span>a strip or a fan, neighbours in "
-           "different "
-           "colours</span></li>\n";
+    out << "<ul class=\"legend\">\n<li id=\"legend-strips\"><span class=\"swatch strips\"></span><span>a strip or a "
+           "fan, "
+           "neighbours in different colours</span></li>\n"
+           "<li id=\"legend-lengths\" hidden><span class=\"ramp lengths\"></span><span>strips and fans, from the "
+           "longest "
+           "to single triangles</span></li>\n";
     if (countOf(picture, PartKind::LeftOver) > 0) {
         out << "<li><span class=\"swatch left-over\"></span><span>left over, in no strip</span></li>\n";
     }

@@ -119,18 +119,60 @@ std::string swapPlot(const std::vector<std::size_t>& swaps) {
                       " strips have none. A swap repeats a vertex to turn the other way and costs one index.");
 }
 
-std::string passPlot(const PassCosts& passes, std::int64_t cost, bool isSearched) {
+std::string effortPlot(const ReportContent& content) {
+    const std::string title = "Indices per triangle";
+    const StripStats& total = content.outcome.total;
+    if (total.triangles == 0 || !total.minIndices) {
+        return nothing(title, "There are no triangles.");
+    }
+    const auto share = [&](std::uint64_t indices) {
+        return static_cast<double>(indices) / static_cast<double>(total.triangles);
+    };
+    std::vector<std::pair<std::string, double>> bars{{"input", share(total.indicesBefore)}};
+    for (std::size_t effort = 0; effort < content.efforts.size(); ++effort) {
+        bars.emplace_back("effort " + std::to_string(effort), share(content.efforts[effort]));
+    }
+    bars.emplace_back("these", share(total.indicesAfter));
+    const double minimum = share(*total.minIndices);
+    double high = minimum;
+    for (const auto& [name, height] : bars) {
+        high = std::max(high, height * 1.1);
+    }
+    Chart chart("Indices per triangle of the input, of every effort and of these strips, with the proven minimum");
+    const auto heightOf = [&](double value) { return chart.floor() - value / high * chart.plotHeight(); };
+    for (double value = 0; value <= high; value += roundStep(high)) {
+        chart.addGridLine(heightOf(value), shortText(value));
+    }
+    const double place = chart.plotWidth() / static_cast<double>(bars.size());
+    for (std::size_t i = 0; i < bars.size(); ++i) {
+        const double x = Chart::left + place * static_cast<double>(i);
+        chart.addBar(x + place * 0.15, heightOf(bars[i].second), place * 0.7,
+                     bars[i].first + ": " + fixedText(bars[i].second, 3) + " indices per triangle");
+        chart.addTickLabel(x + place / 2, bars[i].first);
+    }
+    chart.addLevel(heightOf(minimum), "minimum " + fixedText(minimum, 3), "bound", true);
+    chart.addAxisTitles("search", "indices per triangle");
+    return figure(title, chart.finish(),
+                  "These strips take " + fixedText(share(total.indicesAfter), 3) + "; no strips can have fewer than " +
+                      fixedText(minimum, 3) + ", which is proven (the dotted line).");
+}
+
+std::string passPlot(const ReportContent& content) {
     const std::string title = "Cost of every pass";
+    const PassCosts& passes = content.passes;
     if (passes.totals.empty() || passes.worst == 0) {
-        return nothing(title, "One pass was made. With <code>--iterations 50</code> the costs of 50 are plotted.");
+        return nothing(title, "No passes were tried. With <code>--iterations 50</code> the costs of 50 are plotted.");
     }
     const auto best = static_cast<double>(passes.best);
     const auto worst = static_cast<double>(passes.worst);
-    const auto shown = static_cast<double>(cost);
-    const double margin = std::max((std::max(worst, shown) - std::min(best, shown)) * 0.15, 1.0);
-    const double low = std::max(0.0, std::min(best, shown) - margin);
-    const double high = std::max(worst, shown) + margin;
-    Chart chart("What each pass cost, between the best and the worst");
+    const auto shown = static_cast<double>(content.cost);
+    const auto bound = static_cast<double>(content.minCost);
+    const double lowest = std::min({best, shown, bound});
+    const double highest = std::max(worst, shown);
+    const double margin = std::max((highest - lowest) * 0.15, 1.0);
+    const double low = std::max(0.0, lowest - margin);
+    const double high = highest + margin;
+    Chart chart("The cost of each pass, between the best and the worst");
     const std::function<double(double)> heightOf = [&](double value) {
         return chart.floor() - (value - low) / (high - low) * chart.plotHeight();
     };
@@ -141,21 +183,24 @@ std::string passPlot(const PassCosts& passes, std::int64_t cost, bool isSearched
     addPasses(chart, passes, heightOf);
     chart.addLevel(heightOf(worst), "worst " + groupedText(static_cast<std::uint64_t>(passes.worst)), "worst", true);
     chart.addLevel(heightOf(best), "best " + groupedText(static_cast<std::uint64_t>(passes.best)), "best", false);
-    if (!isSearched) {
+    chart.addLevel(heightOf(bound), "minimum " + groupedText(content.minCost), "bound", false);
+    if (!content.isSearched) {
         chart.addLevel(heightOf(shown), "", "shown", true);
     }
     chart.addAxisTitles("pass", "indices before joining");
     const std::string range = "Best " + numberHtml(static_cast<std::uint64_t>(passes.best)) + ", worst " +
                               numberHtml(static_cast<std::uint64_t>(passes.worst)) + ": " +
                               signedPercent((worst - best) / best) + ". ";
-    const std::string these =
-        "These strips take " + numberHtml(static_cast<std::uint64_t>(cost)) + " indices before they are joined. ";
+    const std::string these = "These strips take " + numberHtml(static_cast<std::uint64_t>(content.cost)) +
+                              " indices before they are joined; none can take fewer than " +
+                              numberHtml(content.minCost) + " (the dotted line). ";
     return figure(title, chart.finish(),
                   range + these +
-                      (isSearched ? "Every primitive is searched on its own, so that the best of all is the sum of "
-                                    "the best of each."
-                                  : "They come from one pass (the dashed line), which starts without drawing at "
-                                    "random; the passes here are a trial of what <code>--iterations</code> finds."));
+                      (content.isSearched ? "Every primitive is searched on its own, so that the best of all is the "
+                                            "sum of the best of each."
+                                          : "They (the dashed line) come from a search of another kind; the passes, "
+                                            "which draw at random, are a trial of what <code>--iterations</code> "
+                                            "finds."));
 }
 
 std::string anglePlot(const std::vector<float>& angles, const AngleStats& stats) {

@@ -16,10 +16,11 @@ std::string stripLengthPlot(const std::vector<std::size_t>& lengths);
 /// How many swaps strips have.
 std::string swapPlot(const std::vector<std::size_t>& swaps);
 
-/// The cost of each pass of a search, with the best and the worst.
-///
-/// \param cost the indices of the strips that are shown
-std::string passPlot(const PassCosts& passes, std::int64_t cost, bool isSearched);
+/// Indices per triangle: of the input, of each effort and of the strips that are shown, with the proven minimum.
+std::string effortPlot(const ReportContent& content);
+
+/// The cost of each pass of a search, with the best, the worst and the proven minimum.
+std::string passPlot(const ReportContent& content);
 
 /// The angles between normals and what two bytes keep of them.
 std::string anglePlot(const std::vector<float>& angles, const AngleStats& stats);

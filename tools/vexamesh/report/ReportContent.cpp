@@ -13,6 +13,7 @@
 #include <glm/vec4.hpp>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace vexa::tool {
@@ -23,6 +24,8 @@ namespace {
 constexpr std::uint32_t trialPasses = 16;
 /// Triangles up to which they are.
 constexpr std::size_t maxTrialTriangles = 300'000;
+/// The effort that is tried up to there, because it takes as long as many passes; lower ones always are.
+constexpr std::size_t longEffort = 3;
 
 using Positions = std::shared_ptr<const std::vector<float>>;
 
@@ -94,19 +97,24 @@ public:
     Collector(Document document, const ReportSettings& settings)
         : document_(std::move(document)), settings_(settings), builder_(settings.maxShownTriangles) {
         settings_.strip.keepParts = true;
-        settings_.strip.options.onPass = [this, observe = settings.strip.options.onPass](const mesh::StripPass& pass) {
-            // One pass starts without drawing at random, and is not the first of several.
-            if (pass.wanted > 1) {
-                content_.passes.add(pass);
-            }
-            return !observe || observe(pass);
-        };
+        settings_.strip.provesMin = true;
+        if (auto& passes = settings_.strip.passes) {
+            passes->onPass = [this, observe = passes->onPass](const mesh::StripPass& pass) {
+                // One pass starts without drawing at random, and is not the first of several.
+                if (pass.wanted > 1) {
+                    content_.passes.add(pass);
+                }
+                return !observe || observe(pass);
+            };
+        }
     }
 
     ReportContent run(const MeshProgress& progress) {
         content_.warnings = document_.asset.warnings;
-        content_.isSearched = settings_.strip.options.iterations > 1;
-        isTried_ = !content_.isSearched && countTriangles() <= maxTrialTriangles;
+        content_.isSearched = settings_.strip.passes && settings_.strip.passes->iterations > 1;
+        const bool isSmall = countTriangles() <= maxTrialTriangles;
+        isTried_ = !content_.isSearched && isSmall;
+        content_.efforts.resize(isSmall ? longEffort + 1 : longEffort);
         PositionReader reader(document_);
         for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
             for (std::size_t p = 0; p < document_.meshes[m].primitives.size(); ++p) {
@@ -157,9 +165,19 @@ private:
         pending.isSplitOff =
             reportGraph(primitive, false, [&](const std::string& line) { row.graphLines.push_back(line); });
         if (isTried_) {
-            mesh::StripOptions trial = settings_.strip.options;
+            mesh::StripOptions trial = settings_.strip.passes.value_or(mesh::StripOptions());
             trial.iterations = trialPasses;
+            trial.onPass = [this](const mesh::StripPass& pass) {
+                content_.passes.add(pass);
+                return true;
+            };
             mesh::buildPrimitives(pending.triangles, trial);
+        }
+        if (isTried_ || content_.isSearched) {
+            content_.minCost += minStripIndices(pending.triangles, Joining::None);
+        }
+        if (!primitive.indexAccessor || counted_.insert(*primitive.indexAccessor).second) {
+            tryEfforts(pending.triangles);
         }
         row.triangles = pending.triangles.size() / 3;
         row.edges = countEdges(pending.triangles);
@@ -167,6 +185,19 @@ private:
         describeNormals(mesh, p, row);
         content_.primitives.push_back(std::move(row));
         pending_.push_back(std::move(pending));
+    }
+
+    void tryEfforts(const std::vector<unsigned int>& triangles) {
+        const Joining joining = settings_.strip.joining;
+        mesh::StripBufferOptions options;
+        options.join = joining == Joining::Degenerate ? mesh::StripJoin::Degenerate : mesh::StripJoin::Restart;
+        for (std::size_t effort = 0; effort < content_.efforts.size(); ++effort) {
+            options.effort = static_cast<unsigned>(effort);
+            const std::vector<unsigned int> indices = mesh::buildStripBuffer(triangles, options);
+            const auto separators = std::count(indices.begin(), indices.end(), mesh::restartIndex);
+            content_.efforts[effort] +=
+                indices.size() - (joining == Joining::None ? static_cast<std::size_t>(separators) : 0);
+        }
     }
 
     void describeNormals(const Mesh& mesh, std::size_t index, PrimitiveRow& row) {
@@ -219,8 +250,9 @@ private:
 
     Document document_;
     ReportSettings settings_;
-    bool isTried_ = false;         ///< whether several passes are searched only to see what they cost
-    std::vector<Pending> pending_; ///< one for each row of primitives
+    std::set<std::size_t> counted_; ///< index accessors whose efforts were tried
+    bool isTried_ = false;          ///< whether several passes are searched only to see what they cost
+    std::vector<Pending> pending_;  ///< one for each row of primitives
     PictureBuilder builder_;
     ReportContent content_;
 };
@@ -266,12 +298,14 @@ Json reportJson(const std::string& input, const std::string& output, const Repor
     Json primitives = Json::array();
     std::transform(content.primitives.begin(), content.primitives.end(), std::back_inserter(primitives), primitiveJson);
     json["report"] = {{"indicesBeforeJoining", content.cost},
+                      {"efforts", content.efforts},
                       {"primitives", std::move(primitives)},
                       {"passes",
                        {{"ofTheseStrips", content.isSearched},
                         {"costs", content.passes.totals},
                         {"best", content.passes.best},
-                        {"worst", content.passes.worst}}},
+                        {"worst", content.passes.worst},
+                        {"minimum", content.minCost}}},
                       {"packedNormals",
                        {{"normals", content.normals.normals},
                         {"withoutDirection", content.normals.withoutDirection},

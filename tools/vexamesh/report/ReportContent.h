@@ -57,13 +57,15 @@ struct ReportContent {
     std::vector<float> normalAngles; ///< in degrees
     AngleStats normals;
     PassCosts passes;
-    bool isSearched = false; ///< whether the passes are those that the strips come from
-    std::int64_t cost = 0;   ///< indices of all parts before they are joined
+    bool isSearched = false;          ///< whether the passes are those that the strips come from
+    std::int64_t cost = 0;            ///< indices of all parts before they are joined
+    std::uint64_t minCost = 0;        ///< no strips can have fewer before they are joined; 0 if there are no passes
+    std::vector<std::size_t> efforts; ///< indices by the effort of the search, joined as those of the report
     Picture picture;
     std::vector<std::string> warnings;
 };
 
-/// How a report is made. `strip.options.onPass` is called for a trial search, too.
+/// How a report is made; it always proves the minimum.
 struct ReportSettings {
     StripSettings strip;
     std::size_t maxShownTriangles = PictureBuilder::maxTriangles;

@@ -42,6 +42,20 @@ export function stripColours(model) {
     return bytes;
 }
 
+// Light for short strips, dark for long ones, in steps that double, as in the plot of lengths.
+export function lengthColours(model) {
+    const strips = model.parts.filter((part) => part.kind !== 2);
+    const longest = strips.reduce((most, part) => Math.max(most, Math.log2(part.triangles)), 1);
+    const bytes = stripColours(model);
+    for (const part of strips) {
+        const colour = onRamp(1 - Math.log2(part.triangles) / longest);
+        for (let i = part.first; i < part.first + part.shown; ++i) {
+            bytes.set(colour, 3 * i);
+        }
+    }
+    return bytes;
+}
+
 export function orderColours(model) {
     const last = Math.max(model.triangles - 1, 1);
     return paint(model.shown, (i) => onRamp(model.order[i] / last));

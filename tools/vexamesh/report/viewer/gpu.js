@@ -72,6 +72,11 @@ export class GpuPainter {
         return object;
     }
 
+    // Gives the strips other colours.
+    tint(colours) {
+        this.meshes.after.geometry.setAttribute('tint', perCorner(colours));
+    }
+
     refreshColours() {
         const colours = lineColours();
         this.border.material.color.set(colours.border);

@@ -34,6 +34,7 @@ function actionsOf(viewer) {
         's': () => viewer.toggleSideBySide(),
         'w': () => viewer.toggle('wireframe'),
         'e': () => viewer.toggle('edges'),
+        'l': () => viewer.toggleLengths(),
     };
 }
 

@@ -9,6 +9,10 @@ export class SoftwarePainter {
         this.colours = colours;
     }
 
+    tint(colours) {
+        this.colours.after = colours;
+    }
+
     refreshColours() {}
 
     resize(width, height) {
@@ -42,7 +46,7 @@ export class SoftwarePainter {
                 this.toPixels(corners[c], view);
             }
             if (corners.every((corner) => corner.w > 0)) {
-                const colour = this.tint(colours.subarray(3 * triangle, 3 * triangle + 3), triangle, state.selected);
+                const colour = this.dim(colours.subarray(3 * triangle, 3 * triangle + 3), triangle, state.selected);
                 this.fill(triangle, corners, view, this.shade(corners, colour));
             }
         }
@@ -55,7 +59,7 @@ export class SoftwarePainter {
     }
 
     // Everything that is not selected turns grey.
-    tint(colour, triangle, selected) {
+    dim(colour, triangle, selected) {
         const isQuiet = selected && (triangle < selected.first || triangle >= selected.first + selected.shown);
         return isQuiet ? colour.map((value) => value * 0.28 + 150 * 0.72) : colour;
     }

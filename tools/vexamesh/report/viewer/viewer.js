@@ -2,7 +2,7 @@
 import {MOUSE, TOUCH} from 'three';
 import {OrbitControls} from 'three/addons/controls/OrbitControls.js';
 import {boundsOf, Eye, layout} from './camera.js';
-import {orderColours, stripColours} from './colours.js';
+import {lengthColours, orderColours, stripColours} from './colours.js';
 import {GpuPainter} from './gpu.js';
 import {listenToKeys} from './keyboard.js';
 import {readModel} from './model.js';
@@ -25,7 +25,7 @@ class Viewer {
     constructor() {
         this.model = readModel();
         this.canvas = element('canvas');
-        this.state = {count: this.model.shown, wireframe: false, edges: true, selected: null};
+        this.state = {count: this.model.shown, wireframe: false, edges: true, lengths: false, selected: null};
         this.isSideBySide = true;
         const colours = {after: stripColours(this.model), before: orderColours(this.model)};
         const isGpu = hasGpu();
@@ -62,6 +62,7 @@ class Viewer {
             side: () => this.toggleSideBySide(),
             wireframe: () => this.toggle('wireframe'),
             edges: () => this.toggle('edges'),
+            lengths: () => this.toggleLengths(),
             reset: () => this.reset(),
         })) {
             element(id).addEventListener('click', action);
@@ -124,6 +125,13 @@ class Viewer {
         this.state[name] = !this.state[name];
         element(name).setAttribute('aria-pressed', this.state[name]);
         this.redraw();
+    }
+
+    toggleLengths() {
+        this.toggle('lengths');
+        this.painter.tint((this.state.lengths ? lengthColours : stripColours)(this.model));
+        element('legend-strips').hidden = this.state.lengths;
+        element('legend-lengths').hidden = !this.state.lengths;
     }
 
     toggleSideBySide() {
