@@ -20,6 +20,7 @@ public:
 void linkAsGrown(StripPartition& partition, std::span<const StripTriangle> strip) {
     HalfEdgeId leaving = strip[0];
     for (std::size_t i = 1; i < strip.size(); ++i) {
+        __builtin_prefetch(&partition[triangleOf(strip.data()[i + StripSet::lookAhead / 2])], 1);
         partition.link(leaving);
         const HalfEdgeId entered = partition.twin(leaving);
         leaving = placeOf(strip[i]) == leavesBefore ? prevOf(entered) : nextOf(entered);

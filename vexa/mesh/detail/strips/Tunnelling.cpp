@@ -44,16 +44,24 @@ private:
     [[nodiscard]] bool isJoinable(HalfEdgeId exit) const {
         return !partition_.isLinked(exit) && partition_.twin(exit) != partition_.border();
     }
+    [[nodiscard]] bool touchesEnd(TriangleId triangle) const {
+        const HalfEdgeId* const twin = partition_[triangle].twin;
+        return partition_.isEnd(triangleOf(twin[0])) || partition_.isEnd(triangleOf(twin[1])) ||
+               partition_.isEnd(triangleOf(twin[2]));
+    }
     [[nodiscard]] int swaps(TriangleId triangle) const { return countSwaps(partition_, triangle); }
     [[nodiscard]] int swapAt(HalfEdgeId link) const { return partition_.isSwap(link) ? 1 : 0; }
 
-    /// Whether the strip through a link has an end.
+    /// Whether the strip through a link has an end. Walks both ways at once: the nearer end decides, and the memory
+    /// accesses of the two overlap.
     [[nodiscard]] bool isOpen(HalfEdgeId link) const {
-        HalfEdgeId leaving = partition_.follow(link);
-        while (leaving != noHalfEdge && leaving != link) {
-            leaving = partition_.follow(leaving);
+        HalfEdgeId ahead = partition_.follow(link);
+        HalfEdgeId back = partition_.follow(partition_.twin(link));
+        while (ahead != noHalfEdge && back != noHalfEdge && ahead != link) {
+            ahead = partition_.follow(ahead);
+            back = partition_.follow(back);
         }
-        return leaving == noHalfEdge;
+        return ahead != link;
     }
     [[nodiscard]] bool areAllOpen() const {
         for (std::size_t i = linkedCount_; i-- > 0;) {
@@ -130,6 +138,10 @@ bool Tunnel::takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt)
     const HalfEdgeId beyond = partition_.follow(cut);
     const TriangleId newEnd = triangleOf(partition_.twin(cut));
     const int before = swapAt(cut) + swapAt(kept) + (beyond != noHalfEdge ? swapAt(beyond) : 0);
+    // With the last move, only a join or the swaps removed can pay.
+    if (depth == 1 && debt >= before && !touchesEnd(newEnd)) {
+        return false;
+    }
     partition_.cut(cut);
     partition_.link(exit);
     const int after =
