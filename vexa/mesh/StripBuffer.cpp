@@ -62,7 +62,7 @@ auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOpt
         FoundPartition found = detail::searchPartition(triangles, effort, options, monitor);
         least = leastOfLowerEfforts(found, options);
         monitor.startPhase(StripPhase::Joining, 0.9);
-        detail::limitLengths(found.partition, options);
+        detail::limitLengths(found.partition, options, monitor.poller());
         auto written = write(found.partition, monitor);
         if (effort == options.effort || count(written) < count(shortest)) {
             shortest = std::move(written);

@@ -31,13 +31,11 @@ struct StripBufferOptions {
     std::uint32_t seed = 1;              ///< of the random numbers at efforts 3 and 4
     std::uint32_t maxTriangles = 0;      ///< most triangles of a strip; 0 for any number
     /// Orders short strips such that they find many of their vertices in the vertex cache of a graphics processor: fewer
-    /// vertices are transformed, for more indices. Strips are cut to 16 triangles, or to
-    /// 20 in regular meshes.
+    /// vertices are transformed, for more indices. Strips are cut to 16 triangles, or to 20 in regular meshes.
     bool forVertexCache = false;
-    /// Called from the calling thread at least every 50 ms, but not while neighbours are paired and greedy strips are
-    /// cut, which take a few milliseconds per 100,000 triangles. False ends the search early: steps that every result
-    /// needs are completed without further calls, and the best strips so far are returned. Whatever it throws leaves
-    /// the function.
+    /// Called from the calling thread, at least every 50 ms of work. False ends the search early: steps that every result
+    /// needs are completed without further calls, and the best strips so far are returned. Whatever it throws leaves the
+    /// function.
     std::function<bool(const StripProgress&)> onProgress = {};
 };
 

@@ -47,20 +47,19 @@ private:
 class StripsOfVertices {
 public:
     StripsOfVertices(std::span<const unsigned int> indices, std::span<const std::uint32_t> begins,
-                     std::uint32_t vertexCount)
+                     std::uint32_t vertexCount, const Poll& poll)
         : begins_(vertexCount + 1), ends_(vertexCount), strips_(indices.size()) {
-        for (const unsigned int vertex : indices) {
-            ++begins_[vertex + 1];
-        }
+        forEachPolled(static_cast<std::uint32_t>(indices.size()), poll,
+                      [&](std::uint32_t i) { ++begins_[indices[i] + 1]; });
         for (std::size_t vertex = 0; vertex < vertexCount; ++vertex) {
             begins_[vertex + 1] += begins_[vertex];
             ends_[vertex] = begins_[vertex];
         }
-        for (StripId strip = 0; strip + 1 < begins.size(); ++strip) {
+        forEachPolled(static_cast<StripId>(begins.size() - 1), poll, [&](StripId strip) {
             for (const unsigned int vertex : indices.subspan(begins[strip], begins[strip + 1] - begins[strip])) {
                 strips_[ends_[vertex]++] = strip;
             }
-        }
+        });
     }
 
     /// Calls `visit(strip)` for strips at a vertex that are not done, a few of them at a vertex with very many. Some
@@ -99,9 +98,9 @@ struct StripList {
 
 class CacheOrder {
 public:
-    explicit CacheOrder(const StripList& list)
+    CacheOrder(const StripList& list, const Poll& poll)
         : list_(list), dense_(list.indices), cache_(dense_.vertexCount()),
-          stripsOf_(dense_.indices(), list.begins, dense_.vertexCount()), isDone_(list.count()),
+          stripsOf_(dense_.indices(), list.begins, dense_.vertexCount(), poll), isDone_(list.count()),
           lastRound_(list.count()) {}
 
     StripId takeNext() {
@@ -189,7 +188,7 @@ std::vector<IndexedPrimitive> orderForCache(std::span<const unsigned int> triang
         list.indices.insert(list.indices.end(), strip.begin(), strip.end());
         list.begins.push_back(static_cast<std::uint32_t>(list.indices.size()));
     });
-    CacheOrder order(list);
+    CacheOrder order(list, monitor.poller());
     std::vector<IndexedPrimitive> ordered;
     ordered.reserve(list.count());
     for (StripId i = 0; i < list.count(); ++i) {

@@ -26,7 +26,7 @@ struct UpwardEdge {
 /// The upward half-edges of a mesh by their lower vertex, each list in the order of the triangles.
 class UpwardEdges {
 public:
-    UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount);
+    UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, const Poll& poll);
 
     /// Removes the earliest remaining half-edge from `from` to `to`; `noHalfEdge` if there is none.
     HalfEdgeId take(std::uint32_t from, std::uint32_t to) {
@@ -73,9 +73,12 @@ private:
 /// Calls `visit(halfEdge, from, to)` for every half-edge of every triangle that is not collapsed, in order, and
 /// `announce(vertex)` for each of its vertices some triangles before.
 template <class Announce, class Visit>
-void forEachHalfEdge(std::span<const unsigned int> triangles, Announce announce, Visit visit) {
+void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, Announce announce, Visit visit) {
     constexpr std::size_t ahead = 16 * 3;
     for (std::size_t i = 0; i < triangles.size(); i += 3) {
+        if (i % (std::size_t{3} * pollInterval) == 0 && poll) {
+            poll();
+        }
         if (i + ahead < triangles.size()) {
             announce(triangles[i + ahead]);
             announce(triangles[i + ahead + 1]);
@@ -94,15 +97,16 @@ void forEachHalfEdge(std::span<const unsigned int> triangles, Announce announce,
     }
 }
 
-UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount) : ends_(vertexCount) {
+UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, const Poll& poll)
+    : ends_(vertexCount) {
     const auto prefetchEnd = [this](std::uint32_t vertex) { __builtin_prefetch(&ends_[vertex], 1); };
-    forEachHalfEdge(triangles, prefetchEnd,
+    forEachHalfEdge(triangles, poll, prefetchEnd,
                     [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
     const std::uint32_t edgeCount = std::accumulate(ends_.begin(), ends_.end(), std::uint32_t{0});
     std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
     edges_ = LargeArray<UpwardEdge>(edgeCount);
     const auto prefetchList = [this](std::uint32_t vertex) { __builtin_prefetch(edges_.get() + ends_[vertex], 1); };
-    forEachHalfEdge(triangles, prefetchList, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    forEachHalfEdge(triangles, poll, prefetchList, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from < to) {
             edges_[ends_[from]++] = {to, halfEdge};
         }
@@ -198,23 +202,21 @@ void linkAndMark(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
 }
 
 /// A graph of the triangles without any links.
-CompactGraph withoutLinks(std::size_t count) {
+CompactGraph withoutLinks(std::size_t count, const Poll& poll) {
     CompactGraph graph(count);
     const CompactTriangle alone{{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
-    for (TriangleId id = 0; id < graph.count(); ++id) {
-        graph[id] = alone;
-    }
+    forEachPolled(graph.count(), poll, [&](TriangleId id) { graph[id] = alone; });
     return graph;
 }
 
 } // namespace
 
-CompactGraph pairEdges(std::span<const unsigned int> triangles) {
-    CompactGraph graph = withoutLinks(triangles.size() / 3);
+CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll) {
+    CompactGraph graph = withoutLinks(triangles.size() / 3, poll);
     const DenseIndices dense(triangles);
-    UpwardEdges upward(dense.indices(), dense.vertexCount());
+    UpwardEdges upward(dense.indices(), dense.vertexCount(), poll);
     const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
-    forEachHalfEdge(dense.indices(), prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    forEachHalfEdge(dense.indices(), poll, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from > to) {
             if (const HalfEdgeId twin = upward.take(to, from); twin != noHalfEdge) {
                 linkAndMark(graph, twin, halfEdge);
@@ -228,13 +230,13 @@ std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> tria
     if (triangles.size() / 3 > maxTriangles) {
         return std::nullopt;
     }
-    CompactGraph graph = withoutLinks(triangles.size() / 3);
+    CompactGraph graph = withoutLinks(triangles.size() / 3, {});
     const DenseIndices dense(triangles);
-    UpwardEdges upward(dense.indices(), dense.vertexCount());
+    UpwardEdges upward(dense.indices(), dense.vertexCount(), {});
     std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
     bool isManifold = true;
     const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
-    forEachHalfEdge(dense.indices(), prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+    forEachHalfEdge(dense.indices(), {}, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from < to || !isManifold) {
             return;
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vexa/mesh/detail/strips/CompactGraph.h"
+#include "vexa/mesh/detail/strips/Polling.h"
 
 #include <optional>
 #include <span>
@@ -15,7 +16,7 @@ namespace vexa::mesh::detail {
 ///
 /// \param triangles three vertex indices per triangle, none of them 4294967295
 /// Cost: linear for meshes, O(n log n) for edges at a vertex that has very many.
-CompactGraph pairEdges(std::span<const unsigned int> triangles);
+CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll = {});
 
 /// The same for a mesh without an edge at which more than two half-edges of triangles that are not collapsed meet;
 /// nothing for any other, nor for more triangles than `maxTriangles`, at most what a compact graph holds. No triangle is

@@ -61,13 +61,14 @@ private:
 } // namespace
 
 GreedyCounts countGreedy(const CompactGraph& graph, std::span<const unsigned int> triangles, const StripSet& strips,
-                         StripJoin join) {
+                         StripJoin join, const Poll& poll) {
     const ListCorners corners{triangles.data()};
     std::uint64_t count = 0;
     std::uint64_t evenCount = 0;
     std::uint64_t oddOnly = 0;
     bool changesParity = false;
     PlainJoin plain;
+    WorkMeter meter(poll);
     // `buildPrimitives` returns the newest strip first.
     for (std::size_t i = strips.size(); i-- > 0;) {
         const StripSet::Strip strip = strips[i];
@@ -75,6 +76,7 @@ GreedyCounts countGreedy(const CompactGraph& graph, std::span<const unsigned int
             return {};
         }
         const Written written = measure(strip.triangles);
+        meter.add(strip.triangles.size());
         const bool isCountOdd = written.count % 2 != 0;
         count += written.count;
         evenCount += written.count + written.evenPenalty;

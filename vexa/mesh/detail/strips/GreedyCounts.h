@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/Strips.h"
 #include "vexa/mesh/detail/strips/CompactGraph.h"
+#include "vexa/mesh/detail/strips/Polling.h"
 #include "vexa/mesh/detail/strips/StripSet.h"
 
 #include <cstdint>
@@ -20,6 +21,6 @@ struct GreedyCounts {
 
 /// \param strips those of `searchGreedily` on this graph
 GreedyCounts countGreedy(const CompactGraph& graph, std::span<const unsigned int> triangles, const StripSet& strips,
-                         StripJoin join);
+                         StripJoin join, const Poll& poll = {});
 
 } // namespace vexa::mesh::detail

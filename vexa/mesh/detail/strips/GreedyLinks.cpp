@@ -10,10 +10,20 @@ namespace vexa::mesh::detail {
 
 namespace {
 
-class SilentObserver final : public SearchObserver {
+class PollingObserver final : public SearchObserver {
 public:
+    explicit PollingObserver(const Poll& poll) : poll_(poll) {}
+
     void onInvalidTriangle() override {}
+    void onWork() override {
+        if (poll_) {
+            poll_();
+        }
+    }
     bool onPass(std::uint32_t, std::int32_t, std::int32_t, std::int32_t) override { return true; }
+
+private:
+    const Poll& poll_;
 };
 
 /// Links a strip over the edges by which it grew.
@@ -36,20 +46,22 @@ void linkByFirstEdges(StripPartition& partition, const CompactGraph& graph, std:
 
 } // namespace
 
-StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles) {
+StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles, const Poll& poll) {
     for (TriangleId triangle = 0; triangle < graph.count(); ++triangle) {
         if (isCollapsed(triangles.data() + std::size_t{3} * triangle)) {
             graph[triangle].state = stateInFan;
         }
     }
     OwnRandom random;
-    SilentObserver observer;
+    PollingObserver observer(poll);
     return searchStrips(graph, {1, true, graph.count(), 0}, random, observer).strips;
 }
 
-void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips) {
+void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips, const Poll& poll) {
+    WorkMeter meter(poll);
     for (std::size_t i = 0; i < strips.size(); ++i) {
         const StripSet::Strip strip = strips[i];
+        meter.add(strip.triangles.size());
         if (strip.isIrregular) {
             linkByFirstEdges(partition, graph, strip.triangles);
         } else {

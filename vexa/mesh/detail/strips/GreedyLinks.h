@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vexa/mesh/detail/strips/CompactGraph.h"
+#include "vexa/mesh/detail/strips/Polling.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 #include "vexa/mesh/detail/strips/StripSearch.h"
 
@@ -10,10 +11,10 @@ namespace vexa::mesh::detail {
 
 /// Cuts the triangles of a freshly paired graph by one greedy pass, the one that `buildPrimitives` makes. No strip takes
 /// a collapsed triangle.
-StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles);
+StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles, const Poll& poll = {});
 
 /// Links the triangles of a partition, which must have no links and the order of the graph, as strips found on the graph
 /// do.
-void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips);
+void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips, const Poll& poll = {});
 
 } // namespace vexa::mesh::detail

@@ -25,7 +25,7 @@ public:
         strips_.push_back({indices_.size() & 0x3fffffffffff, strip.startsOdd, strip.fitsEither});
         indices_.insert(indices_.end(), strip.indices.begin(), strip.indices.end());
     }
-    std::vector<unsigned int> join();
+    std::vector<unsigned int> join(const Poll& poll);
 
 private:
     /// The positions at which a strip can begin without repeating an index.
@@ -86,12 +86,11 @@ void DegenerateJoin::append(std::vector<unsigned int>& joined, std::size_t strip
     joined.insert(joined.end(), indices.begin(), indices.end());
 }
 
-std::vector<unsigned int> DegenerateJoin::join() {
+std::vector<unsigned int> DegenerateJoin::join(const Poll& poll) {
     std::vector<unsigned int> joined;
     joined.reserve(indices_.size() + 2 * strips_.size() + 1);
-    for (std::size_t i = 0; i < strips_.size(); ++i) {
-        append(joined, takeFor(joined.size() % 2 != 0));
-    }
+    forEachPolled(static_cast<std::uint32_t>(strips_.size()), poll,
+                  [&](std::uint32_t) { append(joined, takeFor(joined.size() % 2 != 0)); });
     return joined;
 }
 
@@ -119,11 +118,11 @@ std::span<unsigned int> startEven(const WrittenStrip& strip) {
 std::vector<unsigned int> joinPartition(std::span<const unsigned int> triangles, StripPartition& partition,
                                         StripJoin join, StripMonitor& monitor) {
     StripWriter writer(triangles, partition);
-    const auto poll = [&](TriangleId triangle) { monitor.poll(triangle, partition.count()); };
+    const Poll poll = monitor.poller();
     if (join == StripJoin::Degenerate) {
         DegenerateJoin strips;
         writer.forEach([&](const WrittenStrip& strip) { strips.add(strip); }, poll);
-        return strips.join();
+        return strips.join(poll);
     }
     std::vector<unsigned int> joined;
     joined.reserve(std::size_t{partition.count()} + partition.count() / 2);
@@ -142,11 +141,11 @@ std::vector<unsigned int> joinPartition(std::span<const unsigned int> triangles,
 void forEachStrip(std::span<const unsigned int> triangles, StripPartition& partition, StripMonitor& monitor,
                   const std::function<void(std::span<const unsigned int>)>& take) {
     StripWriter(triangles, partition)
-        .forEach([&](const WrittenStrip& strip) { take(startEven(strip)); },
-                 [&](TriangleId triangle) { monitor.poll(triangle, partition.count()); });
+        .forEach([&](const WrittenStrip& strip) { take(startEven(strip)); }, monitor.poller());
 }
 
-std::uint64_t countIndices(std::span<const unsigned int> triangles, StripPartition& partition, StripJoin join) {
+std::uint64_t countIndices(std::span<const unsigned int> triangles, StripPartition& partition, StripJoin join,
+                           const Poll& poll) {
     StripWriter writer(triangles, partition);
     std::uint64_t count = 0;
     std::uint64_t strips = 0;
@@ -160,7 +159,7 @@ std::uint64_t countIndices(std::span<const unsigned int> triangles, StripPartiti
             oddOnly += strip.startsOdd && !strip.fitsEither && !isCountOdd ? 1 : 0;
             changesParity |= isCountOdd;
         },
-        [](TriangleId) {});
+        poll);
     if (strips == 0) {
         return 0;
     }

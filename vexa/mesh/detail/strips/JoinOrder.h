@@ -24,6 +24,7 @@ void forEachStrip(std::span<const unsigned int> triangles, StripPartition& parti
                   const std::function<void(std::span<const unsigned int>)>& take);
 
 /// Number of indices that `joinPartition` writes.
-std::uint64_t countIndices(std::span<const unsigned int> triangles, StripPartition& partition, StripJoin join);
+std::uint64_t countIndices(std::span<const unsigned int> triangles, StripPartition& partition, StripJoin join,
+                           const Poll& poll = {});
 
 } // namespace vexa::mesh::detail

@@ -64,7 +64,7 @@ private:
 
     CompactGraph pair() {
         monitor_.startPhase(StripPhase::Pairing, 0.3);
-        return pairEdges(triangles_);
+        return pairEdges(triangles_, monitor_.poller());
     }
     FoundPartition searchGreedily();
     FoundPartition searchByTunnels();
@@ -87,18 +87,18 @@ private:
 FoundPartition PartitionSearch::searchGreedily() {
     CompactGraph graph = pair();
     monitor_.startPhase(StripPhase::Greedy, 0.3);
-    const StripSet strips = detail::searchGreedily(graph, triangles_);
-    StripPartition partition(graph, triangles_);
-    linkStrips(partition, graph, strips);
-    return {std::move(partition), countGreedy(graph, triangles_, strips, options_.join).plain};
+    const StripSet strips = detail::searchGreedily(graph, triangles_, monitor_.poller());
+    StripPartition partition(graph, triangles_, {}, monitor_.poller());
+    linkStrips(partition, graph, strips, monitor_.poller());
+    return {std::move(partition), countGreedy(graph, triangles_, strips, options_.join, monitor_.poller()).plain};
 }
 
 /// Indices after the lengths are limited. Cuts closed loops.
 std::uint64_t PartitionSearch::count(StripPartition& partition) const {
-    cutLoops(partition);
+    cutLoops(partition, monitor_.poller());
     const LinkSnapshot whole(partition);
-    limitLengths(partition, options_);
-    const std::uint64_t indices = countIndices(triangles_, partition, options_.join);
+    limitLengths(partition, options_, monitor_.poller());
+    const std::uint64_t indices = countIndices(triangles_, partition, options_.join, monitor_.poller());
     whole.restore(partition);
     return indices;
 }
@@ -116,10 +116,10 @@ void PartitionSearch::keepBetter(StripPartition& partition, const LinkSnapshot& 
 FoundPartition PartitionSearch::searchByTunnels() {
     CompactGraph graph = pair();
     monitor_.startPhase(StripPhase::Greedy, 0.3);
-    const StripSet strips = detail::searchGreedily(graph, triangles_);
-    StripPartition partition(graph, triangles_);
-    linkStrips(partition, graph, strips);
-    const GreedyCounts greedy = countGreedy(graph, triangles_, strips, options_.join);
+    const StripSet strips = detail::searchGreedily(graph, triangles_, monitor_.poller());
+    StripPartition partition(graph, triangles_, {}, monitor_.poller());
+    linkStrips(partition, graph, strips, monitor_.poller());
+    const GreedyCounts greedy = countGreedy(graph, triangles_, strips, options_.join, monitor_.poller());
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     tunnel(partition, {1, 100, maxTunnelSaving(greedy, partition.liveCount())}, stripCost_, monitor_);
     return {std::move(partition), std::min(greedy.joined, greedy.plain)};
@@ -128,7 +128,9 @@ FoundPartition PartitionSearch::searchByTunnels() {
 FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     const Clock::time_point start = Clock::now();
     CompactGraph graph = pair();
-    StripPartition partition(graph, triangles_, isScattered(graph, 60) ? patchOrder(graph) : std::vector<TriangleId>());
+    StripPartition partition(graph, triangles_,
+                             isScattered(graph, 60) ? patchOrder(graph, monitor_.poller()) : std::vector<TriangleId>(),
+                             monitor_.poller());
     const GreedyCounts greedy = countGreedily(graph);
     graph.release();
     linkByFlow(partition);
@@ -150,7 +152,8 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
 
 GreedyCounts PartitionSearch::countGreedily(CompactGraph& graph) {
     monitor_.startPhase(StripPhase::Greedy, 0.2);
-    return countGreedy(graph, triangles_, detail::searchGreedily(graph, triangles_), options_.join);
+    return countGreedy(graph, triangles_, detail::searchGreedily(graph, triangles_, monitor_.poller()), options_.join,
+                       monitor_.poller());
 }
 
 void PartitionSearch::extendStrips(StripPartition& partition) {
@@ -165,7 +168,7 @@ void PartitionSearch::anneal(StripPartition& partition, const std::function<doub
     labelByLinks(partition);
     const bool isRestart = options_.join == StripJoin::Restart;
     annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, cooling}, monitor_);
-    cutLoops(partition);
+    cutLoops(partition, monitor_.poller());
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     extendStrips(partition);
     if (isRestart) {
@@ -201,13 +204,13 @@ FoundPartition searchPartition(std::span<const unsigned int> triangles, unsigned
     return PartitionSearch(triangles, options, monitor).run(effort);
 }
 
-void limitLengths(StripPartition& partition, const StripBufferOptions& options) {
+void limitLengths(StripPartition& partition, const StripBufferOptions& options, const Poll& poll) {
     std::uint32_t longest = options.forVertexCache ? cacheStripLength(partition) : 0;
     if (options.maxTriangles != 0) {
         longest = longest == 0 ? options.maxTriangles : std::min(longest, options.maxTriangles);
     }
     if (longest != 0) {
-        limitStripLengths(partition, longest);
+        limitStripLengths(partition, longest, poll);
     }
 }
 

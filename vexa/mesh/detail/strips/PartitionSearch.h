@@ -26,6 +26,6 @@ FoundPartition searchPartition(std::span<const unsigned int> triangles, unsigned
                                const StripBufferOptions& options, StripMonitor& monitor);
 
 /// Cuts strips that are longer than the options allow.
-void limitLengths(StripPartition& partition, const StripBufferOptions& options);
+void limitLengths(StripPartition& partition, const StripBufferOptions& options, const Poll& poll);
 
 } // namespace vexa::mesh::detail

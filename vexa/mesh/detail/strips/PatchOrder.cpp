@@ -15,8 +15,11 @@ public:
         order_.reserve(graph.count());
     }
 
-    std::vector<TriangleId> run() {
+    std::vector<TriangleId> run(const Poll& poll) {
         while (order_.size() < graph_.count()) {
+            if (poll) {
+                poll();
+            }
             growPatch(nextSeed());
         }
         return std::move(order_);
@@ -94,8 +97,8 @@ bool isScattered(const CompactGraph& graph, unsigned percent) {
     return farLinks * 100 > links * percent;
 }
 
-std::vector<TriangleId> patchOrder(const CompactGraph& graph) {
-    return PatchGrowth(graph).run();
+std::vector<TriangleId> patchOrder(const CompactGraph& graph, const Poll& poll) {
+    return PatchGrowth(graph).run(poll);
 }
 
 } // namespace vexa::mesh::detail

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vexa/mesh/detail/strips/CompactGraph.h"
+#include "vexa/mesh/detail/strips/Polling.h"
 
 #include <vector>
 
@@ -12,6 +13,6 @@ bool isScattered(const CompactGraph& graph, unsigned percent);
 
 /// The triangles in an order that keeps neighbours close: in compact patches, each of which begins next to an earlier
 /// one.
-std::vector<TriangleId> patchOrder(const CompactGraph& graph);
+std::vector<TriangleId> patchOrder(const CompactGraph& graph, const Poll& poll = {});
 
 } // namespace vexa::mesh::detail

@@ -47,15 +47,17 @@ private:
 
 } // namespace
 
-void limitStripLengths(StripPartition& partition, std::uint32_t maxTriangles) {
-    cutLoops(partition);
+void limitStripLengths(StripPartition& partition, std::uint32_t maxTriangles, const Poll& poll) {
+    cutLoops(partition, poll);
     StripCutter cutter(partition, maxTriangles);
     std::vector<HalfEdgeId> exits;
+    WorkMeter meter(poll);
     for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+        meter.add(1 + exits.size());
+        exits.clear();
         if (partition.linkCount(triangle) != 1) {
             continue;
         }
-        exits.clear();
         for (HalfEdgeId leaving = partition.exitOfEnd(triangle); leaving != noHalfEdge;
              leaving = partition.follow(leaving)) {
             exits.push_back(leaving);

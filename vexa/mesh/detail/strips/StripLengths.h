@@ -10,6 +10,6 @@ namespace vexa::mesh::detail {
 /// Closed loops are cut first.
 ///
 /// \param maxTriangles at least 1
-void limitStripLengths(StripPartition& partition, std::uint32_t maxTriangles);
+void limitStripLengths(StripPartition& partition, std::uint32_t maxTriangles, const Poll& poll = {});
 
 } // namespace vexa::mesh::detail

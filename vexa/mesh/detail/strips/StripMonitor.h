@@ -1,7 +1,9 @@
 #pragma once
 
 #include "vexa/mesh/StripBuffer.h"
+#include "vexa/mesh/detail/strips/Polling.h"
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 
@@ -24,10 +26,15 @@ public:
     /// go on.
     bool poll(double done, double total) {
         if (!isStopped_ && onProgress_ && Clock::now() >= nextCall_) {
-            isStopped_ = !onProgress_({phase_, begin_ + (end_ - begin_) * done / total});
+            fraction_ = std::max(fraction_, begin_ + (end_ - begin_) * done / total);
+            isStopped_ = !onProgress_({phase_, fraction_});
             nextCall_ = Clock::now() + interval;
         }
         return !isStopped_;
+    }
+    /// The same for work that does not know how far it is.
+    [[nodiscard]] Poll poller() {
+        return [this] { poll(0, 1); };
     }
 
     [[nodiscard]] bool isStopped() const { return isStopped_; }
@@ -40,6 +47,7 @@ private:
     StripPhase phase_ = StripPhase::Pairing;
     double begin_ = 0;
     double end_ = 0;
+    double fraction_ = 0; ///< reported last
     Clock::time_point nextCall_;
     bool isStopped_ = false;
 };

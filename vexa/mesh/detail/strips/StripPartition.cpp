@@ -7,16 +7,14 @@
 namespace vexa::mesh::detail {
 
 StripPartition::StripPartition(const CompactGraph& graph, std::span<const unsigned int> triangles,
-                               std::vector<TriangleId> order)
+                               std::vector<TriangleId> order, const Poll& poll)
     : triangles_(std::size_t{graph.count()} + 1), count_(graph.count()), order_(std::move(order)) {
     std::vector<TriangleId> newIds(order_.empty() ? 0 : order_.size() + 1, count_);
-    for (TriangleId id = 0; id < order_.size(); ++id) {
-        newIds[order_[id]] = id;
-    }
+    forEachPolled(static_cast<TriangleId>(order_.size()), poll, [&](TriangleId id) { newIds[order_[id]] = id; });
     const auto renumbered = [&](HalfEdgeId halfEdge) {
         return newIds.empty() ? halfEdge : halfEdgeOf(newIds[triangleOf(halfEdge)], placeOf(halfEdge));
     };
-    for (TriangleId id = 0; id < count_; ++id) {
+    forEachPolled(count_, poll, [&](TriangleId id) {
         const unsigned int* const corners = triangles.data() + std::size_t{3} * original(id);
         const bool isLive = !detail::isCollapsed(corners);
         LinkedTriangle& triangle = triangles_[id];
@@ -26,7 +24,7 @@ StripPartition::StripPartition(const CompactGraph& graph, std::span<const unsign
             triangle.twin[place] = renumbered(graph[original(id)].twin[place]);
             borderCount_ += isLive && triangle.twin[place] == border() ? 1 : 0;
         }
-    }
+    });
     triangles_[count_] = {{border(), border(), border()}, allEdges, 0, 0, 0};
 }
 
@@ -64,25 +62,30 @@ HalfEdgeId cutLoop(StripPartition& partition, TriangleId triangle) {
     return best;
 }
 
-void cutLoops(StripPartition& partition) {
+void cutLoops(StripPartition& partition, const Poll& poll) {
     std::vector<bool> isOpen(partition.count());
+    WorkMeter meter(poll);
     for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+        meter.add(1);
         if (!partition.isEnd(triangle) || isOpen[triangle]) {
             continue;
         }
         isOpen[triangle] = true;
         HalfEdgeId leaving = partition.links(triangle) == 0 ? noHalfEdge : partition.exitOfEnd(triangle);
         for (; leaving != noHalfEdge; leaving = partition.follow(leaving)) {
+            meter.add(1);
             isOpen[triangleOf(partition.twin(leaving))] = true;
         }
     }
     for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+        meter.add(1);
         if (isOpen[triangle] || partition.isCollapsed(triangle)) {
             continue;
         }
         HalfEdgeId leaving = partition.twin(cutLoop(partition, triangle));
         for (leaving = partition.exitOfEnd(triangleOf(leaving)); leaving != noHalfEdge;
              leaving = partition.follow(leaving)) {
+            meter.add(1);
             isOpen[triangleOf(leaving)] = true;
             isOpen[triangleOf(partition.twin(leaving))] = true;
         }

@@ -3,6 +3,7 @@
 #include "vexa/mesh/detail/strips/CompactGraph.h"
 #include "vexa/mesh/detail/strips/LargeArray.h"
 #include "vexa/mesh/detail/strips/LinkTables.h"
+#include "vexa/mesh/detail/strips/Polling.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,7 +35,7 @@ public:
     ///
     /// \param order the triangles in the order in which they are to be numbered; empty keeps that of the graph
     StripPartition(const CompactGraph& graph, std::span<const unsigned int> triangles,
-                   std::vector<TriangleId> order = {});
+                   std::vector<TriangleId> order = {}, const Poll& poll = {});
 
     [[nodiscard]] TriangleId count() const { return count_; }
     /// Triangles that are not collapsed.
@@ -132,7 +133,7 @@ inline int countSwaps(const StripPartition& partition, TriangleId triangle) {
 HalfEdgeId cutLoop(StripPartition& partition, TriangleId triangle);
 
 /// Cuts every closed loop.
-void cutLoops(StripPartition& partition);
+void cutLoops(StripPartition& partition, const Poll& poll = {});
 
 /// Indices beyond one a triangle, parity aside: three a strip, one a swap. Counts joints by restart, but for the one that
 /// the last strip does not need.

@@ -59,9 +59,14 @@ public:
     }
 
 private:
+    static constexpr std::uint32_t workInterval = 1U << 14;
+
     void fillBuckets() {
         for (TriangleId triangle = 0; triangle < options_.freeCount; ++triangle) {
             const std::int8_t state = graph_[triangle].state;
+            if (triangle % workInterval == 0) {
+                observer_.onWork();
+            }
             if (state == stateInFan) {
                 continue;
             }
@@ -122,7 +127,7 @@ private:
     bool takeAlone(const Pick& start) {
         buckets_.erase(start);
         graph_[start.triangle].state = stateInStrip;
-        strips_.add(halfEdgeOf(start.triangle, 1));
+        add(halfEdgeOf(start.triangle, 1));
         result_.cost += 3;
         isIrregular_ = false;
         return false;
@@ -203,7 +208,7 @@ private:
         buckets_.erase(bucketOf(record.state), triangle);
         record.state = stateInStrip;
         isIrregular_ |= record.isIrregular;
-        strips_.add(halfEdgeOf(triangle, wayOut));
+        add(halfEdgeOf(triangle, wayOut));
         for (const HalfEdgeId across : record.twin) {
             const TriangleId neighbour = triangleOf(across);
             std::int8_t& state = graph_[neighbour].state;
@@ -217,6 +222,12 @@ private:
                 --state;
                 buckets_.push(bucketOf(state), neighbour);
             }
+        }
+    }
+
+    void add(StripTriangle triangle) {
+        if (strips_.add(triangle) % workInterval == 0) {
+            observer_.onWork();
         }
     }
 

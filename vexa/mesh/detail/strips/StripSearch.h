@@ -15,6 +15,8 @@ public:
     virtual ~SearchObserver() = default;
     /// A free triangle came with a negative state.
     virtual void onInvalidTriangle() = 0;
+    /// Called every few thousand triangles.
+    virtual void onWork() {}
     /// One of several passes, counted from 1, has finished.
     ///
     /// \return false makes the next pass the last, which repeats the best so far and is not reported

@@ -62,8 +62,11 @@ public:
         set_.order_ = LargeArray<StripTriangle>(capacity + StripSet::lookAhead);
     }
 
-    /// Appends a triangle to the current strip.
-    void add(StripTriangle triangle) { set_.order_[set_.taken_++] = triangle; }
+    /// Appends a triangle to the current strip. Returns how many all strips had before.
+    std::uint32_t add(StripTriangle triangle) {
+        set_.order_[set_.taken_] = triangle;
+        return set_.taken_++;
+    }
     /// The triangles of the current strip.
     [[nodiscard]] std::span<const StripTriangle> current() const {
         return {set_.order_.get() + begin_, set_.taken_ - begin_};

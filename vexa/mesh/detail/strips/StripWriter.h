@@ -26,9 +26,9 @@ public:
           isWritten_((std::size_t{partition.count()} + 63) / 64) {}
 
     /// Calls `take(strip)` for every strip, in the order of the lowest of their ends, and for closed loops after that;
-    /// these are cut. The indices are valid during the call. `poll(triangle)` is called now and then.
-    template <class Take, class Poll>
-    void forEach(Take take, Poll poll);
+    /// these are cut. The indices are valid during the call.
+    template <class Take>
+    void forEach(Take take, const Poll& poll);
 
     /// The strip with this end, starting there.
     WrittenStrip write(TriangleId end);
@@ -43,22 +43,20 @@ private:
     void markWritten(TriangleId triangle) { isWritten_[triangle / 64] |= std::uint64_t{1} << triangle % 64; }
     unsigned int* grow(unsigned int* next);
 
-    static constexpr TriangleId pollMask = (1U << 14) - 1;
-
     std::span<const unsigned int> triangles_;
     StripPartition& partition_;
     std::vector<unsigned int> indices_; ///< of the newest strip
     std::vector<std::uint64_t> isWritten_;
 };
 
-template <class Take, class Poll>
-void StripWriter::forEach(Take take, Poll poll) {
+template <class Take>
+void StripWriter::forEach(Take take, const Poll& poll) {
+    WorkMeter meter(poll);
     for (TriangleId triangle = 0; triangle < partition_.count(); ++triangle) {
-        if ((triangle & pollMask) == 0) {
-            poll(triangle);
-        }
         if (partition_.isEnd(triangle) && !isWritten(triangle)) {
-            take(write(triangle));
+            const WrittenStrip strip = write(triangle);
+            meter.add(strip.triangleCount);
+            take(strip);
         }
     }
     for (TriangleId block = 0; block < isWritten_.size(); ++block) {

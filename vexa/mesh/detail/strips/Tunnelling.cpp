@@ -31,6 +31,8 @@ public:
 
     /// Indices that all sequences saved.
     [[nodiscard]] std::uint64_t saved() const { return saved_; }
+    /// Triangles that it has walked past.
+    [[nodiscard]] std::uint64_t walked() const { return walked_; }
 
 private:
     bool extend(TriangleId end, int depth, int debt) {
@@ -54,16 +56,17 @@ private:
 
     /// Whether the strip through a link has an end. Walks both ways at once: the nearer end decides, and the memory
     /// accesses of the two overlap.
-    [[nodiscard]] bool isOpen(HalfEdgeId link) const {
+    [[nodiscard]] bool isOpen(HalfEdgeId link) {
         HalfEdgeId ahead = partition_.follow(link);
         HalfEdgeId back = partition_.follow(partition_.twin(link));
         while (ahead != noHalfEdge && back != noHalfEdge && ahead != link) {
             ahead = partition_.follow(ahead);
             back = partition_.follow(back);
+            ++walked_;
         }
         return ahead != link;
     }
-    [[nodiscard]] bool areAllOpen() const {
+    [[nodiscard]] bool areAllOpen() {
         for (std::size_t i = linkedCount_; i-- > 0;) {
             if (!isOpen(linked_[i])) {
                 return false;
@@ -76,6 +79,7 @@ private:
     TunnelLimits limits_;
     int stripCost_;
     std::uint64_t saved_ = 0;
+    std::uint64_t walked_ = 0;
     int steps_ = 0;
     std::array<HalfEdgeId, maxDepth + 1> linked_{}; ///< the links that the sequence has made so far
     std::size_t linkedCount_ = 0;
@@ -164,11 +168,18 @@ bool Tunnel::takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt)
 
 std::uint64_t tunnel(StripPartition& partition, TunnelLimits limits, int stripCost, StripMonitor& monitor) {
     constexpr int attempts = 4;
-    constexpr TriangleId pollMask = (1U << 12) - 1;
     Tunnel tunnel(partition, limits, stripCost);
+    // As a step along a strip costs less than a look at a triangle.
+    constexpr std::uint64_t stepsPerTriangle = 8;
+    std::uint64_t walked = 0;
+    TriangleId nextPoll = 0;
     for (TriangleId triangle = 0; triangle < partition.count() && tunnel.saved() < limits.saving; ++triangle) {
-        if ((triangle & pollMask) == 0 && !monitor.poll(triangle, partition.count())) {
-            break;
+        if (triangle >= nextPoll || tunnel.walked() - walked > stepsPerTriangle * pollInterval) {
+            if (!monitor.poll(triangle, partition.count())) {
+                break;
+            }
+            walked = tunnel.walked();
+            nextPoll = triangle + pollInterval;
         }
         for (int i = 0; i < attempts && partition.isEnd(triangle) && tunnel.extend(triangle); ++i) {
         }

@@ -19,9 +19,7 @@ public:
     AdjacentCancelling(FanGraph& fans, ChargeFlow& flow) : fans_(fans), flow_(flow) {}
 
     void run(StripMonitor& monitor) {
-        for (FanId fan = 0; fan < fans_.count(); ++fan) {
-            countOptions(fan);
-        }
+        forEachPolled(fans_.count(), monitor.poller(), [this](FanId fan) { countOptions(fan); });
         // Large meshes in blocks, so that chains of single options run while their surroundings are in the cache.
         const FanId block = fans_.count() < 2 * blockSize ? fans_.count() : blockSize;
         for (FanId begin = 0; begin < fans_.count(); begin += block) {
@@ -122,15 +120,15 @@ private:
 /// Moves each charge that is left to the nearest other one, where the two cancel or become one.
 class NearestCancelling {
 public:
-    NearestCancelling(FanGraph& fans, ChargeFlow& flow) : fans_(fans), flow_(flow), queue_(fans.count() + 1) {}
+    NearestCancelling(FanGraph& fans, ChargeFlow& flow, StripMonitor& monitor)
+        : fans_(fans), flow_(flow), monitor_(monitor), queue_(fans.count() + 1) {}
 
     /// In the order of the fans, so that neighbours follow one another: in random order the last charges would be far
     /// apart.
-    void run(StripMonitor& monitor) {
+    void run() {
         for (FanId fan = 0; fan < fans_.count(); ++fan) {
             fans_.state(fan) = static_cast<std::uint8_t>(fans_.charge(fan));
         }
-        std::size_t reached = 0;
         FanId next = nextCharged(0);
         while (next < fans_.count()) {
             const FanId fan = next;
@@ -138,17 +136,13 @@ public:
             prefetchAround(next);
             while (fans_.charge(fan) != 0) {
                 const std::uint32_t hit = search(fan);
-                reached += searched_;
                 if (hit == nothing) {
                     break;
                 }
                 moveTo(hit);
             }
-            if (reached > pollInterval) {
-                reached = 0;
-                if (!monitor.poll(0.5 + 0.3 * fan / fans_.count(), 1)) {
-                    break;
-                }
+            if (!pollAfter(searched_, fan) || monitor_.isStopped()) {
+                break;
             }
         }
         flow_.flush();
@@ -162,7 +156,17 @@ private:
 
     static constexpr std::uint32_t nothing = ~std::uint32_t{0};
     static constexpr std::uint32_t visited = 4;
-    static constexpr std::size_t pollInterval = 1U << 16;
+    static constexpr std::size_t fansPerPoll = 1U << 16;
+
+    /// Polls if much was searched since the last time. Returns whether to go on.
+    bool pollAfter(std::size_t searched, FanId fan) {
+        unpolled_ += searched;
+        if (unpolled_ <= fansPerPoll) {
+            return true;
+        }
+        unpolled_ = 0;
+        return monitor_.poll(0.5 + 0.3 * fan / fans_.count(), 1);
+    }
 
     FanId nextCharged(FanId fan) {
         while (fan < fans_.count() && fans_.state(fan) == 0) {
@@ -191,7 +195,7 @@ private:
         bool isOpposite = false;
         for (std::uint32_t i = 0; i < end && !isOpposite; ++i) {
             if (i == levelEnd) {
-                if (hit != nothing) {
+                if (hit != nothing || !pollAfter(end - levelEnd, start)) {
                     break;
                 }
                 levelEnd = end;
@@ -222,7 +226,7 @@ private:
                 }
             }
         }
-        searched_ = end;
+        searched_ = end - levelEnd;
         for (std::uint32_t i = 0; i < end; ++i) {
             fans_.state(fanOf(queue_[i])) &= 3;
         }
@@ -248,8 +252,10 @@ private:
 
     FanGraph& fans_;
     ChargeFlow& flow_;
-    LargeArray<Node> queue_; ///< the newest entry may be one that turns out to be in it already
-    std::size_t searched_ = 0;
+    StripMonitor& monitor_;
+    LargeArray<Node> queue_;   ///< the newest entry may be one that turns out to be in it already
+    std::size_t searched_ = 0; ///< fans in the last level of the last search
+    std::size_t unpolled_ = 0;
 };
 
 } // namespace
@@ -258,7 +264,7 @@ void cancelCharges(StripPartition& partition, FanGraph& fans, StripMonitor& moni
     ChargeFlow flow(partition, fans);
     AdjacentCancelling(fans, flow).run(monitor);
     if (!monitor.isStopped()) {
-        NearestCancelling(fans, flow).run(monitor);
+        NearestCancelling(fans, flow, monitor).run();
     }
 }
 

@@ -32,9 +32,8 @@ FanGraph::FanGraph(const StripPartition& partition, StripMonitor& monitor)
     }
     begins_[count_] = static_cast<std::uint32_t>(listEnd_);
     // Now that every fan has its number, the corners become fans in place.
-    for (std::size_t i = 0; i < listEnd_; ++i) {
-        neighbours_[i] = fanOfCorner_[neighbours_[i]];
-    }
+    forEachPolled(static_cast<std::uint32_t>(listEnd_), monitor.poller(),
+                  [this](std::uint32_t i) { neighbours_[i] = fanOfCorner_[neighbours_[i]]; });
     fanOfCorner_ = {};
 }
 

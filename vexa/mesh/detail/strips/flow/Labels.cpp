@@ -91,11 +91,11 @@ public:
                 labelSurface(triangle);
             }
         }
-        for (TriangleId triangle = 0; triangle < partition_.count(); ++triangle) {
+        forEachPolled(partition_.count(), monitor_.poller(), [this](TriangleId triangle) {
             if (!partition_.isCollapsed(triangle)) {
                 link(triangle);
             }
-        }
+        });
     }
 
 private:

@@ -50,8 +50,8 @@ constexpr std::array<std::array<LabelCode, 4>, 3> codeOf = [] {
 
 class LabelAnnealing {
 public:
-    LabelAnnealing(const StripPartition& partition, std::uint32_t seed)
-        : stars_(partition), codes_(std::size_t{partition.count()} + 1), random_(seed) {
+    LabelAnnealing(const StripPartition& partition, std::uint32_t seed, const Poll& poll)
+        : stars_(partition, poll), codes_(std::size_t{partition.count()} + 1), random_(seed) {
         for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
             codes_[triangle] = codeOf[0][partition[triangle].label];
         }
@@ -70,11 +70,11 @@ public:
         return true;
     }
 
-    void link(StripPartition& partition) const {
-        for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+    void link(StripPartition& partition, const Poll& poll) const {
+        forEachPolled(partition.count(), poll, [&](TriangleId triangle) {
             LinkedTriangle& record = partition[triangle];
             if (partition.isCollapsed(triangle)) {
-                continue;
+                return;
             }
             std::uint32_t links = 0;
             for (std::uint32_t place = 0; place < 3; ++place) {
@@ -84,7 +84,7 @@ public:
                 links |= (isLinked ? 1U : 0U) << place;
             }
             record.links = static_cast<EdgeSet>(links);
-        }
+        });
     }
 
 private:
@@ -158,7 +158,7 @@ void annealLabels(StripPartition& partition, const AnnealingOptions& options, St
     // Making the tables takes as long as a pass over ten thousand triangles.
     const std::uint32_t steps = std::clamp(partition.count() / 1024, 4U, 24U);
     const double scale = options.endCost / 1.5;
-    LabelAnnealing annealing(partition, options.seed);
+    LabelAnnealing annealing(partition, options.seed, monitor.poller());
     std::optional<StarOdds> odds;
     std::uint32_t step = steps;
     std::uint32_t passes = 0;
@@ -175,7 +175,7 @@ void annealLabels(StripPartition& partition, const AnnealingOptions& options, St
     for (std::uint32_t i = 0; i < coldPasses; ++i) {
         annealing.pass(*odds, monitor, 1);
     }
-    annealing.link(partition);
+    annealing.link(partition, monitor.poller());
 }
 
 } // namespace vexa::mesh::detail

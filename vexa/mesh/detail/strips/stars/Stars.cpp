@@ -29,18 +29,18 @@ bool meetsItself(std::span<const StarCorner> corners) {
 
 } // namespace
 
-Stars::Stars(const StripPartition& partition) {
+Stars::Stars(const StripPartition& partition, const Poll& poll) {
     std::vector<std::uint8_t> isSeen(partition.count());
     stars_.reserve(partition.count() / 2 + partition.count() / 8);
     corners_.reserve(3 * std::size_t{partition.count()} + partition.count() / 4);
-    for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
+    forEachPolled(partition.count(), poll, [&](TriangleId triangle) {
         for (std::uint32_t place = 0; place < 3 && !partition.isCollapsed(triangle); ++place) {
             if ((isSeen[triangle] >> place & 1) == 0) {
                 addFan(partition, halfEdgeOf(triangle, place), isSeen);
             }
         }
-    }
-    sortBlocks();
+    });
+    sortBlocks(poll);
 }
 
 void Stars::addFan(const StripPartition& partition, HalfEdgeId corner, std::vector<std::uint8_t>& isSeen) {
@@ -105,9 +105,12 @@ void Stars::addWindows(bool isOpen) {
 
 /// Puts stars of the same kind and size next to one another, within blocks whose triangles fit into the cache: loops over
 /// them can be predicted then.
-void Stars::sortBlocks() {
+void Stars::sortBlocks(const Poll& poll) {
     constexpr std::size_t blockSize = 1024;
     for (std::size_t begin = 0; begin < stars_.size(); begin += blockSize) {
+        if (poll) {
+            poll();
+        }
         const auto first = stars_.begin() + static_cast<std::ptrdiff_t>(begin);
         const auto last = stars_.begin() + static_cast<std::ptrdiff_t>(std::min(stars_.size(), begin + blockSize));
         std::sort(first, last, [](const Star& a, const Star& b) {
@@ -116,12 +119,13 @@ void Stars::sortBlocks() {
     }
     std::vector<StarCorner> sorted;
     sorted.reserve(corners_.size());
-    for (Star& star : stars_) {
+    forEachPolled(static_cast<std::uint32_t>(stars_.size()), poll, [&](std::uint32_t i) {
+        Star& star = stars_[i];
         const std::uint32_t around = star.kind == Star::Kind::Window ? 1 : 0;
         const auto first = corners_.begin() + star.begin - around;
         star.begin = static_cast<std::uint32_t>(sorted.size()) + around;
         sorted.insert(sorted.end(), first, first + star.size + 2 * around);
-    }
+    });
     corners_ = std::move(sorted);
 }
 

@@ -34,7 +34,7 @@ struct Star {
 /// meet themselves, because a triangle occurs twice or faces another one, are left out.
 class Stars {
 public:
-    explicit Stars(const StripPartition& partition);
+    explicit Stars(const StripPartition& partition, const Poll& poll = {});
 
     [[nodiscard]] const std::vector<Star>& all() const { return stars_; }
     [[nodiscard]] const StarCorner* corners(const Star& star) const { return corners_.data() + star.begin; }
@@ -43,7 +43,7 @@ private:
     void addFan(const StripPartition& partition, HalfEdgeId corner, std::vector<std::uint8_t>& isSeen);
     void addWhole(bool isOpen);
     void addWindows(bool isOpen);
-    void sortBlocks();
+    void sortBlocks(const Poll& poll);
 
     std::vector<Star> stars_;
     std::vector<StarCorner> corners_;
