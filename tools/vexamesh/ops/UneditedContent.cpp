@@ -72,12 +72,11 @@ Json uneditedContent(const Document& document, const std::vector<EditedPrimitive
     // From the last one on, so that positions before it stay right.
     for (auto edit = edited.rbegin(); edit != edited.rend(); ++edit) {
         Json& primitives = json["meshes"].at(edit->mesh)["primitives"];
-        for (std::size_t i = 1; i < edit->count; ++i) {
-            primitives.erase(edit->first + 1);
-        }
         Json& primitive = primitives.at(edit->first);
         primitive.erase("indices");
         primitive.erase("mode");
+        const auto replacement = primitives.begin() + static_cast<std::ptrdiff_t>(edit->first);
+        primitives.erase(replacement + 1, replacement + static_cast<std::ptrdiff_t>(edit->count));
     }
     listRestartExtensions(json, [](std::size_t) { return false; });
     hashReferences(document.asset, json);
