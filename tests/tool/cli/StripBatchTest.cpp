@@ -57,6 +57,23 @@ TEST_F(Batch, WritesAFileNamedAfterEachInput) {
     expectSameTriangles(a, out / "a.glb");
 }
 
+TEST_F(Batch, ListsWhatEachFileLeavesOut) {
+    const std::string a = writeModel("a.glb");
+    const std::string b = (directory / "b.obj").string();
+    writeText(b, "v 0 0 0\nv 1 0 0\nv 0 1 0\ns 1\nf 1 2 3\nsurf 0 1 0 1 1 2 3\n");
+    const auto files = nlohmann::json::parse(strip({a, b, "--json"}).out)["files"];
+    EXPECT_EQ(files[0]["leftOut"].size(), 0u);
+    EXPECT_GE(files[1]["leftOut"].size(), 1u);
+}
+
+TEST_F(Batch, ProvesTheMinimumOnlyOnRequest) {
+    const std::string a = writeModel("a.glb");
+    EXPECT_TRUE(nlohmann::json::parse(strip({a, "--json"}).out)["files"][0]["minIndices"].is_null());
+    const auto file = nlohmann::json::parse(strip({a, "--json", "--bound"}).out)["files"][0];
+    EXPECT_LE(file["minIndices"], file["indicesAfter"]);
+    EXPECT_LE(file["minIndicesPerTriangle"], file["indicesPerTriangle"]);
+}
+
 TEST_F(Batch, WritesTheSameAsOneByOne) {
     const std::string a = writeModel("a.glb", 7);
     strip({a, writeModel("b.glb"), "--join", "none", "--iterations", "3"});

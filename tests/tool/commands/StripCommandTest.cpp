@@ -71,11 +71,11 @@ TEST_F(StripCommand, PrintsATable) {
 
 TEST_F(StripCommand, JoinsLeftoverTrianglesToTheStrip) {
     GltfModel model;
-    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0});
-    model.addMesh(positions, model.addIndices({0, 1, 2, 3, 4, 5}));
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 2, 1, 3, 4, 5, 6}));
     const Json report = strip(model);
-    EXPECT_EQ(report["total"]["leftOver"], 2);
-    EXPECT_EQ(report["total"]["strips"], 0);
+    EXPECT_EQ(report["total"]["leftOver"], 1);
+    EXPECT_EQ(report["total"]["strips"], 1);
     ASSERT_EQ(output()["meshes"][0]["primitives"].size(), 1u);
     EXPECT_EQ(output()["meshes"][0]["primitives"][0]["mode"], 5);
     expectSameTriangles(in, out);
@@ -140,10 +140,10 @@ TEST_F(StripCommand, DecodesStripsAndFansFirst) {
     expectSameTriangles(in, out);
 }
 
-TEST_F(StripCommand, GivesIndicesToTrianglesWithoutIndices) {
+TEST_F(StripCommand, GivesIndicesToTrianglesWithoutIndicesIfThereMustBeStrips) {
     GltfModel model;
     model.addMesh(model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0}), -1);
-    const Json report = strip(model);
+    const Json report = strip(model, {"--all-strips"});
     EXPECT_EQ(report["total"]["indicesBefore"], 6);
     EXPECT_EQ(report["total"]["bytesBefore"], 0);
     EXPECT_TRUE(output()["meshes"][0]["primitives"][0].contains("indices"));
@@ -200,7 +200,7 @@ TEST_F(StripCommand, CutsShortStripsForVertexCaches) {
 }
 
 TEST_F(StripCommand, LimitsTheLengthOfStrips) {
-    strip(gridModel(9, 7), {"--max-strip", "4", "--join", "none"});
+    strip(gridModel(4, 4), {"--max-strip", "4", "--join", "none"});
     const Json json = output();
     for (const Json& primitive : json["meshes"][0]["primitives"]) {
         if (primitive["mode"] == 5) {
@@ -247,6 +247,39 @@ TEST_F(StripCommand, RefusesFlagsOfDifferentSearches) {
     expectRefusal({"--fans", "6", "--for-vertex-cache"}, "--fans and --for-vertex-cache belong to different searches");
     expectRefusal({"--budget", "5", "--effort", "3"}, "--budget is the time of --effort 4");
     expectRefusal({"--effort", "5"}, "--effort");
+}
+
+TEST_F(StripCommand, SaysInWhichFormPrimitivesAreWritten) {
+    GltfModel model = gridModel(4, 4);
+    model.addMesh(model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 1, 0, 0}), -1);
+    const Json meshes = strip(model)["meshes"];
+    EXPECT_EQ(meshes[0]["primitives"], Json::parse(R"([{"primitive":0,"writtenAs":"strips","why":""}])"));
+    EXPECT_EQ(meshes[1]["primitives"][0]["writtenAs"], "unchanged");
+    const std::string table = runForked({"strip", in, "-o", out}).out;
+    EXPECT_THAT(table, HasSubstr("mesh 1 stays as it is: no two triangles share corners: positions are repeated; "
+                                 "`--weld` joins them.\n"));
+}
+
+TEST_F(StripCommand, MeasuresTheWholeFile) {
+    const Json report = strip(gridModel(4, 4));
+    const Json& before = report["file"]["before"];
+    const Json& after = report["file"]["after"];
+    EXPECT_EQ(before["bytes"], std::filesystem::file_size(in));
+    EXPECT_EQ(after["bytes"], std::filesystem::file_size(out));
+    EXPECT_EQ(before["indexBytes"], 192);
+    EXPECT_EQ(after["indexBytes"], report["total"]["bytesAfter"]);
+    EXPECT_EQ(before["vertexBytes"], 300);
+    EXPECT_EQ(after["vertexBytes"], 300);
+    EXPECT_EQ(before["primitives"], 1);
+    EXPECT_EQ(after["primitives"], 1);
+}
+
+TEST_F(StripCommand, NamesItselfAsTheGenerator) {
+    GltfModel model = gridModel(2, 2);
+    model.json["asset"]["generator"] = "somebody";
+    strip(model);
+    EXPECT_THAT(output()["asset"]["generator"].get<std::string>(), StartsWith("vexamesh "));
+    EXPECT_EQ(output()["asset"]["version"], "2.0");
 }
 
 TEST_F(StripCommand, LeavesNoOtherFile) {

@@ -36,13 +36,14 @@ void CutFlags::addTo(Flags& flags) {
               {.typeName = "N", .min = 1, .max = max});
     flags.add("--fans", fans_, "Search in passes instead, with fans around vertices of at least MIN triangles",
               {.typeName = "MIN", .min = 1, .max = max});
-    flags.add("--all-strips", allStrips_, "Single triangles become strips too");
+    flags.add("--all-strips", allStrips_, "Write only strips, even where lists take fewer indices");
     flags.add(
         "--join", join_,
         "degenerate: one primitive per input primitive, its strips joined by degenerate triangles, for any reader; "
         "restart: the same with restart indices, the smallest file, only for readers that know "
         "KHR_mesh_primitive_restart; restart-fallback: a primitive per strip, which EXT_mesh_primitive_restart "
-        "groups for one draw call; none: a primitive per strip",
+        "groups for one draw call, for renderers that know it; none: a primitive per strip, for hardware that takes "
+        "one at a time (thousands of primitives are slow to read elsewhere)",
         {.showsDefault = true, .choices = {"degenerate", "restart", "restart-fallback", "none"}});
 }
 

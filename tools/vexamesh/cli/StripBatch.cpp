@@ -29,6 +29,7 @@ BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
         result.indicesBefore = outcome.total.indicesBefore;
         result.indicesAfter = outcome.total.indicesAfter;
         result.minIndices = outcome.total.minIndices;
+        result.leftOut = session.leftOut();
         for (const std::string& warning : stripWarnings(outcome)) {
             session.warn(item.input, warning);
         }
@@ -73,6 +74,7 @@ Json resultJson(const BatchItem& item, const BatchResult& result) {
         json["minIndices"] = result.minIndices ? Json(*result.minIndices) : Json();
         json["minIndicesPerTriangle"] = minPerTriangle(result);
         json["seconds"] = result.seconds;
+        json["leftOut"] = result.leftOut;
         break;
     }
     return json;

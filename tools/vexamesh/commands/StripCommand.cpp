@@ -23,8 +23,8 @@ constexpr const char* examples = R"(Examples:
   vexamesh strip model.glb -o model-strips.glb --join restart
   vexamesh strip *.glb *.obj -d strips --jobs 4 --skip-existing
 
-Strips, fans and lists of triangles become strips; everything else in a glTF file stays as it was. Before anything is
-written, the output is read back and compared with the input.
+Strips, fans and lists of triangles become strips where these take fewer bytes of indices; everything else in a glTF file
+stays as it was. Before anything is written, the output is read back and compared with the input.
 
 Several files are processed in parallel; a failure does not stop the others, but makes the exit code 1. A file is written
 as a whole or not at all, so that --skip-existing can continue an earlier run. An interrupted run may leave a temporary

@@ -1,17 +1,25 @@
 #include "ops/StripFile.h"
 
 #include "base/Errors.h"
+#include "base/Text.h"
 #include "io/gltf/GltfExtensions.h"
 #include "io/gltf/IndexEdit.h"
 #include "io/gltf/PrimitiveRestart.h"
 #include "ops/MeshStats.h"
 #include "ops/Triangles.h"
 
+#include <algorithm>
+#include <map>
 #include <set>
 
 namespace vexa::tool {
 
 namespace {
+
+/// Primitives from which on readers become slow.
+constexpr std::size_t maxPrimitives = 1000;
+/// Bytes that a file may grow by without a warning.
+constexpr std::size_t minGrowth = 1024;
 
 void add(StripStats& sum, const StripStats& part) {
     sum.triangles += part.triangles;
@@ -67,8 +75,10 @@ public:
     Stripper(Document document, const StripSettings& settings) : document_(std::move(document)), settings_(settings) {}
 
     StripOutcome run(const MeshProgress& progress) {
-        outcome_.fileBytesBefore = document_.fileSize;
+        outcome_.before = measureFile(document_.asset, document_.fileSize);
         outcome_.total.name = "total";
+        document_.asset.json["asset"]["generator"] = "vexamesh " VEXAMESH_VERSION;
+        findUses();
         IndexCounter before(outcome_.total);
         for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
             before.beginMesh();
@@ -99,6 +109,18 @@ private:
         outcome_.meshes.push_back(std::move(stats));
     }
 
+    /// Finds out which primitives share their indices.
+    void findUses() {
+        for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
+            for (std::size_t p = 0; p < document_.meshes[m].primitives.size(); ++p) {
+                const Primitive& primitive = document_.meshes[m].primitives[p];
+                if (primitive.indexAccessor) {
+                    uses_[*primitive.indexAccessor].insert({primitive.type, settingsFor(m, p).joining});
+                }
+            }
+        }
+    }
+
     /// Primitives with morph targets cannot be members of a group.
     [[nodiscard]] StripSettings settingsFor(std::size_t mesh, std::size_t index) const {
         StripSettings settings = settings_;
@@ -114,6 +136,8 @@ private:
         const Primitive& primitive = document_.meshes[mesh].primitives[index];
         const StripSettings settings = settingsFor(mesh, index);
         StripResult result = stripTriangles(primitive.type, primitive.indices, settings);
+        const bool isShared = primitive.indexAccessor && uses_[*primitive.indexAccessor].size() > 1;
+        ChosenForm form = chooseForm(document_, primitive, isShared, settings, result);
         stats.triangles += result.triangles;
         stats.degenerate += result.degenerate;
         stats.strips += result.strips;
@@ -127,6 +151,11 @@ private:
         if (settings_.keepParts) {
             outcome_.cuts.push_back({mesh, index, std::move(result.parts)});
         }
+        form.primitive = index;
+        stats.forms.push_back(std::move(form));
+        if (result.primitives.empty()) {
+            return result.minIndices;
+        }
         edited_.push_back({mesh, index, 1});
         outcome_.expected.primitives.push_back({{}, {}, mesh::sumTriangles(primitive.type, primitive.indices)});
         edits_.push_back({mesh, index, std::move(result.primitives), settings.joining == Joining::RestartFallback});
@@ -135,6 +164,7 @@ private:
 
     void writeFile() {
         outcome_.expected.content = uneditedContent(document_, edited_);
+        const std::size_t unedited = sizeOf(document_.asset.json);
         const std::vector<EditedIndices> results = replaceIndices(document_.asset, edits_);
         for (std::size_t i = 0; i < results.size(); ++i) {
             ExpectedStrips::Replaced& replaced = outcome_.expected.primitives[i];
@@ -142,10 +172,22 @@ private:
             replaced.group = results[i].group;
         }
         outcome_.file = writeGlb(document_.asset.json, document_.asset.buffers);
+        outcome_.growth = outcome_.file.size() - std::min(outcome_.file.size(), unedited);
+    }
+
+    /// About as many bytes as the document takes in a file.
+    static std::size_t sizeOf(const Json& json) {
+        std::size_t size = json.dump(-1, ' ', false, Json::error_handler_t::replace).size();
+        for (const Json& view : arrayMember(json, "bufferViews", "")) {
+            size += view["byteLength"].get<std::size_t>();
+        }
+        return size;
     }
 
     Document document_;
     const StripSettings& settings_;
+    /// Per accessor the ways in which primitives use it as indices.
+    std::map<std::size_t, std::set<std::pair<mesh::PrimitiveType, Joining>>> uses_;
     std::vector<IndexEdit> edits_;
     std::vector<EditedPrimitive> edited_; ///< one per edit
     StripOutcome outcome_;
@@ -194,6 +236,7 @@ StripOutcome stripDocument(Document document, const StripSettings& settings, con
 
 std::string readBackStrips(StripOutcome& outcome) {
     const Document output = loadDocument(outcome.file, "output.glb");
+    outcome.after = measureFile(output.asset, outcome.file.size());
     outcome.requiresRestart = isListed(output.asset.json, "extensionsRequired", restartExtension);
     IndexCounter after(outcome.total);
     std::vector<EditedPrimitive> places;
@@ -229,6 +272,16 @@ std::vector<std::string> stripWarnings(const StripOutcome& outcome) {
     if (outcome.groups > 0) {
         warnings.push_back("readers that do not know " + std::string(restartGroupExtension) +
                            " draw each strip by itself");
+    }
+    if (outcome.total.primitivesAfter > std::max(maxPrimitives, outcome.total.primitivesBefore)) {
+        warnings.push_back("its " + std::to_string(outcome.total.primitivesAfter) +
+                           " primitives of triangles are a draw call each, and slow to read in most programs; `--join "
+                           "degenerate` writes one per primitive of the input");
+    }
+    if (outcome.growth > minGrowth) {
+        warnings.push_back("the strips make the file " + counted(outcome.growth, "byte") +
+                           " larger: the description of their primitives takes more than their indices save; `--join "
+                           "degenerate` and `--join restart` make it smaller");
     }
     return warnings;
 }

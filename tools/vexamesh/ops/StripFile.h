@@ -1,6 +1,8 @@
 #pragma once
 
 #include "io/Document.h"
+#include "ops/FileFigures.h"
+#include "ops/StripForm.h"
 #include "ops/Stripping.h"
 #include "ops/UneditedContent.h"
 
@@ -30,7 +32,8 @@ struct StripStats {
     std::size_t bytesBefore = 0; ///< of the same indices
     std::size_t bytesAfter = 0;
     double seconds = 0;
-    bool sameTriangles = true; ///< whether the output, read back, has the oriented triangles of the input
+    std::vector<ChosenForm> forms; ///< of the primitives of a mesh that hold triangles
+    bool sameTriangles = true;     ///< whether the output, read back, has the oriented triangles of the input
 };
 
 /// How the triangles of a primitive were cut.
@@ -54,7 +57,9 @@ struct ExpectedStrips {
 
 struct StripOutcome {
     Bytes file; ///< binary glTF
-    std::size_t fileBytesBefore = 0;
+    FileFigures before;
+    FileFigures after;              ///< once it is read back
+    std::size_t growth = 0;         ///< bytes by which the file is larger than with the indices of the input
     std::vector<StripStats> meshes; ///< with what is known of the output once it is read back
     StripStats total;
     std::vector<CutPrimitive> cuts; ///< of the primitives with triangles; only with `StripSettings::keepParts`

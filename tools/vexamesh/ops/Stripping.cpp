@@ -16,6 +16,9 @@ using mesh::IndexedPrimitive;
 /// Triangles up to which the bound takes less than a tenth of a second and is proven unasked.
 constexpr std::size_t maxUnaskedBound = 20'000;
 
+/// One in so many triangles must be in no strip for a list of these to save much.
+constexpr std::size_t maxListedShare = 32;
+
 /// How strips are separated, or what a strip costs besides its own indices.
 mesh::StripJoin joinOf(Joining joining) {
     return joining == Joining::Degenerate ? mesh::StripJoin::Degenerate : mesh::StripJoin::Restart;
@@ -66,13 +69,13 @@ StripResult cutTriangles(std::span<const unsigned int> triangles, const StripSet
         listSingles(cut.parts);
     }
     StripResult result;
-    for (const IndexedPrimitive& part : cut.parts) {
-        result.strips += part.type == mesh::TRIANGLE_STRIP ? 1 : 0;
-        result.fans += part.type == mesh::TRIANGLE_FAN ? 1 : 0;
-        result.leftOver += part.type == mesh::TRIANGLES ? part.indices.size() / 3 : 0;
-    }
+    countParts(cut.parts, result);
     if (settings.keepParts) {
         result.parts = cut.parts;
+    }
+    const bool isCut = result.strips + result.fans > 0;
+    if (isCut && isJoined(settings.joining) && result.leftOver * maxListedShare >= triangles.size() / 3) {
+        result.withList = joinParts(cut.parts, joinOf(settings.joining), true);
     }
     if (!cut.joined.empty()) {
         result.primitives.push_back({mesh::TRIANGLE_STRIP, std::move(cut.joined)});
@@ -128,6 +131,15 @@ StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned 
         });
     }
     return result;
+}
+
+void countParts(const std::vector<IndexedPrimitive>& parts, StripResult& result) {
+    result.strips = result.fans = result.leftOver = 0;
+    for (const IndexedPrimitive& part : parts) {
+        result.strips += part.type == mesh::TRIANGLE_STRIP ? 1 : 0;
+        result.fans += part.type == mesh::TRIANGLE_FAN ? 1 : 0;
+        result.leftOver += part.type == mesh::TRIANGLES ? part.indices.size() / 3 : 0;
+    }
 }
 
 std::uint64_t minStripIndices(const std::vector<unsigned int>& triangles, Joining joining,

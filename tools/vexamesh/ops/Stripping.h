@@ -34,10 +34,12 @@ struct StripSettings {
 /// A primitive as strips and fans.
 struct StripResult {
     std::vector<mesh::IndexedPrimitive> primitives; ///< empty when there is no triangle
-    std::vector<mesh::IndexedPrimitive> parts;      ///< before they were joined; only with `keepParts`
-    std::size_t triangles = 0;                      ///< of the input, without degenerate ones
-    std::size_t degenerate = 0;                     ///< those of a list: with two equal corners they draw nothing
-    std::size_t strips = 0;                         ///< before they were joined
+    std::vector<mesh::IndexedPrimitive>
+        withList;                              ///< joined, but the triangles in no strip a list; none if these are few
+    std::vector<mesh::IndexedPrimitive> parts; ///< before they were joined; only with `keepParts`
+    std::size_t triangles = 0;                 ///< of the input, without degenerate ones
+    std::size_t degenerate = 0;                ///< those of a list: with two equal corners they draw nothing
+    std::size_t strips = 0;                    ///< before they were joined
     std::size_t fans = 0;
     std::size_t leftOver = 0;                ///< triangles in no strip and no fan
     std::optional<std::uint64_t> minIndices; ///< see `minStripIndices`; only if it was wanted
@@ -51,6 +53,9 @@ struct StripResult {
 /// \param indices as decoded; in a list, what follows the last whole triangle is ignored
 StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
                            const StripSettings& settings);
+
+/// Counts the strips and fans in `parts`, and the triangles in neither.
+void countParts(const std::vector<mesh::IndexedPrimitive>& parts, StripResult& result);
 
 /// A number of indices that no strips of these triangles go below if they are written in this way; restart indices
 /// count.

@@ -25,9 +25,11 @@ void sendResult(PipeWriter& pipe, const BatchResult& result) {
     pipe.writeValue(result.minIndices);
     pipe.writeValue(result.seconds);
     pipe.writeText(result.error);
-    pipe.writeValue(result.warnings.size());
-    for (const std::string& warning : result.warnings) {
-        pipe.writeText(warning);
+    for (const auto* lines : {&result.warnings, &result.leftOut}) {
+        pipe.writeValue(lines->size());
+        for (const std::string& line : *lines) {
+            pipe.writeText(line);
+        }
     }
 }
 
@@ -40,9 +42,11 @@ BatchResult receiveResult(ChildProcess& child) {
     result.minIndices = child.readValue<std::optional<std::uint64_t>>();
     result.seconds = child.readValue<double>();
     result.error = child.readText();
-    result.warnings.resize(child.readValue<std::size_t>());
-    for (std::string& warning : result.warnings) {
-        warning = child.readText();
+    for (auto* lines : {&result.warnings, &result.leftOut}) {
+        lines->resize(child.readValue<std::size_t>());
+        for (std::string& line : *lines) {
+            line = child.readText();
+        }
     }
     child.wait();
     return result;

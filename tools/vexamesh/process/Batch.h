@@ -36,6 +36,7 @@ struct BatchResult {
     double seconds = 0;
     std::string error;                 ///< why it failed
     std::vector<std::string> warnings; ///< one line each
+    std::vector<std::string> leftOut;  ///< data of the input that the output does not hold, one line each
 };
 
 /// The results of a batch.

@@ -57,7 +57,7 @@ void writeMetrics(std::ostream& out, const ReportContent& content) {
         << fixedText(indicesPerTriangle(total), 3) << "</strong></dd></div>\n";
     beforeAfter(out, "Primitives", total.primitivesBefore, total.primitivesAfter);
     beforeAfter(out, "Bytes of indices", total.bytesBefore, total.bytesAfter);
-    beforeAfter(out, "Bytes of the file", content.outcome.fileBytesBefore, content.outcome.file.size());
+    beforeAfter(out, "Bytes of the file", content.outcome.before.bytes, content.outcome.file.size());
     out << "<div class=\"metric\"><dt>Cut into</dt><dd><strong>" << numberHtml(total.strips) << "</strong> "
         << (total.strips == 1 ? "strip" : "strips") << ", <strong>" << numberHtml(total.fans) << "</strong> "
         << (total.fans == 1 ? "fan" : "fans") << ", <strong>" << numberHtml(total.leftOver)

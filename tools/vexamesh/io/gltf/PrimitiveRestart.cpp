@@ -82,16 +82,22 @@ void addRestartGroup(Json& mesh, std::size_t first, std::size_t count, std::size
         {{"primitives", std::move(primitives)}, {"indices", accessor}});
 }
 
-std::vector<std::size_t> removeRestartGroups(Json& mesh) {
+std::vector<std::size_t> restartGroupAccessors(const Json& mesh) {
     std::vector<std::size_t> accessors;
-    const Json extension = takeExtension(mesh, restartGroupExtension);
-    if (isGroups(extension)) {
-        for (const Json& group : extension["primitiveGroups"]) {
+    const Json* extension = findExtension(mesh, restartGroupExtension);
+    if (extension != nullptr && isGroups(*extension)) {
+        for (const Json& group : (*extension)["primitiveGroups"]) {
             if (group.is_object() && group.contains("indices") && group["indices"].is_number_unsigned()) {
                 accessors.push_back(group["indices"].get<std::size_t>());
             }
         }
     }
+    return accessors;
+}
+
+std::vector<std::size_t> removeRestartGroups(Json& mesh) {
+    std::vector<std::size_t> accessors = restartGroupAccessors(mesh);
+    takeExtension(mesh, restartGroupExtension);
     return accessors;
 }
 

@@ -40,6 +40,9 @@ void updateRestartExtensions(Json& document);
 /// Adds a group of the primitives `first` to `first + count - 1`.
 void addRestartGroup(Json& mesh, std::size_t first, std::size_t count, std::size_t accessor);
 
+/// The accessors of a mesh's groups.
+std::vector<std::size_t> restartGroupAccessors(const Json& mesh);
+
 /// Removes the groups of a mesh whose primitives change.
 ///
 /// \return the accessors that they named
