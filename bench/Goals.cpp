@@ -97,7 +97,7 @@ void addOneCallGoals(const Results& results, std::vector<Goal>& goals) {
 }
 
 void addBoundGoals(const Results& results, std::vector<Goal>& goals) {
-    const auto real = ratiosOf(results, "bound/", names::bound, names::boundedBuffer, true);
+    const auto real = ratiosOf(results, "bound/", names::bound, names::effort2, true);
     goals.push_back(
         {withCount("minIndexCount to buildStripBuffer at effort 2, geometric mean over the real models", real), 15.0,
          geometricMean(real)});
@@ -126,6 +126,19 @@ std::vector<double> joinedRatios(const Results& results, std::string_view conten
     return ratios;
 }
 
+/// Indices of a contender to those that are proven necessary, on every real model.
+std::vector<double> indicesToBound(const Results& results, std::string_view contender) {
+    std::vector<double> ratios;
+    for (const Measurement& measurement : results.all()) {
+        const Stats* const own = measurement.find(contender);
+        const Stats* const bound = measurement.find(names::bound);
+        if (measurement.real && own != nullptr && bound != nullptr) {
+            ratios.push_back(static_cast<double>(own->output.indices) / static_cast<double>(bound->output.indices));
+        }
+    }
+    return ratios;
+}
+
 void addBufferGoals(const Results& results, std::vector<Goal>& goals) {
     const auto add = [&goals](const std::string& text, const std::vector<double>& ratios, double mean, double worst) {
         goals.push_back({text + ", geometric mean over the real models", mean, geometricMean(ratios)});
@@ -135,6 +148,16 @@ void addBufferGoals(const Results& results, std::vector<Goal>& goals) {
         joinedRatios(results, names::effort2, &JoinedStrips::byRestart), 0.87, 0.93);
     add("indices at effort 2 joined by degenerate triangles, to the best peer",
         joinedRatios(results, names::degenerate2, &JoinedStrips::byDegenerates), 0.80, 0.93);
+    add("indices at effort 3 joined by restart, to the best peer",
+        joinedRatios(results, names::effort3, &JoinedStrips::byRestart), 0.84, 0.91);
+    const auto ofEffort3 = indicesToBound(results, names::effort3);
+    const auto ofEffort4 = indicesToBound(results, names::effort4);
+    goals.push_back({withCount("indices at effort 3 to minIndexCount, geometric mean", ofEffort3), 1.025,
+                     geometricMean(ofEffort3)});
+    goals.push_back({withCount("indices at effort 4 with 60 us to minIndexCount, geometric mean", ofEffort4), 1.012,
+                     geometricMean(ofEffort4)});
+    const auto time3 = ratiosOf(results, "strips/", names::effort3, names::effort2, true);
+    goals.push_back({"buildStripBuffer at effort 3, to effort 2, worst real model", 20.0, maxOf(time3)});
     add("buildStripBuffer at effort 1, to meshoptimizer",
         ratiosOf(results, "strips/", names::effort1, names::meshoptimizer, true), 0.50, 0.65);
     add("buildStripBuffer at effort 2, to meshoptimizer",

@@ -1,5 +1,7 @@
 #include "cases/Cases.h"
+#include "cases/OwnContenders.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vexa/mesh/StripBuffer.h>
@@ -32,27 +34,35 @@ Contender boundContender(const ModelPtr& model) {
     return contender;
 }
 
-Contender bufferContender(const ModelPtr& model) {
-    const auto buffer = std::make_shared<std::vector<unsigned int>>();
-    Contender contender = ownOn(names::boundedBuffer, *model);
-    contender.prepare = [buffer] { std::vector<unsigned int>().swap(*buffer); };
-    contender.run = [model, buffer] { *buffer = buildStripBuffer(model->triangles, {.effort = 2}); };
-    contender.inspect = [buffer] { return Output{buffer->size(), buffer->size() * sizeof(unsigned int), {}}; };
-    return contender;
+Comparison compareBound(const ModelPtr& model) {
+    return {"bound/" + model->name,
+            "triangle",
+            model->real,
+            measuresMemoryOf(*model),
+            roundsFor(*model),
+            {boundContender(model), stripBufferContender(names::effort2, model, {.effort = 2})}};
 }
 
-Comparison compareBound(const ModelPtr& model) {
-    return {"bound/" + model->name,   "triangle",        model->real,
-            measuresMemoryOf(*model), roundsFor(*model), {boundContender(model), bufferContender(model)}};
+/// How near the long searches come to the proven minimum. Once, as they take long and only their indices matter.
+Comparison compareSearches(const ModelPtr& model) {
+    constexpr std::size_t manyTriangles = 100'000;
+    Comparison comparison{"search/" + model->name, "triangle", model->real, false, 1, {boundContender(model)}};
+    comparison.contenders.push_back(stripBufferContender(names::effort3, model, {.effort = 3}));
+    if (model->triangleCount() < manyTriangles) {
+        comparison.contenders.push_back(
+            stripBufferContender(names::effort4, model, {.effort = 4, .microsecondsPerTriangle = 60}));
+    }
+    return comparison;
 }
 
 } // namespace
 
 std::vector<Case> boundCases(const std::vector<ModelPtr>& realModels) {
     std::vector<Case> cases;
-    cases.reserve(realModels.size() + 1);
+    cases.reserve(2 * realModels.size() + 1);
     for (const ModelPtr& model : realModels) {
         cases.push_back({"bound/" + model->name, false, [model] { return compareBound(model); }});
+        cases.push_back({"search/" + model->name, true, [model] { return compareSearches(model); }});
     }
     const ModelPtr dragon = findModel(realModels, names::dragon);
     cases.push_back({std::string("bound/") + names::shuffled, false,

@@ -20,7 +20,7 @@ struct Case {
 std::vector<Case> stripCases(const std::vector<ModelPtr>& realModels);
 /// The cost of additional passes.
 std::vector<Case> passCases(const std::vector<ModelPtr>& realModels);
-/// A lower bound on indices, and the strips that come near it.
+/// A lower bound on indices, its time, and how near the searches come to it.
 std::vector<Case> boundCases(const std::vector<ModelPtr>& realModels);
 /// Connectivity from a triangle list.
 std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels);
@@ -39,6 +39,8 @@ inline constexpr const char* joined = "buildPrimitives, joinStrips";
 inline constexpr const char* effort0 = "buildStripBuffer, effort 0";
 inline constexpr const char* effort1 = "buildStripBuffer, effort 1";
 inline constexpr const char* effort2 = "buildStripBuffer, effort 2";
+inline constexpr const char* effort3 = "buildStripBuffer, effort 3";
+inline constexpr const char* effort4 = "buildStripBuffer, effort 4, 60 us";
 inline constexpr const char* degenerate2 = "buildStripBuffer, effort 2, degen.";
 inline constexpr const char* cacheOrder = "buildStripBuffer, vertex cache";
 inline constexpr const char* flowSmall = "effort 2, mesh of 70 k";
@@ -49,7 +51,6 @@ inline constexpr const char* add = "addTriangles";
 inline constexpr const char* addHub = "addTriangles, hub";
 inline constexpr const char* edges = "calcEgdeLines";
 inline constexpr const char* bound = "minIndexCount";
-inline constexpr const char* boundedBuffer = "buildStripBuffer, effort 2";
 inline constexpr const char* tenSmall = "10 passes, grid of 70 k";
 inline constexpr const char* tenLarge = "10 passes, grid of 2 M";
 

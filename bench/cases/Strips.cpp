@@ -18,6 +18,7 @@ Comparison compareStrips(const ModelPtr& model, const std::string& name) {
         stripBufferContender(names::effort0, model, {.effort = 0}),
         stripBufferContender(names::effort1, model, {.effort = 1}),
         stripBufferContender(names::effort2, model, {.effort = 2}),
+        stripBufferContender(names::effort3, model, {.effort = 3}),
         stripBufferContender(names::degenerate2, model, {.effort = 2, .join = vexa::mesh::StripJoin::Degenerate}),
         stripBufferContender(names::cacheOrder, model, {.effort = 2, .forVertexCache = true}),
         graphContender(names::graph, model, 1),

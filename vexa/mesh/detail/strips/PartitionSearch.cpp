@@ -27,6 +27,9 @@ namespace vexa::mesh::detail {
 
 namespace {
 
+/// Sweeps of the cost split from which annealing starts.
+constexpr unsigned minSweeps = 8;
+
 constexpr std::uint64_t noLimit = std::numeric_limits<std::uint64_t>::max();
 
 /// Effort 1 ends when it has saved a sixth of what the greedy strips cost, but for small meshes. It rarely gets there;
@@ -72,7 +75,7 @@ private:
     GreedyCounts countGreedily(CompactGraph& graph);
     void linkByFlow(StripPartition& partition);
     void extendStrips(StripPartition& partition);
-    void anneal(StripPartition& partition, const std::function<double(std::uint32_t)>& cooling);
+    void anneal(StripPartition& partition, unsigned sweeps, const std::function<double(std::uint32_t)>& cooling);
     void annealUntil(StripPartition& partition, Clock::time_point start);
 
     std::uint64_t count(StripPartition& partition) const;
@@ -82,6 +85,7 @@ private:
     const StripBufferOptions& options_;
     StripMonitor& monitor_;
     int stripCost_; ///< indices of a strip's start and of its joint
+    bool hasManyCharges_ = false;
 };
 
 FoundPartition PartitionSearch::searchGreedily() {
@@ -141,7 +145,7 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     extendStrips(partition);
     if (effort >= 3) {
         constexpr std::uint32_t passes = 120;
-        anneal(partition, [](std::uint32_t pass) { return static_cast<double>(pass) / passes; });
+        anneal(partition, minSweeps, [](std::uint32_t pass) { return static_cast<double>(pass) / passes; });
     }
     if (effort >= 4) {
         annealUntil(partition, start);
@@ -162,12 +166,14 @@ void PartitionSearch::extendStrips(StripPartition& partition) {
 }
 
 /// Anneals the labels and keeps the links that come out if they are better.
-void PartitionSearch::anneal(StripPartition& partition, const std::function<double(std::uint32_t)>& cooling) {
+void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps,
+                             const std::function<double(std::uint32_t)>& cooling) {
     monitor_.startPhase(StripPhase::Annealing, 0.9);
     const LinkSnapshot earlier(partition);
     labelByLinks(partition);
     const bool isRestart = options_.join == StripJoin::Restart;
-    annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, cooling}, monitor_);
+    // Where charges are few and far apart, sweeps do not find the long ways between them.
+    annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, cooling}, monitor_);
     cutLoops(partition, monitor_.poller());
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     extendStrips(partition);
@@ -183,13 +189,19 @@ void PartitionSearch::annealUntil(StripPartition& partition, Clock::time_point s
     const double budget = options_.microsecondsPerTriangle * 1e-6 * partition.count();
     const Clock::time_point begin = Clock::now();
     const double left = budget - Seconds(begin - start).count();
-    anneal(partition,
-           [begin, left](std::uint32_t) { return left <= 0 ? 1 : Seconds(Clock::now() - begin).count() / left; });
+    if (left <= 0) {
+        return;
+    }
+    // A sweep takes about a sixth of a microsecond a triangle, so that they have a small part of the time.
+    constexpr double maxSweeps = 48;
+    const auto sweeps = static_cast<unsigned>(std::clamp<double>(left * 1e6 / partition.count(), minSweeps, maxSweeps));
+    anneal(partition, sweeps, [begin, left](std::uint32_t) { return Seconds(Clock::now() - begin).count() / left; });
 }
 
 void PartitionSearch::linkByFlow(StripPartition& partition) {
     monitor_.startPhase(StripPhase::Flow, 0.5);
     FanGraph fans(partition, monitor_);
+    hasManyCharges_ = fans.chargedCount() > fans.count() / 8;
     cancelCharges(partition, fans, monitor_);
     fans = {};
     if (!monitor_.isStopped()) {

@@ -1,12 +1,16 @@
 #include "vexa/mesh/detail/strips/stars/LabelAnnealing.h"
 
+#include "vexa/mesh/detail/strips/bound/CostTable.h"
+#include "vexa/mesh/detail/strips/bound/LabelDecoding.h"
 #include "vexa/mesh/detail/strips/stars/StarOdds.h"
 #include "vexa/mesh/detail/strips/stars/Stars.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace vexa::mesh::detail {
@@ -52,9 +56,43 @@ class LabelAnnealing {
 public:
     LabelAnnealing(const StripPartition& partition, std::uint32_t seed, const Poll& poll)
         : stars_(partition, poll), codes_(std::size_t{partition.count()} + 1), random_(seed) {
-        for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
-            codes_[triangle] = codeOf[0][partition[triangle].label];
+        load(partition, poll);
+    }
+
+    /// Takes the labels of the triangles.
+    void load(const StripPartition& partition, const Poll& poll) {
+        forEachPolled(partition.count(), poll,
+                      [&](TriangleId triangle) { codes_[triangle] = codeOf[0][partition[triangle].label]; });
+    }
+
+    /// Twice what the labels cost, if an end costs as much as given; borders count once.
+    [[nodiscard]] double cost(const StripPartition& partition, double endCost, const Poll& poll) const {
+        std::uint64_t swaps = 0;
+        std::uint64_t ends = 0;
+        forEachPolled(partition.count(), poll, [&](TriangleId triangle) {
+            for (std::uint32_t place = 0; place < 3 && !partition.isCollapsed(triangle); ++place) {
+                const std::uint32_t here = labelFrom(halfEdgeOf(triangle, place));
+                const std::uint32_t across = labelFrom(partition.twin(halfEdgeOf(triangle, place)));
+                const bool isEnd = here == 0 || across == 0;
+                ends += here != across && isEnd ? 1 : 0;
+                swaps += here != across && !isEnd ? 1 : 0;
+            }
+        });
+        return endCost * static_cast<double>(ends) + static_cast<double>(swaps);
+    }
+
+    [[nodiscard]] const std::vector<LabelCode>& codes() const { return codes_; }
+    void restore(std::vector<LabelCode> codes) { codes_ = std::move(codes); }
+
+    /// Passes at which changes for the worse practically do not happen. Returns whether to go on.
+    bool cool(double endCost, std::uint32_t passes, StripMonitor& monitor, double done) {
+        constexpr double cold = 0.03;
+        const StarOdds odds(cold, endCost);
+        bool goesOn = true;
+        for (std::uint32_t i = 0; i < passes && goesOn; ++i) {
+            goesOn = pass(odds, monitor, done);
         }
+        return goesOn;
     }
 
     /// Returns whether to go on.
@@ -139,10 +177,10 @@ void LabelAnnealing::relabel(const Star& star, const StarOdds& odds) {
 }
 
 /// Temperature after so much of the cooling: it falls geometrically.
-double temperatureAt(std::uint32_t step, std::uint32_t steps) {
-    constexpr double hottest = 0.6;
-    // 0.6 * ratio^23 = 0.22
-    constexpr double ratio = 0.95731;
+double temperatureAt(std::uint32_t step, std::uint32_t steps, bool isGoodStart) {
+    // The last one is 0.22. Labels that are good already would be lost at the higher one.
+    const double hottest = isGoodStart ? 0.4 : 0.6;
+    const double ratio = isGoodStart ? 0.97434 : 0.95731;
     double temperature = hottest;
     for (std::uint32_t i = 0; i < step * 23 / std::max(1U, steps - 1); ++i) {
         temperature *= ratio;
@@ -150,15 +188,35 @@ double temperatureAt(std::uint32_t step, std::uint32_t steps) {
     return temperature;
 }
 
+/// Starts from the labels of a cost split if these cost less once both have cooled down. Returns whether they do.
+bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const AnnealingOptions& options,
+                   StripMonitor& monitor) {
+    constexpr std::uint32_t coldPasses = 5;
+    const auto endCost = static_cast<std::int16_t>(options.endCost * costUnit);
+    annealing.cool(options.endCost, coldPasses, monitor, 0);
+    const double given = annealing.cost(partition, options.endCost, monitor.poller());
+    std::vector<LabelCode> codes = annealing.codes();
+    if (!labelBySplittingCosts(partition, endCost, options.sweeps, monitor)) {
+        return false;
+    }
+    annealing.load(partition, monitor.poller());
+    annealing.cool(options.endCost, coldPasses, monitor, 0);
+    if (annealing.cost(partition, options.endCost, monitor.poller()) < given) {
+        return true;
+    }
+    annealing.restore(std::move(codes));
+    return false;
+}
+
 } // namespace
 
 void annealLabels(StripPartition& partition, const AnnealingOptions& options, StripMonitor& monitor) {
-    constexpr double cold = 0.03;
     constexpr std::uint32_t coldPasses = 4;
     // Making the tables takes as long as a pass over ten thousand triangles.
     const std::uint32_t steps = std::clamp(partition.count() / 1024, 4U, 24U);
     const double scale = options.endCost / 1.5;
     LabelAnnealing annealing(partition, options.seed, monitor.poller());
+    const bool isSplit = options.sweeps != 0 && trySplitCosts(annealing, partition, options, monitor);
     std::optional<StarOdds> odds;
     std::uint32_t step = steps;
     std::uint32_t passes = 0;
@@ -167,14 +225,11 @@ void annealLabels(StripPartition& partition, const AnnealingOptions& options, St
         const std::uint32_t newStep = static_cast<std::uint32_t>(done * steps);
         if (newStep != step) {
             step = newStep;
-            odds.emplace(scale * temperatureAt(step, steps), options.endCost);
+            odds.emplace(scale * temperatureAt(step, steps, isSplit), options.endCost);
         }
         goesOn = annealing.pass(*odds, monitor, done);
     }
-    odds.emplace(cold, options.endCost);
-    for (std::uint32_t i = 0; i < coldPasses; ++i) {
-        annealing.pass(*odds, monitor, 1);
-    }
+    annealing.cool(options.endCost, coldPasses, monitor, 1);
     annealing.link(partition, monitor.poller());
 }
 

@@ -11,6 +11,7 @@ namespace vexa::mesh::detail {
 struct AnnealingOptions {
     double endCost;     ///< indices for one end of a strip: half of what a strip costs
     std::uint32_t seed; ///< of the random numbers
+    unsigned sweeps;    ///< of a cost split, the labels of which are tried as a start besides those given; 0: none
     /// Returns how much of the cooling is done, from 0 to 1, given the number of passes made.
     std::function<double(std::uint32_t)> cooling;
 };

@@ -1,0 +1,64 @@
+#include "support/Meshes.h"
+
+#include <gtest/gtest.h>
+#include <vexa/mesh/detail/strips/EdgePairing.h>
+#include <vexa/mesh/detail/strips/StripPartition.h>
+#include <vexa/mesh/detail/strips/flow/Labels.h>
+#include <vexa/mesh/detail/strips/stars/LabelAnnealing.h>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace {
+
+using namespace vexa::mesh::detail;
+using meshes::Indices;
+
+StripPartition partitionOf(const Indices& mesh) {
+    return {pairEdges(mesh), mesh};
+}
+
+std::uint64_t anneal(StripPartition& partition, std::uint32_t seed, unsigned sweeps) {
+    const std::function<bool(const vexa::mesh::StripProgress&)> nobody;
+    StripMonitor monitor(nobody);
+    labelByLinks(partition);
+    annealLabels(partition, {1.5, seed, sweeps, [](std::uint32_t pass) { return pass / 40.0; }}, monitor);
+    cutLoops(partition);
+    return countExtraIndices(partition);
+}
+
+TEST(AnnealLabels, FindsFewIndicesFromNoLinks) {
+    const Indices mesh = meshes::shuffled(meshes::sphere(40, 30), 4);
+    StripPartition given = partitionOf(mesh);
+    StripPartition split = partitionOf(mesh);
+    EXPECT_LT(4 * anneal(given, 1, 0), mesh.size() / 3);
+    EXPECT_LT(4 * anneal(split, 1, 8), mesh.size() / 3);
+}
+
+TEST(AnnealLabels, DependsOnTheSeedOnly) {
+    const Indices mesh = meshes::damaged(meshes::sphere(40, 30), 5);
+    const auto linksAfter = [&mesh](std::uint32_t seed) {
+        StripPartition partition = partitionOf(mesh);
+        anneal(partition, seed, 8);
+        std::vector<EdgeSet> links;
+        for (TriangleId id = 0; id < partition.count(); ++id) {
+            links.push_back(partition.links(id));
+        }
+        return links;
+    };
+    EXPECT_EQ(linksAfter(1), linksAfter(1));
+    EXPECT_NE(linksAfter(1), linksAfter(2));
+}
+
+TEST(AnnealLabels, LinksAtMostTwoEdgesOfATriangle) {
+    for (const auto& mesh : meshes::suite()) {
+        StripPartition partition = partitionOf(mesh.indices);
+        anneal(partition, 1, 2);
+        for (TriangleId id = 0; id < partition.count(); ++id) {
+            EXPECT_TRUE(partition.isCollapsed(id) == (partition.linkCount(id) == 3)) << mesh.name;
+        }
+    }
+}
+
+} // namespace
