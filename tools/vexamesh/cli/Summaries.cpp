@@ -22,11 +22,13 @@ Table edgeTable(const std::vector<EdgeStats>& meshes) {
 Table unstripTable(const std::vector<UnstripStats>& meshes) {
     Table table({{"mesh", true, "name"},
                  {"strips and fans", false, "stripsAndFans"},
+                 {"-> lists", false, "lists"},
                  {"triangles", false, "triangles"},
                  {"indices", false, "indicesBefore"},
                  {"-> after", false, "indicesAfter"}});
     for (const UnstripStats& stats : meshes) {
-        table.addRow({stats.name, stats.primitives, stats.triangles, stats.indicesBefore, 3 * stats.triangles});
+        table.addRow(
+            {stats.name, stats.primitives, stats.lists, stats.triangles, stats.indicesBefore, 3 * stats.triangles});
     }
     return table;
 }

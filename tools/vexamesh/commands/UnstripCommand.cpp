@@ -15,8 +15,9 @@ constexpr const char* examples = R"(Examples:
   vexamesh unstrip model-strips.glb -o model.glb
   vexamesh unstrip model-strips.glb -o model.gltf --json
 
-Strips and fans become lists of triangles, primitive by primitive; everything else stays as it was. Triangles with two
-equal corners, which only join strips, are left out. A .gltf output contains its data.)";
+Strips and fans become lists of triangles; everything else stays as it was. Neighbours that differ in nothing but their
+modes and indices, as `strip` writes them, become one primitive again. Triangles with two equal corners, which only join
+strips, are left out. A .gltf output contains its data.)";
 
 struct UnstripArguments {
     std::string input;

@@ -40,15 +40,15 @@ std::size_t bytesOf(const std::vector<IndexedPrimitive>& primitives, Joining joi
     return bytes + (groupIndices + (strips > 1 ? strips - 1 : 0)) * groupWidth;
 }
 
-bool isCornerShared(const Primitive& primitive) {
+/// Corners of triangles whose vertex is that of an earlier corner, too.
+std::size_t countSharedCorners(const Primitive& primitive) {
     std::vector<bool> isUsed(primitive.vertices);
+    std::size_t shared = 0;
     for (const unsigned int index : mesh::toTriangles(primitive.type, primitive.indices)) {
-        if (isUsed.at(index)) {
-            return true;
-        }
+        shared += isUsed.at(index) ? 1 : 0;
         isUsed[index] = true;
     }
-    return false;
+    return shared;
 }
 
 bool arePositionsRepeated(const Document& document, const Primitive& primitive) {
@@ -70,12 +70,14 @@ bool arePositionsRepeated(const Document& document, const Primitive& primitive) 
 /// \param hasStrips whether any two triangles can be in one strip
 std::string whyNotStrips(const Document& document, const Primitive& primitive, bool hasStrips, std::size_t stripBytes,
                          std::size_t bytes) {
-    if (!isCornerShared(primitive)) {
+    const std::size_t shared = countSharedCorners(primitive);
+    if (16 * shared < primitive.indices.size()) {
         const bool isRepeated = arePositionsRepeated(document, primitive);
-        return std::string("no two triangles share corners") + (!isRepeated ? ""
-                                                                : primitive.findAttribute("NORMAL") != nullptr
-                                                                    ? ": normals are per face; `--weld` joins positions"
-                                                                    : ": positions are repeated; `--weld` joins them");
+        const char* help = !isRepeated ? ""
+                           : primitive.findAttribute("NORMAL") != nullptr
+                               ? ": normals are per face; `--weld` joins positions"
+                               : ": positions are repeated; `--weld` joins them";
+        return std::string(shared == 0 ? "no two triangles share corners" : "few triangles share corners") + help;
     }
     if (!hasStrips) {
         return "no two triangles share edges";

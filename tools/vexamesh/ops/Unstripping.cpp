@@ -11,37 +11,90 @@ namespace vexa::tool {
 
 namespace {
 
-/// Of strips and fans that hold a triangle: glTF does not allow the empty primitive that the others would become.
-std::vector<IndexEdit> triangleEdits(const Document& document, std::vector<UnstripStats>& meshes) {
-    std::vector<IndexEdit> edits;
-    for (std::size_t m = 0; m < document.meshes.size(); ++m) {
-        UnstripStats stats;
-        stats.name = document.meshes[m].name;
-        for (std::size_t p = 0; p < document.meshes[m].primitives.size(); ++p) {
-            const Primitive& primitive = document.meshes[m].primitives[p];
-            if (primitive.type != mesh::TRIANGLE_STRIP && primitive.type != mesh::TRIANGLE_FAN) {
-                continue;
-            }
-            std::vector<unsigned int> triangles = mesh::toTriangles(primitive.type, primitive.indices);
-            if (triangles.empty()) {
-                continue;
-            }
-            ++stats.primitives;
-            stats.triangles += triangles.size() / 3;
-            stats.indicesBefore += primitive.indices.size();
-            edits.push_back({m, p, {{mesh::TRIANGLES, std::move(triangles)}}});
-        }
-        meshes.push_back(std::move(stats));
-    }
-    return edits;
+/// Everything of a primitive but its mode and indices.
+Json withoutIndices(Json primitive) {
+    primitive.erase("mode");
+    primitive.erase("indices");
+    return primitive;
 }
 
-std::string findTriangleFault(const Document& output, const std::vector<IndexEdit>& edits) {
-    for (const IndexEdit& edit : edits) {
-        const Primitive& primitive = output.meshes.at(edit.mesh).primitives.at(edit.primitive);
-        if (primitive.type != mesh::TRIANGLES || primitive.indices != edit.replacements.front().indices) {
-            return primitiveName(output.meshes[edit.mesh], edit.primitive) +
-                   " would not have the triangles of the input";
+class Unstripper {
+public:
+    Unstripper(const Document& document, std::vector<UnstripStats>& meshes) : document_(document), meshes_(meshes) {}
+
+    std::vector<IndexEdit> run() {
+        for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
+            meshes_.push_back({});
+            meshes_.back().name = document_.meshes[m].name;
+            const std::size_t count = document_.meshes[m].primitives.size();
+            for (std::size_t first = 0; first < count;) {
+                const std::size_t last = lastOfList(m, first);
+                replace(m, first, last);
+                first = last + 1;
+            }
+        }
+        return std::move(edits_);
+    }
+
+private:
+    [[nodiscard]] mesh::PrimitiveType typeOf(std::size_t m, std::size_t p) const {
+        return document_.meshes[m].primitives[p].type;
+    }
+
+    [[nodiscard]] bool isStripOrFan(std::size_t m, std::size_t p) const {
+        return typeOf(m, p) == mesh::TRIANGLE_STRIP || typeOf(m, p) == mesh::TRIANGLE_FAN;
+    }
+
+    /// The last of the primitives that become one list with this one.
+    [[nodiscard]] std::size_t lastOfList(std::size_t m, std::size_t p) const {
+        const Json& primitives = document_.asset.json["meshes"][m]["primitives"];
+        const Json common = withoutIndices(primitives[p]);
+        while (isStripOrFan(m, p) && p + 1 < primitives.size() && typeOf(m, p + 1) >= mesh::TRIANGLES &&
+               withoutIndices(primitives[p + 1]) == common) {
+            ++p;
+        }
+        return p;
+    }
+
+    void replace(std::size_t m, std::size_t first, std::size_t last) {
+        if (!isStripOrFan(m, first)) {
+            return;
+        }
+        std::vector<unsigned int> list;
+        std::size_t strips = 0;
+        std::size_t indices = 0;
+        for (std::size_t p = first; p <= last; ++p) {
+            const Primitive& primitive = document_.meshes[m].primitives[p];
+            const std::vector<unsigned int> triangles = mesh::toTriangles(primitive.type, primitive.indices);
+            list.insert(list.end(), triangles.begin(), triangles.end());
+            strips += isStripOrFan(m, p) ? 1 : 0;
+            indices += primitive.indices.size();
+        }
+        if (list.empty()) {
+            // glTF does not allow the empty primitive that it would become.
+            return;
+        }
+        UnstripStats& stats = meshes_.back();
+        stats.primitives += strips;
+        stats.triangles += list.size() / 3;
+        stats.indicesBefore += indices;
+        ++stats.lists;
+        edits_.push_back({m, first, {{mesh::TRIANGLES, std::move(list)}}, false, last - first + 1});
+    }
+
+    const Document& document_;
+    std::vector<UnstripStats>& meshes_;
+    std::vector<IndexEdit> edits_;
+};
+
+/// \param lists one for each edit
+std::string findTriangleFault(const Document& output, const std::vector<IndexEdit>& edits,
+                              const std::vector<EditedPrimitive>& lists) {
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        const Mesh& mesh = output.meshes.at(lists[i].mesh);
+        const Primitive& primitive = mesh.primitives.at(lists[i].first);
+        if (primitive.type != mesh::TRIANGLES || primitive.indices != edits[i].replacements.front().indices) {
+            return primitiveName(mesh, lists[i].first) + " would not have the triangles of the input";
         }
     }
     return "";
@@ -51,26 +104,29 @@ std::string findTriangleFault(const Document& output, const std::vector<IndexEdi
 
 UnstrippedFile unstripDocument(Document document, bool isText) {
     UnstrippedFile result;
-    std::vector<IndexEdit> edits = triangleEdits(document, result.meshes);
-    std::vector<EditedPrimitive> edited;
-    edited.reserve(edits.size());
+    std::vector<IndexEdit> edits = Unstripper(document, result.meshes).run();
+    std::vector<EditedPrimitive> strips;
+    strips.reserve(edits.size());
     for (const IndexEdit& edit : edits) {
-        edited.push_back({edit.mesh, edit.primitive, 1});
+        strips.push_back({edit.mesh, edit.primitive, edit.count});
     }
-    Json content = uneditedContent(document, edited);
+    Json content = uneditedContent(document, strips);
+    std::vector<EditedPrimitive> lists;
     try {
-        replaceIndices(document.asset, edits);
+        for (const EditedIndices& place : replaceIndices(document.asset, edits)) {
+            lists.push_back({edits[lists.size()].mesh, place.firstPrimitive, 1});
+        }
         result.file = isText ? writeGltf(document.asset.json, document.asset.buffers)
                              : writeGlb(document.asset.json, document.asset.buffers);
     } catch (const FormatError& error) {
         throw FileError(document.file.string(), error.what());
     }
     const char* name = isText ? "output.gltf" : "output.glb";
-    result.findFault = [=, edits = std::move(edits), edited = std::move(edited),
+    result.findFault = [=, edits = std::move(edits), lists = std::move(lists),
                         content = std::move(content)](const Bytes& file) {
         const Document output = loadDocument(file, name);
-        const std::string fault = findTriangleFault(output, edits);
-        const bool isSame = !fault.empty() || isSameContent(uneditedContent(output, edited), content);
+        const std::string fault = findTriangleFault(output, edits, lists);
+        const bool isSame = !fault.empty() || isSameContent(uneditedContent(output, lists), content);
         return isSame ? fault : contentFault;
     };
     return result;

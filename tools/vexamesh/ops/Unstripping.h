@@ -8,10 +8,11 @@
 
 namespace vexa::tool {
 
-/// The strips and fans of a mesh.
+/// The strips and fans of a mesh, with the lists that belong to them.
 struct UnstripStats {
     std::string name;
     std::size_t primitives = 0; ///< that were strips or fans
+    std::size_t lists = 0;      ///< that they became
     std::size_t triangles = 0;
     std::size_t indicesBefore = 0;
 };
@@ -22,7 +23,9 @@ struct UnstrippedFile {
     FindFault findFault;
 };
 
-/// Replaces each strip and fan by a list of its triangles, without those that have two equal corners.
+/// Replaces strips and fans by lists of their triangles, without those that have two equal corners. Neighbours that differ
+/// in nothing but modes and indices become one list, as far as the next list, which is taken to hold the triangles that
+/// were in no strip.
 ///
 /// \param isText whether the file is .gltf; otherwise it is .glb
 /// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension

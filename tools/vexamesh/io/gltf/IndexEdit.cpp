@@ -107,7 +107,7 @@ public:
         rebuildViews();
         rewritePrimitives();
         addGroups();
-        reuseOldGroups();
+        reuseDropped();
         listRestartExtensions(json_, [this](std::size_t accessor) { return holdsRestarts(accessor); });
         removeUnused();
         return results_;
@@ -130,7 +130,9 @@ private:
         mesh::ComponentType type = mesh::UNSIGNED_BYTE;
     };
 
-    Json& primitiveOf(const IndexEdit& edit) { return json_["meshes"][edit.mesh]["primitives"][edit.primitive]; }
+    Json& primitiveOf(const IndexEdit& edit, std::size_t offset = 0) {
+        return json_["meshes"][edit.mesh]["primitives"][edit.primitive + offset];
+    }
 
     std::set<std::size_t> removeOldGroups() {
         std::set<std::size_t> accessors;
@@ -148,10 +150,15 @@ private:
                !references_.otherAccessorUses[accessor];
     }
 
-    /// The indices of a group that is gone may be gone, too: where its accessor has to stay, it shows what another does.
-    void reuseOldGroups() {
+    /// Whether nobody needs an accessor's indices any longer, nor has another taken its place.
+    bool isDropped(std::size_t accessor) const {
+        return isOldGroup(accessor) || (replaced_.contains(accessor) && !reused_.contains(accessor));
+    }
+
+    /// The indices of an accessor that is dropped are gone: where it has to stay, it shows what another does.
+    void reuseDropped() {
         for (std::size_t i = 0; i < references_.indexUses.size(); ++i) {
-            if (isOldGroup(i)) {
+            if (isDropped(i)) {
                 json_["accessors"][i] = json_["accessors"][results_.front().accessors.front()];
             }
         }
@@ -161,8 +168,10 @@ private:
     void findReplacedAccessors() {
         std::map<std::size_t, std::size_t> edited;
         for (const IndexEdit& edit : edits_) {
-            if (primitiveOf(edit).contains("indices")) {
-                ++edited[primitiveOf(edit)["indices"].get<std::size_t>()];
+            for (std::size_t i = 0; i < edit.count; ++i) {
+                if (primitiveOf(edit, i).contains("indices")) {
+                    ++edited[primitiveOf(edit, i)["indices"].get<std::size_t>()];
+                }
             }
         }
         for (const auto& [accessor, uses] : edited) {
@@ -334,7 +343,7 @@ private:
         const std::size_t stride = source.value("byteStride", std::size_t{0});
         for (std::size_t i = 0; i < references_.indexUses.size(); ++i) {
             Json& accessor = json_["accessors"][i];
-            if (reused_.contains(i) || isOldGroup(i) || !accessor.contains("bufferView") ||
+            if (reused_.contains(i) || isDropped(i) || !accessor.contains("bufferView") ||
                 accessor["bufferView"] != view) {
                 continue;
             }
@@ -376,6 +385,7 @@ private:
                     primitive["mode"] = edits_[e].replacements[r].type;
                     rewritten.push_back(std::move(primitive));
                 }
+                i += edits_[e].count - 1;
                 ++e;
             }
             primitives = std::move(rewritten);

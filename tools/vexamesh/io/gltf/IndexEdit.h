@@ -8,12 +8,14 @@
 
 namespace vexa::tool {
 
-/// The replacement of a primitive of an asset by one or more with the same attributes, material and so on.
+/// The replacement of a primitive of an asset, or of several neighbours that differ in nothing but their modes and
+/// indices, by one or more with the same attributes, material and so on.
 struct IndexEdit {
     std::size_t mesh = 0;
     std::size_t primitive = 0;
     std::vector<mesh::IndexedPrimitive> replacements; ///< at least one, none empty
     bool groupsStrips = false; ///< the strips, which follow one another, become a group of `EXT_mesh_primitive_restart`
+    std::size_t count = 1;     ///< primitives that are replaced
 };
 
 /// The result of an edit.
