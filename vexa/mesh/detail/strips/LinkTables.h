@@ -4,10 +4,11 @@
 
 namespace vexa::mesh::detail {
 
-/// A set of edges of one triangle: bit i is the edge at place i.
-using EdgeSet = std::uint8_t;
+/// A set of edges of one triangle: bit i is the edge at place i. A type of its own, because a byte may alias anything:
+/// after every change of links, the compiler would read all pointers from memory again.
+enum EdgeSet : std::uint8_t {};
 
-constexpr EdgeSet allEdges = 7;
+constexpr EdgeSet allEdges{7};
 constexpr std::uint32_t noPlace = 3;
 
 /// Which way a strip turns in a triangle that it enters and leaves.

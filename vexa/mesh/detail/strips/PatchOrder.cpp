@@ -84,7 +84,8 @@ bool isScattered(const CompactGraph& graph, unsigned percent) {
     }
     std::uint64_t links = 0;
     std::uint64_t farLinks = 0;
-    const TriangleId step = 1 + graph.count() / smallGraph;
+    constexpr TriangleId samples = 4096;
+    const TriangleId step = 1 + graph.count() / samples;
     for (std::uint64_t triangle = 0; triangle < graph.count(); triangle += step) {
         for (const HalfEdgeId across : graph[static_cast<TriangleId>(triangle)].twin) {
             if (!graph.isSentinel(across)) {

@@ -101,8 +101,9 @@ private:
 
     /// A fan is gone from the options of its neighbours with this charge.
     void takeOptionFrom(std::span<const FanId> neighbours, std::uint32_t charge) {
+        std::uint8_t* const states = fans_.states();
         for (const FanId fan : neighbours) {
-            std::uint8_t& state = fans_.state(fan);
+            std::uint8_t& state = states[fan];
             if ((state & 3U) == charge && state >= 4) {
                 state = static_cast<std::uint8_t>(state - 4);
                 if (state >> 2 == 1) {
@@ -187,11 +188,13 @@ private:
     /// the queue, or `nothing`.
     std::uint32_t search(FanId start) {
         const std::uint32_t charge = fans_.charge(start);
+        std::uint8_t* const states = fans_.states();
+        Node* const queue = queue_.get();
         std::uint32_t end = 1;
         std::uint32_t levelEnd = 1;
         std::uint32_t hit = nothing;
-        queue_[0] = start;
-        fans_.state(start) |= visited;
+        queue[0] = start;
+        states[start] |= visited;
         bool isOpposite = false;
         for (std::uint32_t i = 0; i < end && !isOpposite; ++i) {
             if (i == levelEnd) {
@@ -203,18 +206,17 @@ private:
             // Lists are scattered.
             if (i + 2 < end) {
                 // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): nodes below `end` have been written
-                fans_.prefetchNeighbours(fanOf(queue_[i + 2]));
+                fans_.prefetchNeighbours(fanOf(queue[i + 2]));
             }
             if (i + 5 < end) {
-                fans_.prefetchBegin(fanOf(queue_[i + 5]));
+                fans_.prefetchBegin(fanOf(queue[i + 5]));
             }
-            for (const FanId fan : fans_.neighbours(fanOf(queue_[i]))) {
-                std::uint8_t& stateRef = fans_.state(fan);
-                const std::uint32_t state = stateRef;
+            for (const FanId fan : fans_.neighbours(fanOf(queue[i]))) {
+                const std::uint32_t state = states[fan];
                 // No branch on whether the fan was visited before: it could not be predicted.
-                queue_[end] = fan | Node{i} << 32;
+                queue[end] = fan | Node{i} << 32;
                 end += 1 - (state >> 2);
-                stateRef = static_cast<std::uint8_t>(state | visited);
+                states[fan] = static_cast<std::uint8_t>(state | visited);
                 if (state - 1 < 2) {
                     isOpposite = state + charge == 3;
                     if (isOpposite || hit == nothing) {
@@ -228,7 +230,7 @@ private:
         }
         searched_ = end - levelEnd;
         for (std::uint32_t i = 0; i < end; ++i) {
-            fans_.state(fanOf(queue_[i])) &= 3;
+            states[fanOf(queue[i])] &= 3;
         }
         return hit;
     }

@@ -35,6 +35,9 @@ public:
 
     /// The charge of a fan in the two lowest bits; above them, a search has six of its own.
     std::uint8_t& state(FanId fan) { return states_[fan]; }
+    /// The states of all fans. Loops over them keep this pointer: bytes may alias anything, so that the compiler would read
+    /// it from memory again after every store.
+    [[nodiscard]] std::uint8_t* states() { return states_.get(); }
     [[nodiscard]] std::uint32_t charge(FanId fan) const { return states_[fan] & 3U; }
 
     /// The half-edge over the edge at this place among the neighbours, running away from the fan's vertex, or towards it

@@ -102,18 +102,41 @@ private:
     static constexpr std::uint8_t unreached = 4;
     static constexpr std::size_t pollMask = (1U << 15) - 1;
 
+    /// The labels and the queue of a search. A local copy, because labels are bytes, which may alias any member: each of
+    /// these would be read from memory again after every label.
+    struct Reached {
+        const LinkedTriangle* triangles;
+        std::uint8_t* labels;
+        TriangleId* queue; ///< the newest entry may be one that turns out to be in it already
+        std::size_t queueEnd;
+
+        /// Labels a triangle and puts it into the queue if it is not labelled yet. No branch: whether it is could not be
+        /// predicted, and compilers turn a conditional expression back into one.
+        void add(HalfEdgeId across, std::uint32_t label) {
+            const TriangleId triangle = triangleOf(across);
+            __builtin_prefetch(&triangles[triangle]);
+            const std::uint32_t old = labels[triangle];
+            const std::uint32_t isNew = old >> 2;
+            queue[queueEnd] = triangle;
+            queueEnd += isNew;
+            labels[triangle] = static_cast<std::uint8_t>(old ^ ((old ^ label) & (0 - isNew)));
+        }
+    };
+
     /// Breadth-first from one triangle, labelled 0 at first.
     void labelSurface(TriangleId start) {
         EdgeCounts counts;
         const std::size_t begin = queueEnd_;
         labels_[start] = 0;
-        queue_[queueEnd_++] = start;
-        for (std::size_t i = begin; i < queueEnd_; ++i) {
-            visit(queue_[i], counts);
+        Reached reached{&partition_[0], labels_.get(), queue_.get(), queueEnd_ + 1};
+        reached.queue[queueEnd_] = start;
+        for (std::size_t i = begin; i < reached.queueEnd; ++i) {
+            visit(reached.queue[i], reached, counts);
             if ((i & pollMask) == 0) {
                 monitor_.poll(0.8 + 0.2 * static_cast<double>(i) / partition_.count(), 1);
             }
         }
+        queueEnd_ = reached.queueEnd;
         if (const std::uint32_t shift = counts.cheapestShift(); shift != 0) {
             for (std::size_t i = begin; i < queueEnd_; ++i) {
                 std::uint8_t& label = labels_[queue_[i]];
@@ -122,14 +145,14 @@ private:
         }
     }
 
-    void visit(TriangleId triangle, EdgeCounts& counts) {
-        const LinkedTriangle& record = partition_[triangle];
-        const std::uint32_t label = labels_[triangle];
+    void visit(TriangleId triangle, Reached& reached, EdgeCounts& counts) const {
+        const LinkedTriangle& record = reached.triangles[triangle];
+        const std::uint32_t label = reached.labels[triangle];
         bool hasBorder = false;
         for (std::uint32_t place = 0; place < 3; ++place) {
             const HalfEdgeId across = record.twin[place];
             hasBorder |= across == partition_.border();
-            reach(across, labelAcross.label[label << 4 | flowOver(record, place) << 2 | place][placeOf(across)]);
+            reached.add(across, labelAcross.label[label << 4 | flowOver(record, place) << 2 | place][placeOf(across)]);
         }
         if (record.flow != 0 || hasBorder) {
             for (std::uint32_t place = 0; place < 3; ++place) {
@@ -140,18 +163,6 @@ private:
                 }
             }
         }
-    }
-
-    /// Labels a triangle and puts it into the queue if it is not labelled yet. No branch: whether it is could not be
-    /// predicted, and compilers turn a conditional expression back into one.
-    void reach(HalfEdgeId across, std::uint32_t label) {
-        const TriangleId triangle = triangleOf(across);
-        __builtin_prefetch(&partition_[triangle]);
-        const std::uint32_t old = labels_[triangle];
-        const std::uint32_t isNew = old >> 2;
-        queue_[queueEnd_] = triangle;
-        queueEnd_ += isNew;
-        labels_[triangle] = static_cast<std::uint8_t>(old ^ ((old ^ label) & (0 - isNew)));
     }
 
     void link(TriangleId triangle) {
@@ -170,7 +181,7 @@ private:
     StripPartition& partition_;
     StripMonitor& monitor_;
     LargeArray<std::uint8_t> labels_;
-    LargeArray<TriangleId> queue_; ///< the newest entry may be one that turns out to be in it already
+    LargeArray<TriangleId> queue_;
     std::size_t queueEnd_ = 0;
 };
 
