@@ -54,7 +54,7 @@ public:
     FoundPartition run(unsigned effort) {
         switch (effort) {
         case 0:
-            return searchGreedily();
+            return searchByGreed();
         case 1:
             return searchByTunnels();
         default:
@@ -69,7 +69,13 @@ private:
         monitor_.startPhase(StripPhase::Pairing, 0.3);
         return pairEdges(triangles_, monitor_.poller());
     }
-    FoundPartition searchGreedily();
+    /// Greedy strips, linked, and what they cost.
+    struct GreedyPartition {
+        StripPartition partition;
+        GreedyCounts counts;
+    };
+    GreedyPartition cutGreedily();
+    FoundPartition searchByGreed();
     FoundPartition searchByTunnels();
     FoundPartition searchByFlow(unsigned effort);
     GreedyCounts countGreedily(CompactGraph& graph);
@@ -88,13 +94,18 @@ private:
     bool hasManyCharges_ = false;
 };
 
-FoundPartition PartitionSearch::searchGreedily() {
+PartitionSearch::GreedyPartition PartitionSearch::cutGreedily() {
     CompactGraph graph = pair();
     monitor_.startPhase(StripPhase::Greedy, 0.3);
-    const StripSet strips = detail::searchGreedily(graph, triangles_, monitor_.poller());
+    const StripSet strips = searchGreedily(graph, triangles_, monitor_.poller());
     StripPartition partition(graph, triangles_, {}, monitor_.poller());
     linkStrips(partition, graph, strips, monitor_.poller());
-    return {std::move(partition), countGreedy(graph, triangles_, strips, options_.join, monitor_.poller()).plain};
+    return {std::move(partition), countGreedy(graph, triangles_, strips, options_.join, monitor_.poller())};
+}
+
+FoundPartition PartitionSearch::searchByGreed() {
+    GreedyPartition greedy = cutGreedily();
+    return {std::move(greedy.partition), greedy.counts.plain};
 }
 
 /// Indices after the lengths are limited. Cuts closed loops.
@@ -118,12 +129,7 @@ void PartitionSearch::keepBetter(StripPartition& partition, const LinkSnapshot& 
 }
 
 FoundPartition PartitionSearch::searchByTunnels() {
-    CompactGraph graph = pair();
-    monitor_.startPhase(StripPhase::Greedy, 0.3);
-    const StripSet strips = detail::searchGreedily(graph, triangles_, monitor_.poller());
-    StripPartition partition(graph, triangles_, {}, monitor_.poller());
-    linkStrips(partition, graph, strips, monitor_.poller());
-    const GreedyCounts greedy = countGreedy(graph, triangles_, strips, options_.join, monitor_.poller());
+    auto [partition, greedy] = cutGreedily();
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     tunnel(partition, {1, 100, maxTunnelSaving(greedy, partition.liveCount())}, stripCost_, monitor_);
     return {std::move(partition), std::min(greedy.joined, greedy.plain)};
@@ -139,7 +145,7 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     graph.release();
     linkByFlow(partition);
     if (monitor_.isStopped()) {
-        return searchGreedily();
+        return searchByGreed();
     }
     monitor_.startPhase(StripPhase::Tunnelling, effort >= 3 ? 0.1 : 0.7);
     extendStrips(partition);
@@ -156,7 +162,7 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
 
 GreedyCounts PartitionSearch::countGreedily(CompactGraph& graph) {
     monitor_.startPhase(StripPhase::Greedy, 0.2);
-    return countGreedy(graph, triangles_, detail::searchGreedily(graph, triangles_, monitor_.poller()), options_.join,
+    return countGreedy(graph, triangles_, searchGreedily(graph, triangles_, monitor_.poller()), options_.join,
                        monitor_.poller());
 }
 
