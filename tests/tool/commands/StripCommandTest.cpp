@@ -210,6 +210,18 @@ TEST_F(StripCommand, LimitsTheLengthOfStrips) {
     expectSameTriangles(in, out);
 }
 
+TEST_F(StripCommand, LimitsTheWidthOfIndices) {
+    const Json report = strip(gridModel(40, 40), {"--index-bits", "8"});
+    EXPECT_EQ(report["total"]["sameTriangles"], true);
+    EXPECT_GT(report["total"]["primitivesAfter"], 6);
+    const Json accessors = output()["accessors"];
+    for (const Json& accessor : accessors) {
+        EXPECT_TRUE(accessor["type"] != "SCALAR" || accessor["componentType"] == 5121);
+    }
+    expectSameTriangles(in, out);
+    EXPECT_EQ(runForked({"strip", in, "-o", out, "--index-bits", "12"}).exitCode, 2);
+}
+
 TEST_F(StripCommand, SaysHowFewIndicesThereCanBe) {
     const Json total = strip(gridModel(9, 7))["total"];
     ASSERT_TRUE(total["minIndices"].is_number());

@@ -13,10 +13,16 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr int arrayBuffer = 34962;
 constexpr int elementArrayBuffer = 34963;
 
-/// The minimum and maximum of each component over the finite values; 0 if there are none.
+/// The name of an attribute in a file: what glTF gives no meaning begins with an underscore.
+std::string writtenName(const std::string& name) {
+    static const std::regex known("(POSITION|NORMAL|TANGENT|(TEXCOORD|COLOR|JOINTS|WEIGHTS)_[0-9]+)|_.*");
+    return std::regex_match(name, known) ? name : "_" + name;
+}
+
+} // namespace
+
 std::pair<Json, Json> bounds(const AccessorData& values) {
     Json least = Json::array();
     Json largest = Json::array();
@@ -39,7 +45,6 @@ std::pair<Json, Json> bounds(const AccessorData& values) {
     return {std::move(least), std::move(largest)};
 }
 
-/// The elements at distances that are multiples of 4, as vertex attributes need.
 Bytes alignElements(const AccessorData& values, std::size_t stride) {
     const std::size_t size = values.elementSize();
     Bytes aligned(values.count * stride);
@@ -48,14 +53,6 @@ Bytes alignElements(const AccessorData& values, std::size_t stride) {
     }
     return aligned;
 }
-
-/// The name of an attribute in a file: what glTF gives no meaning begins with an underscore.
-std::string writtenName(const std::string& name) {
-    static const std::regex known("(POSITION|NORMAL|TANGENT|(TEXCOORD|COLOR|JOINTS|WEIGHTS)_[0-9]+)|_.*");
-    return std::regex_match(name, known) ? name : "_" + name;
-}
-
-} // namespace
 
 mesh::ComponentType narrowestIndexType(const std::vector<unsigned int>& indices) {
     unsigned int largest = 0;

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 #include <vexa/mesh/Types.h>
 
@@ -32,6 +33,15 @@ mesh::ComponentType narrowestIndexType(const std::vector<unsigned int>& indices)
 
 /// Appends indices as values of an unsigned type; decoded restart indices become its largest value.
 void appendIndices(Bytes& bytes, const std::vector<unsigned int>& indices, mesh::ComponentType type);
+
+/// The minimum and maximum of each component over the finite values; 0 if there are none.
+std::pair<Json, Json> bounds(const AccessorData& values);
+
+/// The elements at distances of `stride`.
+Bytes alignElements(const AccessorData& values, std::size_t stride);
+
+/// Target of a buffer view of vertex attributes.
+constexpr int arrayBuffer = 34962;
 
 /// Attribute values from floats.
 AccessorData floatValues(const std::string& type, const std::vector<float>& values);

@@ -5,6 +5,7 @@
 #include "io/gltf/GltfExtensions.h"
 #include "io/gltf/IndexEdit.h"
 #include "io/gltf/PrimitiveRestart.h"
+#include "ops/IndexLimit.h"
 #include "ops/MeshStats.h"
 #include "ops/Triangles.h"
 
@@ -75,7 +76,6 @@ public:
     Stripper(Document document, const StripSettings& settings) : document_(std::move(document)), settings_(settings) {}
 
     StripOutcome run(const MeshProgress& progress) {
-        outcome_.before = measureFile(document_.asset, document_.fileSize);
         outcome_.total.name = "total";
         document_.asset.json["asset"]["generator"] = "vexamesh " VEXAMESH_VERSION;
         findUses();
@@ -193,6 +193,34 @@ private:
     StripOutcome outcome_;
 };
 
+/// Counts the primitives of triangles of a document, and their indices.
+void countInput(const Document& document, StripOutcome& outcome) {
+    IndexCounter counter(outcome.total);
+    for (const Mesh& mesh : document.meshes) {
+        counter.beginMesh();
+        StripStats& stats = outcome.meshes.emplace_back();
+        for (const Primitive& primitive : mesh.primitives) {
+            if (hasTriangles(primitive)) {
+                ++stats.primitivesBefore;
+                counter.countBefore(primitive, {}, stats);
+            }
+        }
+    }
+}
+
+/// Takes the stats of a document that was split before it was stripped.
+void takeInput(const StripOutcome& input, StripOutcome& outcome) {
+    const auto take = [](const StripStats& from, StripStats& to) {
+        to.primitivesBefore = from.primitivesBefore;
+        to.indicesBefore = from.indicesBefore;
+        to.bytesBefore = from.bytesBefore;
+    };
+    take(input.total, outcome.total);
+    for (std::size_t m = 0; m < outcome.meshes.size(); ++m) {
+        take(input.meshes[m], outcome.meshes[m]);
+    }
+}
+
 bool hasSameTriangles(const Mesh& mesh, const ExpectedStrips::Replaced& expected) {
     mesh::TriangleSum triangles;
     for (std::size_t i = 0; i < expected.place.count; ++i) {
@@ -227,8 +255,19 @@ bool groupIsItsStrips(const Document& output, const ExpectedStrips::Replaced& ex
 
 StripOutcome stripDocument(Document document, const StripSettings& settings, const MeshProgress& progress) {
     const std::string file = document.file.string();
+    const FileFigures before = measureFile(document.asset, document.fileSize);
+    StripOutcome input;
+    if (settings.indexBits != 0) {
+        countInput(document, input);
+        limitIndices(document, settings.indexBits);
+    }
     try {
-        return Stripper(std::move(document), settings).run(progress);
+        StripOutcome outcome = Stripper(std::move(document), settings).run(progress);
+        outcome.before = before;
+        if (settings.indexBits != 0) {
+            takeInput(input, outcome);
+        }
+        return outcome;
     } catch (const FormatError& error) {
         throw FileError(file, error.what());
     }

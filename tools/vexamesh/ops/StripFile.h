@@ -73,7 +73,8 @@ using MeshProgress = std::function<void(std::size_t, std::size_t)>;
 
 /// Turns all triangles of a document into strips.
 ///
-/// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
+/// \throw FileError  the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
+/// \throw CheckError as `limitIndices`
 StripOutcome stripDocument(Document document, const StripSettings& settings, const MeshProgress& progress);
 
 /// Reads the file of an outcome back, completes the stats, and compares it with the input; to be called once.

@@ -23,8 +23,9 @@ struct StripSettings {
     mesh::StripBufferOptions search;          ///< `join` and `onProgress` do not count
     std::optional<mesh::StripOptions> passes; ///< searches in passes instead, which can also cut fans
     Joining joining = Joining::Degenerate;
-    bool allStrips = false; ///< single triangles become strips too
-    bool keepParts = false; ///< whether the result also has the strips before they are joined
+    unsigned int indexBits = 0; ///< 8 or 16: split primitives until their indices fit; 0: no limit
+    bool allStrips = false;     ///< single triangles become strips too
+    bool keepParts = false;     ///< whether the result also has the strips before they are joined
     std::optional<bool>
         provesMin; ///< whether the result says how few indices there can be; nothing: only if it is fast
     /// Called with the work that is going on, such as "search", and the part of it that is done, from 0 to 1.
