@@ -195,14 +195,16 @@ void AssetBuilder::addExtension(const std::string& name, Json content) {
     json_["extensions"][name] = std::move(content);
 }
 
-Asset AssetBuilder::finish() {
+Asset AssetBuilder::finish(std::vector<std::string> leftOut) {
     if (!json_.contains("meshes")) {
         throw FormatError("holds no meshes");
     }
     json_["buffers"] = Json::array({{{"byteLength", binary_.size()}}});
     std::vector<Bytes> buffers;
     buffers.push_back(std::move(binary_));
-    return makeAsset(std::move(json_), std::move(buffers));
+    Asset asset = makeAsset(std::move(json_), std::move(buffers));
+    asset.leftOut = std::move(leftOut);
+    return asset;
 }
 
 } // namespace vexa::tool

@@ -11,9 +11,9 @@
 
 namespace vexa::tool {
 
-/// An attribute to be written: `values.bytes` holds `values.count` elements without gaps.
+/// An attribute to be written: `values.bytes` holds `values.count` tightly packed elements.
 struct NewAttribute {
-    std::string name; ///< as in glTF; any other is written with an underscore before it
+    std::string name; ///< as in glTF; any other is written after an underscore
     AccessorData values;
 };
 
@@ -27,11 +27,11 @@ struct NewPrimitive {
         {}; ///< an earlier primitive of the mesh whose attributes these are; takes them
 };
 
-/// The narrowest unsigned type whose largest value, the restart index, none of these indices has; decoded restart
-/// indices among them do not count.
+/// The narrowest unsigned type in which none of the indices is the largest value, its restart index. Decoded restart
+/// indices are ignored.
 mesh::ComponentType narrowestIndexType(const std::vector<unsigned int>& indices);
 
-/// Appends indices as values of an unsigned type; decoded restart indices become its largest value.
+/// Appends indices as values of an unsigned type. Decoded restart indices become its largest value.
 void appendIndices(Bytes& bytes, const std::vector<unsigned int>& indices, mesh::ComponentType type);
 
 /// The minimum and maximum of each component over the finite values; 0 if there are none.
@@ -46,7 +46,7 @@ constexpr int arrayBuffer = 34962;
 /// Attribute values from floats.
 AccessorData floatValues(const std::string& type, const std::vector<float>& values);
 
-/// Makes a glTF document of meshes, each with a node of its own in the one scene.
+/// Builds a glTF document of meshes, each with a node of its own in a single scene.
 class AssetBuilder {
 public:
     AssetBuilder();
@@ -81,8 +81,9 @@ public:
 
     /// The finished asset; the builder is empty afterwards.
     ///
+    /// \param leftOut goes with the asset
     /// \throw FormatError nothing was added
-    Asset finish();
+    Asset finish(std::vector<std::string> leftOut = {});
 
 private:
     std::size_t addView(const Bytes& content, int target, std::size_t stride);

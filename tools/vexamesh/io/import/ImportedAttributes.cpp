@@ -24,37 +24,38 @@ NewAttribute positionAttribute(const std::vector<float>& values) {
     return {"POSITION", floatValues("VEC3", values)};
 }
 
-std::optional<NewAttribute> normalAttribute(std::vector<float> values, std::vector<std::string>& leftOut) {
+void addNormals(std::vector<NewAttribute>& attributes, std::vector<float> values, std::vector<std::string>& leftOut) {
     for (std::size_t i = 0; i < values.size(); i += 3) {
         const double length = std::hypot(static_cast<double>(values[i]), static_cast<double>(values[i + 1]),
                                          static_cast<double>(values[i + 2]));
         if (!(length > 0) || !std::isfinite(length)) {
             leftOut.emplace_back("normals: some of them have no direction");
-            return std::nullopt;
+            return;
         }
         for (std::size_t c = i; c < i + 3; ++c) {
             values[c] = static_cast<float>(static_cast<double>(values[c]) / length);
         }
     }
-    return NewAttribute{"NORMAL", floatValues("VEC3", values)};
+    attributes.push_back({"NORMAL", floatValues("VEC3", values)});
 }
 
-std::optional<NewAttribute> texcoordAttribute(std::vector<float> values, std::vector<std::string>& leftOut) {
+void addTexcoords(std::vector<NewAttribute>& attributes, std::vector<float> values, std::vector<std::string>& leftOut,
+                  int set) {
     if (!areFinite(values)) {
         leftOut.emplace_back("texture coordinates: some of them are not finite");
-        return std::nullopt;
+        return;
     }
     for (std::size_t i = 1; i < values.size(); i += 2) {
         values[i] = 1 - values[i];
     }
-    return NewAttribute{"TEXCOORD_0", floatValues("VEC2", values)};
+    attributes.push_back({"TEXCOORD_" + std::to_string(set), floatValues("VEC2", values)});
 }
 
-std::optional<NewAttribute> colorAttribute(std::vector<float> values, std::size_t components,
-                                           std::vector<std::string>& leftOut) {
+void addColors(std::vector<NewAttribute>& attributes, std::vector<float> values, std::size_t components,
+               std::vector<std::string>& leftOut) {
     if (!areFinite(values)) {
         leftOut.emplace_back("colours: some of them are not finite");
-        return std::nullopt;
+        return;
     }
     bool isClamped = false;
     for (float& value : values) {
@@ -65,7 +66,7 @@ std::optional<NewAttribute> colorAttribute(std::vector<float> values, std::size_
     if (isClamped) {
         leftOut.emplace_back("colour components below 0 or above 1: they are clamped");
     }
-    return NewAttribute{"COLOR_0", floatValues(components == 3 ? "VEC3" : "VEC4", values)};
+    attributes.push_back({"COLOR_0", floatValues(components == 3 ? "VEC3" : "VEC4", values)});
 }
 
 void scaleByteColors(std::vector<float>& values, std::size_t components) {
@@ -78,10 +79,6 @@ void scaleByteColors(std::vector<float>& values, std::size_t components) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         values[i] = largest[isAlpha(i) ? 1 : 0] > 1 ? values[i] / 255 : values[i];
     }
-}
-
-std::string countedWord(std::size_t count, const std::string& noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 } // namespace vexa::tool

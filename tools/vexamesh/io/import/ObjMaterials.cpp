@@ -1,9 +1,9 @@
 #include "io/import/ObjMaterials.h"
 
 #include "base/Errors.h"
+#include "base/Text.h"
 #include "io/Files.h"
 #include "io/ModelDirectory.h"
-#include "io/import/ImportedAttributes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -133,15 +133,13 @@ Json ObjMaterials::describe(const Material& material, bool hasTexcoords) {
     Json surface = {{"baseColorFactor", unitColor(material.diffuse)}};
     surface["baseColorFactor"].push_back(alpha);
     bool isTranslucent = alpha < 1;
-    if (const auto texture =
-            hasTexcoords ? textureInfo("map_Kd", material.diffuse_texname, material.diffuse_texopt) : std::nullopt) {
+    if (const auto texture = textureInfo("map_Kd", material.diffuse_texname, material.diffuse_texopt, hasTexcoords)) {
         surface["baseColorTexture"] = *texture;
         isTranslucent = isTranslucent || material.alpha_texname == material.diffuse_texname;
     }
     addMetalness(material, hasTexcoords, surface);
     Json result = {{"name", trim(material.name)}, {"pbrMetallicRoughness", std::move(surface)}};
-    if (const auto texture =
-            hasTexcoords ? textureInfo("norm", material.normal_texname, material.normal_texopt) : std::nullopt) {
+    if (const auto texture = textureInfo("norm", material.normal_texname, material.normal_texopt, hasTexcoords)) {
         result["normalTexture"] = *texture;
         if (material.normal_texopt.bump_multiplier != 1) {
             result["normalTexture"]["scale"] = material.normal_texopt.bump_multiplier;
@@ -155,9 +153,7 @@ Json ObjMaterials::describe(const Material& material, bool hasTexcoords) {
 }
 
 void ObjMaterials::addEmission(const Material& material, bool hasTexcoords, Json& result) {
-    const auto texture =
-        hasTexcoords ? textureInfo("map_Ke", material.emissive_texname, material.emissive_texopt) : std::nullopt;
-    if (texture) {
+    if (const auto texture = textureInfo("map_Ke", material.emissive_texname, material.emissive_texopt, hasTexcoords)) {
         result["emissiveTexture"] = *texture;
         // The picture alone is meant where no Ke stands beside it.
         result["emissiveFactor"] = isAll(material.emission, 0) ? Json::array({1, 1, 1}) : unitColor(material.emission);
@@ -180,15 +176,14 @@ void ObjMaterials::addMetalness(const Material& material, bool hasTexcoords, Jso
     if (!fitsOne) {
         surface["metallicFactor"] = unit(material.metallic);
         maps_.insert("map_Pr and map_Pm of different pictures: glTF takes one for both");
-    } else if (const auto texture =
-                   hasTexcoords ? textureInfo("map_Pr", roughness, material.roughness_texopt) : std::nullopt) {
+    } else if (const auto texture = textureInfo("map_Pr", roughness, material.roughness_texopt, hasTexcoords)) {
         surface["metallicRoughnessTexture"] = *texture;
     }
 }
 
 std::optional<Json> ObjMaterials::textureInfo(const std::string& keyword, const std::string& name,
-                                              const Options& options) {
-    if (name.empty()) {
+                                              const Options& options, bool hasTexcoords) {
+    if (name.empty() || !hasTexcoords) {
         return std::nullopt;
     }
     const auto texture = textures_.load(name, options.clamp ? TextureWrap::Clamp : TextureWrap::Repeat);
@@ -272,7 +267,7 @@ void ObjMaterials::reportRest() {
         }
     }
     if (used.size() < materials_.size()) {
-        leftOut_.push_back(countedWord(materials_.size() - used.size(), "material") + " that no face uses");
+        leftOut_.push_back(counted(materials_.size() - used.size(), "material") + " that no face uses");
     }
 }
 

@@ -48,7 +48,8 @@ private:
     Json describe(const Material& material, bool hasTexcoords);
     void addEmission(const Material& material, bool hasTexcoords, Json& result);
     void addMetalness(const Material& material, bool hasTexcoords, Json& surface);
-    std::optional<Json> textureInfo(const std::string& keyword, const std::string& name, const Options& options);
+    std::optional<Json> textureInfo(const std::string& keyword, const std::string& name, const Options& options,
+                                    bool hasTexcoords);
     void checkValues(const Material& material);
     void checkMaps(const Material& material);
 

@@ -1,12 +1,13 @@
 #include "io/import/ObjReader.h"
 
 #include "base/Errors.h"
+#include "base/Text.h"
 #include "io/AssetBuilder.h"
-#include "io/import/ImportedAttributes.h"
 #include "io/import/ObjMaterials.h"
 #include "io/import/ObjText.h"
 #include "io/import/Polygon.h"
 #include "io/import/RowTable.h"
+#include "io/import/TextLines.h"
 
 #include <algorithm>
 #include <bit>
@@ -175,9 +176,7 @@ public:
             throw FormatError("holds no vertices, faces, lines or points");
         }
         reportRest();
-        Asset asset = builder_.finish();
-        asset.leftOut = std::move(leftOut_);
-        return asset;
+        return builder_.finish(std::move(leftOut_));
     }
 
 private:
@@ -311,11 +310,11 @@ private:
 
     void reportRest() {
         if (lostNormals_ > 0) {
-            leftOut_.push_back("normals of " + countedWord(lostNormals_, "face") +
+            leftOut_.push_back("normals of " + counted(lostNormals_, "face") +
                                ": some of them are missing or have no direction");
         }
         if (lostTexcoords_ > 0) {
-            leftOut_.push_back("texture coordinates of " + countedWord(lostTexcoords_, "face") +
+            leftOut_.push_back("texture coordinates of " + counted(lostTexcoords_, "face") +
                                ": some of them are missing");
         }
         const auto isOutside = [](float value) { return value < 0 || value > 1; };
@@ -343,7 +342,7 @@ private:
 } // namespace
 
 Asset readObj(const Bytes& content, const fs::path& file) {
-    const ObjText text = readObjText({reinterpret_cast<const char*>(content.data()), content.size()});
+    const ObjText text = readObjText(textOf(content));
     return ObjConverter(text, file.parent_path()).convert();
 }
 

@@ -1,7 +1,7 @@
 #include "io/import/ObjText.h"
 
 #include "base/Errors.h"
-#include "io/import/ImportedAttributes.h"
+#include "base/Text.h"
 #include "io/import/TextLines.h"
 
 #include <algorithm>
@@ -151,7 +151,7 @@ private:
     void reportRest() {
         const auto report = [&](std::size_t count, const std::string& noun, const std::string& what) {
             if (count > 0) {
-                result_.leftOut.push_back(countedWord(count, noun) + what);
+                result_.leftOut.push_back(counted(count, noun) + what);
             }
         };
         for (const auto& [keyword, count] : statements_) {

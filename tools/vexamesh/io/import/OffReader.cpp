@@ -1,6 +1,7 @@
 #include "io/import/OffReader.h"
 
 #include "base/Errors.h"
+#include "base/Text.h"
 #include "io/AssetBuilder.h"
 #include "io/import/FaceSet.h"
 #include "io/import/ImportedAttributes.h"
@@ -65,9 +66,7 @@ public:
         if (!primitives.empty()) {
             builder.addMesh("", primitives);
         }
-        Asset asset = builder.finish();
-        asset.leftOut = std::move(leftOut_);
-        return asset;
+        return builder.finish(std::move(leftOut_));
     }
 
 private:
@@ -205,33 +204,28 @@ private:
             ++lines;
         }
         if (lines > 0) {
-            leftOut_.push_back(countedWord(lines, "line") + " after the last face");
+            leftOut_.push_back(counted(lines, "line") + " after the last face");
         }
         if (verticesWithMore_ > 0) {
             leftOut_.push_back("further numbers in the lines of vertices, which the keyword does not announce");
         }
         if (facesWithMore_ > 0) {
-            leftOut_.push_back("colours of " + countedWord(facesWithMore_, "face") +
+            leftOut_.push_back("colours of " + counted(facesWithMore_, "face") +
                                ", which are not of three or four numbers");
         }
     }
 
     std::vector<NewAttribute> vertexAttributes(std::uint64_t vertices) {
         std::vector<NewAttribute> attributes{positionAttribute(positions_)};
-        const auto add = [&](std::optional<NewAttribute> attribute) {
-            if (attribute) {
-                attributes.push_back(std::move(*attribute));
-            }
-        };
         if (kind_.hasNormals && vertices > 0) {
-            add(normalAttribute(std::move(normals_), leftOut_));
+            addNormals(attributes, std::move(normals_), leftOut_);
         }
         if (kind_.hasTexcoords && vertices > 0) {
-            add(texcoordAttribute(std::move(texcoords_), leftOut_));
+            addTexcoords(attributes, std::move(texcoords_), leftOut_);
         }
         if (kind_.hasColors && vertices > 0) {
             scaleByteColors(colors_, colorComponents_);
-            add(colorAttribute(std::move(colors_), colorComponents_, leftOut_));
+            addColors(attributes, std::move(colors_), colorComponents_, leftOut_);
         }
         return attributes;
     }
@@ -244,14 +238,12 @@ private:
                 dropped += faces.set.sizes.size();
             } else if (components > 0) {
                 scaleByteColors(faces.colors, components);
-                if (auto colors = colorAttribute(std::move(faces.colors), components, leftOut_)) {
-                    faces.set.faceAttributes.push_back(std::move(*colors));
-                }
+                addColors(faces.set.faceAttributes, std::move(faces.colors), components, leftOut_);
             }
             sets.push_back(std::move(faces.set));
         }
         if (dropped > 0) {
-            leftOut_.push_back("colours of " + countedWord(dropped, "face") + ": the vertices have colours");
+            leftOut_.push_back("colours of " + counted(dropped, "face") + ": the vertices have colours");
         }
         return sets;
     }

@@ -105,16 +105,12 @@ NewAttribute PlyAttributes::positions() {
 std::vector<NewAttribute> PlyAttributes::normalsAndTexcoords() {
     std::vector<NewAttribute> attributes;
     if (const Properties normals = take({"nx", "ny", "nz"}); !normals.empty()) {
-        if (auto attribute = normalAttribute(valuesOf(normals), leftOut_)) {
-            attributes.push_back(std::move(*attribute));
-        }
+        addNormals(attributes, valuesOf(normals), leftOut_);
     }
     for (const Names& names : {Names{"u", "v"}, Names{"s", "t"}, Names{"texture_u", "texture_v"},
                                Names{"texture_s", "texture_t"}, Names{"tx", "ty"}}) {
         if (const Properties texcoords = take(names); !texcoords.empty()) {
-            if (auto attribute = texcoordAttribute(valuesOf(texcoords), leftOut_)) {
-                attributes.push_back(std::move(*attribute));
-            }
+            addTexcoords(attributes, valuesOf(texcoords), leftOut_);
             break;
         }
     }
@@ -140,8 +136,9 @@ std::vector<NewAttribute> PlyAttributes::colors() {
         attribute.values.normalized = true;
         return {attribute};
     }
-    const auto attribute = colorAttribute(valuesOf(properties, true), properties.size(), leftOut_);
-    return attribute ? std::vector{*attribute} : std::vector<NewAttribute>();
+    std::vector<NewAttribute> attributes;
+    addColors(attributes, valuesOf(properties, true), properties.size(), leftOut_);
+    return attributes;
 }
 
 std::vector<NewAttribute> PlyAttributes::others() {

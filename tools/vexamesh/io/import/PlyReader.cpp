@@ -1,6 +1,7 @@
 #include "io/import/PlyReader.h"
 
 #include "base/Errors.h"
+#include "base/Text.h"
 #include "io/AssetBuilder.h"
 #include "io/import/FaceSet.h"
 #include "io/import/ImportedAttributes.h"
@@ -65,7 +66,7 @@ public:
             }
         }
         if (ply_.trailingBytes > 0) {
-            leftOut_.push_back(countedWord(ply_.trailingBytes, "byte") + " after the last entry");
+            leftOut_.push_back(counted(ply_.trailingBytes, "byte") + " after the last entry");
         }
         return finish();
     }
@@ -84,9 +85,7 @@ private:
                 leftOut_.push_back("texture " + textureNames_[i] + ": no face with texture coordinates shows it");
             }
         }
-        Asset asset = builder_.finish();
-        asset.leftOut = std::move(leftOut_);
-        return asset;
+        return builder_.finish(std::move(leftOut_));
     }
 
     [[nodiscard]] std::size_t vertexCount() const { return vertices_.front().values.count; }
@@ -152,7 +151,7 @@ private:
             const auto texture = hasTexcoords || vertexHas("TEXCOORD_0") ? textureOf(numbers, f) : std::nullopt;
             FaceGroup& group = groups[{texture, hasTexcoords}];
             addFace(*indices, f, group);
-            addTexcoords(texcoords, f, group);
+            addCornerTexcoords(texcoords, f, group);
         }
         for (auto& [key, group] : groups) {
             addGroup(key, group, colors);
@@ -175,7 +174,7 @@ private:
         group.faces.push_back(face);
     }
 
-    static void addTexcoords(const PlyProperty* texcoords, std::size_t face, FaceGroup& group) {
+    static void addCornerTexcoords(const PlyProperty* texcoords, std::size_t face, FaceGroup& group) {
         const std::size_t length = lengthOf(texcoords, face);
         if (length > 0 && length != 2 * static_cast<std::size_t>(group.set.sizes.back())) {
             throw FormatError("face " + std::to_string(face) + " has " + std::to_string(length) + " numbers in its " +
@@ -191,10 +190,7 @@ private:
         // Corners come second where the vertices have texture coordinates, too.
         const int texcoordSet = key.second && vertexHas("TEXCOORD_0") ? 1 : 0;
         if (key.second) {
-            if (auto attribute = texcoordAttribute(std::move(group.texcoords), leftOut_)) {
-                attribute->name = "TEXCOORD_" + std::to_string(texcoordSet);
-                group.set.cornerAttributes.push_back(std::move(*attribute));
-            }
+            addTexcoords(group.set.cornerAttributes, std::move(group.texcoords), leftOut_, texcoordSet);
         }
         for (const NewAttribute& attribute : colors) {
             group.set.faceAttributes.push_back(gather(attribute, group.faces));

@@ -1,6 +1,7 @@
 #include "io/import/StlReader.h"
 
 #include "base/Errors.h"
+#include "base/Text.h"
 #include "io/AssetBuilder.h"
 #include "io/import/FaceSet.h"
 #include "io/import/ImportedAttributes.h"
@@ -74,7 +75,7 @@ public:
             attribute.values.bytes.insert(attribute.values.bytes.end(), color.begin(), color.end());
         }
         if (others > 0) {
-            leftOut.push_back("attribute bytes of " + countedWord(others, "facet") + ", which are not colours");
+            leftOut.push_back("attribute bytes of " + counted(others, "facet") + ", which are not colours");
         }
         return colored > 0 ? std::optional(std::move(attribute)) : std::nullopt;
     }
@@ -95,6 +96,17 @@ private:
     const Bytes& content_;
     std::optional<std::array<unsigned char, 4>> solidColor_;
 };
+
+/// The facets that a binary file announces.
+std::uint64_t announcedFacets(std::string_view begin) {
+    return begin.size() < headerSize
+               ? 0
+               : loadValue<std::uint32_t>(reinterpret_cast<const unsigned char*>(begin.data()) + titleSize);
+}
+
+std::uint64_t binarySize(std::uint64_t facets) {
+    return headerSize + facetSize * facets;
+}
 
 void addSolid(const std::string& name, Welded solid, AssetBuilder& builder, std::vector<std::string>& leftOut) {
     builder.addMesh(name, makePrimitives({solid.positions}, {&solid.faces, 1}, leftOut));
@@ -133,20 +145,17 @@ void addText(std::string_view text, AssetBuilder& builder, std::vector<std::stri
 } // namespace
 
 void checkStlSize(std::string_view begin, std::uint64_t fileSize) {
-    const std::uint64_t facets =
-        begin.size() < headerSize
-            ? 0
-            : loadValue<std::uint32_t>(reinterpret_cast<const unsigned char*>(begin.data()) + titleSize);
-    const std::uint64_t size = headerSize + facetSize * facets;
+    const std::uint64_t facets = announcedFacets(begin);
+    const std::uint64_t size = binarySize(facets);
     if (fileSize == size || isStlText(begin)) {
         return;
     }
     if (fileSize < size) {
-        throw FormatError("is cut off: " + countedWord(facets, "facet") + " would take " + std::to_string(size) +
+        throw FormatError("is cut off: " + counted(facets, "facet") + " would take " + std::to_string(size) +
                           " bytes, " + std::to_string(fileSize) + " are there");
     }
     throw FormatError("is damaged: " + std::to_string(fileSize - size) + " bytes follow the " +
-                      countedWord(facets, "facet") + " that it announces");
+                      counted(facets, "facet") + " that it announces");
 }
 
 Asset readStl(const Bytes& content) {
@@ -154,17 +163,12 @@ Asset readStl(const Bytes& content) {
     checkStlSize(textOf(content).substr(0, beginSize), content.size());
     AssetBuilder builder;
     std::vector<std::string> leftOut;
-    const bool isBinary =
-        content.size() >= headerSize &&
-        content.size() == headerSize + facetSize * std::uint64_t{loadValue<std::uint32_t>(content.data() + titleSize)};
-    if (isBinary) {
+    if (content.size() == binarySize(announcedFacets(textOf(content)))) {
         addBinary(content, builder, leftOut);
     } else {
         addText(textOf(content), builder, leftOut);
     }
-    Asset asset = builder.finish();
-    asset.leftOut = std::move(leftOut);
-    return asset;
+    return builder.finish(std::move(leftOut));
 }
 
 } // namespace vexa::tool
