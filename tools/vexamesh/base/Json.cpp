@@ -55,6 +55,10 @@ std::string jsonText(const Json& json) {
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
+std::string compactText(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 std::string elementName(std::string_view array, std::size_t index) {
     return std::string(array) + "[" + std::to_string(index) + "]";
 }

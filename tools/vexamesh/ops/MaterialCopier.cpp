@@ -7,7 +7,7 @@
 namespace vexa::tool {
 
 std::size_t MaterialCopier::copyOnce(const char* array, Json entry) {
-    const std::string text = entry.dump(-1, ' ', false, Json::error_handler_t::replace);
+    const std::string text = compactText(entry);
     const auto found = copied_.find({array, text});
     if (found != copied_.end()) {
         return found->second;

@@ -28,7 +28,7 @@ std::size_t accessorHash(const Asset& asset, std::size_t index) {
     }
     const AccessorData data = readAccessor(asset, index);
     entry["hash"] = hashOf(data.bytes.data(), data.bytes.size());
-    return hashOf(entry.dump(-1, ' ', false, Json::error_handler_t::replace));
+    return hashOf(compactText(entry));
 }
 
 std::size_t viewHash(const Asset& asset, std::size_t index) {
@@ -84,8 +84,7 @@ Json uneditedContent(const Document& document, const std::vector<EditedPrimitive
 }
 
 bool isSameContent(const Json& a, const Json& b) {
-    const auto text = [](const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); };
-    return text(a) == text(b);
+    return compactText(a) == compactText(b);
 }
 
 } // namespace vexa::tool

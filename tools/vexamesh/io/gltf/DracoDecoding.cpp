@@ -1,6 +1,7 @@
 #include "io/gltf/DracoDecoding.h"
 
 #include "base/Errors.h"
+#include "io/AssetBuilder.h"
 #include "io/gltf/GltfCheck.h"
 #include "io/gltf/GltfExtensions.h"
 #include "io/gltf/UnusedData.h"
@@ -198,25 +199,22 @@ private:
         constexpr std::uint32_t maxByte = 255;
         constexpr std::uint32_t maxShort = 65535;
         // The declared type may be too narrow.
-        auto type = accessor["componentType"].get<int>();
+        auto type = accessor["componentType"].get<mesh::ComponentType>();
         const std::uint32_t last = mesh.num_points() - 1;
         type = last >= maxShort                                 ? mesh::UNSIGNED_INT
                : last >= maxByte && type == mesh::UNSIGNED_BYTE ? mesh::UNSIGNED_SHORT
                                                                 : type;
-        Bytes bytes;
+        std::vector<unsigned int> indices;
+        indices.reserve(std::size_t{mesh.num_faces()} * 3);
         for (draco::FaceIndex face(0); face < mesh.num_faces(); ++face) {
             for (const draco::PointIndex& point : mesh.face(face)) {
-                if (type == mesh::UNSIGNED_BYTE) {
-                    bytes.push_back(static_cast<unsigned char>(point.value()));
-                } else if (type == mesh::UNSIGNED_SHORT) {
-                    appendValue(bytes, static_cast<std::uint16_t>(point.value()));
-                } else {
-                    appendValue(bytes, point.value());
-                }
+                indices.push_back(point.value());
             }
         }
+        Bytes bytes;
+        appendIndices(bytes, indices, type);
         accessor["componentType"] = type;
-        accessor["count"] = std::size_t{mesh.num_faces()} * 3;
+        accessor["count"] = indices.size();
         accessor.erase("min");
         accessor.erase("max");
         return {std::move(bytes), 0};

@@ -266,7 +266,7 @@ AccessorModel toModel(const tinygltf::Accessor& source) {
 }
 
 AssetModel loadModel(const Json& document, std::vector<Bytes>& buffers) {
-    const std::string text = documentForLoader(document).dump(-1, ' ', false, Json::error_handler_t::replace);
+    const std::string text = compactText(documentForLoader(document));
     if (text.size() > std::numeric_limits<unsigned int>::max()) {
         throw FormatError("the document is larger than 4 GiB");
     }

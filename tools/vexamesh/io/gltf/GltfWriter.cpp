@@ -97,15 +97,11 @@ PackedDocument packDocument(const Json& json, const std::vector<Bytes>& buffers)
     return {std::move(document), std::move(binary)};
 }
 
-std::string textOf(const Json& json, int indent) {
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
-}
-
 } // namespace
 
 Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers) {
     const PackedDocument document = packDocument(json, buffers);
-    return joinGlb(textOf(document.json, -1), document.binary);
+    return joinGlb(compactText(document.json), document.binary);
 }
 
 Bytes writeGltf(const Json& json, const std::vector<Bytes>& buffers) {
@@ -113,7 +109,7 @@ Bytes writeGltf(const Json& json, const std::vector<Bytes>& buffers) {
     if (!document.binary.empty()) {
         document.json["buffers"][0]["uri"] = encodeDataUri(document.binary, "application/octet-stream");
     }
-    const std::string text = textOf(document.json, 2) + '\n';
+    const std::string text = jsonText(document.json);
     return {text.begin(), text.end()};
 }
 

@@ -23,50 +23,25 @@ struct References {
     std::vector<std::size_t> indexUses;  ///< per accessor: primitives that take their indices from it
     std::vector<bool> otherAccessorUses; ///< per accessor: whether anything else refers to it
     std::vector<bool> otherViewUses;     ///< per buffer view: whether anything but an accessor's elements refers to it
-    std::vector<std::size_t> accessorUses; ///< per buffer view: accessors whose elements it holds
 };
 
-void markAccessorUses(const Json& json, References& references) {
-    const auto mark = [&](const Json& value) { references.otherAccessorUses[value.get<std::size_t>()] = true; };
+References collectReferences(Json& json, const ExtensionReferences& extensions) {
+    const Json& accessors = arrayMember(json, "accessors", "");
+    const std::size_t views = arrayMember(json, "bufferViews", "").size();
+    References references{std::vector<std::size_t>(accessors.size()), std::vector<bool>(accessors.size()),
+                          std::vector<bool>(views)};
+    std::vector<std::size_t> uses(accessors.size());
+    forEachAccessorReference(json, [&](const Json& accessor) { ++uses[accessor.get<std::size_t>()]; });
     for (const Json& mesh : arrayMember(json, "meshes", "")) {
         for (const Json& primitive : mesh["primitives"]) {
             if (primitive.contains("indices")) {
                 ++references.indexUses[primitive["indices"].get<std::size_t>()];
             }
-            for (const Json& accessor : primitive["attributes"]) {
-                mark(accessor);
-            }
-            for (const Json& target : arrayMember(primitive, "targets", "")) {
-                std::for_each(target.begin(), target.end(), mark);
-            }
         }
     }
-    for (const Json& skin : arrayMember(json, "skins", "")) {
-        if (skin.contains("inverseBindMatrices")) {
-            mark(skin["inverseBindMatrices"]);
-        }
-    }
-    for (const Json& animation : arrayMember(json, "animations", "")) {
-        for (const Json& sampler : arrayMember(animation, "samplers", "")) {
-            mark(sampler["input"]);
-            mark(sampler["output"]);
-        }
-    }
-}
-
-References collectReferences(const Json& json, const ExtensionReferences& extensions) {
-    const Json& accessors = arrayMember(json, "accessors", "");
-    const std::size_t views = arrayMember(json, "bufferViews", "").size();
-    References references{std::vector<std::size_t>(accessors.size()), std::vector<bool>(accessors.size()),
-                          std::vector<bool>(views), std::vector<std::size_t>(views)};
-    markAccessorUses(json, references);
     for (std::size_t i = 0; i < accessors.size(); ++i) {
-        if (extensions.accessors.contains(i) || extensions.anything.contains(i)) {
-            references.otherAccessorUses[i] = true;
-        }
-        if (accessors[i].contains("bufferView")) {
-            ++references.accessorUses[accessors[i]["bufferView"].get<std::size_t>()];
-        }
+        references.otherAccessorUses[i] =
+            uses[i] > references.indexUses[i] || extensions.accessors.contains(i) || extensions.anything.contains(i);
         if (accessors[i].contains("sparse")) {
             for (const char* part : {"indices", "values"}) {
                 references.otherViewUses[accessors[i]["sparse"][part]["bufferView"].get<std::size_t>()] = true;

@@ -61,17 +61,9 @@ void forEachViewReference(Document& document, const Visit& visit) {
     forEachOf(document, "images", [&](auto& image) { visitMember(image, "bufferView", visit); });
 }
 
-/// Which elements of an array are referred to.
-template <class ForEachReference>
-std::vector<bool> usedElements(const Json& document, const char* array, const ForEachReference& forEachReference) {
-    std::vector<bool> used(arrayMember(document, array, "").size());
-    forEachReference(document, [&](const Json& reference) { used[reference.get<std::size_t>()] = true; });
-    return used;
-}
-
 std::vector<bool> usedAccessors(const Json& document) {
-    std::vector<bool> used = usedElements(
-        document, "accessors", [](const Json& json, const auto& visit) { visitAccessorReferences(json, visit); });
+    std::vector<bool> used(arrayMember(document, "accessors", "").size());
+    visitAccessorReferences(document, [&](const Json& accessor) { used[accessor.get<std::size_t>()] = true; });
     for (const std::size_t accessor : collectExtensionReferences(document).accessors) {
         if (accessor < used.size()) {
             used[accessor] = true;
@@ -81,8 +73,9 @@ std::vector<bool> usedAccessors(const Json& document) {
 }
 
 std::vector<bool> usedViews(const Json& document) {
-    return usedElements(document, "bufferViews",
-                        [](const Json& json, const auto& visit) { forEachViewReference(json, visit); });
+    std::vector<bool> used(arrayMember(document, "bufferViews", "").size());
+    forEachViewReference(document, [&](const Json& view) { used[view.get<std::size_t>()] = true; });
+    return used;
 }
 
 /// Removes the elements of an array that were used before and are not now; those after `before` are new.
