@@ -28,6 +28,24 @@ std::uint64_t sizeMember(const Json& object, const char* key, const std::string&
     return size;
 }
 
+/// Calls `visit(element, name)` for each element of an array that need not be there.
+///
+/// \param where the object's name in messages; "" for the document
+template <typename Visit>
+void forEachElement(const Json& object, const char* array, const std::string& where, const Visit& visit) {
+    const Json& elements = arrayMember(object, array, where);
+    const std::string name = where.empty() ? array : where + "." + array;
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+        visit(elements[i], elementName(name, i));
+    }
+}
+
+void requireObject(const Json& value, const std::string& where) {
+    if (!value.is_object()) {
+        throw FormatError(where + " is not an object");
+    }
+}
+
 void requireOne(std::uint64_t value, const std::string& what) {
     if (value == 0) {
         throw FormatError(what + " is 0");
@@ -58,29 +76,21 @@ void checkArrays(const Json& document) {
                                   "images",    "materials",  "meshes",      "nodes",   "samplers",
                                   "scenes",    "skins",      "textures"};
     for (const char* name : names) {
-        const Json& array = arrayMember(document, name, "");
-        for (std::size_t i = 0; i < array.size(); ++i) {
-            if (!array[i].is_object()) {
-                throw FormatError(elementName(name, i) + " is not an object");
-            }
-        }
+        forEachElement(document, name, "", requireObject);
     }
 }
 
 void checkBufferViews(const Json& document) {
+    forEachElement(document, "buffers", "", [](const Json& buffer, const std::string& where) {
+        requireOne(sizeMember(buffer, "byteLength", where), where + ".byteLength");
+    });
     const Json& buffers = arrayMember(document, "buffers", "");
-    for (std::size_t i = 0; i < buffers.size(); ++i) {
-        requireOne(sizeMember(buffers[i], "byteLength", elementName("buffers", i)),
-                   elementName("buffers", i) + ".byteLength");
-    }
-    const Json& views = arrayMember(document, "bufferViews", "");
-    for (std::size_t i = 0; i < views.size(); ++i) {
-        const std::string where = elementName("bufferViews", i);
-        const std::size_t buffer = indexMember(views[i], "buffer", where, buffers.size());
-        const std::uint64_t offset = sizeMember(views[i], "byteOffset", where, 0);
-        const std::uint64_t length = sizeMember(views[i], "byteLength", where);
+    forEachElement(document, "bufferViews", "", [&](const Json& view, const std::string& where) {
+        const std::size_t buffer = indexMember(view, "buffer", where, buffers.size());
+        const std::uint64_t offset = sizeMember(view, "byteOffset", where, 0);
+        const std::uint64_t length = sizeMember(view, "byteLength", where);
         requireOne(length, where + ".byteLength");
-        const std::uint64_t stride = sizeMember(views[i], "byteStride", where, 4);
+        const std::uint64_t stride = sizeMember(view, "byteStride", where, 4);
         if (stride < 4 || stride > 252 || stride % 4 != 0) {
             throw FormatError(where + ".byteStride is " + std::to_string(stride));
         }
@@ -89,7 +99,7 @@ void checkBufferViews(const Json& document) {
             throw FormatError(where + " reaches to byte " + std::to_string(offset + length) + " of buffers[" +
                               std::to_string(buffer) + "], which has " + std::to_string(available));
         }
-    }
+    });
 }
 
 /// Checks that `count` elements of `size` bytes, `stride` apart, lie inside a buffer view.
@@ -134,10 +144,7 @@ void checkSparse(const Json& accessor, const std::string& where, const Json& vie
 
 void checkAccessors(const Json& document) {
     const Json& views = arrayMember(document, "bufferViews", "");
-    const Json& accessors = arrayMember(document, "accessors", "");
-    for (std::size_t i = 0; i < accessors.size(); ++i) {
-        const Json& accessor = accessors[i];
-        const std::string where = elementName("accessors", i);
+    forEachElement(document, "accessors", "", [&](const Json& accessor, const std::string& where) {
         const std::uint64_t componentType = unsignedMember(accessor, "componentType", where);
         const std::string type = stringMember(accessor, "type");
         const std::uint64_t size = elementSize(componentType, type);
@@ -161,7 +168,7 @@ void checkAccessors(const Json& document) {
         if (accessor.contains("sparse")) {
             checkSparse(accessor, where, views, size);
         }
-    }
+    });
 }
 
 void checkIndices(const Json& accessor, const std::string& where) {
@@ -196,9 +203,7 @@ void checkAttributes(const Json& primitive, const std::string& where, const Json
 }
 
 void checkPrimitive(const Json& primitive, const std::string& where, const Json& accessors, MeshCheck check) {
-    if (!primitive.is_object()) {
-        throw FormatError(where + " is not an object");
-    }
+    requireObject(primitive, where);
     if (unsignedMember(primitive, "mode", where, mesh::TRIANGLES) > mesh::TRIANGLE_FAN) {
         throw FormatError(where + ".mode is " + primitive["mode"].dump());
     }
@@ -206,84 +211,66 @@ void checkPrimitive(const Json& primitive, const std::string& where, const Json&
         checkIndices(accessors[*indices], where);
     }
     checkAttributes(primitive, where, accessors, check);
-    const Json& targets = arrayMember(primitive, "targets", where);
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-        const std::string here = elementName(where + ".targets", i);
-        if (!targets[i].is_object()) {
-            throw FormatError(here + " is not an object");
-        }
-        for (const auto& [name, value] : targets[i].items()) {
+    forEachElement(primitive, "targets", where, [&](const Json& target, const std::string& here) {
+        requireObject(target, here);
+        for (const auto& [name, value] : target.items()) {
             indexValue(value, here + "." + name, accessors.size());
         }
-    }
+    });
 }
 
 void checkMeshes(const Json& document, MeshCheck check) {
     const Json& accessors = arrayMember(document, "accessors", "");
-    const Json& meshes = arrayMember(document, "meshes", "");
-    for (std::size_t m = 0; m < meshes.size(); ++m) {
-        const std::string where = elementName("meshes", m);
-        const Json& primitives = arrayMember(meshes[m], "primitives", where);
-        if (primitives.empty()) {
+    forEachElement(document, "meshes", "", [&](const Json& mesh, const std::string& where) {
+        if (arrayMember(mesh, "primitives", where).empty()) {
             throw FormatError(where + ".primitives is missing");
         }
-        for (std::size_t p = 0; p < primitives.size(); ++p) {
-            checkPrimitive(primitives[p], elementName(where + ".primitives", p), accessors, check);
-        }
-    }
+        forEachElement(mesh, "primitives", where, [&](const Json& primitive, const std::string& here) {
+            checkPrimitive(primitive, here, accessors, check);
+        });
+    });
 }
 
 /// The references of what is only carried along, to arrays that may change.
 void checkOtherReferences(const Json& document) {
     const std::size_t accessors = arrayMember(document, "accessors", "").size();
     const std::size_t views = arrayMember(document, "bufferViews", "").size();
-    const Json& images = arrayMember(document, "images", "");
-    for (std::size_t i = 0; i < images.size(); ++i) {
-        optionalIndexMember(images[i], "bufferView", elementName("images", i), views);
-    }
-    const Json& skins = arrayMember(document, "skins", "");
-    for (std::size_t i = 0; i < skins.size(); ++i) {
-        optionalIndexMember(skins[i], "inverseBindMatrices", elementName("skins", i), accessors);
-    }
-    const Json& animations = arrayMember(document, "animations", "");
-    for (std::size_t i = 0; i < animations.size(); ++i) {
-        const std::string where = elementName("animations", i);
-        const Json& samplers = arrayMember(animations[i], "samplers", where);
-        for (std::size_t s = 0; s < samplers.size(); ++s) {
-            const std::string here = elementName(where + ".samplers", s);
-            if (!samplers[s].is_object()) {
-                throw FormatError(here + " is not an object");
-            }
-            indexMember(samplers[s], "input", here, accessors);
-            indexMember(samplers[s], "output", here, accessors);
-        }
-    }
+    forEachElement(document, "images", "", [&](const Json& image, const std::string& where) {
+        optionalIndexMember(image, "bufferView", where, views);
+    });
+    forEachElement(document, "skins", "", [&](const Json& skin, const std::string& where) {
+        optionalIndexMember(skin, "inverseBindMatrices", where, accessors);
+    });
+    forEachElement(document, "animations", "", [&](const Json& animation, const std::string& where) {
+        forEachElement(animation, "samplers", where, [&](const Json& sampler, const std::string& here) {
+            requireObject(sampler, here);
+            indexMember(sampler, "input", here, accessors);
+            indexMember(sampler, "output", here, accessors);
+        });
+    });
 }
 
 /// The scene graph, which other tools follow.
 void checkScenes(const Json& document) {
-    const Json& scenes = arrayMember(document, "scenes", "");
     const Json& nodes = arrayMember(document, "nodes", "");
-    optionalIndexMember(document, "scene", "", scenes.size());
-    for (std::size_t i = 0; i < scenes.size(); ++i) {
-        const std::string where = elementName("scenes", i) + ".nodes";
-        for (const Json& node : arrayMember(scenes[i], "nodes", elementName("scenes", i))) {
-            indexValue(node, where, nodes.size());
+    optionalIndexMember(document, "scene", "", arrayMember(document, "scenes", "").size());
+    forEachElement(document, "scenes", "", [&](const Json& scene, const std::string& where) {
+        for (const Json& node : arrayMember(scene, "nodes", where)) {
+            indexValue(node, where + ".nodes", nodes.size());
         }
-    }
+    });
     const std::size_t meshes = arrayMember(document, "meshes", "").size();
     std::vector<bool> hasParent(nodes.size());
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        const std::string where = elementName("nodes", i);
-        optionalIndexMember(nodes[i], "mesh", where, meshes);
-        for (const Json& child : arrayMember(nodes[i], "children", where)) {
+    forEachElement(document, "nodes", "", [&](const Json& node, const std::string& where) {
+        optionalIndexMember(node, "mesh", where, meshes);
+        for (const Json& child : arrayMember(node, "children", where)) {
             const std::size_t index = indexValue(child, where + ".children", nodes.size());
             if (hasParent[index]) {
                 throw FormatError(elementName("nodes", index) + " has more than one parent");
             }
             hasParent[index] = true;
         }
-    }
+    });
     // With one parent at most, a node that no root leads to lies on a cycle or hangs below one.
     std::vector<std::size_t> reached;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
