@@ -57,14 +57,6 @@ bool hasNextCycle(const Triangle& triangle) {
     return e0.next == &e1 && e1.next == &e2 && e2.next == &e0;
 }
 
-std::uint32_t countTriangles(const HalfEdgeGraph::TriangleList& list) {
-    std::uint32_t count = 0;
-    for (const Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
-        ++count;
-    }
-    return count;
-}
-
 /// The bucket in which a triangle of this state waits.
 HalfEdgeGraph::TriangleList& bucketOf(std::int32_t state, HalfEdgeGraph::TriangleList* buckets) {
     return buckets[state >= 0 && state <= 3 ? state : 3];
@@ -209,9 +201,9 @@ bool HalfEdgeGraph::verify(bool verbose) const {
                                << (isSound ? "VALID" : "INVALID");
         }
     }
-    LOG_GRAPH_VERIFY() << "HEG: linked triangle count " << countTriangles(freeTriangles);
+    LOG_GRAPH_VERIFY() << "HEG: linked triangle count " << detail::countTriangles(freeTriangles);
     LOG_GRAPH_VERIFY() << "HEG: invalid triangle " << invalidCount;
-    LOG_GRAPH_VERIFY() << "HEG: nonmanifold split: " << countTriangles(claimedTriangles);
+    LOG_GRAPH_VERIFY() << "HEG: nonmanifold split: " << detail::countTriangles(claimedTriangles);
     LOG_GRAPH_VERIFY() << "HEG: triangle state: " << stateCounts[0] << "/" << stateCounts[1] << "/" << stateCounts[2]
                        << "/" << stateCounts[3];
 

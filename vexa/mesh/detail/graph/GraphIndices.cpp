@@ -88,11 +88,7 @@ auto trianglesOf(const HalfEdgeGraph::TriangleList& strip, bool reversed, OnTria
 }
 
 void fillIndexFromBatch(std::vector<unsigned int>& indices, const HalfEdgeGraph::TriangleList& batch) {
-    std::size_t count = 0;
-    for (const Triangle* triangle = batch.first; triangle != nullptr; triangle = triangle->next) {
-        ++count;
-    }
-    indices.resize(3 * count);
+    indices.resize(std::size_t{3} * detail::countTriangles(batch));
     auto index = indices.begin();
     for (const Triangle* triangle = batch.first; triangle != nullptr; triangle = triangle->next) {
         for (const HalfEdge& halfEdge : triangle->halfEdge) {

@@ -136,10 +136,7 @@ std::uint32_t commit(HalfEdgeGraph& graph, const Outcome& outcome, GraphNumberin
         return 0;
     }
     splice(rest, graph.claimedTriangles);
-    std::uint32_t count = 0;
-    for (const Triangle* triangle = rest.first; triangle != nullptr; triangle = triangle->next) {
-        ++count;
-    }
+    const std::uint32_t count = countTriangles(rest);
     if (count != 0) {
         graph.triangleLists.emplace_back(0, lists.handOver());
         *graph.triangleLists.back().second = rest;

@@ -2,10 +2,20 @@
 
 #include "vexa/mesh/HalfEdgeGraph.h"
 
+#include <cstdint>
+
 namespace vexa::mesh::detail {
 
 using Triangle = HalfEdgeGraph::Triangle;
 using TriangleList = HalfEdgeGraph::TriangleList;
+
+inline std::uint32_t countTriangles(const TriangleList& list) {
+    std::uint32_t count = 0;
+    for (const Triangle* triangle = list.first; triangle != nullptr; triangle = triangle->next) {
+        ++count;
+    }
+    return count;
+}
 
 /// Appends a triangle that is in no list.
 inline void append(TriangleList& list, Triangle& triangle) noexcept {
