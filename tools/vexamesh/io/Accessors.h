@@ -9,7 +9,7 @@
 
 namespace vexa::tool {
 
-/// The elements of an accessor, one after the other without gaps, whatever the file's layout is.
+/// The elements of an accessor, tightly packed, whatever the layout in the file.
 struct AccessorData {
     mesh::ComponentType componentType = mesh::FLOAT;
     std::string type; ///< glTF name, such as "VEC3"
@@ -20,16 +20,16 @@ struct AccessorData {
 
     [[nodiscard]] std::size_t elementSize() const { return count == 0 ? 0 : bytes.size() / count; }
 
-    /// A component as it is stored: normalised integers are not scaled.
+    /// A component as stored: normalised integers are not scaled.
     [[nodiscard]] double component(std::size_t element, std::size_t index) const;
 };
 
-/// Checks that sparse accessors replace elements that they have, which their data decides.
+/// Checks that the indices of sparse accessors, which are part of the buffers, are in range.
 ///
-/// \throw FormatError one does not; the text says which
+/// \throw FormatError names the first accessor with an index out of range
 void checkSparseAccessors(const Asset& asset);
 
-/// Reads an accessor, its sparse values included.
+/// Reads an accessor, including its sparse values.
 ///
 /// \throw FormatError a sparse index is out of range
 AccessorData readAccessor(const Asset& asset, std::size_t index);
@@ -39,11 +39,11 @@ AccessorData readAccessor(const Asset& asset, std::size_t index);
 /// \throw FormatError a sparse index is out of range
 std::vector<unsigned int> readIndices(const Asset& asset, std::size_t index);
 
-/// Checks indices as `readIndices` gives them.
+/// Checks indices that `readIndices` returned.
 ///
-/// \param vertices how many there are
-/// \param restarts whether decoded restart indices may be among them
-/// \throw FormatError an index is not below that, or is the restart index of its type; the text says which
+/// \param vertices number of vertices
+/// \param restarts whether decoded restart indices are allowed
+/// \throw FormatError names the first index that is not below `vertices`, or is the restart index of its type
 void checkIndices(const Asset& asset, std::size_t index, const std::vector<unsigned int>& indices, std::size_t vertices,
                   bool restarts = false);
 

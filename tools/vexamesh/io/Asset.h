@@ -11,38 +11,38 @@
 
 namespace vexa::tool {
 
-/// A glTF document in memory, complete: nothing in it is outside of it but images that could not be found.
+/// A complete glTF document in memory. It refers to files only for images that could not be read.
 ///
-/// `json` is what is edited and written, so that everything that nobody touches stays as it was, unknown members
-/// included. `model` says where in `buffers` the elements of its accessors are, as read by TinyGLTF.
+/// Edits change `json`, and `json` is written, so everything else stays as it was, including unknown members. `model`,
+/// as read by TinyGLTF, locates the elements of the accessors in `buffers`.
 struct Asset {
     Json json;
     std::vector<Bytes> buffers;
     AssetModel model;
-    std::vector<std::string> warnings; ///< what a person should know, a line each
+    std::vector<std::string> warnings; ///< for the user, a line each
     std::vector<std::string> leftOut; ///< data of the file that this document does not hold, a line each; also warnings
 };
 
-/// Makes an asset of a document whose buffers are at hand; checks it as `checkDocument` does.
+/// Makes an asset of a document and its buffers, after `checkDocument`.
 ///
 /// \param buffers one for each buffer of the document, at least as long as it declares
-/// \throw FormatError what is wrong, and where
+/// \throw FormatError says what is wrong and where
 Asset makeAsset(Json json, std::vector<Bytes> buffers, MeshCheck check = MeshCheck::Full);
 
-/// Reads a .gltf file or .glb file (the first bytes decide) from memory, with the files that it refers to.
-/// Images become buffer views, with their bytes as they are.
+/// Reads a .gltf or .glb file (the first bytes decide) from memory, and the files that it refers to. Images become
+/// buffer views with the same bytes.
 ///
-/// \param directory where its relative references start; empty: references to buffers are refused, to images left alone
-/// \throw FormatError what is wrong, and where
+/// \param directory base of relative references. If empty, references to buffers are refused and those to images kept
+/// \throw FormatError says what is wrong and where
 /// \throw FileError   a buffer's file is missing or cannot be read
 Asset readGltf(const Bytes& file, const std::filesystem::path& directory, MeshCheck check = MeshCheck::Full);
 
-/// The document as a binary glTF file with one buffer, which holds what the buffer views refer to and nothing else.
+/// The document as a binary glTF file with one buffer, which holds only the data that buffer views refer to.
 ///
 /// \throw FormatError it would be larger than 4 GiB
 Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers);
 
-/// The same as a .gltf file, its buffer as text in it.
+/// The same as a .gltf file with the buffer embedded as text.
 Bytes writeGltf(const Json& json, const std::vector<Bytes>& buffers);
 
 } // namespace vexa::tool

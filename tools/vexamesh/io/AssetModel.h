@@ -5,19 +5,19 @@
 
 namespace vexa::tool {
 
-/// Where a sparse accessor takes its elements, or their numbers, from.
+/// The place of the indices or values of a sparse accessor.
 struct SparsePart {
     std::size_t bufferView = 0;
     std::size_t byteOffset = 0;
-    int componentType = 0; ///< of the numbers
+    int componentType = 0; ///< of the indices
 };
 
-/// An accessor of a glTF document, as far as its elements are concerned.
+/// The parts of an accessor that locate and describe its elements.
 struct AccessorModel {
     int componentType = 0;
     bool normalized = false;
     bool isSparse = false;
-    bool holdsRestarts = false; ///< decoding a primitive's indices has found restart indices in it
+    bool holdsRestarts = false; ///< a primitive's indices in it include restart indices
     int bufferView = -1;        ///< -1: its elements are zero
     std::size_t byteOffset = 0;
     std::size_t count = 0;
@@ -32,7 +32,7 @@ struct BufferViewModel {
     std::size_t byteStride = 0; ///< 0: without gaps
 };
 
-/// The parts of a glTF document that reading elements needs.
+/// The parts of a glTF document that are needed to read elements.
 struct AssetModel {
     std::vector<AccessorModel> accessors;
     std::vector<BufferViewModel> bufferViews;

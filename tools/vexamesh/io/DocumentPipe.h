@@ -8,9 +8,9 @@ namespace vexa::tool {
 /// Sends a document to the parent process, without its decoded meshes.
 void sendDocument(PipeWriter& pipe, const Document& document);
 
-/// Receives what `sendDocument` has sent.
+/// Receives a document from `sendDocument`.
 ///
-/// \throw ProcessError the child process has ended before that
+/// \throw ProcessError the child process ended early
 Document receiveDocument(ChildProcess& child);
 
 } // namespace vexa::tool

@@ -8,20 +8,20 @@
 
 namespace vexa::tool {
 
-/// Limits on reading one file, as the user sets them.
+/// The user's limits on reading one file.
 struct ParseLimits {
-    std::optional<std::size_t> memory; ///< MiB; otherwise 4096 and eight times the size of the file
+    std::optional<std::size_t> memory; ///< MiB; by default 4096 plus eight times the size of the file
     unsigned int seconds = 300;
 };
 
-/// For every file that is read from now on.
+/// Sets the limits for every file that is read from now on.
 void setParseLimits(const ParseLimits& limits);
 
-/// Reads a file in a process of its own, so that a reader that crashes or exceeds its limits ends nothing but itself.
+/// Reads a file in a child process, so that a reader that crashes or exceeds its limits does not end the program.
 ///
-/// \param parse reads and checks the file, or throws what is wrong with it
+/// \param parse reads and checks the file; throws if something is wrong with it
 /// \return the document without its decoded meshes
-/// \throw FileError what `parse` has thrown, or how its process has ended
+/// \throw FileError carries the message of the exception from `parse`, or says how the child process ended
 Document readIsolated(const std::filesystem::path& file, const std::function<Document()>& parse);
 
 } // namespace vexa::tool

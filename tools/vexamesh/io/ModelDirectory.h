@@ -6,25 +6,25 @@
 
 namespace vexa::tool {
 
-/// Adds directories to whose files models may refer, for every model that is read from now on.
+/// Lets every model that is read from now on refer to files in these directories, too.
 void allowDirectories(const std::vector<std::filesystem::path>& directories);
 
-/// The directory of a model. The files that the model refers to must lie below it, or below a directory that the user
-/// allows, after symbolic links are resolved: a model from somewhere else must not bring the user's own files into what
-/// is made of it.
+/// The directory of a model. Files that the model refers to must lie below it, or below a directory that the user
+/// allows, after symbolic links are resolved. Otherwise an untrusted model could bring the user's own files into an
+/// output.
 class ModelDirectory {
 public:
     explicit ModelDirectory(std::filesystem::path directory) : directory_(std::move(directory)) {}
 
     [[nodiscard]] const std::filesystem::path& path() const { return directory_; }
 
-    /// The path of a file, which need not exist.
+    /// The path of a file. The file need not exist.
     ///
     /// \param name relative to the directory, or absolute
-    /// \throw FormatError the file lies elsewhere
+    /// \throw FormatError the file is outside the permitted directories
     [[nodiscard]] std::filesystem::path resolve(const std::string& name) const;
 
-    /// Whether there is a file of this name at a permitted place.
+    /// Whether a permitted file of this name exists.
     [[nodiscard]] bool contains(const std::string& name) const;
 
 private:

@@ -9,17 +9,17 @@
 
 namespace vexa::tool {
 
-/// Lists the extensions that a copied part of a document has.
+/// Lists the extensions of a copied part of a document.
 void noteExtensions(const Document& document, const Json& value, AssetBuilder& builder);
 
-/// Copies materials of documents, with the textures, samplers and images that they use, into an asset that is being
-/// built. What is the same is copied once.
+/// Copies materials, with the textures, samplers and images that they use, into an asset that is being built. Identical
+/// ones are copied once.
 class MaterialCopier {
 public:
     explicit MaterialCopier(AssetBuilder& builder) : builder_(builder) {}
 
-    /// \return the material's index in the new asset; nothing when the document has no such material
-    /// \throw FormatError the material, or what it refers to, is malformed
+    /// \return the material's index in the new asset; nothing if the document does not have it
+    /// \throw FormatError the material or something that it refers to is malformed
     std::optional<std::size_t> copy(const Document& document, std::size_t material);
 
 private:

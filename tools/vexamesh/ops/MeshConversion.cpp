@@ -86,7 +86,7 @@ AccessorData toFloats(const AccessorData& values) {
     const double divisor = divisorOf(values);
     for (std::size_t i = 0; i < values.count; ++i) {
         for (std::size_t c = 0; c < values.components; ++c) {
-            // The most negative integer stands for -1, too.
+            // The most negative integer also represents -1.
             const double value = values.component(i, c) / divisor;
             appendValue(floats.bytes, static_cast<float>(values.normalized ? std::max(value, -1.0) : value));
         }

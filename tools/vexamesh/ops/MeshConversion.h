@@ -8,27 +8,27 @@
 
 namespace vexa::tool {
 
-/// The name that the library gives an attribute: "position" and "normal" for glTF's "POSITION" and "NORMAL", which it
-/// treats specially; others keep theirs.
+/// The library's name for an attribute: "position" and "normal" for "POSITION" and "NORMAL", which the library treats
+/// specially. Other names stay the same.
 std::string libraryName(const std::string& gltfName);
 
-/// The way back.
+/// The inverse of `libraryName`.
 std::string gltfName(const std::string& libraryName);
 
-/// An attribute buffer of the library with these values.
+/// Copies values into an attribute buffer.
 std::shared_ptr<mesh::AttributeBuffer> toAttributeBuffer(const AccessorData& values, const std::string& name);
 
-/// A primitive as a mesh of the library: the indices in the type of the file (none when it has none), the attributes as
-/// they are stored, "position" first.
+/// Copies a primitive into a mesh of the library: indices, if the file has any, in their type in the file, and
+/// attributes as stored, "position" first.
 mesh::MeshPtr toMesh(const Document& document, const Primitive& primitive);
 
-/// The values of an attribute as floats: normalised integers become -1 to 1 or 0 to 1, as glTF wants.
+/// The values of an attribute as floats. Normalised integers are scaled to -1 to 1 or 0 to 1, as glTF specifies.
 AccessorData toFloats(const AccessorData& values);
 
-/// Gives a buffer of three floats per element unit length, element by element. What has no direction becomes (0, 0, 1).
+/// Scales each element of a buffer of three floats to unit length. Elements without a direction become (0, 0, 1).
 void normalize(mesh::AttributeBuffer& normals);
 
-/// "mesh 2, primitive 1": how reports name a primitive of a mesh with several.
+/// The name of a primitive in reports: "mesh 2, primitive 1", or just the mesh's name if it has only one.
 std::string primitiveName(const Mesh& mesh, std::size_t index);
 
 } // namespace vexa::tool

@@ -3,14 +3,14 @@
 #include "vexa/mesh/detail/elements/LaneKernels.h"
 #include "vexa/mesh/detail/elements/Lanes.h"
 
-// The kernels, for as many lanes as the including source is compiled for. See Lanes.h for what must not be used here.
+// The kernels, for the number of lanes of the including source. Lanes.h lists functions that must not be used here.
 namespace vexa::mesh::detail {
 namespace {
 
 constexpr unsigned long blockOfVectors = laneCount * vectorSize;
 constexpr unsigned long packedSize = 2;
 
-/// Copies elements to a block and repeats the last one up to its end, so the excess lanes repeat a computation.
+/// Copies elements to a block and fills the rest with the last one, so that excess lanes repeat its computation.
 inline void padElements(const unsigned char* elements, unsigned long elementSize, unsigned long count,
                         unsigned char* block) {
     for (unsigned long i = 0; i < laneCount; ++i) {
@@ -19,9 +19,9 @@ inline void padElements(const unsigned char* elements, unsigned long elementSize
     }
 }
 
-/// Applies a step to a row of elements: `step(source, target, blockCount)` works on whole blocks of lanes. The elements
-/// after the last whole block go through the same instructions in a padded copy, so that not even the choice among
-/// several NaNs depends on an element's position.
+/// Applies `step(source, target, blockCount)`, which works on whole blocks of lanes, to a row of elements. Elements
+/// after the last whole block go through the same instructions in a padded copy: even which of several NaNs results
+/// does not depend on an element's position.
 template <unsigned long SourceSize, unsigned long TargetSize, typename Step>
 void forEachBlock(const void* source, void* target, unsigned long count, const Step& step) {
     const auto* from = static_cast<const unsigned char*>(source);
@@ -95,7 +95,7 @@ struct AffineRows {
         const VectorLanes t{(m[0] * n.x + m[1] * n.y) + m[2] * n.z, (m[3] * n.x + m[4] * n.y) + m[5] * n.z,
                             (m[6] * n.x + m[7] * n.y) + m[8] * n.z};
         const FloatLanes norm = (absolute(t.x) + absolute(t.y)) + absolute(t.z);
-        // Dividing by 1 stands for no division.
+        // Dividing by 1 has the same result as no division.
         const FloatLanes divisor = select(areAtLeast(norm, smallest), norm, one);
         storeVectors(target + i * blockOfVectors, {t.x / divisor, t.y / divisor, t.z / divisor});
     }
@@ -114,14 +114,14 @@ struct BoundsLanes {
     VectorLanes max = bounds.max;
     for (unsigned long i = 0; i < blockCount; ++i) {
         const VectorLanes q = rows.times(loadVectors(positions + i * blockOfVectors));
-        // The order of the operands matters: the second one comes out when one is NaN or both are zeros.
+        // The order of the operands matters: the result is the second one if either is NaN or both are zeros.
         min = {minimum(q.x, min.x), minimum(q.y, min.y), minimum(q.z, min.z)};
         max = {maximum(q.x, max.x), maximum(q.y, max.y), maximum(q.z, max.z)};
     }
     bounds = {min, max};
 }
 
-/// The first zero, of either sign, among the placed positions' values of a component. There is one.
+/// The first zero, of either sign, among a component's values at the placed positions. There must be one.
 inline float findFirstZero(const unsigned char* positions, unsigned long count, const float* matrix, int component) {
     const MatrixRow row(matrix, component);
     unsigned long begin = 0;
@@ -140,8 +140,8 @@ inline float findFirstZero(const unsigned char* positions, unsigned long count, 
     return values[lane];
 }
 
-/// The result of the sequential chain that the lanes share, from its initial value and their results. The values agree,
-/// but of zeros of both signs a sequential chain keeps the first.
+/// The result of the sequential chain that is spread over the lanes, from its initial value and the results of the
+/// lanes. They agree in value, but if there are zeros of both signs, a sequential chain keeps the first.
 inline float endOfChain(float begin, FloatLanes lanes, bool isMinimum, const unsigned char* positions,
                         unsigned long count, const float* matrix, int component) {
     float ends[laneCount];
@@ -175,17 +175,17 @@ void extendBounds(float* min, float* max, const void* positions, unsigned long c
     max[2] = endOfChain(max[2], lanes.max.z, false, bytes, count, matrix, 2);
 }
 
-/// wrapOctahedronNormalValue. Rounding a difference of two floats to double first and then to float is rounding it to
-/// float at once (Figueroa 1995: a double has more than twice a float's digits), and a factor of 1 or -1 is a sign.
+/// wrapOctahedronNormalValue. Rounding a difference of two floats to double and then to float is the same as rounding
+/// it to float directly (Figueroa 1995: a double has more than twice a float's digits). A factor of 1 or -1 is a sign.
 inline FloatLanes wrap(FloatLanes a, FloatLanes b) {
     const FloatLanes sign = bitsBut(signBits(), areAtLeast(a, allLanes(0.0F)));
     return flipBits(allLanes(1.0F) - absolute(b), sign);
 }
 
-/// p * 0.5 + 0.5, clamped to [0, 1], times 255: truncated this is the byte. That the product is rounded first makes no
-/// difference, as it is never rounded up to an integer k. For floats from 1/2 on it is below k by a multiple of 1/2^24,
-/// and by at least k / 2^24, because 2^24 is 1 modulo 255; rounding up bridges less. Smaller floats are finer, and the
-/// same holds for them.
+/// p * 0.5 + 0.5, clamped to [0, 1], times 255: truncated this is the byte. Rounding the product first makes no
+/// difference, because it is never rounded up to an integer k. For floats from 1/2 on it is below k by a multiple of
+/// 1/2^24, and by at least k / 2^24, because 2^24 is 1 modulo 255; rounding up bridges less. Smaller floats are finer,
+/// and the same holds for them.
 inline FloatLanes toByteRange(FloatLanes p) {
     const FloatLanes half = allLanes(0.5F);
     // Both return the second operand for NaN, which therefore becomes 1.
@@ -205,7 +205,7 @@ inline FloatLanes toByteRange(FloatLanes p) {
     }
 }
 
-/// 2 * (byte / 255) - 1. The quotient is rounded to float at once, which gives the same (see wrap).
+/// 2 * (byte / 255) - 1. Rounding the quotient to float immediately gives the same result (see wrap).
 inline FloatLanes fromByteRange(FloatLanes bytes) {
     return allLanes(2.0F) * (bytes / allLanes(255.0F)) - allLanes(1.0F);
 }
@@ -245,7 +245,7 @@ void unpackNormals(const void* bytes, void* normals, unsigned long count) {
     forEachBlock<packedSize, vectorSize>(bytes, normals, count, unpackBlocks);
 }
 
-/// Whether no integer is above a limit. The size must be a multiple of four registers.
+/// Whether all integers are at most a limit. The size must be a multiple of four registers.
 template <typename Unsigned>
 [[gnu::noinline]] bool areBlocksUpTo(const unsigned char* integers, unsigned long sizeInBytes, Unsigned limit) {
     using Lanes = typename IntegerLanes<Unsigned>::Type;

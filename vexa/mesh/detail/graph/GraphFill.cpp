@@ -37,8 +37,8 @@ struct EdgeOccupants {
 };
 using TriangleOccupants = std::array<EdgeOccupants, 3>;
 
-/// Adds what the list of corner `i` shows: the half-edges that run as edge `i` does, and those opposite to the edge
-/// that arrives there.
+/// Counts the occupants in the list of corner `i`: half-edges in the direction of edge `i`, and half-edges opposite to
+/// the edge that ends there.
 void findAtCorner(const VertexList& list, const unsigned int* corners, std::size_t i, TriangleOccupants& edges) {
     const std::size_t arriving = (i + 2) % 3;
     const unsigned int leavesTo = corners[(i + 1) % 3];
@@ -53,9 +53,9 @@ void findAtCorner(const VertexList& list, const unsigned int* corners, std::size
     }
 }
 
-/// Adds what an entry of the list of one end of an edge shows of the edge, which begins at `from`.
+/// Counts the triangle of a list entry if it occupies an edge from `from`, where the list belongs to one of its ends.
 void findThrough(const VertexHalfEdge& entry, unsigned int from, unsigned int otherEnd, EdgeOccupants& edge) {
-    // A triangle with both vertices has an entry here: it leaves to the other end, or comes from there.
+    // The half-edge of such a triangle leaves for the other end, or the preceding one comes from there.
     const auto& [end, halfEdge] = entry;
     HalfEdge* const incoming = halfEdge->next->next;
     HalfEdge* const onEdge = end == otherEnd ? halfEdge : incoming->vertex == otherEnd ? incoming : nullptr;
@@ -68,9 +68,9 @@ void findThrough(const VertexHalfEdge& entry, unsigned int from, unsigned int ot
     }
 }
 
-/// Looks at each edge through the shorter list of its two ends, so that a vertex with a million triangles costs its
-/// neighbours nothing. All three lists are read side by side until one edge turns out to be full, which mostly shows
-/// near their beginning, however many triangles were split off there since: the other two edges do not matter then.
+/// Searches the shorter of the lists at the two ends of each edge, so that a vertex with a million triangles does not
+/// slow its neighbours down. The three lists are read in lockstep and only until one edge is full: then the other two
+/// do not matter. That is usually found early, even if many triangles were split off there since.
 void findThroughShorterLists(const std::array<const VertexList*, 3>& lists, const unsigned int* corners,
                              TriangleOccupants& edges) {
     std::array<std::size_t, 3> through{};
@@ -109,7 +109,7 @@ TriangleOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, 
     return edges;
 }
 
-/// Constructs a triangle in memory of the pool in one step: clearing it first would take twice as long.
+/// Constructs a triangle in the pool's memory in one step. Clearing the memory first would take twice as long.
 Triangle& construct(Triangle* memory, std::int32_t state, const unsigned int* corners,
                     const std::array<HalfEdge*, 3>& twins) noexcept {
     HalfEdge* const edges = memory->halfEdge;
@@ -149,15 +149,15 @@ void insert(HalfEdgeGraph& graph, Triangle* memory, const unsigned int* corners)
     detail::append(graph.freeTriangles, triangle);
 }
 
-/// Gives a vertex list room for some more half-edges: for `ifNew` if it is empty, otherwise geometrically, because many
-/// calls may each add little to it.
+/// Reserves room for some more half-edges in a vertex list: `ifNew` if it is empty, otherwise geometrically, because
+/// there may be many calls that each add a few.
 void reserveMore(VertexList& list, std::size_t added, std::size_t ifNew) {
     if (list.capacity() - list.size() < added) {
         list.reserve(list.empty() ? ifNew : std::max(list.size() + added, 2 * list.capacity()));
     }
 }
 
-/// Gives every vertex list room for the half-edges that the triangles add to it.
+/// Reserves room in every vertex list for the half-edges that the triangles add.
 void reserveCounted(std::vector<VertexList>& vertexHalfEdges, const unsigned int* indices, unsigned long indexCount) {
     if (indexCount < vertexHalfEdges.size() / 16) {
         std::vector<unsigned int> sorted(indices, indices + indexCount);
@@ -179,7 +179,7 @@ void reserveCounted(std::vector<VertexList>& vertexHalfEdges, const unsigned int
     }
 }
 
-/// Grows the outer list for some vertices, and takes that back unless it is kept.
+/// Grows the outer list to a number of vertices, and shrinks it back unless `keep` is called.
 class VertexGrowth {
 public:
     VertexGrowth(std::vector<VertexList>& lists, std::size_t vertexCount) : lists_(lists), oldSize_(lists.size()) {
@@ -203,7 +203,7 @@ private:
     bool isKept_ = false;
 };
 
-/// After `clear` the ends of the lists still point to triangles that died with the pool.
+/// After `clear`, the ends of the lists still point to freed triangles.
 void forgetDeadTriangles(HalfEdgeGraph& graph) noexcept {
     if (graph.pool.chunks == nullptr && graph.pool.used == 0) {
         graph.freeTriangles = {};
@@ -225,16 +225,16 @@ void prefetchLists(const std::vector<VertexList>& vertexHalfEdges, const unsigne
     }
 }
 
-/// Whether all lists are empty, so that the triangles of a batch can only be linked with one another.
+/// Whether all lists are empty, so that the triangles of a batch can only be linked to each other.
 bool isEmpty(const HalfEdgeGraph& graph) {
     return graph.pool.chunks == nullptr && std::all_of(graph.vertexHalfEdges.begin(), graph.vertexHalfEdges.end(),
                                                        [](const VertexList& list) { return list.empty(); });
 }
 
-/// Where the triangles of a batch will be: in new chunks of the same size, one after the other.
+/// The future addresses of the triangles of a batch, which fill new chunks of equal size.
 class BatchAddresses {
 public:
-    /// \param first the chunk from which the batch's first triangle is taken
+    /// \param first the chunk of the batch's first triangle
     explicit BatchAddresses(const Chunk* first)
         : capacity_(first->capacity), inverse_(std::numeric_limits<std::uint64_t>::max() / capacity_ + 1) {
         for (const Chunk* chunk = first; chunk != nullptr; chunk = chunk->next) {
@@ -249,11 +249,11 @@ public:
 
 private:
     /// triangle / capacity, as the upper half of a product with 2^64 / capacity, rounded up: exact for numbers of 32
-    /// bits (Lemire, Kaser, Kurz: Faster remainder by direct computation, 2019). The inverse of 1 has no room.
+    /// bits (Lemire, Kaser, Kurz: Faster remainder by direct computation, 2019). The inverse of 1 does not fit.
     [[nodiscard]] std::uint64_t divide(detail::TriangleId triangle) const {
         __extension__ using Product = unsigned __int128;
         const Product product = Product{triangle} * inverse_;
-        // cppcheck-suppress shiftTooManyBits  // it takes the product for one of 64 bits
+        // cppcheck-suppress shiftTooManyBits  // it mistakes the product for a number of 64 bits
         return inverse_ == 0 ? triangle : static_cast<std::uint64_t>(product >> 64);
     }
 

@@ -27,7 +27,7 @@ bool mayBeCentre(const std::vector<HalfEdgeGraph::VertexHalfEdge>& list, std::ui
     return !list.empty() && list.size() >= minFanTriangles && list.front().second != nullptr;
 }
 
-/// Prefetches the neighbours of a triangle: each twin, and the start of its triangle, which is at most 88 bytes before.
+/// Prefetches the neighbours of a triangle: each twin, and the start of its triangle, at most 88 bytes earlier.
 void prefetchNeighbours(const Triangle& triangle) {
     for (const HalfEdge& halfEdge : triangle.halfEdge) {
         if (halfEdge.twin != nullptr) {
@@ -39,7 +39,7 @@ void prefetchNeighbours(const Triangle& triangle) {
 
 } // namespace
 
-/// How many triangles there are to number, and where.
+/// The number of triangles to be numbered, and their range of addresses.
 struct GraphNumbering::Extent {
     Extent(const HalfEdgeGraph& source, const NumberingOptions& options) {
         add(source.freeTriangles);
@@ -150,7 +150,7 @@ void GraphNumbering::link(TriangleId id) {
     }
 }
 
-/// The id of a half-edge that is one of its triangle's three, or `noHalfEdge` when the triangle is not numbered.
+/// The id of a half-edge that its triangle holds, or `noHalfEdge` if the triangle is not numbered.
 HalfEdgeId GraphNumbering::find(const HalfEdge& halfEdge) const {
     const Triangle* const triangle = halfEdge.triangle;
     const auto id = static_cast<TriangleId>(triangle->state);
@@ -167,7 +167,7 @@ HalfEdgeId GraphNumbering::twinOf(const HalfEdge& halfEdge) const {
     if (const HalfEdgeId twin = find(*halfEdge.twin); twin != noHalfEdge) {
         return twin;
     }
-    // A triangle outside the lists can't be taken; those of strips still count as neighbours when a pass is undone.
+    // A triangle outside the lists cannot be taken. Those in strips still count as neighbours when a pass is undone.
     return halfEdge.twin->triangle->state < Triangle::inStrip ? graph_.border() : graph_.claimed();
 }
 
