@@ -140,6 +140,20 @@ TEST(LimitIndices, RefusesExtensionsThatMayReferToVertices) {
     expectRefusal(model, "mesh 0: the extension ACME_seams may refer to its vertices");
 }
 
+TEST(LimitIndices, KeepsTheFiguresOfTheInput) {
+    GltfModel model = gridModel(40, 40);
+    std::vector<std::uint16_t> indices = makeGrid(40, 40).indices;
+    indices.insert(indices.end(), {7, 7, 8});
+    model.primitive(0)["indices"] = model.addIndices(indices);
+    vexa::tool::StripSettings settings;
+    settings.indexBits = 8;
+    auto outcome = vexa::tool::stripDocument(documentOf(model), settings, {});
+    EXPECT_EQ(vexa::tool::readBackStrips(outcome), "");
+    EXPECT_EQ(outcome.total.degenerate, 1u);
+    EXPECT_EQ(outcome.total.indicesBefore, 9603u);
+    EXPECT_EQ(outcome.meshes[0].primitivesBefore, 1u);
+}
+
 TEST(LimitIndices, HoldsForTheStripsOfEveryJoin) {
     GltfModel model = gridModel(40, 40);
     model.addMesh(0, model.addIndices({0, 3, 3, 24}), 1);

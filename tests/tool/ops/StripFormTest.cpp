@@ -67,8 +67,9 @@ TEST(ChooseForm, LeavesTrianglesThatShareNoCorners) {
     for (const Joining joining : {Joining::Degenerate, Joining::Restart}) {
         const StripOutcome outcome = strip(separateFaces(300, false, true), joining);
         EXPECT_EQ(formOf(outcome).form, StripForm::Unchanged);
-        EXPECT_EQ(formOf(outcome).why,
-                  "no two triangles share corners: normals are per face; `--weld` joins positions");
+        EXPECT_EQ(
+            formOf(outcome).why,
+            "no two triangles share corners: normals are per face; `--weld` joins positions (`--weld 0` equal ones)");
         EXPECT_EQ(outcome.total.bytesAfter, outcome.total.bytesBefore);
         EXPECT_EQ(outcome.total.leftOver, 300u);
     }

@@ -28,9 +28,6 @@ void CutFlags::addTo(Flags& flags) {
     flags.add("--for-vertex-cache", forVertexCache_,
               "Short strips in an order that reuses transformed vertices, for more indices");
     flags.add("--max-strip", maxStrip_, "Most triangles of a strip", {.typeName = "N", .min = 1, .max = max});
-    flags.add("--index-bits", indexBits_,
-              "Split primitives of triangles until their indices fit, for hardware that has no wider ones",
-              {.typeName = "BITS", .choices = {"8", "16"}});
     flags.add("--bound", provesMin_,
               "Prove how few indices strips can have, which takes several times as long as the search at effort 2; "
               "done unasked for up to 20,000 triangles and from effort 3 on");
@@ -88,7 +85,6 @@ StripSettings CutFlags::settings() const {
     if (provesMin_ || settings.search.effort >= longEffort) {
         settings.provesMin = true;
     }
-    settings.indexBits = indexBits_ == "8" ? 8 : indexBits_ == "16" ? 16 : 0;
     settings.allStrips = allStrips_;
     settings.joining = join_ == "none"               ? Joining::None
                        : join_ == "restart"          ? Joining::Restart
@@ -103,7 +99,6 @@ std::string CutFlags::text() const {
     text += budget_ ? " --budget " + std::to_string(*budget_) : "";
     text += forVertexCache_ ? " --for-vertex-cache" : "";
     text += maxStrip_ > 0 ? " --max-strip " + std::to_string(maxStrip_) : "";
-    text += indexBits_.empty() ? "" : " --index-bits " + indexBits_;
     text += provesMin_ ? " --bound" : "";
     text += iterations_ ? " --iterations " + std::to_string(*iterations_) : "";
     text += fans_ > 0 ? " --fans " + std::to_string(fans_) : "";

@@ -30,7 +30,6 @@ private:
     std::optional<std::uint32_t> budget_; ///< microseconds per triangle
     bool forVertexCache_ = false;
     std::uint32_t maxStrip_ = 0; ///< most triangles of a strip; 0 for any number
-    std::string indexBits_;
     bool provesMin_ = false;
     std::optional<std::uint32_t> iterations_;
     std::uint32_t fans_ = 0; ///< fewest triangles of a fan; 0 makes none

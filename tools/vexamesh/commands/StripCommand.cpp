@@ -37,6 +37,14 @@ struct StripArguments {
     unsigned int jobs = std::max(1U, std::thread::hardware_concurrency());
     bool skipExisting = false;
     CutFlags cut;
+    std::string indexBits;
+
+    [[nodiscard]] StripSettings settings() const {
+        StripSettings settings = cut.settings();
+        settings.indexBits = indexBits == "8" ? 8 : indexBits == "16" ? 16 : 0;
+        return settings;
+    }
+
     bool json = false;
 };
 
@@ -55,7 +63,7 @@ void printOutcome(const StripArguments& arguments, const StripOutcome& outcome, 
 int stripOne(const StripArguments& arguments, Console& console) {
     const std::string& input = arguments.inputs.front();
     checkOutputName(arguments.output, ".glb", input);
-    StripSettings settings = arguments.cut.settings();
+    StripSettings settings = arguments.settings();
     const Session session(console);
     Document document = session.load(input);
     Progress progress(console);
@@ -87,7 +95,7 @@ int runStrip(const StripArguments& arguments, Console& console) {
         }
         return stripOne(arguments, console);
     }
-    StripSettings settings = arguments.cut.settings();
+    StripSettings settings = arguments.settings();
     // Over many small files, proofs that nobody asked for would add up.
     settings.provesMin = settings.provesMin.value_or(false);
     return stripMany({arguments.inputs, arguments.directory, arguments.jobs, arguments.skipExisting, arguments.json,
@@ -104,6 +112,9 @@ Command addFlags(Flags& flags) {
               {.showsDefault = true, .min = 1, .max = 1024});
     flags.add("--skip-existing", arguments->skipExisting, "Skip files that the directory already has");
     arguments->cut.addTo(flags);
+    flags.add("--index-bits", arguments->indexBits,
+              "Split primitives of triangles until their indices fit, for hardware that has no wider ones",
+              {.typeName = "BITS", .choices = {"8", "16"}});
     flags.add("--json", arguments->json, "Print JSON instead of a table");
     return [arguments](Console& console) { return runStrip(*arguments, console); };
 }

@@ -193,6 +193,13 @@ private:
     StripOutcome outcome_;
 };
 
+/// Triangles of a list that draw nothing.
+std::size_t countDegenerate(const Primitive& primitive) {
+    return primitive.type == mesh::TRIANGLES
+               ? primitive.indices.size() / 3 - mesh::toTriangles(primitive.type, primitive.indices).size() / 3
+               : 0;
+}
+
 /// Counts the primitives of triangles of a document, and their indices.
 void countInput(const Document& document, StripOutcome& outcome) {
     IndexCounter counter(outcome.total);
@@ -203,6 +210,7 @@ void countInput(const Document& document, StripOutcome& outcome) {
             if (hasTriangles(primitive)) {
                 ++stats.primitivesBefore;
                 counter.countBefore(primitive, {}, stats);
+                stats.degenerate += countDegenerate(primitive);
             }
         }
     }
@@ -214,6 +222,7 @@ void takeInput(const StripOutcome& input, StripOutcome& outcome) {
         to.primitivesBefore = from.primitivesBefore;
         to.indicesBefore = from.indicesBefore;
         to.bytesBefore = from.bytesBefore;
+        to.degenerate = from.degenerate;
     };
     take(input.total, outcome.total);
     for (std::size_t m = 0; m < outcome.meshes.size(); ++m) {

@@ -75,7 +75,7 @@ std::string whyNotStrips(const Document& document, const Primitive& primitive, b
         const bool isRepeated = arePositionsRepeated(document, primitive);
         const char* help = !isRepeated ? ""
                            : primitive.findAttribute("NORMAL") != nullptr
-                               ? ": normals are per face; `--weld` joins positions"
+                               ? ": normals are per face; `--weld` joins positions (`--weld 0` equal ones)"
                                : ": positions are repeated; `--weld` joins them";
         return std::string(shared == 0 ? "no two triangles share corners" : "few triangles share corners") + help;
     }
