@@ -21,7 +21,7 @@ void CutFlags::addTo(Flags& flags) {
     constexpr std::uint64_t max = std::numeric_limits<std::uint32_t>::max();
     flags.add("--effort", effort_,
               "How hard to search for few indices: 0 greedily; 1 joins its strips; 2 (the default) plans them around "
-              "vertices; 3 takes about 20 times as long for 2 % fewer; 4 takes the time of --budget",
+              "vertices; 3 takes 10 to 15 times as long for 1 to 3 % fewer; 4 takes the time of --budget",
               {.typeName = "0-4", .max = timedEffort});
     flags.add("--budget", budget_, "Time per triangle of the search at effort 4 (default: 10)",
               {.typeName = "MICROSECONDS", .min = 1, .max = max});
@@ -30,7 +30,7 @@ void CutFlags::addTo(Flags& flags) {
     flags.add("--max-strip", maxStrip_, "Most triangles of a strip", {.typeName = "N", .min = 1, .max = max});
     flags.add("--bound", provesMin_,
               "Prove how few indices strips can have, which takes several times as long as the search at effort 2; "
-              "done unasked for up to 20,000 triangles and from effort 3 on");
+              "done unasked for primitives of up to 20,000 triangles and from effort 3 on");
     flags.add("--iterations", iterations_,
               "Search in passes instead: at random, the best of N; never worse than with one pass",
               {.typeName = "N", .min = 1, .max = max});

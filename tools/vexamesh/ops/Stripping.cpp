@@ -13,7 +13,7 @@ namespace {
 
 using mesh::IndexedPrimitive;
 
-/// Triangles up to which the bound takes less than a tenth of a second and is proven unasked.
+/// Triangles up to which the bound takes about a tenth of a second and is proven unasked.
 constexpr std::size_t maxUnaskedBound = 20'000;
 
 /// One in so many triangles must be in no strip for a list of these to save much.
