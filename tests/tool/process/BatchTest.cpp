@@ -20,14 +20,14 @@ TEST(RunBatch, RunsEveryItemAndKeepsTheirOrder) {
                                                  items, 3,
                                                  [](const BatchItem& item) {
                                                      BatchResult result;
-                                                     result.triangles = std::stoul(item.input);
+                                                     result.summary = {{"number", std::stoul(item.input)}};
                                                      return result;
                                                  },
                                                  [&](std::size_t done) { told.push_back(done); })
                                                  .results;
     ASSERT_EQ(results.size(), items.size());
     for (std::size_t i = 0; i < results.size(); ++i) {
-        EXPECT_EQ(results[i].triangles, i);
+        EXPECT_EQ(results[i].summary["number"], i);
     }
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_EQ(told.back(), 20u);

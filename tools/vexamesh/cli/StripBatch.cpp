@@ -18,6 +18,21 @@ namespace fs = std::filesystem;
 
 namespace {
 
+Json summaryOf(const StripOutcome& outcome, double seconds, const std::vector<std::string>& leftOut) {
+    const auto& total = outcome.total;
+    const auto perTriangle = [&](std::uint64_t indices) {
+        return total.triangles == 0 ? 0 : static_cast<double>(indices) / static_cast<double>(total.triangles);
+    };
+    return {{"triangles", total.triangles},
+            {"indicesBefore", total.indicesBefore},
+            {"indicesAfter", total.indicesAfter},
+            {"indicesPerTriangle", perTriangle(total.indicesAfter)},
+            {"minIndices", total.minIndices ? Json(*total.minIndices) : Json()},
+            {"minIndicesPerTriangle", total.minIndices ? Json(perTriangle(*total.minIndices)) : Json()},
+            {"seconds", seconds},
+            {"leftOut", leftOut}};
+}
+
 BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
     BatchResult result;
     const auto begin = std::chrono::steady_clock::now();
@@ -25,11 +40,8 @@ BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
         const Session session([&](const std::string& warning) { result.warnings.push_back(warning); });
         StripOutcome outcome = stripDocument(session.load(item.input), settings, {});
         session.write(item.output, outcome.file, [&](const Bytes&) { return readBackStrips(outcome); });
-        result.triangles = outcome.total.triangles;
-        result.indicesBefore = outcome.total.indicesBefore;
-        result.indicesAfter = outcome.total.indicesAfter;
-        result.minIndices = outcome.total.minIndices;
-        result.leftOut = session.leftOut();
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+        result.summary = summaryOf(outcome, seconds.count(), session.leftOut());
         for (const std::string& warning : stripWarnings(outcome)) {
             session.warn(item.input, warning);
         }
@@ -39,16 +51,7 @@ BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
     } catch (const std::exception& error) {
         result.error = error.what();
     }
-    result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     return result;
-}
-
-double perTriangle(std::uint64_t indices, const BatchResult& result) {
-    return result.triangles == 0 ? 0 : static_cast<double>(indices) / static_cast<double>(result.triangles);
-}
-
-Json minPerTriangle(const BatchResult& result) {
-    return result.minIndices ? Json(perTriangle(*result.minIndices, result)) : Json();
 }
 
 Json resultJson(const BatchItem& item, const BatchResult& result) {
@@ -67,14 +70,7 @@ Json resultJson(const BatchItem& item, const BatchResult& result) {
         json["notStarted"] = true;
         break;
     case BatchResult::State::Done:
-        json["triangles"] = result.triangles;
-        json["indicesBefore"] = result.indicesBefore;
-        json["indicesAfter"] = result.indicesAfter;
-        json["indicesPerTriangle"] = perTriangle(result.indicesAfter, result);
-        json["minIndices"] = result.minIndices ? Json(*result.minIndices) : Json();
-        json["minIndicesPerTriangle"] = minPerTriangle(result);
-        json["seconds"] = result.seconds;
-        json["leftOut"] = result.leftOut;
+        json.update(result.summary);
         break;
     }
     return json;
@@ -101,12 +97,12 @@ std::vector<Json> tableRow(const BatchItem& item, const BatchResult& result) {
         return without("not started");
     default:
         return {item.input,
-                result.triangles,
-                result.indicesBefore,
-                result.indicesAfter,
-                perTriangle(result.indicesAfter, result),
-                minPerTriangle(result),
-                result.seconds,
+                result.summary["triangles"],
+                result.summary["indicesBefore"],
+                result.summary["indicesAfter"],
+                result.summary["indicesPerTriangle"],
+                result.summary["minIndicesPerTriangle"],
+                result.summary["seconds"],
                 "done"};
     }
 }

@@ -19,34 +19,23 @@ namespace {
 
 void sendResult(PipeWriter& pipe, const BatchResult& result) {
     pipe.writeValue(result.state);
-    for (const std::size_t figure : {result.triangles, result.indicesBefore, result.indicesAfter}) {
-        pipe.writeValue(figure);
-    }
-    pipe.writeValue(result.minIndices);
-    pipe.writeValue(result.seconds);
+    const std::vector<std::uint8_t> summary = Json::to_cbor(result.summary);
+    pipe.writeBlock(summary.data(), summary.size());
     pipe.writeText(result.error);
-    for (const auto* lines : {&result.warnings, &result.leftOut}) {
-        pipe.writeValue(lines->size());
-        for (const std::string& line : *lines) {
-            pipe.writeText(line);
-        }
+    pipe.writeValue(result.warnings.size());
+    for (const std::string& warning : result.warnings) {
+        pipe.writeText(warning);
     }
 }
 
 BatchResult receiveResult(ChildProcess& child) {
     BatchResult result;
     result.state = child.readValue<BatchResult::State>();
-    for (std::size_t* figure : {&result.triangles, &result.indicesBefore, &result.indicesAfter}) {
-        *figure = child.readValue<std::size_t>();
-    }
-    result.minIndices = child.readValue<std::optional<std::uint64_t>>();
-    result.seconds = child.readValue<double>();
+    result.summary = Json::from_cbor(child.readBlock());
     result.error = child.readText();
-    for (auto* lines : {&result.warnings, &result.leftOut}) {
-        lines->resize(child.readValue<std::size_t>());
-        for (std::string& line : *lines) {
-            line = child.readText();
-        }
+    result.warnings.resize(child.readValue<std::size_t>());
+    for (std::string& warning : result.warnings) {
+        warning = child.readText();
     }
     child.wait();
     return result;

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "base/Bytes.h"
+#include "base/Json.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,14 +27,9 @@ struct BatchResult {
     };
 
     State state = State::Failed;
-    std::size_t triangles = 0;
-    std::size_t indicesBefore = 0;
-    std::size_t indicesAfter = 0;
-    std::optional<std::uint64_t> minIndices; ///< no strips can have fewer; nothing if that was not proven
-    double seconds = 0;
+    Json summary;                      ///< of an item that is done, in the caller's own form
     std::string error;                 ///< why it failed
     std::vector<std::string> warnings; ///< one line each
-    std::vector<std::string> leftOut;  ///< data of the input that the output does not hold, one line each
 };
 
 /// The results of a batch.
