@@ -46,6 +46,45 @@ TEST(ReplaceIndices, ReplacesTheOldIndicesInPlace) {
     EXPECT_EQ(written(asset).meshes[0].primitives[0].indices, (std::vector<unsigned int>{0, 1, 3, 4}));
 }
 
+/// Three strips with the same vertices.
+GltfModel threeStrips() {
+    GltfModel model = gridModel(2, 2);
+    model.primitive(0)["mode"] = 5;
+    for (int i = 0; i < 2; ++i) {
+        Json other = model.primitive(0);
+        other["indices"] = model.addIndices({4, 5, 7, 8});
+        model.json["meshes"][0]["primitives"].push_back(other);
+    }
+    return model;
+}
+
+TEST(ReplaceIndices, MakesOnePrimitiveOfNeighbours) {
+    Asset asset = assetOf(threeStrips());
+    IndexEdit edit{0, 1, {{mesh::TRIANGLES, {4, 5, 7}}}};
+    edit.count = 2;
+    const auto edited = vexa::tool::replaceIndices(asset, {edit});
+    EXPECT_EQ(edited[0].firstPrimitive, 1u);
+    const auto document = written(asset);
+    ASSERT_EQ(document.meshes[0].primitives.size(), 2u);
+    EXPECT_EQ(document.meshes[0].primitives[0].indices.size(), 24u);
+    EXPECT_EQ(document.meshes[0].primitives[1].indices, (std::vector<unsigned int>{4, 5, 7}));
+    EXPECT_EQ(asset.json["accessors"].size(), 3u);
+}
+
+TEST(ReplaceIndices, KeepsAccessorsOfNeighboursThatAnUnknownExtensionMayNeed) {
+    GltfModel model = threeStrips();
+    model.json["extensions"]["ACME_notes"] = {{"page", 3}};
+    model.json["extensionsUsed"] = {"ACME_notes"};
+    Asset asset = assetOf(model);
+    IndexEdit edit{0, 0, {{mesh::TRIANGLES, {4, 5, 7}}}};
+    edit.count = 3;
+    vexa::tool::replaceIndices(asset, {edit});
+    const auto document = written(asset);
+    EXPECT_EQ(document.meshes[0].primitives.size(), 1u);
+    EXPECT_EQ(document.meshes[0].primitives[0].indices, (std::vector<unsigned int>{4, 5, 7}));
+    EXPECT_EQ(asset.json["accessors"].size(), 4u);
+}
+
 TEST(ReplaceIndices, DropsTheOldBytes) {
     const GltfModel model = gridModel(20, 10);
     Asset asset = assetOf(model);
