@@ -301,6 +301,8 @@ HalfEdgeGraph::Triangle* HalfEdgeGraph::addTriangle(unsigned int v0, unsigned in
 }
 
 void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long indexCount) {
+    // A null pointer with a wrong count does not make a span.
+    detail::checkTriangleCount("HalfEdgeGraph::addTriangles", indexCount);
     detail::checkTriangles("HalfEdgeGraph::addTriangles", {indices, indexCount});
     if (indexCount == 0) {
         forgetDeadTriangles(*this);

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
 namespace vexa::mesh::detail {
+
+/// \param caller name of the public function, with which the message begins
+/// \throw std::invalid_argument the number of indices is not a multiple of 3
+void checkTriangleCount(const char* caller, std::size_t indexCount);
 
 /// Checks that a list can be cut into strips.
 ///
