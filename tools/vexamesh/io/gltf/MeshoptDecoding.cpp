@@ -106,6 +106,10 @@ void decodeColors(unsigned char* data, std::size_t count) {
     }
 }
 
+std::string meshoptimizerVersion() {
+    return std::to_string(MESHOPTIMIZER_VERSION / 1000) + "." + std::to_string(MESHOPTIMIZER_VERSION % 1000 / 10);
+}
+
 void applyFilter(const Compression& view, unsigned char* data) {
     if (view.filter == "OCTAHEDRAL") {
         meshopt_decodeFilterOct(data, view.count, view.stride);
@@ -126,7 +130,9 @@ void decode(const Compression& view, unsigned char* target, const std::string& w
     if (view.mode == "ATTRIBUTES") {
         constexpr unsigned char newerVersion = 0xa1;
         if (view.size > 0 && view.data[0] == newerVersion) {
-            fail(where, "has vertex data of version 1, which is not supported; compress it as version 0 or not at all");
+            fail(where, "has vertex data of version 1, which meshoptimizer " + meshoptimizerVersion() +
+                            " cannot decode; write the file without compression (gltfpack: without -c, -cc or -cz), or "
+                            "with EXT_meshopt_compression, whose data has version 0");
         }
         result = meshopt_decodeVertexBuffer(target, view.count, view.stride, view.data, view.size);
     } else if (view.mode == "TRIANGLES") {
