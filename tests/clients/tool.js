@@ -4,6 +4,7 @@ import { execFileSync } from 'node:child_process';
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { basename, extname, join } from 'node:path';
+import { writeFeatureModel } from './featureModels.js';
 import { edges, mirrored } from './geometry.js';
 import { drawnByGroups, drawnByRestarts } from './restart.js';
 import { readObj } from './threeReader.js';
@@ -50,6 +51,11 @@ export function writeModel(name, text) {
     const file = join(directory, name);
     writeFileSync(file, text);
     return file;
+}
+
+/// Writes a model with a feature; see `featureModels.js`.
+export function featureModel(name) {
+    return writeFeatureModel(name, join(directory, `${name}.glb`));
 }
 
 /// Runs the tool and returns the file that it wrote.
