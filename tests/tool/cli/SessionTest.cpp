@@ -103,7 +103,7 @@ TEST_F(SessionWrite, RefusesDamagedStrips) {
 TEST_F(SessionWrite, RefusesDamagedTriangles) {
     auto strips = vexa::tool::stripDocument(load(), {}, {});
     vexa::tool::writeFile(directory / "strips.glb", strips.file);
-    const auto triangles = vexa::tool::unstripDocument(session.load(directory / "strips.glb"), false);
+    const auto triangles = vexa::tool::unstripDocument(session.load(directory / "strips.glb"));
     expectGlbDamageFound(triangles.file, triangles.findFault);
 }
 

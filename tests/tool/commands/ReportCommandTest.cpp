@@ -53,6 +53,14 @@ TEST_F(ReportCommand, AgreesWithStrip) {
     EXPECT_EQ(figuresOf(report), figuresOf(Json::parse(runForked(arguments).out)));
 }
 
+TEST_F(ReportCommand, NamesTheFlagsOfJoinedVertices) {
+    GltfModel model = gridModel(2, 2);
+    model.writeGlb(in);
+    const ProcessResult result = runForked({"report", in, "-o", out, "--weld", "0.25", "--json"});
+    EXPECT_EQ(Json::parse(result.out)["weld"]["joined"], 0);
+    EXPECT_EQ(countOf(readText(out), "--weld 0.25"), 2u);
+}
+
 TEST_F(ReportCommand, PutsTheVerdictBeforeEverythingElse) {
     report(gridModel(4, 4));
     const std::size_t verdict = page.find("Same triangles: yes");

@@ -61,6 +61,25 @@ TEST(WriteFile, KeepsTheOldFileWhereTheDiskRefusesTheNewOne) {
     EXPECT_THAT(directory.files(), ElementsAre("out"));
 }
 
+TEST(WriteFiles, ReplacesNoneBeforeBothAreOnTheDisk) {
+    const TemporaryDirectory directory;
+    calls.clear();
+    vexa::tool::writeFiles(directory / "a", {1}, directory / "b", {2});
+    EXPECT_THAT(calls,
+                ElementsAre("fsync file", "fsync file", "rename", "fsync directory", "rename", "fsync directory"));
+    EXPECT_EQ(readText(directory / "a"), "\1");
+    EXPECT_EQ(readText(directory / "b"), "\2");
+}
+
+TEST(WriteFiles, KeepsBothWhereOneCannotBeWritten) {
+    const TemporaryDirectory directory;
+    writeText(directory / "a", "old");
+    std::filesystem::create_directory(directory / "b");
+    EXPECT_THROW(vexa::tool::writeFiles(directory / "a", {1}, directory / "b", {2}), FileError);
+    EXPECT_EQ(readText(directory / "a"), "old");
+    EXPECT_THAT(directory.files(), ElementsAre("a", "b"));
+}
+
 TEST(WriteFile, GivesNewFilesTheUsualPermissions) {
     const TemporaryDirectory directory;
     const mode_t mask = ::umask(027);

@@ -33,7 +33,7 @@ public:
     static std::string faultOf(const std::function<Document()>& parse, const ParseLimits& limits = {}) {
         vexa::tool::setParseLimits(limits);
         try {
-            vexa::tool::readIsolated("model.ply", parse);
+            vexa::tool::readIsolated("model.ply", 0, parse);
         } catch (const vexa::tool::FileError& error) {
             return error.what();
         }
@@ -155,7 +155,7 @@ TEST_F(IsolatedReader, ReturnsTheWholeDocument) {
     sent.asset.leftOut = {"two"};
     sent.asset.model.accessors.resize(3);
     sent.asset.model.accessors[2].count = 9;
-    const Document received = vexa::tool::readIsolated("model.ply", [&] { return sent; });
+    const Document received = vexa::tool::readIsolated("model.ply", 0, [&] { return sent; });
     EXPECT_EQ(received.file, "model.ply");
     EXPECT_EQ(received.format, "PLY");
     EXPECT_EQ(received.fileSize, 77u);

@@ -140,6 +140,26 @@ public:
     fs::path printed = directory / "printed";
 };
 
+TEST(RemoveWhenInterrupted, RemovesEveryFileThatIsNamed) {
+    const TemporaryDirectory directory;
+    const std::string first = (directory / "first").string();
+    const std::string second = (directory / "second").string();
+    writeText(first, "");
+    writeText(second, "");
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        vexa::tool::endCleanlyWhenInterrupted();
+        vexa::tool::removeWhenInterrupted(first.c_str(), 0);
+        vexa::tool::removeWhenInterrupted(second.c_str(), 1);
+        ::raise(SIGTERM);
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_THAT(directory.files(), ElementsAre());
+}
+
 TEST_F(Interruption, EndsAVerbByItsSignal) {
     const std::string in = writeEndless("in.glb");
     for (const int signal : {SIGINT, SIGTERM}) {

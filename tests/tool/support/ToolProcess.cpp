@@ -37,6 +37,12 @@ public:
 
     void replace(int descriptor) const { ::dup2(descriptor_, descriptor); }
 
+    void fill(const std::string& text) const {
+        if (::pwrite(descriptor_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
+            throw std::runtime_error("pwrite failed");
+        }
+    }
+
     [[nodiscard]] std::string content() const {
         std::string text(static_cast<std::size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
         const ssize_t count = ::pread(descriptor_, text.data(), text.size(), 0);
@@ -124,6 +130,16 @@ std::vector<std::string> TemporaryDirectory::files() const {
 ProcessResult runProgram(const std::vector<std::string>& arguments) {
     const std::vector<const char*> argv = argumentVector(arguments);
     return runChild([&] { ::execv(programPath, const_cast<char* const*>(argv.data())); });
+}
+
+ProcessResult runProgram(const std::vector<std::string>& arguments, const std::string& input) {
+    const std::vector<const char*> argv = argumentVector(arguments);
+    const MemoryFile in;
+    in.fill(input);
+    return runChild([&] {
+        in.replace(STDIN_FILENO);
+        ::execv(programPath, const_cast<char* const*>(argv.data()));
+    });
 }
 
 ProcessResult runForked(const std::vector<std::string>& arguments) {

@@ -35,6 +35,9 @@ struct ProcessResult {
 /// Runs the built program.
 ProcessResult runProgram(const std::vector<std::string>& arguments);
 
+/// The same with a text on standard input.
+ProcessResult runProgram(const std::vector<std::string>& arguments, const std::string& input);
+
 /// Runs the program's code in a forked process, which is faster; a hang ends with SIGALRM.
 ProcessResult runForked(const std::vector<std::string>& arguments);
 

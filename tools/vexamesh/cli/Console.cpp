@@ -9,22 +9,27 @@
 namespace vexa::tool {
 
 Console::Console(std::ostream& out, std::ostream& err)
-    : out_(out), err_(err), isTerminal_(&err == &std::cerr && ::isatty(STDERR_FILENO) != 0) {}
+    : out_(out), err_(err), isTerminal_(&err == &std::cerr && ::isatty(STDERR_FILENO) != 0),
+      isOutputTerminal_(&out == &std::cout && ::isatty(STDOUT_FILENO) != 0) {}
 
 void Console::print(std::string_view text) {
-    out_ << text;
+    *results_ << text;
 }
 
 void Console::print(const Table& table) {
-    out_ << table.text();
+    *results_ << table.text();
 }
 
 void Console::printJson(const Json& json) {
-    out_ << jsonText(json);
+    *results_ << jsonText(json);
 }
 
 void Console::printLine(const std::string& text) {
-    out_ << printable(text) << '\n';
+    *results_ << printable(text) << '\n';
+}
+
+void Console::printModel(const Bytes& content) {
+    out_.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
 }
 
 void Console::printError(const std::string& text) {

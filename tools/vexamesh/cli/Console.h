@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Bytes.h"
 #include "base/Json.h"
 
 #include <iosfwd>
@@ -23,6 +24,15 @@ public:
     /// Text from a file: control characters in it are replaced.
     void printLine(const std::string& text);
 
+    /// From here on results go to where errors go, because the output is one of `printModel`.
+    void keepOutputForModel() { results_ = &err_; }
+
+    /// Whether standard output is a terminal.
+    [[nodiscard]] bool isOutputTerminal() const { return isOutputTerminal_; }
+
+    /// Writes a file to standard output, as it is.
+    void printModel(const Bytes& content);
+
     /// A line after the name of the program; control characters in it are replaced.
     void printError(const std::string& text);
     void printWarning(const std::string& text) { printError("warning: " + text); }
@@ -41,7 +51,9 @@ public:
 private:
     std::ostream& out_;
     std::ostream& err_;
+    std::ostream* results_ = &out_;
     bool isTerminal_;
+    bool isOutputTerminal_;
 };
 
 } // namespace vexa::tool

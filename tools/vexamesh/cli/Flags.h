@@ -17,9 +17,38 @@ namespace vexa::tool {
 
 class Console;
 
+/// Help of a flag for every verb that reads meshes to convert them.
+constexpr const char* weldHelp =
+    "Join vertices whose attributes are all equal; with NUMBER, those whose positions are at most that far apart, the "
+    "first of which keeps its attributes";
+
 /// Formats that every verb reads, for the help texts.
-constexpr const char* readableFile = "A .glb, .gltf, .obj, .ply, .stl or .off file";
-constexpr const char* readableFiles = ".glb, .gltf, .obj, .ply, .stl or .off files";
+constexpr const char* readableFile = "A .glb, .gltf, .obj, .ply, .stl or .off file; - for standard input";
+constexpr const char* readableFiles = ".glb, .gltf, .obj, .ply, .stl or .off files; - for standard input";
+constexpr const char* writableFile = "The .glb file, or .gltf file with its .bin file, to write; - for standard output";
+
+/// A flag that may have a number.
+struct OptionalNumber {
+    bool isGiven = false;
+    std::optional<double> number; ///< at least 0
+};
+
+/// A flag or an argument, for completions.
+struct FlagInfo {
+    std::vector<std::string> names; ///< "-o", "--output"; none for an argument
+    std::string help;
+    bool takesValue = false;
+    bool takesDirectory = false; ///< as its value
+    std::vector<std::string> choices = {};
+    bool mayTakeNumber = false;
+};
+
+/// A verb, for completions.
+struct VerbInfo {
+    std::string name;
+    std::string help;
+    std::vector<FlagInfo> flags = {};
+};
 
 /// How a flag or argument is read and described.
 struct FlagForm {
@@ -36,7 +65,8 @@ struct FlagForm {
 /// The flags and arguments of a verb. Each is read into a variable, which must live until the command line is parsed.
 class Flags {
 public:
-    explicit Flags(CLI::App& app) : app_(&app) {}
+    /// \param info gets a description of each flag
+    Flags(CLI::App& app, VerbInfo& info) : app_(&app), info_(&info) {}
 
     /// \param name "--json", "-o,--output", or "IN" for an argument
     void add(const std::string& name, bool& value, const std::string& help);
@@ -50,11 +80,14 @@ public:
     void add(const std::string& name, std::optional<std::size_t>& value, const std::string& help,
              const FlagForm& form = {});
 
+    void add(const std::string& name, OptionalNumber& value, const std::string& help);
+
     /// Names and values in the order of the command line, once it is parsed.
     [[nodiscard]] std::vector<std::pair<std::string, std::string>> inOrder() const;
 
 private:
     CLI::App* app_;
+    VerbInfo* info_;
 };
 
 /// The grammar of the command line: flags for every verb, and verbs with flags of their own.
@@ -76,9 +109,19 @@ public:
     /// \throw UsageError the arguments are wrong
     std::optional<std::size_t> parse(int argc, const char* const* argv, Console& console);
 
+    /// The verbs with their flags, in the order of `addVerb`.
+    [[nodiscard]] std::vector<VerbInfo> verbs() const;
+
+    /// The flags for every verb.
+    [[nodiscard]] const VerbInfo& common() const { return *common_; }
+
 private:
+    [[nodiscard]] std::string explain(const std::string& fault) const;
+
     std::unique_ptr<CLI::App> app_;
+    std::unique_ptr<VerbInfo> common_;
     std::vector<CLI::App*> verbs_;
+    std::vector<std::unique_ptr<VerbInfo>> infos_; ///< of the verbs
 };
 
 } // namespace vexa::tool

@@ -1,6 +1,7 @@
 #include "cli/Program.h"
 
 #include "base/Errors.h"
+#include "cli/Completions.h"
 #include "cli/Console.h"
 #include "cli/Flags.h"
 #include "io/Document.h"
@@ -8,6 +9,7 @@
 #include "io/ModelDirectory.h"
 
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -21,7 +23,7 @@ constexpr const char* exitCodes = R"(Exit codes:
   2  wrong arguments
   3  a file is missing or broken, or cannot be written
 
-Results go to standard output, everything else to standard error.)";
+Results go to standard output and everything else to standard error, as results do where the output is a model (-o -).)";
 
 void addParseFlags(Flags flags, ParseLimits& limits) {
     flags.add("--parse-memory", limits.memory,
@@ -38,6 +40,23 @@ void addDirectoryFlag(Flags flags, std::vector<std::string>& directories) {
               {.typeName = "DIR"});
 }
 
+constexpr const char* completionExamples = R"(Examples:
+  source <(vexamesh completions bash)                                     # in ~/.bashrc
+  source <(vexamesh completions zsh)                                      # in ~/.zshrc, after compinit
+  vexamesh completions fish > ~/.config/fish/completions/vexamesh.fish)";
+
+/// The verb that knows all others.
+Command addCompletions(CommandLine& commandLine, std::vector<Flags>& flags) {
+    auto shell = std::make_shared<std::string>();
+    flags.push_back(commandLine.addVerb("completions", "Prints a script that completes command lines in a shell.",
+                                        completionExamples));
+    flags.back().add("SHELL", *shell, "bash, zsh or fish", {.isRequired = true, .choices = {"bash", "zsh", "fish"}});
+    return [shell, &commandLine](Console& console) {
+        console.print(completionScript(*shell, commandLine.verbs(), commandLine.common().flags));
+        return EXIT_DONE;
+    };
+}
+
 int parseAndRun(const std::vector<Verb>& verbs, int argc, const char* const* argv, Console& console) {
     CommandLine commandLine(
         "Looks at the meshes of glTF, OBJ, PLY, STL and OFF files, and turns their triangles into strips.", exitCodes,
@@ -48,14 +67,18 @@ int parseAndRun(const std::vector<Verb>& verbs, int argc, const char* const* arg
     addParseFlags(common, limits);
     std::vector<std::string> outside;
     addDirectoryFlag(common, outside);
+    std::string inputFormat;
+    common.add("--from", inputFormat, "Format of standard input; glTF is found out by its first bytes",
+               {.typeName = "FORMAT", .choices = {"glb", "gltf", "obj", "ply", "stl", "off"}});
     common.add("--strict", isStrict, "Refuse files that hold data which glTF cannot hold, instead of warning");
     std::vector<Flags> flags;
     std::vector<Command> commands;
-    flags.reserve(verbs.size());
+    flags.reserve(verbs.size() + 1);
     for (const Verb& verb : verbs) {
         flags.push_back(commandLine.addVerb(verb.name, verb.help, verb.footer));
         commands.push_back(verb.addFlags(flags.back()));
     }
+    commands.push_back(addCompletions(commandLine, flags));
     const auto chosen = commandLine.parse(argc, argv, console);
     setParseLimits(limits);
     for (const std::string& directory : outside) {
@@ -65,6 +88,7 @@ int parseAndRun(const std::vector<Verb>& verbs, int argc, const char* const* arg
     }
     allowDirectories({outside.begin(), outside.end()});
     refuseLosses(isStrict);
+    setInputFormat(inputFormat);
     return chosen ? commands[*chosen](console) : EXIT_DONE;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/Session.h"
 
 #include "base/Errors.h"
+#include "base/Text.h"
 #include "cli/Console.h"
 #include "io/Files.h"
 
@@ -9,19 +10,51 @@
 
 namespace vexa::tool {
 
-Session::Session(Console& console)
-    : warn_([&console](const std::string& text) { console.printWarning(text); }),
-      fail_([&console](const std::string& text) { console.printError(text); }) {}
+Session::Session(Console& console, const OptionalNumber& weld)
+    : console_(&console), warn_([&console](const std::string& text) { console.printWarning(text); }),
+      fail_([&console](const std::string& text) { console.printError(text); }), weld_(weld) {}
 
 Document Session::load(const std::filesystem::path& file, MeshCheck check) const {
-    Document document = loadDocument(file, check);
+    Document document = file == "-" ? loadStandardInput(check) : loadDocument(file, check);
     for (const std::string& warning : document.asset.warnings) {
         warn(file, warning);
     }
     for (const std::string& text : document.asset.leftOut) {
         noteLoss(file, text);
     }
+    weld(document);
     return document;
+}
+
+void Session::weld(Document& document) const {
+    if (!weld_.isGiven) {
+        return;
+    }
+    const WeldStats stats = weldVertices(document, weld_.number);
+    std::string text =
+        std::to_string(stats.joined) + " of " + counted(stats.vertices, "vertex", "vertices") + " joined with others";
+    if (stats.differing > 0) {
+        text += "; " + std::to_string(stats.differing) + " of them had other attributes, which are lost";
+    }
+    if (stats.collapsed > 0) {
+        text += "; " + counted(stats.collapsed, "triangle") + " vanished, whose corners were joined";
+    }
+    warn(document.file, text);
+    welded_.vertices += stats.vertices;
+    welded_.joined += stats.joined;
+    welded_.differing += stats.differing;
+    welded_.collapsed += stats.collapsed;
+}
+
+Json Session::notes(bool byFile) const {
+    Json notes = {{"leftOut", byFile ? leftOutByFile_ : leftOut_}};
+    if (weld_.isGiven) {
+        notes["weld"] = {{"vertices", welded_.vertices},
+                         {"joined", welded_.joined},
+                         {"differing", welded_.differing},
+                         {"collapsedTriangles", welded_.collapsed}};
+    }
+    return notes;
 }
 
 int Session::forEachFile(const std::vector<std::string>& files, Json& report,
@@ -43,7 +76,9 @@ int Session::forEachFile(const std::vector<std::string>& files, Json& report,
     return code;
 }
 
-void Session::write(const std::filesystem::path& output, const Bytes& content, const FindFault& findFault) const {
+namespace {
+
+void checkContent(const std::string& output, const Bytes& content, const FindFault& findFault) {
     std::string fault;
     try {
         fault = findFault(content);
@@ -53,9 +88,60 @@ void Session::write(const std::filesystem::path& output, const Bytes& content, c
         fault = "it would lack some meshes";
     }
     if (!fault.empty()) {
-        throw CheckError(output.string() + ": not written, because " + fault);
+        throw CheckError(output + ": not written, because " + fault);
     }
+}
+
+/// The file of the data of a .gltf file.
+std::filesystem::path binaryOf(std::filesystem::path output) {
+    return output.replace_extension(".bin");
+}
+
+} // namespace
+
+void Session::write(const std::filesystem::path& output, const Bytes& content, const FindFault& findFault) const {
+    checkContent(output.string(), content, findFault);
     writeFile(output, content);
+}
+
+void Session::checkModelOutput(const std::string& output, const std::vector<std::string>& inputs) const {
+    if (output == "-") {
+        if (console_ == nullptr || console_->isOutputTerminal()) {
+            throw UsageError("the output is binary, and standard output is a terminal; redirect it to a file");
+        }
+        console_->keepOutputForModel();
+        return;
+    }
+    for (const std::string& input : inputs) {
+        checkOutputName(output, {".glb", ".gltf"}, input);
+    }
+    std::error_code error;
+    if (hasExtension(output, ".gltf") && std::filesystem::exists(binaryOf(output), error) &&
+        !std::filesystem::exists(output, error)) {
+        throw UsageError(binaryOf(output).string() + ", where the data of " + output +
+                         " would be, exists; choose another name, or remove it if no other model needs it");
+    }
+}
+
+void Session::writeModel(const std::string& output, const Bytes& content, const FindFault& findFault) const {
+    checkContent(output == "-" ? "standard output" : output, content, findFault);
+    if (output == "-") {
+        console_->printModel(content);
+        return;
+    }
+    if (!hasExtension(output, ".gltf")) {
+        writeFile(output, content);
+        return;
+    }
+    const GltfFiles files = splitGltf(content, binaryOf(output).filename().string());
+    if (joinGltf(files) != content) {
+        throw CheckError(output + ": not written, because its two files would not be the model");
+    }
+    if (files.binary.empty()) {
+        writeFile(output, files.text);
+    } else {
+        writeFiles(output, files.text, binaryOf(output), files.binary);
+    }
 }
 
 void Session::write(const std::filesystem::path& output, const Bytes& page) const {

@@ -18,30 +18,32 @@ namespace fs = std::filesystem;
 
 namespace {
 
-Json summaryOf(const StripOutcome& outcome, double seconds, const std::vector<std::string>& leftOut) {
+Json summaryOf(const StripOutcome& outcome, double seconds, const Json& notes) {
     const auto& total = outcome.total;
     const auto perTriangle = [&](std::uint64_t indices) {
         return total.triangles == 0 ? 0 : static_cast<double>(indices) / static_cast<double>(total.triangles);
     };
-    return {{"triangles", total.triangles},
-            {"indicesBefore", total.indicesBefore},
-            {"indicesAfter", total.indicesAfter},
-            {"indicesPerTriangle", perTriangle(total.indicesAfter)},
-            {"minIndices", total.minIndices ? Json(*total.minIndices) : Json()},
-            {"minIndicesPerTriangle", total.minIndices ? Json(perTriangle(*total.minIndices)) : Json()},
-            {"seconds", seconds},
-            {"leftOut", leftOut}};
+    Json summary = {{"triangles", total.triangles},
+                    {"indicesBefore", total.indicesBefore},
+                    {"indicesAfter", total.indicesAfter},
+                    {"indicesPerTriangle", perTriangle(total.indicesAfter)},
+                    {"minIndices", total.minIndices ? Json(*total.minIndices) : Json()},
+                    {"minIndicesPerTriangle", total.minIndices ? Json(perTriangle(*total.minIndices)) : Json()},
+                    {"seconds", seconds}};
+    summary.update(notes);
+    return summary;
 }
 
-BatchResult stripItem(const BatchItem& item, const StripSettings& settings) {
+BatchResult stripItem(const BatchItem& item, const StripBatch& batch) {
     BatchResult result;
     const auto begin = std::chrono::steady_clock::now();
     try {
-        const Session session([&](const std::string& warning) { result.warnings.push_back(warning); });
-        StripOutcome outcome = stripDocument(session.load(item.input), settings, {});
-        session.write(item.output, outcome.file, [&](const Bytes&) { return readBackStrips(outcome); });
+        const Session session([&](const std::string& warning) { result.warnings.push_back(warning); }, batch.weld);
+        StripOutcome outcome = stripDocument(session.load(item.input), batch.settings, {});
+        session.checkModelOutput(item.output.string(), {item.input});
+        session.writeModel(item.output.string(), outcome.file, [&](const Bytes&) { return readBackStrips(outcome); });
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-        result.summary = summaryOf(outcome, seconds.count(), session.leftOut());
+        result.summary = summaryOf(outcome, seconds.count(), session.notes());
         for (const std::string& warning : stripWarnings(outcome)) {
             session.warn(item.input, warning);
         }
@@ -144,7 +146,7 @@ BatchRun runAll(const StripBatch& batch, const std::vector<BatchItem>& items, Co
     }
     Progress progress(console);
     BatchRun run = runBatch(
-        wanted, batch.jobs, [&](const BatchItem& item) { return stripItem(item, batch.settings); },
+        wanted, batch.jobs, [&](const BatchItem& item) { return stripItem(item, batch); },
         [&](std::size_t done) { progress.show("files", done, wanted.size()); });
     progress.clear();
     for (std::size_t i = 0; i < run.results.size(); ++i) {
@@ -156,7 +158,10 @@ BatchRun runAll(const StripBatch& batch, const std::vector<BatchItem>& items, Co
 } // namespace
 
 int stripMany(const StripBatch& batch, Console& console) {
-    const std::vector<BatchItem> items = nameOutputs(batch.inputs, batch.directory, ".glb");
+    if (std::find(batch.inputs.begin(), batch.inputs.end(), "-") != batch.inputs.end()) {
+        throw UsageError("- (standard input) does not name its output in a directory; use --output");
+    }
+    const std::vector<BatchItem> items = nameOutputs(batch.inputs, batch.directory, batch.extension);
     std::error_code error;
     fs::create_directories(batch.directory, error);
     if (error) {

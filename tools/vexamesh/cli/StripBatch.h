@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/Flags.h"
 #include "ops/Stripping.h"
 
 #include <cstddef>
@@ -19,6 +20,8 @@ struct StripBatch {
     bool skipExisting = false;       ///< keep outputs that exist
     bool json = false;
     StripSettings settings;
+    OptionalNumber weld;            ///< as for `Session`
+    std::string extension = ".glb"; ///< of the outputs
 };
 
 /// Works on all of them and prints a table of what became of each.

@@ -34,16 +34,18 @@ Table unstripTable(const std::vector<UnstripStats>& meshes) {
 }
 
 void printSummary(Console& console, bool asJson, const std::string& input, const std::string& output,
-                  const Table& meshes, const std::vector<std::string>& leftOut) {
+                  const Table& meshes, const Json& notes) {
     if (asJson) {
-        console.printJson({{"input", input}, {"output", output}, {"meshes", meshes.json()}, {"leftOut", leftOut}});
+        Json json = {{"input", input}, {"output", output}, {"meshes", meshes.json()}};
+        json.update(notes);
+        console.printJson(json);
     } else {
         console.print(meshes);
     }
 }
 
 void printMerging(Console& console, bool asJson, const std::string& output, const std::vector<MergedGroup>& groups,
-                  const std::vector<std::string>& leftOut) {
+                  const Json& notes) {
     Json list = Json::array();
     Table table({{"parts"}, {"vertices"}, {"primitives"}, {"bounding box", true}, {"layout", true}});
     for (const MergedGroup& group : groups) {
@@ -62,14 +64,16 @@ void printMerging(Console& console, bool asJson, const std::string& output, cons
                          {{"min", {box.min.x, box.min.y, box.min.z}}, {"max", {box.max.x, box.max.y, box.max.z}}}}});
     }
     if (asJson) {
-        console.printJson({{"output", output}, {"groups", std::move(list)}, {"leftOut", leftOut}});
+        Json json = {{"output", output}, {"groups", std::move(list)}};
+        json.update(notes);
+        console.printJson(json);
     } else {
         console.print(table);
     }
 }
 
 void printPacking(Console& console, bool asJson, const std::string& input, const PackedFile& packed,
-                  const std::vector<std::string>& leftOut) {
+                  const Json& notes) {
     Table table({{"mesh", true, "name"},
                  {"normals", false, "normals"},
                  {"without direction", false, "withoutDirection"},
@@ -86,8 +90,9 @@ void printPacking(Console& console, bool asJson, const std::string& input, const
         Json total = list.back();
         total.erase("name");
         list.erase(list.size() - 1);
-        console.printJson(
-            {{"input", input}, {"primitives", std::move(list)}, {"total", std::move(total)}, {"leftOut", leftOut}});
+        Json json = {{"input", input}, {"primitives", std::move(list)}, {"total", std::move(total)}};
+        json.update(notes);
+        console.printJson(json);
     } else {
         console.print(table);
         console.print("Angles are in degrees.\n");

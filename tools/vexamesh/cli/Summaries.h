@@ -16,16 +16,15 @@ class Console;
 Table edgeTable(const std::vector<EdgeStats>& meshes);
 Table unstripTable(const std::vector<UnstripStats>& meshes);
 
-/// Prints the names of the files and the rows of a table of meshes as JSON, or the table alone.
+/// Prints the names of the files, the rows of a table of meshes and the notes of the session as JSON, or the table alone.
 void printSummary(Console& console, bool asJson, const std::string& input, const std::string& output,
-                  const Table& meshes, const std::vector<std::string>& leftOut);
+                  const Table& meshes, const Json& notes);
 
 /// Prints the groups that a merged file consists of.
 void printMerging(Console& console, bool asJson, const std::string& output, const std::vector<MergedGroup>& groups,
-                  const std::vector<std::string>& leftOut);
+                  const Json& notes);
 
 /// Prints how far packed normals are from the originals.
-void printPacking(Console& console, bool asJson, const std::string& input, const PackedFile& packed,
-                  const std::vector<std::string>& leftOut);
+void printPacking(Console& console, bool asJson, const std::string& input, const PackedFile& packed, const Json& notes);
 
 } // namespace vexa::tool

@@ -4,7 +4,6 @@
 #include "cli/Session.h"
 #include "cli/Summaries.h"
 #include "commands/Commands.h"
-#include "io/Files.h"
 #include "ops/EdgeLines.h"
 
 namespace vexa::tool {
@@ -23,24 +22,25 @@ struct EdgesArguments {
     std::string input;
     std::string output;
     bool border = false;
+    OptionalNumber weld;
     bool json = false;
 };
 
 int runEdges(const EdgesArguments& arguments, Console& console) {
-    checkOutputName(arguments.output, ".glb", arguments.input);
-    const Session session(console);
+    const Session session(console, arguments.weld);
+    session.checkModelOutput(arguments.output, {arguments.input});
     const EdgeLines edges = replaceByEdges(session.load(arguments.input), arguments.border);
-    session.write(arguments.output, edges.file, edges.findFault);
-    printSummary(console, arguments.json, arguments.input, arguments.output, edgeTable(edges.meshes),
-                 session.leftOut());
+    session.writeModel(arguments.output, edges.file, edges.findFault);
+    printSummary(console, arguments.json, arguments.input, arguments.output, edgeTable(edges.meshes), session.notes());
     return EXIT_DONE;
 }
 
 Command addFlags(Flags& flags) {
     auto arguments = std::make_shared<EdgesArguments>();
     flags.add("IN", arguments->input, readableFile, {.isRequired = true});
-    flags.add("-o,--output", arguments->output, "The .glb file to write", {.isRequired = true});
+    flags.add("-o,--output", arguments->output, writableFile, {.isRequired = true});
     flags.add("--border", arguments->border, "Only the border edges");
+    flags.add("--weld", arguments->weld, weldHelp);
     flags.add("--json", arguments->json, "Print JSON instead of a table");
     return [arguments](Console& console) { return runEdges(*arguments, console); };
 }

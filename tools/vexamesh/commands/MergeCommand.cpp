@@ -4,7 +4,6 @@
 #include "cli/Session.h"
 #include "cli/Summaries.h"
 #include "commands/Commands.h"
-#include "io/Files.h"
 #include "ops/Merging.h"
 #include "ops/Placement.h"
 
@@ -28,6 +27,7 @@ struct MergeArguments {
     std::vector<std::string> files;
     std::string translation, scale, rotation;
     std::string output;
+    OptionalNumber weld;
     bool json = false;
 };
 
@@ -55,10 +55,8 @@ std::vector<PlacedInput> placeInputs(const Flags& flags) {
 }
 
 int runMerge(const MergeArguments& arguments, const std::vector<PlacedInput>& inputs, Console& console) {
-    for (const PlacedInput& input : inputs) {
-        checkOutputName(arguments.output, ".glb", input.file);
-    }
-    const Session session(console);
+    const Session session(console, arguments.weld);
+    session.checkModelOutput(arguments.output, arguments.files);
     Merger merger;
     for (const PlacedInput& input : inputs) {
         session.leaveOut(input.file, merger.add(session.load(input.file), input.placement));
@@ -76,20 +74,21 @@ int runMerge(const MergeArguments& arguments, const std::vector<PlacedInput>& in
     } catch (const FormatError& error) {
         throw FileError(arguments.output, error.what());
     }
-    session.write(arguments.output, file, [&](const Bytes& content) { return merger.findFault(content); });
-    printMerging(console, arguments.json, arguments.output, merger.groups(), session.leftOutByFile());
+    session.writeModel(arguments.output, file, [&](const Bytes& content) { return merger.findFault(content); });
+    printMerging(console, arguments.json, arguments.output, merger.groups(), session.notes(true));
     return EXIT_DONE;
 }
 
 Command addFlags(Flags& flags) {
     auto arguments = std::make_shared<MergeArguments>();
     flags.add("IN", arguments->files, readableFiles, {.isRequired = true});
-    flags.add("-o,--output", arguments->output, "The .glb file to write", {.isRequired = true});
+    flags.add("-o,--output", arguments->output, writableFile, {.isRequired = true});
     flags.add("--translate", arguments->translation, "Move the preceding input",
               {.takesLast = true, .typeName = "X,Y,Z"});
     flags.add("--scale", arguments->scale, "Scale the preceding input", {.takesLast = true, .typeName = "S|X,Y,Z"});
     flags.add("--rotate", arguments->rotation, "Rotate the preceding input around x, y or z",
               {.takesLast = true, .typeName = "AXIS,DEGREES"});
+    flags.add("--weld", arguments->weld, weldHelp);
     flags.add("--json", arguments->json, "Print JSON instead of a table");
     return [arguments, flags](Console& console) { return runMerge(*arguments, placeInputs(flags), console); };
 }

@@ -31,7 +31,7 @@ int runPack(const PackArguments& arguments, Console& console) {
         throw UsageError("pack needs an output (-o) or --stats");
     }
     if (!arguments.output.empty()) {
-        checkOutputName(arguments.output, ".bin", arguments.input);
+        checkOutputName(arguments.output, {".bin"}, arguments.input);
     }
     const Session session(console);
     const Document document = session.load(arguments.input);
@@ -39,7 +39,7 @@ int runPack(const PackArguments& arguments, Console& console) {
     if (!arguments.output.empty()) {
         session.write(arguments.output, packed.file, packed.findFault);
     }
-    printPacking(console, arguments.json, arguments.input, packed, session.leftOut());
+    printPacking(console, arguments.json, arguments.input, packed, session.notes());
     return EXIT_DONE;
 }
 

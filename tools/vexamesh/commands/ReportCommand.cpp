@@ -25,42 +25,45 @@ struct ReportArguments {
     std::string input;
     std::string output;
     CutFlags cut;
+    OptionalNumber weld;
     std::size_t maxShown = PictureBuilder::maxTriangles;
     bool json = false;
 };
 
-std::string commandLine(const char* verb, const std::string& input, const std::string& output, const CutFlags& cut) {
-    return std::string("vexamesh ") + verb + " " + shellWord(input) + " -o " + shellWord(output) + cut.text();
+std::string commandLine(const char* verb, const ReportArguments& arguments, const std::string& output) {
+    const OptionalNumber& weld = arguments.weld;
+    return std::string("vexamesh ") + verb + " " + shellWord(arguments.input) + " -o " + shellWord(output) +
+           arguments.cut.text() + (weld.isGiven ? " --weld" : "") +
+           (weld.number ? " " + Json(*weld.number).dump() : "");
 }
 
-PageTexts textsFor(const ReportArguments& arguments, const ReportContent& content,
-                   const std::vector<std::string>& leftOut) {
+PageTexts textsFor(const ReportArguments& arguments, const ReportContent& content, const Json& notes) {
     const std::filesystem::path input = arguments.input;
     const std::string strips = input.stem().string() + "-strips.glb";
     PageTexts texts;
     texts.input = arguments.input;
-    texts.command = commandLine("report", arguments.input, arguments.output, arguments.cut);
+    texts.command = commandLine("report", arguments, arguments.output);
     if (arguments.maxShown != PictureBuilder::maxTriangles) {
         texts.command += " --show " + std::to_string(arguments.maxShown);
     }
-    texts.stripCommand = commandLine("strip", arguments.input, strips, arguments.cut);
+    texts.stripCommand = commandLine("strip", arguments, strips);
     Json json = reportJson(arguments.input, arguments.output, content);
-    json["leftOut"] = leftOut;
+    json.update(notes);
     texts.json = jsonText(json);
     return texts;
 }
 
 int runReport(const ReportArguments& arguments, Console& console) {
-    checkOutputName(arguments.output, ".html", arguments.input);
+    checkOutputName(arguments.output, {".html"}, arguments.input);
     ReportSettings settings{arguments.cut.settings(), arguments.maxShown};
-    const Session session(console);
+    const Session session(console, arguments.weld);
     Document document = session.load(arguments.input);
     Progress progress(console);
     showProgress(settings.strip, progress);
     const ReportContent content = collectReport(
         std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
     progress.clear();
-    const PageTexts texts = textsFor(arguments, content, session.leftOut());
+    const PageTexts texts = textsFor(arguments, content, session.notes());
     session.write(arguments.output, writePage(texts, content));
     if (arguments.json) {
         console.print(texts.json);
@@ -81,6 +84,7 @@ Command addFlags(Flags& flags) {
     arguments->cut.addTo(flags);
     flags.add("--show", arguments->maxShown, "Triangles that the 3D view shows at most; the numbers are those of all",
               {.showsDefault = true, .typeName = "COUNT", .min = 1, .max = PictureBuilder::maxTriangles});
+    flags.add("--weld", arguments->weld, weldHelp);
     flags.add("--json", arguments->json, "Print JSON instead of a table");
     return [arguments](Console& console) { return runReport(*arguments, console); };
 }

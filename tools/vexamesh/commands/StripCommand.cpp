@@ -7,7 +7,6 @@
 #include "cli/StripBatch.h"
 #include "cli/StripSummary.h"
 #include "commands/Commands.h"
-#include "io/Files.h"
 
 #include <algorithm>
 #include <thread>
@@ -22,6 +21,8 @@ constexpr const char* examples = R"(Examples:
   vexamesh strip model.gltf -o model.glb --fans 8 --join none --json
   vexamesh strip model.glb -o model-strips.glb --join restart
   vexamesh strip *.glb *.obj -d strips --jobs 4 --skip-existing
+  vexamesh strip scan.ply -o scan.gltf --weld 0.001
+  curl -s https://example.org/a.ply | vexamesh strip - --from ply -o - > a.glb
 
 Strips, fans and lists of triangles become strips where these take fewer bytes of indices; everything else in a glTF file
 stays as it was. Before anything is written, the output is read back and compared with the input.
@@ -36,8 +37,10 @@ struct StripArguments {
     std::string directory;
     unsigned int jobs = std::max(1U, std::thread::hardware_concurrency());
     bool skipExisting = false;
+    std::string format = "glb"; ///< in the directory
     CutFlags cut;
     std::string indexBits;
+    OptionalNumber weld;
 
     [[nodiscard]] StripSettings settings() const {
         StripSettings settings = cut.settings();
@@ -53,7 +56,7 @@ void printOutcome(const StripArguments& arguments, const StripOutcome& outcome, 
     const std::string& input = arguments.inputs.front();
     if (arguments.json) {
         Json json = stripJson(input, arguments.output, outcome);
-        json["leftOut"] = session.leftOut();
+        json.update(session.notes());
         console.printJson(json);
     } else {
         printStripTable(console, input, arguments.output, outcome);
@@ -62,16 +65,16 @@ void printOutcome(const StripArguments& arguments, const StripOutcome& outcome, 
 
 int stripOne(const StripArguments& arguments, Console& console) {
     const std::string& input = arguments.inputs.front();
-    checkOutputName(arguments.output, ".glb", input);
     StripSettings settings = arguments.settings();
-    const Session session(console);
+    const Session session(console, arguments.weld);
+    session.checkModelOutput(arguments.output, {input});
     Document document = session.load(input);
     Progress progress(console);
     showProgress(settings, progress);
     StripOutcome outcome = stripDocument(
         std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
     progress.clear();
-    session.write(arguments.output, outcome.file, [&](const Bytes&) {
+    session.writeModel(arguments.output, outcome.file, [&](const Bytes&) {
         std::string fault = readBackStrips(outcome);
         if (!fault.empty()) {
             printOutcome(arguments, outcome, session, console);
@@ -99,15 +102,18 @@ int runStrip(const StripArguments& arguments, Console& console) {
     // Over many small files, proofs that nobody asked for would add up.
     settings.provesMin = settings.provesMin.value_or(false);
     return stripMany({arguments.inputs, arguments.directory, arguments.jobs, arguments.skipExisting, arguments.json,
-                      std::move(settings)},
+                      std::move(settings), arguments.weld, "." + arguments.format},
                      console);
 }
 
 Command addFlags(Flags& flags) {
     auto arguments = std::make_shared<StripArguments>();
     flags.add("IN", arguments->inputs, readableFiles, {.isRequired = true});
-    flags.add("-o,--output", arguments->output, "The .glb file to write, for one input");
-    flags.add("-d,--directory", arguments->directory, "Where to write a .glb file for each of many inputs");
+    flags.add("-o,--output", arguments->output, std::string(writableFile) + "; for one input");
+    flags.add("-d,--directory", arguments->directory, "Where to write a file for each of many inputs",
+              {.typeName = "DIR"});
+    flags.add("--to", arguments->format, "Format of the files in the directory",
+              {.showsDefault = true, .typeName = "FORMAT", .choices = {"glb", "gltf"}});
     flags.add("--jobs", arguments->jobs, "Files that are processed at the same time",
               {.showsDefault = true, .min = 1, .max = 1024});
     flags.add("--skip-existing", arguments->skipExisting, "Skip files that the directory already has");
@@ -115,6 +121,7 @@ Command addFlags(Flags& flags) {
     flags.add("--index-bits", arguments->indexBits,
               "Split primitives of triangles until their indices fit, for hardware that has no wider ones",
               {.typeName = "BITS", .choices = {"8", "16"}});
+    flags.add("--weld", arguments->weld, weldHelp);
     flags.add("--json", arguments->json, "Print JSON instead of a table");
     return [arguments](Console& console) { return runStrip(*arguments, console); };
 }

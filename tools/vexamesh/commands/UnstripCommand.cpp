@@ -4,7 +4,6 @@
 #include "cli/Session.h"
 #include "cli/Summaries.h"
 #include "commands/Commands.h"
-#include "io/Files.h"
 #include "ops/Unstripping.h"
 
 namespace vexa::tool {
@@ -17,32 +16,30 @@ constexpr const char* examples = R"(Examples:
 
 Strips and fans become lists of triangles; everything else stays as it was. Neighbours that differ in nothing but their
 modes and indices, as `strip` writes them, become one primitive again. Triangles with two equal corners, which only join
-strips, are left out. A .gltf output contains its data.)";
+strips, are left out.)";
 
 struct UnstripArguments {
     std::string input;
     std::string output;
+    OptionalNumber weld;
     bool json = false;
 };
 
 int runUnstrip(const UnstripArguments& arguments, Console& console) {
-    const bool isText = hasExtension(arguments.output, ".gltf");
-    if (!isText && !hasExtension(arguments.output, ".glb")) {
-        throw UsageError("the output " + arguments.output + " does not end in .glb or .gltf");
-    }
-    checkOutputName(arguments.output, isText ? ".gltf" : ".glb", arguments.input);
-    const Session session(console);
-    const UnstrippedFile result = unstripDocument(session.load(arguments.input), isText);
-    session.write(arguments.output, result.file, result.findFault);
+    const Session session(console, arguments.weld);
+    session.checkModelOutput(arguments.output, {arguments.input});
+    const UnstrippedFile result = unstripDocument(session.load(arguments.input));
+    session.writeModel(arguments.output, result.file, result.findFault);
     printSummary(console, arguments.json, arguments.input, arguments.output, unstripTable(result.meshes),
-                 session.leftOut());
+                 session.notes());
     return EXIT_DONE;
 }
 
 Command addFlags(Flags& flags) {
     auto arguments = std::make_shared<UnstripArguments>();
     flags.add("IN", arguments->input, readableFile, {.isRequired = true});
-    flags.add("-o,--output", arguments->output, "The .glb or .gltf file to write", {.isRequired = true});
+    flags.add("-o,--output", arguments->output, writableFile, {.isRequired = true});
+    flags.add("--weld", arguments->weld, weldHelp);
     flags.add("--json", arguments->json, "Print JSON instead of a table");
     return [arguments](Console& console) { return runUnstrip(*arguments, console); };
 }

@@ -42,7 +42,20 @@ Asset readGltf(const Bytes& file, const std::filesystem::path& directory, MeshCh
 /// \throw FormatError it would be larger than 4 GiB
 Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers);
 
-/// The same as a .gltf file with the buffer embedded as text.
-Bytes writeGltf(const Json& json, const std::vector<Bytes>& buffers);
+/// A .gltf file, and the file of its one buffer.
+struct GltfFiles {
+    Bytes text;
+    Bytes binary; ///< empty: the document has no buffer
+};
+
+/// Splits a file of `writeGlb` into two.
+///
+/// \param binaryName of the second one, next to the first
+GltfFiles splitGltf(const Bytes& glb, const std::string& binaryName);
+
+/// Brings the two back together: the bytes that were split.
+///
+/// \throw FormatError the text is not such a document
+Bytes joinGltf(const GltfFiles& files);
 
 } // namespace vexa::tool

@@ -3,6 +3,7 @@
 #include "base/Errors.h"
 #include "io/Files.h"
 #include "io/IsolatedReader.h"
+#include "io/ModelDirectory.h"
 #include "io/gltf/Glb.h"
 #include "io/gltf/PrimitiveRestart.h"
 #include "io/import/ObjReader.h"
@@ -92,9 +93,8 @@ std::string lowerExtension(const fs::path& file) {
 }
 
 /// \param directory of the files that it refers to; empty: it must not refer to any
-Asset readAsset(const Bytes& content, const fs::path& file, const fs::path& directory, MeshCheck check,
-                std::string& format) {
-    const std::string extension = lowerExtension(file);
+Asset readAsset(const Bytes& content, const fs::path& file, const std::string& extension, const fs::path& directory,
+                MeshCheck check, std::string& format) {
     if (extension == ".obj") {
         format = "OBJ";
         return readObj(content, file);
@@ -136,6 +136,11 @@ bool& isStrict() {
     return strict;
 }
 
+std::string& inputFormat() {
+    static std::string format;
+    return format;
+}
+
 /// Adds what the asset leaves out to its warnings.
 void reportLeftOut(Asset& asset) {
     constexpr std::size_t longestLine = 500;
@@ -166,7 +171,23 @@ void checkSize(const fs::path& file) {
     }
 }
 
-Document parseDocument(const Bytes& content, const fs::path& name, const fs::path& directory, MeshCheck check) {
+/// The extension of a model of which only the content is known.
+std::string extensionByContent(const Bytes& content) {
+    const auto isBlank = [](unsigned char c) { return c <= ' ' || c == 0xef || c == 0xbb || c == 0xbf; };
+    const auto first = std::find_if_not(content.begin(), content.end(), isBlank);
+    if (hasGlbMagic(content)) {
+        return ".glb";
+    }
+    if (first != content.end() && *first == '{') {
+        return ".gltf";
+    }
+    throw FormatError("does not begin as glTF does; --from FORMAT names another format");
+}
+
+/// \param directory of the files that it refers to
+/// \param extension of its name, lower case; "" decides by its content
+Document parseDocument(const Bytes& content, const fs::path& name, const fs::path& directory, MeshCheck check,
+                       const std::string& extension) {
     try {
         if (content.empty()) {
             throw FormatError("is empty");
@@ -174,7 +195,9 @@ Document parseDocument(const Bytes& content, const fs::path& name, const fs::pat
         Document document;
         document.file = name;
         document.fileSize = content.size();
-        document.asset = readAsset(content, name, directory, check, document.format);
+        const fs::path file = directory == noDirectory ? directory / name : name;
+        document.asset = readAsset(content, file, extension.empty() ? extensionByContent(content) : extension,
+                                   directory, check, document.format);
         reportLeftOut(document.asset);
         document.meshes = readMeshes(document.asset, check);
         return document;
@@ -192,7 +215,7 @@ Document parseDocument(const Bytes& content, const fs::path& name, const fs::pat
 
 Document loadDocument(const Bytes& content, const fs::path& name, MeshCheck check) {
     try {
-        return parseDocument(content, name, {}, check);
+        return parseDocument(content, name, {}, check, lowerExtension(name));
     } catch (const std::length_error&) {
         throw FileError(name.string(), "needs more memory than is available");
     } catch (const std::bad_alloc&) {
@@ -214,13 +237,37 @@ void checkLosses(const fs::path& file, const std::vector<std::string>& leftOut) 
 
 Document loadDocument(const fs::path& file, MeshCheck check) {
     const fs::path directory = file.has_parent_path() ? file.parent_path() : ".";
-    Document document = readIsolated(file, [&] {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(file, error);
+    Document document = readIsolated(file, error ? 0 : static_cast<std::size_t>(size), [&] {
         checkSize(file);
-        return parseDocument(readFile(file), file, directory, check);
+        return parseDocument(readFile(file), file, directory, check, lowerExtension(file));
     });
     // They were checked by whoever has sent them.
     document.meshes = readMeshes(document.asset, MeshCheck::References);
     checkLosses(file, document.asset.leftOut);
+    return document;
+}
+
+void setInputFormat(const std::string& format) {
+    inputFormat() = format;
+}
+
+Document loadStandardInput(MeshCheck check) {
+    static bool isRead = false;
+    if (isRead) {
+        throw UsageError("standard input (-) can be read only once");
+    }
+    isRead = true;
+    const fs::path name = "standard input";
+    const std::string extension = inputFormat().empty() ? "" : "." + inputFormat();
+    // Here, so that the limits of the child process do not count the time until it is there.
+    Bytes content = readStandardInput();
+    Document document =
+        readIsolated(name, content.size(), [&] { return parseDocument(content, name, noDirectory, check, extension); });
+    content = {};
+    document.meshes = readMeshes(document.asset, MeshCheck::References);
+    checkLosses(name, document.asset.leftOut);
     return document;
 }
 

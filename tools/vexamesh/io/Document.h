@@ -59,6 +59,16 @@ void checkLosses(const std::filesystem::path& file, const std::vector<std::strin
 /// \throw CheckError its `asset.leftOut` is not empty, after `refuseLosses(true)`
 Document loadDocument(const std::filesystem::path& file, MeshCheck check = MeshCheck::Full);
 
+/// The format of standard input, such as "ply", for every verb that reads it; "": glTF, text or binary by its first bytes.
+void setInputFormat(const std::string& format);
+
+/// Reads standard input as `loadDocument` does, with `format` standing for the extension of its name. Files that it refers
+/// to cannot be read.
+///
+/// \throw UsageError it was read before
+/// \throw FileError, CheckError as above
+Document loadStandardInput(MeshCheck check = MeshCheck::Full);
+
 /// Reads a binary glTF file that this program has made from memory, in this process.
 ///
 /// \param name stands for the file in messages

@@ -60,8 +60,10 @@ fs::path resolveLinks(fs::path path) {
 /// A file that takes another's name once it is complete. Otherwise it is removed, also when a signal ends the process.
 class TemporaryFile {
 public:
-    TemporaryFile(const fs::path& target, const std::string& shownName)
-        : name_(target.string() + ".XXXXXX"), descriptor_(create(name_)), shownName_(shownName) {
+    /// \param place as for `removeWhenInterrupted`
+    explicit TemporaryFile(const fs::path& path, std::size_t place = 0)
+        : target_(targetOf(path)), name_(target_.string() + ".XXXXXX"), place_(place),
+          descriptor_(create(name_, place)), shownName_(path.string()) {
         if (descriptor_.get() < 0) {
             const int error = errno;
             name_.clear();
@@ -72,7 +74,7 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
         const BlockedInterruption blocked;
-        removeWhenInterrupted(nullptr);
+        removeWhenInterrupted(nullptr, place_);
         if (!name_.empty()) {
             ::unlink(name_.c_str());
         }
@@ -92,20 +94,27 @@ public:
         }
     }
 
-    void renameTo(const fs::path& target) {
+    /// Makes sure that all of it is stored.
+    void complete() {
         struct stat before {};
-        const bool replaces = ::stat(target.c_str(), &before) == 0;
+        const bool replaces = ::stat(target_.c_str(), &before) == 0;
         const mode_t mask = ::umask(0);
         ::umask(mask);
         // A temporary file is private to its owner; the file gets the permissions that it had, or the usual ones.
         const mode_t mode = replaces ? (before.st_mode & 07777) : (0666 & ~mask);
         // Without the first fsync a power loss may leave the new name with nothing in it, without the second the old name.
-        if (::fchmod(descriptor_.get(), mode) != 0 || ::fsync(descriptor_.get()) != 0 || descriptor_.close() != 0 ||
-            ::rename(name_.c_str(), target.c_str()) != 0) {
+        if (::fchmod(descriptor_.get(), mode) != 0 || ::fsync(descriptor_.get()) != 0 || descriptor_.close() != 0) {
+            fail("cannot be written", errno);
+        }
+    }
+
+    /// Takes the other's name; after `complete`.
+    void rename() {
+        if (::rename(name_.c_str(), target_.c_str()) != 0) {
             fail("cannot be written", errno);
         }
         name_.clear();
-        const Descriptor directory(::open((target.parent_path() / ".").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        const Descriptor directory(::open((target_.parent_path() / ".").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (directory.get() >= 0) {
             // Some file systems cannot do this; the file is complete in any case.
             ::fsync(directory.get());
@@ -113,12 +122,22 @@ public:
     }
 
 private:
+    static fs::path targetOf(const fs::path& path) {
+        fs::path target = resolveLinks(path);
+        std::error_code error;
+        const fs::file_status status = fs::status(target, error);
+        if (fs::exists(status) && !fs::is_regular_file(status)) {
+            throw FileError(path.string(), fs::is_directory(status) ? "is a directory" : "is not a regular file");
+        }
+        return target;
+    }
+
     /// \param name its six last letters are chosen
-    static int create(std::string& name) {
+    static int create(std::string& name, std::size_t place) {
         const BlockedInterruption blocked;
         const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
         if (descriptor >= 0) {
-            removeWhenInterrupted(name.c_str());
+            removeWhenInterrupted(name.c_str(), place);
         }
         return descriptor;
     }
@@ -127,10 +146,30 @@ private:
         throw FileError(shownName_, what + ": " + errorText(error));
     }
 
+    fs::path target_;
     std::string name_;
+    std::size_t place_;
     Descriptor descriptor_;
     std::string shownName_;
 };
+
+/// Reads until the content is full or the input ends.
+///
+/// \param begin where to go on in the content
+/// \return the end of what was read
+std::size_t readInto(Bytes& content, std::size_t begin, int descriptor, const std::string& name) {
+    while (begin < content.size()) {
+        const ssize_t count = ::read(descriptor, content.data() + begin, content.size() - begin);
+        if (count < 0 && errno != EINTR) {
+            throw FileError(name, "cannot be read: " + errorText(errno));
+        }
+        if (count == 0) {
+            break;
+        }
+        begin += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return begin;
+}
 
 } // namespace
 
@@ -151,19 +190,25 @@ Bytes readFile(const fs::path& path) {
         throw FileError(path.string(), "is larger than 4 GiB");
     }
     Bytes content(static_cast<std::size_t>(status.st_size));
-    std::size_t done = 0;
-    while (done < content.size()) {
-        const ssize_t count = ::read(file.get(), content.data() + done, content.size() - done);
-        if (count < 0 && errno != EINTR) {
-            throw FileError(path.string(), "cannot be read: " + errorText(errno));
-        }
-        if (count == 0) {
-            break;
-        }
-        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    }
-    content.resize(done);
+    content.resize(readInto(content, 0, file.get(), path.string()));
     return content;
+}
+
+Bytes readStandardInput() {
+    constexpr std::size_t firstSize = 1 << 16;
+    const char* const name = "standard input";
+    Bytes content(firstSize);
+    for (std::size_t done = 0;;) {
+        done = readInto(content, done, STDIN_FILENO, name);
+        if (done < content.size()) {
+            content.resize(done);
+            return content;
+        }
+        if (done > static_cast<std::size_t>(largestFile)) {
+            throw FileError(name, "holds more than 4 GiB");
+        }
+        content.resize(2 * done);
+    }
 }
 
 bool hasExtension(const fs::path& file, const std::string& extension) {
@@ -173,9 +218,14 @@ bool hasExtension(const fs::path& file, const std::string& extension) {
     return found == extension;
 }
 
-void checkOutputName(const fs::path& output, const std::string& extension, const fs::path& input) {
-    if (!hasExtension(output, extension)) {
-        throw UsageError("the output " + output.string() + " does not end in " + extension);
+void checkOutputName(const fs::path& output, const std::vector<std::string>& extensions, const fs::path& input) {
+    if (std::none_of(extensions.begin(), extensions.end(),
+                     [&](const std::string& extension) { return hasExtension(output, extension); })) {
+        std::string names = extensions.front();
+        for (std::size_t i = 1; i < extensions.size(); ++i) {
+            names += " or " + extensions[i];
+        }
+        throw UsageError("the output " + output.string() + " does not end in " + names);
     }
     std::error_code error;
     if (fs::equivalent(output, input, error)) {
@@ -184,15 +234,23 @@ void checkOutputName(const fs::path& output, const std::string& extension, const
 }
 
 void writeFile(const fs::path& path, const Bytes& content) {
-    const fs::path target = resolveLinks(path);
-    std::error_code error;
-    const fs::file_status status = fs::status(target, error);
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        throw FileError(path.string(), fs::is_directory(status) ? "is a directory" : "is not a regular file");
-    }
-    TemporaryFile file(target, path.string());
+    TemporaryFile file(path);
     file.write(content);
-    file.renameTo(target);
+    file.complete();
+    file.rename();
+}
+
+void writeFiles(const fs::path& path, const Bytes& content, const fs::path& otherPath, const Bytes& otherContent) {
+    TemporaryFile file(path);
+    TemporaryFile other(otherPath, 1);
+    file.write(content);
+    other.write(otherContent);
+    file.complete();
+    other.complete();
+    // Not to end with one of them.
+    const BlockedInterruption blocked;
+    other.rename();
+    file.rename();
 }
 
 } // namespace vexa::tool

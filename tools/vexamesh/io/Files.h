@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace vexa::tool {
 
@@ -12,13 +13,18 @@ namespace vexa::tool {
 /// \throw FileError the file is missing, not regular, not readable, or larger than 4 GiB
 Bytes readFile(const std::filesystem::path& path);
 
+/// Everything that standard input holds.
+///
+/// \throw FileError it cannot be read, or holds more than 4 GiB
+Bytes readStandardInput();
+
 /// Whether a file's name ends in `extension`, ignoring case.
 bool hasExtension(const std::filesystem::path& file, const std::string& extension);
 
 /// Checks the name of an output file.
 ///
-/// \throw UsageError the name does not end in `extension`, or names the same file as `input`
-void checkOutputName(const std::filesystem::path& output, const std::string& extension,
+/// \throw UsageError the name ends in none of `extensions`, or names the same file as `input`
+void checkOutputName(const std::filesystem::path& output, const std::vector<std::string>& extensions,
                      const std::filesystem::path& input);
 
 /// Writes a file atomically: the bytes go to a temporary file in the same directory, which is then renamed. On failure,
@@ -26,5 +32,11 @@ void checkOutputName(const std::filesystem::path& output, const std::string& ext
 ///
 /// \throw FileError the file cannot be written
 void writeFile(const std::filesystem::path& path, const Bytes& content);
+
+/// Writes two files, as `writeFile` does: none of them is replaced before both are complete.
+///
+/// \throw FileError one of them cannot be written
+void writeFiles(const std::filesystem::path& path, const Bytes& content, const std::filesystem::path& otherPath,
+                const Bytes& otherContent);
 
 } // namespace vexa::tool

@@ -19,10 +19,8 @@ ParseLimits& currentLimits() {
     return limits;
 }
 
-ProcessLimits limitsFor(const std::filesystem::path& file) {
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(file, error);
-    const std::size_t usual = defaultMemory + memoryPerByte * (error ? 0 : static_cast<std::size_t>(size));
+ProcessLimits limitsFor(std::size_t fileSize) {
+    const std::size_t usual = defaultMemory + memoryPerByte * fileSize;
     const ParseLimits& limits = currentLimits();
     return {limits.memory ? *limits.memory * bytesPerMiB : usual, limits.seconds};
 }
@@ -48,7 +46,7 @@ void setParseLimits(const ParseLimits& limits) {
     currentLimits() = limits;
 }
 
-Document readIsolated(const std::filesystem::path& file, const std::function<Document()>& parse) {
+Document readIsolated(const std::filesystem::path& file, std::size_t size, const std::function<Document()>& parse) {
     try {
         ChildProcess child(
             [&](PipeWriter& pipe) {
@@ -71,7 +69,7 @@ Document readIsolated(const std::filesystem::path& file, const std::function<Doc
                     pipe.writeText(fault);
                 }
             },
-            limitsFor(file));
+            limitsFor(size));
         if (!child.readValue<bool>()) {
             throw FileError(child.readText());
         }

@@ -19,9 +19,10 @@ void setParseLimits(const ParseLimits& limits);
 
 /// Reads a file in a child process, so that a reader that crashes or exceeds its limits does not end the program.
 ///
+/// \param size  of the file, in bytes
 /// \param parse reads and checks the file; throws if something is wrong with it
 /// \return the document without its decoded meshes
 /// \throw FileError carries the message of the exception from `parse`, or says how the child process ended
-Document readIsolated(const std::filesystem::path& file, const std::function<Document()>& parse);
+Document readIsolated(const std::filesystem::path& file, std::size_t size, const std::function<Document()>& parse);
 
 } // namespace vexa::tool

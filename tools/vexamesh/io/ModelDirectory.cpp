@@ -42,6 +42,10 @@ void allowDirectories(const std::vector<fs::path>& directories) {
 }
 
 fs::path ModelDirectory::resolve(const std::string& name) const {
+    if (directory_ == noDirectory) {
+        throw FileError(name +
+                        ": cannot be read, because standard input is not in a directory; give the model by its name");
+    }
     fs::path path = directory_ / name;
     if (!isPermitted(path, directory_)) {
         throw FormatError(

@@ -5,9 +5,9 @@
 #include "ops/MaterialCopier.h"
 #include "ops/Placement.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
-#include <functional>
 #include <glm/gtc/quaternion.hpp>
 #include <map>
 #include <optional>

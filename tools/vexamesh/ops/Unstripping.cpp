@@ -102,7 +102,7 @@ std::string findTriangleFault(const Document& output, const std::vector<IndexEdi
 
 } // namespace
 
-UnstrippedFile unstripDocument(Document document, bool isText) {
+UnstrippedFile unstripDocument(Document document) {
     UnstrippedFile result;
     std::vector<IndexEdit> edits = Unstripper(document, result.meshes).run();
     std::vector<EditedPrimitive> strips;
@@ -116,15 +116,13 @@ UnstrippedFile unstripDocument(Document document, bool isText) {
         for (const EditedIndices& place : replaceIndices(document.asset, edits)) {
             lists.push_back({edits[lists.size()].mesh, place.firstPrimitive, 1});
         }
-        result.file = isText ? writeGltf(document.asset.json, document.asset.buffers)
-                             : writeGlb(document.asset.json, document.asset.buffers);
+        result.file = writeGlb(document.asset.json, document.asset.buffers);
     } catch (const FormatError& error) {
         throw FileError(document.file.string(), error.what());
     }
-    const char* name = isText ? "output.gltf" : "output.glb";
-    result.findFault = [=, edits = std::move(edits), lists = std::move(lists),
+    result.findFault = [edits = std::move(edits), lists = std::move(lists),
                         content = std::move(content)](const Bytes& file) {
-        const Document output = loadDocument(file, name);
+        const Document output = loadDocument(file, "output.glb");
         const std::string fault = findTriangleFault(output, edits, lists);
         const bool isSame = !fault.empty() || isSameContent(uneditedContent(output, lists), content);
         return isSame ? fault : contentFault;

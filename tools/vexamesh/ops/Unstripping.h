@@ -27,8 +27,7 @@ struct UnstrippedFile {
 /// in nothing but modes and indices become one list, as far as the next list, which is taken to hold the triangles that
 /// were in no strip.
 ///
-/// \param isText whether the file is .gltf; otherwise it is .glb
 /// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
-UnstrippedFile unstripDocument(Document document, bool isText);
+UnstrippedFile unstripDocument(Document document);
 
 } // namespace vexa::tool

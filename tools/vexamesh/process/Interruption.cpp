@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::array interruptions = {SIGINT, SIGTERM, SIGHUP};
 
-std::atomic<const char*> temporaryFile{nullptr};
+std::array<std::atomic<const char*>, maxTemporaryFiles> temporaryFiles{};
 std::atomic<bool> isDeferred{false};
 std::atomic<int> noted{0};
 static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
@@ -53,8 +53,10 @@ void endCleanlyWhenInterrupted() {
 }
 
 void endBySignal(int signal) {
-    if (const char* name = temporaryFile) {
-        ::unlink(name);
+    for (const std::atomic<const char*>& file : temporaryFiles) {
+        if (const char* name = file) {
+            ::unlink(name);
+        }
     }
     struct sigaction byDefault {};
     byDefault.sa_handler = SIG_DFL;
@@ -99,7 +101,9 @@ int DeferredInterruption::signal() const { // NOLINT(readability-convert-member-
 }
 
 void DeferredInterruption::leaveToParent() {
-    removeWhenInterrupted(nullptr);
+    for (std::size_t i = 0; i < temporaryFiles.size(); ++i) {
+        removeWhenInterrupted(nullptr, i);
+    }
     isDeferred = false;
     noted = 0;
     const sigset_t set = interruptionSet();
@@ -115,8 +119,8 @@ BlockedInterruption::~BlockedInterruption() {
     ::sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-void removeWhenInterrupted(const char* name) {
-    temporaryFile = name;
+void removeWhenInterrupted(const char* name, std::size_t place) {
+    temporaryFiles.at(place) = name;
 }
 
 } // namespace vexa::tool

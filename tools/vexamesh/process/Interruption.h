@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <poll.h>
 #include <vector>
 
@@ -55,9 +56,13 @@ private:
     sigset_t before_{};
 };
 
-/// Names the file that is removed if a signal ends the process; one at a time.
+/// Files that are written at the same time at most: a model's text and its data.
+constexpr std::size_t maxTemporaryFiles = 2;
+
+/// Names a file that is removed if a signal ends the process.
 ///
-/// \param name must stay valid until the next call; nullptr: none
-void removeWhenInterrupted(const char* name);
+/// \param name  must stay valid until the next call; nullptr: none
+/// \param place below `maxTemporaryFiles`; one file at each
+void removeWhenInterrupted(const char* name, std::size_t place = 0);
 
 } // namespace vexa::tool

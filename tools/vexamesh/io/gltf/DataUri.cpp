@@ -75,22 +75,6 @@ std::optional<DataUri> decodeDataUri(std::string_view uri) {
     return DataUri{std::string(header.substr(0, header.find(';'))), decodeBase64(uri.substr(comma + 1))};
 }
 
-std::string encodeDataUri(const Bytes& content, const std::string& mimeType) {
-    std::string uri = "data:" + mimeType + ";base64,";
-    uri.reserve(uri.size() + (content.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < content.size(); i += 3) {
-        const std::size_t count = std::min<std::size_t>(3, content.size() - i);
-        std::uint32_t bits = 0;
-        for (std::size_t b = 0; b < 3; ++b) {
-            bits = bits << 8 | (b < count ? content[i + b] : 0U);
-        }
-        for (std::size_t d = 0; d < 4; ++d) {
-            uri += d <= count ? base64Digits[bits >> (18 - 6 * d) & 63U] : '=';
-        }
-    }
-    return uri;
-}
-
 std::string decodePercent(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -104,6 +88,23 @@ std::string decodePercent(std::string_view text) {
         }
     }
     return decoded;
+}
+
+std::string encodePercent(std::string_view text) {
+    constexpr std::string_view unreserved = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string encoded;
+    for (const char c : text) {
+        if (unreserved.find(c) != std::string_view::npos) {
+            encoded += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            encoded += '%';
+            encoded += digits[byte >> 4U];
+            encoded += digits[byte & 15U];
+        }
+    }
+    return encoded;
 }
 
 } // namespace vexa::tool

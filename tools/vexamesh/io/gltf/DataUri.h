@@ -18,10 +18,10 @@ struct DataUri {
 /// \throw FormatError it is one, but not in base64, or its base64 is malformed
 std::optional<DataUri> decodeDataUri(std::string_view uri);
 
-/// Bytes as a data URI in base64.
-std::string encodeDataUri(const Bytes& content, const std::string& mimeType);
-
 /// Replaces each "%41" by the byte that it stands for.
 std::string decodePercent(std::string_view text);
+
+/// The way back: replaces each byte that a URI must not have, or that has a meaning in it.
+std::string encodePercent(std::string_view text);
 
 } // namespace vexa::tool

@@ -153,9 +153,8 @@ std::string embedReference(Json& document, std::vector<Bytes>& buffers, Json& im
     if (isRemote(uri)) {
         return "is left as a reference: " + uri + " is not a local file";
     }
-    const fs::path file = localPath(uri, directory);
     try {
-        embedImageFile(document, buffers, image, file);
+        embedImageFile(document, buffers, image, localPath(uri, directory));
         return "";
     } catch (const FileError& error) {
         // A model that lacks one of its images is still a model.

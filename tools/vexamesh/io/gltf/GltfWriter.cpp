@@ -104,13 +104,27 @@ Bytes writeGlb(const Json& json, const std::vector<Bytes>& buffers) {
     return joinGlb(compactText(document.json), document.binary);
 }
 
-Bytes writeGltf(const Json& json, const std::vector<Bytes>& buffers) {
-    PackedDocument document = packDocument(json, buffers);
-    if (!document.binary.empty()) {
-        document.json["buffers"][0]["uri"] = encodeDataUri(document.binary, "application/octet-stream");
+GltfFiles splitGltf(const Bytes& glb, const std::string& binaryName) {
+    const GlbChunks chunks = splitGlb(glb);
+    Json json = parseJson(chunks.json);
+    GltfFiles files;
+    if (chunks.binary) {
+        Json& buffer = json["buffers"][0];
+        const auto length = buffer["byteLength"].get<std::ptrdiff_t>();
+        files.binary.assign(chunks.binary->begin(), chunks.binary->begin() + length);
+        buffer["uri"] = encodePercent(binaryName);
     }
-    const std::string text = jsonText(document.json);
-    return {text.begin(), text.end()};
+    const std::string text = jsonText(json);
+    files.text.assign(text.begin(), text.end());
+    return files;
+}
+
+Bytes joinGltf(const GltfFiles& files) {
+    Json json = parseJson({reinterpret_cast<const char*>(files.text.data()), files.text.size()});
+    if (!files.binary.empty()) {
+        json["buffers"][0].erase("uri");
+    }
+    return joinGlb(compactText(json), files.binary);
 }
 
 } // namespace vexa::tool
