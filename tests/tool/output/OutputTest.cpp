@@ -41,7 +41,7 @@ TEST_F(Output, RefusesToOverwriteTheInput) {
 }
 
 TEST_F(Output, NeedsTheExtensionOfItsFormat) {
-    expectError({"strip", in, "-o", "out.gltf"}, 2, "does not end in .glb");
+    expectError({"strip", in, "-o", "out.obj"}, 2, "does not end in .glb or .gltf");
 }
 
 TEST_F(Output, NeedsAnExistingDirectory) {
