@@ -271,7 +271,8 @@ StripOutcome stripDocument(Document document, const StripSettings& settings, con
         limitIndices(document, settings.indexBits);
     }
     try {
-        StripOutcome outcome = Stripper(std::move(document), settings).run(progress);
+        Stripper stripper(std::move(document), settings);
+        StripOutcome outcome = stripper.run(progress);
         outcome.before = before;
         if (settings.indexBits != 0) {
             takeInput(input, outcome);
