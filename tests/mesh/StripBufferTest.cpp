@@ -1,5 +1,6 @@
 #include "reference/ReferenceDecode.h"
 #include "support/Meshes.h"
+#include "support/Messages.h"
 
 #include <vexa/mesh/StripBuffer.h>
 
@@ -44,17 +45,6 @@ Indices canonicalTriangles(const Indices& mesh) {
 
 Indices canonicalStrip(const Indices& strip) {
     return reference::canonical(reference::decode(TRIANGLE_STRIP, strip));
-}
-
-/// The message of the std::invalid_argument that a call throws.
-template <class Call>
-std::string messageOf(Call call) {
-    try {
-        call();
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "nothing thrown";
 }
 
 class StripBufferOfSuite : public testing::TestWithParam<std::string> {};

@@ -1,5 +1,6 @@
 #include "reference/ReferenceDecode.h"
 #include "support/Meshes.h"
+#include "support/Messages.h"
 
 #include <vexa/mesh/Strips.h>
 
@@ -15,27 +16,9 @@ namespace {
 
 using namespace vexa::mesh;
 using meshes::Indices;
+using meshes::run;
 
 constexpr unsigned int restart = 4294967295U;
-
-/// A strip of consecutive vertices.
-Indices run(unsigned int first, std::size_t count) {
-    Indices strip(count);
-    for (unsigned int& vertex : strip) {
-        vertex = first++;
-    }
-    return strip;
-}
-
-template <class Call>
-std::string messageOf(Call call) {
-    try {
-        call();
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "nothing thrown";
-}
 
 TEST(ToTriangles, ReadsTriangleLists) {
     EXPECT_EQ(toTriangles(TRIANGLES, Indices{5, 3, 4, 0, 1, 2}), (Indices{5, 3, 4, 0, 1, 2}));

@@ -1,16 +1,16 @@
 #include "reference/ReferenceDecode.h"
 #include "support/Meshes.h"
+#include "support/Messages.h"
 
 #include <vexa/mesh/Strips.h>
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 namespace {
 
 using namespace vexa::mesh;
 using meshes::Indices;
+using meshes::run;
 
 constexpr unsigned int restart = 4294967295U;
 
@@ -28,25 +28,6 @@ Indices degenerate(const std::vector<Indices>& strips) {
 
 Indices restarted(const std::vector<Indices>& strips) {
     return joinedBy(StripJoin::Restart, strips);
-}
-
-/// A strip of consecutive vertices.
-Indices run(unsigned int first, std::size_t count) {
-    Indices strip(count);
-    for (unsigned int& vertex : strip) {
-        vertex = first++;
-    }
-    return strip;
-}
-
-template <class Call>
-std::string messageOf(Call call) {
-    try {
-        call();
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "nothing thrown";
 }
 
 TEST(JoinStrips, GivesNothingForNoStrips) {

@@ -1,13 +1,13 @@
 #include "reference/ReferenceDecode.h"
 #include "support/Graphs.h"
 #include "support/LogCapture.h"
+#include "support/Messages.h"
 
 #include <vexa/mesh/Strips.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -44,17 +44,6 @@ Indices trianglesOf(const std::vector<IndexedPrimitive>& primitives) {
 bool isManifold(const Indices& mesh) {
     graphs::FilledGraph graph(mesh);
     return graph.claimedTriangles.first == nullptr;
-}
-
-/// The message of the std::invalid_argument that a call throws.
-template <class Call>
-std::string messageOf(Call call) {
-    try {
-        call();
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "nothing thrown";
 }
 
 std::vector<StripOptions> manyOptions() {

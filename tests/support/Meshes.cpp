@@ -47,6 +47,12 @@ Indices strip(unsigned int n) {
     return mesh;
 }
 
+Indices run(unsigned int first, std::size_t count) {
+    Indices strip(count);
+    std::iota(strip.begin(), strip.end(), first);
+    return strip;
+}
+
 Indices closedFan(unsigned int n) {
     Indices mesh;
     for (unsigned int i = 0; i < n; ++i) {

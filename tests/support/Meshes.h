@@ -32,6 +32,8 @@ Indices singleTriangle();
 Indices twoTriangles();
 /// n triangles whose indices as a triangle strip are 0, 1, 2, ... n + 1.
 Indices strip(unsigned int n);
+/// The indices of a strip of consecutive vertices.
+Indices run(unsigned int first, std::size_t count);
 /// n triangles around vertex 0, the ring closed. n is at least 2.
 Indices closedFan(unsigned int n);
 Indices openFan(unsigned int n);

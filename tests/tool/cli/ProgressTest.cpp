@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
-#include <random>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,18 +42,6 @@ std::string runOnTerminal(const std::vector<std::string>& arguments) {
     ::close(terminal);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << text;
     return text;
-}
-
-/// Triangles among few vertices, so that edges have any number of them.
-std::vector<unsigned int> randomTriangles(unsigned int vertices, std::size_t count) {
-    std::mt19937 random(5);
-    std::vector<unsigned int> triangles;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto first = static_cast<unsigned int>(random() % vertices);
-        const auto step = static_cast<unsigned int>(1 + random() % (vertices / 2 - 1));
-        triangles.insert(triangles.end(), {first, (first + step) % vertices, (first + 2 * step) % vertices});
-    }
-    return triangles;
 }
 
 class ProgressBar : public testing::Test {

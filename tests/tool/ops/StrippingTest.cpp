@@ -2,7 +2,6 @@
 #include "support/SmallModels.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <set>
 #include <string>
 
@@ -10,21 +9,10 @@ namespace {
 
 using tool_test::Grid;
 using tool_test::makeGrid;
+using tool_test::randomTriangles;
 using vexa::tool::Joining;
 using vexa::tool::StripSettings;
 using vexa::tool::stripTriangles;
-
-/// Triangles among few vertices, so that edges have any number of them.
-std::vector<unsigned int> randomTriangles(unsigned int vertices, std::size_t count) {
-    std::mt19937 random(5);
-    std::vector<unsigned int> triangles;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto first = static_cast<unsigned int>(random() % vertices);
-        const auto step = static_cast<unsigned int>(1 + random() % (vertices / 2 - 1));
-        triangles.insert(triangles.end(), {first, (first + step) % vertices, (first + 2 * step) % vertices});
-    }
-    return triangles;
-}
 
 TEST(StripTriangles, ObservingPassesDoesNotChangeTheResult) {
     const Grid grid = makeGrid(20, 15);

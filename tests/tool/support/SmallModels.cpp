@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <random>
 
 namespace tool_test {
 
@@ -125,6 +126,17 @@ GltfModel gridModel(int columns, int rows) {
     const int positions = model.addPositions(grid.positions);
     model.addMesh(positions, model.addIndices(grid.indices));
     return model;
+}
+
+std::vector<unsigned int> randomTriangles(unsigned int vertices, std::size_t count) {
+    std::mt19937 random(5);
+    std::vector<unsigned int> triangles;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto first = static_cast<unsigned int>(random() % vertices);
+        const auto step = static_cast<unsigned int>(1 + random() % (vertices / 2 - 1));
+        triangles.insert(triangles.end(), {first, (first + step) % vertices, (first + 2 * step) % vertices});
+    }
+    return triangles;
 }
 
 } // namespace tool_test

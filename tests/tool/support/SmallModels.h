@@ -74,4 +74,7 @@ Grid makeGrid(int columns, int rows);
 /// The grid as a model of one mesh with indices of 16 bits.
 GltfModel gridModel(int columns, int rows);
 
+/// Triangles among few vertices, so that edges have any number of them.
+std::vector<unsigned int> randomTriangles(unsigned int vertices, std::size_t count);
+
 } // namespace tool_test

@@ -13,8 +13,6 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr int elementArrayBuffer = 34963;
-
 /// The name of an attribute in a file: what glTF gives no meaning begins with an underscore.
 std::string writtenName(const std::string& name) {
     static const std::regex known("(POSITION|NORMAL|TANGENT|(TEXCOORD|COLOR|JOINTS|WEIGHTS)_[0-9]+)|_.*");

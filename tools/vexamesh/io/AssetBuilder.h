@@ -42,6 +42,8 @@ Bytes alignElements(const AccessorData& values, std::size_t stride);
 
 /// Target of a buffer view of vertex attributes.
 constexpr int arrayBuffer = 34962;
+/// Target of a buffer view of indices.
+constexpr int elementArrayBuffer = 34963;
 
 /// Attribute values from floats.
 AccessorData floatValues(const std::string& type, const std::vector<float>& values);

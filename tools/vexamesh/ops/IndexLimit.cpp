@@ -20,8 +20,6 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr int elementArrayBuffer = 34963;
-
 /// Calls `visit(reference)` with each reference of a primitive to values of its vertices.
 template <typename PrimitiveJson, typename Visit>
 void forEachValues(PrimitiveJson& primitive, const Visit& visit) {

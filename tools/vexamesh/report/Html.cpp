@@ -15,7 +15,7 @@ bool isControl(char c) {
 
 /// Text with U+FFFD in place of bytes that are not UTF-8; file names may have some.
 std::string asUtf8(std::string_view text) {
-    const std::string quoted = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+    const std::string quoted = compactText(text);
     return Json::parse(quoted).get<std::string>();
 }
 

@@ -119,8 +119,7 @@ void writePictureData(std::ostream& out, const Picture& picture) {
     }
     const Json facts = {
         {"primitives", picture.primitives}, {"triangles", picture.triangles}, {"shown", picture.shownTriangles()}};
-    out << "<script type=\"application/json\" id=\"data-facts\">"
-        << escapeScript(facts.dump(-1, ' ', false, Json::error_handler_t::replace)) << "</script>\n";
+    out << "<script type=\"application/json\" id=\"data-facts\">" << escapeScript(compactText(facts)) << "</script>\n";
     writeData(out, "positions", base64Of(picture.positions));
     writeData(out, "corners", base64Of(picture.corners));
     writeData(out, "order", base64Of(picture.inputOrder));

@@ -1,10 +1,10 @@
 #include "reference/ReferenceGraph.h"
 #include "support/Graphs.h"
+#include "support/Messages.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -42,15 +42,6 @@ void addScattered(HalfEdgeGraph& graph, unsigned int count) {
         const auto first = static_cast<unsigned int>(graph.vertexHalfEdges.size());
         graph.addTriangle(first, first + 1, first + 2);
     }
-}
-
-std::string messageOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-    return "nothing thrown";
 }
 
 TEST(AddTriangle, LinksItsHalfEdgesIntoACycleInTheOrderOfTheCorners) {

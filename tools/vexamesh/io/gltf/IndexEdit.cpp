@@ -16,8 +16,6 @@ namespace vexa::tool {
 
 namespace {
 
-constexpr int elementArrayBuffer = 34963;
-
 /// The references to the accessors and buffer views of a document.
 struct References {
     std::vector<std::size_t> indexUses;  ///< per accessor: primitives that take their indices from it
