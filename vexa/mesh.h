@@ -6,6 +6,7 @@
 #include "vexa/mesh/AttributeTransformation.h"
 #include "vexa/mesh/BoundingBox.h"
 #include "vexa/mesh/Buffer.h"
+#include "vexa/mesh/Edges.h"
 #include "vexa/mesh/GlmLayout.h"
 #include "vexa/mesh/HalfEdgeGraph.h"
 #include "vexa/mesh/IndexBuffer.h"
