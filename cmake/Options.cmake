@@ -12,6 +12,7 @@ option(VEXA_BUILD_FUZZ "Build the fuzz targets, with clang++" OFF)
 option(VEXA_AVX2 "Use AVX2 on processors that support it; results do not change" ON)
 option(VEXA_INSTALL "Add the install rules and the package files" ${PROJECT_IS_TOP_LEVEL})
 option(VEXA_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
+option(VEXA_LOGGING "Write log records; the library alone can be built without, and then needs no Boost" ON)
 set(VEXA_LOGGING_TARGET "" CACHE STRING
     "CMake target that defines logging::Logger::getBoostLogger; empty builds the default logger")
 set(VEXA_SANITIZE "" CACHE STRING "Sanitizers for all targets, for example address,undefined")
@@ -31,6 +32,11 @@ if(PROJECT_IS_TOP_LEVEL)
         add_compile_options(--coverage)
         add_link_options(--coverage)
     endif()
+endif()
+
+if(NOT VEXA_LOGGING AND (VEXA_BUILD_TOOL OR VEXA_BUILD_TESTS OR VEXA_BUILD_BENCH OR VEXA_BUILD_FUZZ OR VEXA_LOGGING_TARGET))
+    message(FATAL_ERROR "VEXA_LOGGING=OFF is for the library alone: configure with -DVEXA_BUILD_TOOL=OFF "
+        "-DVEXA_BUILD_TESTS=OFF and without benchmark, fuzz targets and VEXA_LOGGING_TARGET")
 endif()
 
 # Sets C++20, warnings and hidden symbols for a target.

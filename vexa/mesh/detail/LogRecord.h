@@ -2,6 +2,8 @@
 
 // For sources only: the logging headers are heavy.
 
+#ifdef VEXA_LOGGING
+
 #include "logging/Logger.h"
 
 #include <boost/log/sources/record_ostream.hpp>
@@ -21,3 +23,23 @@
     for (auto vexaMeshLogger = ::logging::Logger::getBoostLogger(__LINE__, functionText, fileText); vexaMeshLogger;    \
          vexaMeshLogger.reset())                                                                                       \
     BOOST_LOG_SEV(*vexaMeshLogger, ::boost::log::trivial::severity)
+
+#else
+
+namespace vexa::mesh::detail {
+
+/// Stands for a record in a library that is built without logging.
+struct NoRecord {
+    template <typename T>
+    const NoRecord& operator<<(const T&) const {
+        return *this;
+    }
+};
+
+} // namespace vexa::mesh::detail
+
+#define VEXA_MESH_LOG(severity, functionText, fileText)                                                                \
+    while (false)                                                                                                      \
+    ::vexa::mesh::detail::NoRecord()
+
+#endif
