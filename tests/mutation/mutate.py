@@ -1,0 +1,253 @@
+#!/usr/bin/env python3
+"""Breaks the library's sources, one small change at a time, and checks that a test fails.
+
+usage: mutate.py [--count N] [--seed N] [--only REGEX] [--build DIRECTORY]
+
+Each change (a mutant) is compiled into a copy of the tree, then the library's suites run, quick tests first. Mutants are
+drawn at random with a fixed seed. Results are appended to DIRECTORY/results.jsonl, so that an interrupted run continues
+where it ended. survivors.json names those that no test can tell from the original, each with its reason. Fails if
+another one survives.
+"""
+
+import argparse
+import json
+import os
+import random
+import re
+import shutil
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+KNOWN = Path(__file__).with_name('survivors.json')
+
+# Operator classes: name, pattern, replacement. clang-format puts spaces around binary operators and none inside types.
+SWAPS = [
+    ('boundary', r' < ', ' <= '),
+    ('boundary', r' <= ', ' < '),
+    ('boundary', r' > ', ' >= '),
+    ('boundary', r' >= ', ' > '),
+    ('comparison', r' == ', ' != '),
+    ('comparison', r' != ', ' == '),
+    ('arithmetic', r' \+ ', ' - '),
+    ('arithmetic', r' - ', ' + '),
+    ('arithmetic', r' \* ', ' + '),
+    ('arithmetic', r' % ', ' / '),
+    ('arithmetic', r' \+= ', ' -= '),
+    ('arithmetic', r' -= ', ' += '),
+    ('increment', r'\+\+', '--'),
+    ('increment', r'(?<!-)--(?!-)', '++'),
+    ('logic', r' && ', ' || '),
+    ('logic', r' \|\| ', ' && '),
+    ('logic', r'\bif \(', 'if (!('),
+    ('logic', r'\btrue\b', 'false'),
+    ('logic', r'\bfalse\b', 'true'),
+    ('constant', r'(?<![\w.])(\d+)(?=[UuLl]*\b)(?![.\w])', None),
+    ('choice', r'\bstd::min\b', 'std::max'),
+    ('choice', r'\bstd::max\b', 'std::min'),
+]
+# Their effect is time, memory or a message, which the suites don't check, or none at run time.
+SKIPPED = re.compile(r'^\s*(#|//|using |template|static_assert|throw |return "|case |default:)'
+                     r'|prefetch|reserve\(|shrink_to_fit|static_assert|operator|Interval|noexcept\(|= delete|= default'
+                     r'|\[\[|std::array<|alignas')
+
+
+def code_only(line):
+    """The line with texts and comments blanked out, at the same places."""
+    line = re.sub(r'"(?:\\.|[^"\\])*"', lambda m: '"' + ' ' * (len(m[0]) - 2) + '"', line)
+    line = re.sub(r"'(?:\\.|[^'\\])'", lambda m: "' '".ljust(len(m[0])), line)
+    return re.sub(r'//.*', lambda m: ' ' * len(m[0]), line)
+
+
+def negated(line, start):
+    """The line with the condition of the `if (` at `start` negated; None if it does not end there."""
+    opening = line.index('(', start)
+    depth = 0
+    for at in range(opening, len(line)):
+        depth += {'(': 1, ')': -1}.get(line[at], 0)
+        if depth == 0:
+            condition = line[opening + 1:at]
+            if ';' in condition:
+                first, last = condition.split(';', 1)
+                return f'{line[:opening]}({first}; !({last.strip()})){line[at + 1:]}'
+            return f'{line[:opening]}(!({condition})){line[at + 1:]}'
+    return None
+
+
+def mutants_of_line(line):
+    code = code_only(line)
+    for name, pattern, replacement in SWAPS:
+        for match in re.finditer(pattern, code):
+            if name == 'constant':
+                changed = line[:match.start()] + str(int(match[1]) + 1) + line[match.end():]
+            elif replacement == 'if (!(':
+                changed = negated(line, match.start())
+            else:
+                changed = line[:match.start()] + replacement + line[match.end():]
+            if changed is not None:
+                yield name, changed
+    # A call or an assignment on a line of its own.
+    statement = re.fullmatch(r'(\s+)([\w.>\[\]()*+-]+(?:\(.*\)| [-+|&^]?= .*)|break|continue|\+\+\w+|--\w+);', code)
+    if statement and not re.match(r'\s*(return|const|auto|std::\w+ \w+|throw|delete)\b', code):
+        yield 'removal', statement[1] + ';'
+
+
+def all_mutants(only):
+    mutants = []
+    sources = [p for p in (ROOT / 'vexa/mesh').rglob('*') if p.suffix in ('.cpp', '.h') and 'peers' not in p.parts]
+    for path in sorted(sources):
+        name = str(path.relative_to(ROOT))
+        if not re.search(only, name):
+            continue
+        # The public headers declare; a change of their layout would not be one of behaviour.
+        if path.suffix == '.h' and 'detail' not in path.parts:
+            continue
+        in_comment = False
+        for number, line in enumerate(path.read_text().splitlines(), 1):
+            in_comment = in_comment or line.lstrip().startswith('/*')
+            if not in_comment and not SKIPPED.search(line):
+                for operator, changed in mutants_of_line(line):
+                    mutants.append({'file': name, 'line': number, 'operator': operator, 'from': line.strip(),
+                                    'to': changed.strip(), 'text': changed})
+            in_comment = in_comment and '*/' not in line
+    return mutants
+
+
+class Build:
+    """A copy of the tree that is built with every mutant in turn."""
+
+    def __init__(self, directory, jobs):
+        self.source = directory / 'source'
+        self.binary = directory / 'binary'
+        self.jobs = jobs
+        self.environment = dict(os.environ, CCACHE_DISABLE='1', GTEST_COLOR='no')
+        if self.source.exists():
+            shutil.rmtree(self.source)
+        for folder in ('vexa', 'logging', 'tests', 'cmake', 'docs'):
+            shutil.copytree(ROOT / folder, self.source / folder)
+        shutil.copy2(ROOT / 'CMakeLists.txt', self.source)
+        self.run(['cmake', '-S', self.source, '-B', self.binary, '-G', 'Ninja', '-DCMAKE_BUILD_TYPE=None',
+                  '-DCMAKE_CXX_FLAGS=-O1', '-DVEXA_BUILD_TOOL=OFF', '-DVEXA_BUILD_EXAMPLES=OFF',
+                  '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON'], os.environ, 600)
+        if self.run(self.make(), os.environ, 3600) != 'passed':
+            sys.exit('the tree does not build')
+        self.measure()
+
+    def make(self):
+        return ['cmake', '--build', self.binary, '-j', str(self.jobs), '--target', 'meshTests', 'allocationTests',
+                'outputHashes']
+
+    @staticmethod
+    def run(command, environment, limit):
+        try:
+            run = subprocess.run(list(map(str, command)), env=environment, timeout=limit, stdout=subprocess.PIPE,
+                                 stderr=subprocess.STDOUT, check=False)
+        except subprocess.TimeoutExpired:
+            return 'timed out'
+        return 'passed' if run.returncode == 0 else 'failed'
+
+    def measure(self):
+        """Times every test, to run quick ones first and to know when one hangs."""
+        report = self.binary / 'times.json'
+        started = time.monotonic()
+        tests = self.binary / 'tests'
+        if self.run([tests / 'meshTests', f'--gtest_output=json:{report}'], self.environment, 1800) != 'passed':
+            sys.exit('the suite fails before anything is changed')
+        slow = []
+        quick = 0.0
+        for suite in json.loads(report.read_text())['testsuites']:
+            for test in suite['testsuite']:
+                seconds = float(test['time'].rstrip('s'))
+                if seconds > 0.05:
+                    slow.append((seconds, f"{suite['name']}.{test['name']}"))
+                else:
+                    quick += seconds
+        names = ':'.join(name for _, name in sorted(slow))
+        total = time.monotonic() - started
+        common = ['--gtest_brief=1', '--gtest_fail_fast']
+        hashes = ['sh', self.source / 'tests/determinism/expect.sh', tests / 'outputHashes', '1']
+        self.stages = [
+            ('quick tests', [tests / 'meshTests', f'--gtest_filter=-{names}', *common], 20 * quick + 20),
+            ('allocation tests', [tests / 'allocationTests', *common], 120),
+            ('other tests', [tests / 'meshTests', f'--gtest_filter={names}', *common], 5 * total + 20),
+            ('hashes of outputs', hashes, 60),
+        ]
+
+    def outcome(self, mutant):
+        path = self.source / mutant['file']
+        original = path.read_text()
+        lines = original.splitlines()
+        lines[mutant['line'] - 1] = mutant['text']
+        path.write_text('\n'.join(lines) + '\n')
+        try:
+            if self.run(self.make(), self.environment, 900) != 'passed':
+                return 'does not compile'
+            for name, command, limit in self.stages:
+                result = self.run(command, self.environment, limit)
+                if result != 'passed':
+                    return f'killed by {name}' + (', which hung' if result == 'timed out' else '')
+            return 'survived'
+        finally:
+            path.write_text(original)
+
+
+def key(mutant):
+    return mutant['file'], mutant['from'], mutant['to']
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument('--count', type=int, default=300, help='mutants that compile')
+    parser.add_argument('--seed', type=int, default=1)
+    parser.add_argument('--only', default='', help='of sources whose name matches')
+    parser.add_argument('--jobs', type=int, default=2)
+    parser.add_argument('--build', type=Path, default=ROOT / 'build/mutation')
+    parser.add_argument('--list', action='store_true', help='print the mutants without building any')
+    options = parser.parse_args()
+
+    mutants = all_mutants(options.only)
+    random.Random(options.seed).shuffle(mutants)
+    if options.list:
+        for mutant in mutants:
+            print(f"{mutant['file']}:{mutant['line']}: {mutant['operator']}: {mutant['from']}  =>  {mutant['to']}")
+        return
+    options.build.mkdir(parents=True, exist_ok=True)
+    record = options.build / 'results.jsonl'
+    known = {key(entry): entry['reason'] for entry in json.loads(KNOWN.read_text())} if KNOWN.exists() else {}
+    done = {}
+    if record.exists():
+        for line in record.read_text().splitlines():
+            entry = json.loads(line)
+            done[key(entry)] = entry['outcome']
+
+    build = None
+    outcomes = []
+    for mutant in mutants:
+        if sum(outcome != 'does not compile' for _, outcome in outcomes) == options.count:
+            break
+        if key(mutant) not in done:
+            build = build or Build(options.build, options.jobs)
+            outcome = build.outcome(mutant)
+            done[key(mutant)] = outcome
+            with record.open('a') as file:
+                file.write(json.dumps({**mutant, 'outcome': outcome}) + '\n')
+        outcomes.append((mutant, done[key(mutant)]))
+
+    compiled = [(mutant, outcome) for mutant, outcome in outcomes if outcome != 'does not compile']
+    survived = [mutant for mutant, outcome in compiled if outcome == 'survived']
+    unexplained = [mutant for mutant in survived if key(mutant) not in known]
+    for mutant in unexplained:
+        print(f"survived: {mutant['file']}:{mutant['line']}: {mutant['from']}  =>  {mutant['to']}")
+    killed = len(compiled) - len(survived)
+    share = 100 * killed / max(1, killed + len(unexplained))
+    by_hash = sum('hashes' in outcome for _, outcome in compiled)
+    print(f'figure: {len(compiled)} mutants, {killed} killed ({by_hash} of them only by the hashes of outputs), '
+          f'{len(survived) - len(unexplained)} equivalent, {len(unexplained)} others: '
+          f'{share:.1f} % of the non-equivalent killed')
+    sys.exit(1 if unexplained else 0)
+
+
+if __name__ == '__main__':
+    main()
