@@ -12,6 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,8 +72,10 @@ ProcessResult runChild(const Child& child) {
         ::_exit(127);
     }
     int status = 0;
-    ::waitpid(pid, &status, 0);
+    rusage usage{};
+    ::wait4(pid, &status, 0, &usage);
     ProcessResult result;
+    result.maxMemory = static_cast<std::size_t>(usage.ru_maxrss) * 1024;
     if (WIFEXITED(status)) {
         result.exitCode = WEXITSTATUS(status);
     } else {

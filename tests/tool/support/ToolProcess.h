@@ -30,6 +30,7 @@ struct ProcessResult {
     int signal = 0;
     std::string out;
     std::string err;
+    std::size_t maxMemory = 0; ///< bytes that it or a child of it had in memory at once
 };
 
 /// Runs the built program.

@@ -46,11 +46,17 @@ private:
     int value_;
 };
 
-/// The file that a write to `path` creates or replaces, after resolving symbolic links, also dangling ones.
-fs::path resolveLinks(fs::path path) {
+/// The file that a write to `link` creates or replaces, after resolving symbolic links, also dangling ones.
+///
+/// \throw FileError the links form a loop
+fs::path resolveLinks(const fs::path& link) {
     constexpr int longestChain = 40;
+    fs::path path = link;
     std::error_code error;
-    for (int i = 0; i < longestChain && fs::is_symlink(path, error); ++i) {
+    for (int i = 0; fs::is_symlink(path, error); ++i) {
+        if (i == longestChain) {
+            throw FileError(link.string(), "cannot be written: its symbolic links form a loop");
+        }
         const fs::path target = fs::read_symlink(path, error);
         path = target.is_absolute() ? target : path.parent_path() / target;
     }
