@@ -6,6 +6,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <string_view>
+#include <utility>
 
 namespace bench {
 
@@ -193,6 +194,12 @@ void addGraphGoals(const Results& results, std::vector<Goal>& goals) {
         {"addTriangles to OpenMesh, dragon", 0.50, results.ratio("adjacency/dragon", names::add, names::openMesh)});
     goals.push_back(
         {"addTriangles, per triangle, hub to dragon", 1.0, results.ratio("adjacency/hub", names::addHub, names::add)});
+    for (const auto& [crowded, regular] :
+         {std::pair(names::addCrowded, names::addGrid), std::pair(names::addCollapsed, names::addGrid),
+          std::pair(names::singleCrowded, names::singleGrid), std::pair(names::singleCollapsed, names::singleGrid)}) {
+        goals.push_back({std::string(crowded) + ", per triangle, to a grid", 3.0,
+                         results.ratio("adjacency/crowded edges", crowded, regular)});
+    }
     goals.push_back({"calcEgdeLines to OpenMesh's edge iteration, dragon", 1.4,
                      results.ratio("edges/dragon", names::edges, names::openMesh)});
 }

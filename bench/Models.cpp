@@ -203,6 +203,34 @@ ModelPtr makeHub(const std::string& name, unsigned int count) {
     return model;
 }
 
+ModelPtr makeCrowdedEdge(const std::string& name, unsigned int count) {
+    const auto model = std::make_shared<Model>();
+    model->name = name;
+    const unsigned int each = count / 3;
+    for (unsigned int i = 0; i < each; ++i) {
+        const unsigned int rim = 2 + 2 * i;
+        model->triangles.insert(model->triangles.end(), {0, rim, rim + 2, 1, rim + 1, rim + 3});
+    }
+    for (unsigned int i = 0; i < each; ++i) {
+        model->triangles.insert(model->triangles.end(), {0, 1, 2 * each + 4 + i});
+    }
+    model->positions.resize(3 * (std::size_t{3} * each + 4));
+    return model;
+}
+
+ModelPtr makeCollapsedEdge(const std::string& name, unsigned int count) {
+    const auto model = std::make_shared<Model>();
+    model->name = name;
+    for (unsigned int i = 0; i < count / 2; ++i) {
+        model->triangles.insert(model->triangles.end(), {0, 0, 1});
+    }
+    for (unsigned int i = 0; i < count / 2; ++i) {
+        model->triangles.insert(model->triangles.end(), {0, 1, 2 + i});
+    }
+    model->positions.resize(3 * (std::size_t{count} / 2 + 2));
+    return model;
+}
+
 ModelPtr makeSoup(const std::string& name, unsigned int count) {
     const auto model = std::make_shared<Model>();
     model->name = name;

@@ -33,6 +33,23 @@ Comparison compareHub(const ModelPtr& dragon) {
             {addTrianglesContender(names::addHub, hub), addTrianglesContender(names::add, dragon), copyOfIndices(hub)}};
 }
 
+/// Meshes on which almost every triangle comes to an edge that others crowd.
+Comparison compareCrowdedEdges() {
+    constexpr unsigned int count = 1'000'000;
+    const ModelPtr grid = makeGrid("grid of 1 M", 707);
+    const ModelPtr crowded = makeCrowdedEdge("full edge", count);
+    const ModelPtr collapsed = makeCollapsedEdge("collapsed", count);
+    return {"adjacency/crowded edges",
+            "triangle",
+            false,
+            false,
+            roundsFor(*grid),
+            {addTrianglesContender(names::addGrid, grid), addTrianglesContender(names::addCrowded, crowded),
+             addTrianglesContender(names::addCollapsed, collapsed), addSinglyContender(names::singleGrid, grid),
+             addSinglyContender(names::singleCrowded, crowded), addSinglyContender(names::singleCollapsed, collapsed),
+             copyOfIndices(grid)}};
+}
+
 Comparison compareEdges(const ModelPtr& model, const std::string& name) {
     Comparison comparison{name,
                           "edge",
@@ -59,6 +76,7 @@ std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels) {
     cases.push_back(adjacencyCase(
         "sphere", [] { return makeSphere("sphere", 1024, 512); }, true));
     cases.push_back({"adjacency/hub", false, [dragon] { return compareHub(dragon); }});
+    cases.push_back({"adjacency/crowded edges", false, compareCrowdedEdges});
     return cases;
 }
 

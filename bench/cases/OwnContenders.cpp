@@ -43,6 +43,14 @@ Output inspectPrimitives(const Model& model, const Primitives& primitives) {
     return output;
 }
 
+GraphPtr fillSingly(const Model& model) {
+    auto graph = std::make_unique<HalfEdgeGraph>();
+    for (std::size_t i = 0; i < model.triangles.size(); i += 3) {
+        graph->addTriangle(model.triangles[i], model.triangles[i + 1], model.triangles[i + 2]);
+    }
+    return graph;
+}
+
 GraphPtr fill(const Model& model) {
     auto graph = std::make_unique<HalfEdgeGraph>();
     graph->addTriangles(model.triangles.data(), model.triangles.size());
@@ -79,6 +87,17 @@ std::vector<unsigned int> trianglesOf(const HalfEdgeGraph& graph) {
         }
     }
     return triangles;
+}
+
+Contender fillingContender(const std::string& name, const ModelPtr& model, GraphPtr (*fillFrom)(const Model&)) {
+    const auto graph = std::make_shared<GraphPtr>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [graph] { graph->reset(); };
+    contender.run = [model, graph, fillFrom] { *graph = fillFrom(*model); };
+    contender.inspect = [model, graph] {
+        return Output{0, 0, compareTriangles(model->triangles, trianglesOf(**graph))};
+    };
+    return contender;
 }
 
 } // namespace
@@ -149,14 +168,11 @@ Contender graphContender(const std::string& name, const ModelPtr& model, std::ui
 }
 
 Contender addTrianglesContender(const std::string& name, const ModelPtr& model) {
-    const auto graph = std::make_shared<GraphPtr>();
-    Contender contender = ownOn(name, *model);
-    contender.prepare = [graph] { graph->reset(); };
-    contender.run = [model, graph] { *graph = fill(*model); };
-    contender.inspect = [model, graph] {
-        return Output{0, 0, compareTriangles(model->triangles, trianglesOf(**graph))};
-    };
-    return contender;
+    return fillingContender(name, model, fill);
+}
+
+Contender addSinglyContender(const std::string& name, const ModelPtr& model) {
+    return fillingContender(name, model, fillSingly);
 }
 
 Contender edgeLinesContender(const std::string& name, const ModelPtr& model) {

@@ -21,6 +21,8 @@ Contender stripBufferContender(const std::string& name, const ModelPtr& model,
 Contender graphContender(const std::string& name, const ModelPtr& model, std::uint32_t iterations);
 /// Fills the graph.
 Contender addTrianglesContender(const std::string& name, const ModelPtr& model);
+/// Fills the graph triangle by triangle.
+Contender addSinglyContender(const std::string& name, const ModelPtr& model);
 /// Writes the edge list of a filled graph.
 Contender edgeLinesContender(const std::string& name, const ModelPtr& model);
 

@@ -93,6 +93,27 @@ TEST(AddTriangleWithoutMemory, LeavesTheGraphUnchanged) {
               5u);
 }
 
+TEST(AddTriangleWithoutMemory, ReadsTheListsOfCrowdedVerticesInstead) {
+    // 0 and 201 have so many triangles that the edges there would be remembered.
+    HalfEdgeGraph graph;
+    filledWith(meshes::joined(meshes::hub(100), meshes::shifted(meshes::hub(100), 201)))(graph);
+    graph.addTriangle(0, 201, 402);
+    std::vector<std::int32_t> states;
+    states.reserve(2);
+    for (const std::size_t vertex : {0, 201, 1, 2}) {
+        graph.vertexHalfEdges[vertex].reserve(200);
+    }
+    bool hasFailed = false;
+    {
+        const FailingNew failing(0, FailingNew::Mode::FromThenOn);
+        states.push_back(graph.addTriangle(201, 0, 1)->state);
+        states.push_back(graph.addTriangle(201, 0, 2)->state);
+        hasFailed = failing.hasFailed();
+    }
+    EXPECT_EQ(states, (std::vector<std::int32_t>{1, Triangle::splitOff}));
+    EXPECT_TRUE(hasFailed);
+}
+
 TEST(AddTriangleWithoutMemory, LeavesTheStaleEndsAfterClear) {
     const auto fill = [](HalfEdgeGraph& graph) {
         filledWith(meshes::book(3))(graph);

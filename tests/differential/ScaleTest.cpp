@@ -162,6 +162,34 @@ TEST(Scale, HandlesAMillionCollapsedTrianglesAtAVertex) {
     expectEverythingWorks(mesh, 1);
 }
 
+/// Fans around 0 and 1, and as many triangles on the edge between them.
+Indices edgeBetweenHubs(unsigned int each) {
+    Indices mesh;
+    for (unsigned int i = 0; i < each; ++i) {
+        mesh.insert(mesh.end(), {0, 2 + i, 3 + i});
+        mesh.insert(mesh.end(), {1, 3 + each + i, 4 + each + i});
+    }
+    for (unsigned int i = 0; i < each; ++i) {
+        mesh.insert(mesh.end(), {0, 1, 4 + 2 * each + i});
+    }
+    return mesh;
+}
+
+TEST(Scale, HandlesAnEdgeWithManyTrianglesBetweenVerticesWithMore) {
+    expectEverythingWorks(edgeBetweenHubs(million / 10), 1);
+}
+
+TEST(Scale, HandlesAnEdgeWithManyTrianglesAfterAsManyCollapsedOnes) {
+    Indices mesh;
+    for (unsigned int i = 0; i < million / 8; ++i) {
+        mesh.insert(mesh.end(), {0, 0, 1});
+    }
+    for (unsigned int i = 0; i < million / 8; ++i) {
+        mesh.insert(mesh.end(), {0, 1, 2 + i});
+    }
+    expectEverythingWorks(mesh, 1);
+}
+
 TEST(Scale, HandlesAStripOfAMillionTriangles) {
     expectEverythingWorks(meshes::strip(million), 1);
     FilledGraph graph(meshes::strip(million));

@@ -1,6 +1,7 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
 
 #include "vexa/mesh/detail/LogRecord.h"
+#include "vexa/mesh/detail/graph/EdgeOccupants.h"
 #include "vexa/mesh/detail/graph/GraphOptimise.h"
 #include "vexa/mesh/detail/graph/TriangleLists.h"
 
@@ -100,6 +101,7 @@ HalfEdgeGraph::~HalfEdgeGraph() {
 
 void HalfEdgeGraph::reserve(unsigned int vertexCount, unsigned int chunkSize, unsigned int edgesPerVertex) {
     pool.chunkSize = chunkSize;
+    crowded_.reset();
     vertexHalfEdges.resize(vertexCount);
     if (edgesPerVertex == 0) {
         return;
@@ -110,6 +112,7 @@ void HalfEdgeGraph::reserve(unsigned int vertexCount, unsigned int chunkSize, un
 }
 
 void HalfEdgeGraph::clear() {
+    crowded_.reset();
     vertexHalfEdges.clear();
     delete pool.chunks;
     pool.chunks = nullptr;
@@ -129,12 +132,16 @@ std::uint32_t HalfEdgeGraph::calcOptPrim(std::uint32_t iterations, bool buildStr
     LoggingObserver observer;
     detail::OptimisedGraph optimised =
         detail::optimise(*this, {iterations, buildStrips, buildFans, minFanTriangles, allStrips}, observer);
+    crowded_.reset(); // triangles that were split off may be in strips now
     upcoming_ = std::move(optimised.upcoming);
     upcomingBegin_ = 0;
     return optimised.cost;
 }
 
 void HalfEdgeGraph::dropOutTriangle(Triangle& triangle, TriangleList* buckets) {
+    if (triangle.state == Triangle::splitOff) {
+        crowded_.reset(); // in a strip it occupies its edges
+    }
     detail::unlink(bucketOf(triangle.state, buckets), triangle);
     triangle.state = Triangle::inStrip;
     for (const HalfEdge& halfEdge : triangle.halfEdge) {

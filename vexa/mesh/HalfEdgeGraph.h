@@ -4,10 +4,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
 namespace vexa::mesh {
+
+namespace detail {
+class CrowdedEdges;
+}
 
 /// Adjacency of the triangles of one mesh, cut into triangle strips, fans and a left-over batch.
 ///
@@ -113,7 +118,9 @@ public:
     /// \throw std::invalid_argument "HalfEdgeGraph::addTriangle: index N is 4294967295, which is reserved for primitive
     ///                              restart"; the graph is unchanged
     /// \throw std::bad_alloc        if memory runs out; the graph is unchanged
-    /// Cost: per edge, the shorter of the lists at its two ends; growth of `vertexHalfEdges` to the largest corner.
+    /// Cost: constant in the mean, whatever the numbers of triangles at the vertices and edges, plus the growth of
+    /// `vertexHalfEdges` to the largest corner. Edges between vertices with more than 64 triangles each are remembered: a
+    /// caller who changes the state or list entry of a triangle there must call `reserve` before the next insertion.
     Triangle* addTriangle(unsigned int v0, unsigned int v1, unsigned int v2);
 
     /// Inserts triangles in order, with the same result as one call of `addTriangle` for each, but faster.
@@ -124,6 +131,7 @@ public:
     ///                              "HalfEdgeGraph::addTriangles: index N is 4294967295, which is reserved for primitive
     ///                              restart"; the graph is unchanged
     /// \throw std::bad_alloc        if memory runs out; the graph is unchanged
+    /// Cost: linear, with O(n log n) at a vertex of a new graph that has very many triangles.
     void addTriangles(const unsigned int* indices, unsigned long indexCount);
 
     /// Cuts the triangles into fans, strips and one batch of the rest; see `strips`, `fans`, `triangleLists`.
@@ -217,6 +225,8 @@ private:
     // dangling and are never dereferenced.
     std::vector<const Triangle*> upcoming_;
     std::size_t upcomingBegin_ = 0;
+    // The triangles on edges at vertices that have many; null when no such edge was searched for.
+    std::unique_ptr<detail::CrowdedEdges> crowded_;
 };
 
 } // namespace vexa::mesh

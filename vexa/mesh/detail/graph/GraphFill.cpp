@@ -1,4 +1,5 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
+#include "vexa/mesh/detail/graph/EdgeOccupants.h"
 #include "vexa/mesh/detail/graph/PoolChunks.h"
 #include "vexa/mesh/detail/graph/TriangleLists.h"
 #include "vexa/mesh/detail/strips/EdgePairing.h"
@@ -18,96 +19,7 @@ namespace {
 using HalfEdge = HalfEdgeGraph::HalfEdge;
 using Triangle = HalfEdgeGraph::Triangle;
 using detail::Chunk;
-using VertexHalfEdge = HalfEdgeGraph::VertexHalfEdge;
-using VertexList = std::vector<VertexHalfEdge>;
-
-bool isCollapsed(const Triangle& triangle) {
-    const HalfEdge* const edges = triangle.halfEdge;
-    return detail::isCollapsed(edges[0].vertex, edges[1].vertex, edges[2].vertex);
-}
-
-bool isLinkable(const Triangle& triangle) {
-    return triangle.state != Triangle::splitOff && !isCollapsed(triangle);
-}
-
-/// The occupants of an edge before a triangle is inserted there.
-struct EdgeOccupants {
-    int count = 0;                ///< half-edges of linkable triangles, in either direction; from 2 on it is full
-    HalfEdge* opposite = nullptr; ///< one that runs the opposite way
-};
-using TriangleOccupants = std::array<EdgeOccupants, 3>;
-
-/// Counts the occupants in the list of corner `i`: half-edges in the direction of edge `i`, and half-edges opposite to
-/// the edge that ends there.
-void findAtCorner(const VertexList& list, const unsigned int* corners, std::size_t i, TriangleOccupants& edges) {
-    const std::size_t arriving = (i + 2) % 3;
-    const unsigned int leavesTo = corners[(i + 1) % 3];
-    const unsigned int arrivesFrom = corners[arriving];
-    for (const auto& [end, halfEdge] : list) {
-        if (end == leavesTo && isLinkable(*halfEdge->triangle)) {
-            ++edges[i].count;
-        } else if (end == arrivesFrom && isLinkable(*halfEdge->triangle)) {
-            ++edges[arriving].count;
-            edges[arriving].opposite = halfEdge;
-        }
-    }
-}
-
-/// Counts the triangle of a list entry if it occupies an edge from `from`, where the list belongs to one of its ends.
-void findThrough(const VertexHalfEdge& entry, unsigned int from, unsigned int otherEnd, EdgeOccupants& edge) {
-    // The half-edge of such a triangle leaves for the other end, or the preceding one comes from there.
-    const auto& [end, halfEdge] = entry;
-    HalfEdge* const incoming = halfEdge->next->next;
-    HalfEdge* const onEdge = end == otherEnd ? halfEdge : incoming->vertex == otherEnd ? incoming : nullptr;
-    if (onEdge == nullptr || !isLinkable(*halfEdge->triangle)) {
-        return;
-    }
-    ++edge.count;
-    if (onEdge->vertex != from) {
-        edge.opposite = onEdge;
-    }
-}
-
-/// Searches the shorter of the lists at the two ends of each edge, so that a vertex with a million triangles does not
-/// slow its neighbours down. The three lists are read in lockstep and only until one edge is full: then the other two
-/// do not matter. That is usually found early, even if many triangles were split off there since.
-void findThroughShorterLists(const std::array<const VertexList*, 3>& lists, const unsigned int* corners,
-                             TriangleOccupants& edges) {
-    std::array<std::size_t, 3> through{};
-    std::size_t longest = 0;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::size_t j = (i + 1) % 3;
-        through[i] = lists[i]->size() < lists[j]->size() ? i : j;
-        longest = std::max(longest, lists[through[i]]->size());
-    }
-    for (std::size_t k = 0; k < longest; ++k) {
-        for (std::size_t i = 0; i < 3; ++i) {
-            const VertexList& list = *lists[through[i]];
-            if (k < list.size()) {
-                findThrough(list[k], corners[i], corners[through[i] == i ? (i + 1) % 3 : i], edges[i]);
-            }
-            if (edges[i].count == 2) {
-                return;
-            }
-        }
-    }
-}
-
-/// The occupants of the edges of a triangle that is not collapsed.
-TriangleOccupants findOccupants(const std::vector<VertexList>& vertexHalfEdges, const unsigned int* corners) {
-    constexpr std::size_t longList = 64;
-    const std::array<const VertexList*, 3> lists{&vertexHalfEdges[corners[0]], &vertexHalfEdges[corners[1]],
-                                                 &vertexHalfEdges[corners[2]]};
-    TriangleOccupants edges;
-    if (std::max({lists[0]->size(), lists[1]->size(), lists[2]->size()}) <= longList) {
-        for (std::size_t i = 0; i < 3; ++i) {
-            findAtCorner(*lists[i], corners, i, edges);
-        }
-        return edges;
-    }
-    findThroughShorterLists(lists, corners, edges);
-    return edges;
-}
+using detail::VertexList;
 
 /// Constructs a triangle in the pool's memory in one step. Clearing the memory first would take twice as long.
 Triangle& construct(Triangle* memory, std::int32_t state, const unsigned int* corners,
@@ -121,23 +33,27 @@ Triangle& construct(Triangle* memory, std::int32_t state, const unsigned int* co
                                    {corners[2], memory, twins[2], edges}}};
 }
 
-/// Constructs a triangle, links it and enters it into lists that have room for it.
-void insert(HalfEdgeGraph& graph, Triangle* memory, const unsigned int* corners) noexcept {
-    Triangle& triangle = construct(memory, 0, corners, {});
-    TriangleOccupants edges;
-    bool isSplitOff = false;
-    if (!isCollapsed(triangle)) {
-        edges = findOccupants(graph.vertexHalfEdges, corners);
-        isSplitOff = std::any_of(edges.begin(), edges.end(), [](const EdgeOccupants& edge) { return edge.count >= 2; });
-    }
+/// Enters a triangle into the vertex lists, which have room for it, and into the list of its state.
+void enter(HalfEdgeGraph& graph, Triangle& triangle, const unsigned int* corners) noexcept {
     for (std::size_t i = 0; i < 3; ++i) {
         graph.vertexHalfEdges[corners[i]].emplace_back(corners[(i + 1) % 3], &triangle.halfEdge[i]);
     }
-    if (isSplitOff) {
-        triangle.state = Triangle::splitOff;
-        detail::append(graph.claimedTriangles, triangle);
-        return;
+    detail::append(triangle.state == Triangle::splitOff ? graph.claimedTriangles : graph.freeTriangles, triangle);
+}
+
+/// Constructs a triangle, links it and enters it into lists that have room for it.
+void insert(HalfEdgeGraph& graph, std::unique_ptr<detail::CrowdedEdges>& crowded, Triangle* memory,
+            const unsigned int* corners) noexcept {
+    Triangle& triangle = construct(memory, 0, corners, {});
+    detail::TriangleOccupants edges;
+    if (!detail::isCollapsed(triangle)) {
+        edges = detail::findOccupants(graph.vertexHalfEdges, corners, crowded);
     }
+    if (std::any_of(edges.begin(), edges.end(), [](const auto& edge) { return edge.count >= 2; })) {
+        triangle.state = Triangle::splitOff;
+        edges = {};
+    }
+    enter(graph, triangle, corners);
     for (std::size_t i = 0; i < 3; ++i) {
         if (HalfEdge* const opposite = edges[i].opposite; opposite != nullptr) {
             triangle.halfEdge[i].twin = opposite;
@@ -146,7 +62,6 @@ void insert(HalfEdgeGraph& graph, Triangle* memory, const unsigned int* corners)
             ++triangle.state;
         }
     }
-    detail::append(graph.freeTriangles, triangle);
 }
 
 /// Reserves room for some more half-edges in a vertex list: `ifNew` if it is empty, otherwise geometrically, because
@@ -274,10 +189,7 @@ void insertLinked(HalfEdgeGraph& graph, const unsigned int* indices, const detai
             twins[i] = links.isSentinel(twin) ? nullptr : addresses[twin];
         }
         Triangle& triangle = construct(detail::takeTriangle(graph.pool, spare), links[id].state, corners, twins);
-        for (std::size_t i = 0; i < 3; ++i) {
-            graph.vertexHalfEdges[corners[i]].emplace_back(corners[(i + 1) % 3], &triangle.halfEdge[i]);
-        }
-        detail::append(graph.freeTriangles, triangle);
+        enter(graph, triangle, corners);
     }
 }
 
@@ -296,7 +208,7 @@ HalfEdgeGraph::Triangle* HalfEdgeGraph::addTriangle(unsigned int v0, unsigned in
     growth.keep();
     forgetDeadTriangles(*this);
     Triangle* const triangle = detail::takeTriangle(pool, spare);
-    insert(*this, triangle, corners.data());
+    insert(*this, crowded_, triangle, corners.data());
     return triangle;
 }
 
@@ -310,7 +222,7 @@ void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long inde
     }
     std::optional<detail::CompactGraph> links;
     if (isEmpty(*this)) {
-        links = detail::pairManifoldEdges({indices, indexCount});
+        links = detail::pairInOrder({indices, indexCount});
     }
     VertexGrowth growth(vertexHalfEdges, std::size_t{*std::max_element(indices, indices + indexCount)} + 1);
     reserveCounted(vertexHalfEdges, indices, indexCount);
@@ -327,7 +239,7 @@ void HalfEdgeGraph::addTriangles(const unsigned int* indices, unsigned long inde
     forgetDeadTriangles(*this);
     for (unsigned long i = 0; i < indexCount; i += 3) {
         prefetchLists(vertexHalfEdges, indices + i, indexCount - i);
-        insert(*this, detail::takeTriangle(pool, spare), indices + i);
+        insert(*this, crowded_, detail::takeTriangle(pool, spare), indices + i);
     }
 }
 

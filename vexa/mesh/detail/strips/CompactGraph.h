@@ -23,6 +23,7 @@ struct CompactTriangle {
 };
 static_assert(sizeof(CompactTriangle) == 16);
 
+constexpr std::int8_t stateSplitOff = -1;
 constexpr std::int8_t stateInStrip = -10;
 constexpr std::int8_t stateInFan = -20;
 /// A free triangle that came with a negative state: it is in the bucket of state 3, and no strip enters it.

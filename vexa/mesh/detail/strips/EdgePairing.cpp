@@ -1,9 +1,11 @@
 #include "vexa/mesh/detail/strips/EdgePairing.h"
 
 #include "vexa/mesh/detail/strips/DenseIndices.h"
+#include "vexa/mesh/detail/strips/EdgeTable.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <iterator>
 #include <numeric>
@@ -51,8 +53,9 @@ public:
     };
     OnlyEdge takeOnly(std::uint32_t from, std::uint32_t to);
 
-    /// Whether three half-edges run the same way.
-    [[nodiscard]] bool hasTriple() const;
+    /// Calls `visit(from)` for every vertex from which three half-edges run to the same vertex.
+    template <class Visit>
+    void forEachTriple(Visit visit) const;
 
     /// Prefetches the list of a vertex.
     void prefetch(std::uint32_t vertex) const { __builtin_prefetch(edges_.get() + ends_[vertex]); }
@@ -128,42 +131,37 @@ void UpwardEdges::sortLongLists() {
 }
 
 UpwardEdges::OnlyEdge UpwardEdges::takeOnly(std::uint32_t from, std::uint32_t to) {
-    UpwardEdge* begin = edges_.get() + (from == 0 ? 0 : ends_[from - 1]);
-    UpwardEdge* end = edges_.get() + ends_[from];
-    if (end - begin > longList) {
-        std::tie(begin, end) = std::equal_range(begin, end, UpwardEdge{to, 0}, isBefore);
-    }
-    UpwardEdge* found = nullptr;
-    std::uint32_t count = 0;
-    for (UpwardEdge* edge = begin; edge != end; ++edge) {
-        if (edge->to == to) {
-            found = edge;
-            ++count;
-        }
-    }
-    if (count == 0) {
+    UpwardEdge* const begin = edges_.get() + (from == 0 ? 0 : ends_[from - 1]);
+    UpwardEdge* const end = edges_.get() + ends_[from];
+    const auto isFound = [to](const UpwardEdge& edge) { return edge.to == to; };
+    UpwardEdge* const first = end - begin > longList ? std::lower_bound(begin, end, UpwardEdge{to, 0}, isBefore)
+                                                     : std::find_if(begin, end, isFound);
+    if (first == end || first->to != to) {
         return {};
     }
-    const HalfEdgeId halfEdge = std::exchange(found->halfEdge, noHalfEdge);
-    return {halfEdge, count == 1 && halfEdge != noHalfEdge};
+    const bool hasOther =
+        end - begin > longList ? first + 1 != end && isFound(first[1]) : std::any_of(first + 1, end, isFound);
+    const HalfEdgeId halfEdge = std::exchange(first->halfEdge, noHalfEdge);
+    return {halfEdge, !hasOther && halfEdge != noHalfEdge};
 }
 
-bool UpwardEdges::hasTriple() const {
+template <class Visit>
+void UpwardEdges::forEachTriple(Visit visit) const {
     std::uint32_t first = 0;
-    for (const std::uint32_t last : ends_) {
-        const UpwardEdge* const begin = edges_.get() + std::exchange(first, last);
-        const UpwardEdge* const end = edges_.get() + last;
+    for (std::uint32_t from = 0; from < ends_.size(); ++from) {
+        const UpwardEdge* const begin = edges_.get() + std::exchange(first, ends_[from]);
+        const UpwardEdge* const end = edges_.get() + ends_[from];
         for (const UpwardEdge* edge = begin; end - edge >= 3; ++edge) {
             const bool isTriple =
                 end - begin > longList
                     ? edge[2].to == edge->to
                     : std::count_if(edge, end, [edge](const UpwardEdge& other) { return other.to == edge->to; }) >= 3;
             if (isTriple) {
-                return true;
+                visit(from);
+                break;
             }
         }
     }
-    return false;
 }
 
 HalfEdgeId UpwardEdges::takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to) {
@@ -209,6 +207,111 @@ CompactGraph withoutLinks(std::size_t count, const Poll& poll) {
     return graph;
 }
 
+/// Unlinks a half-edge and its twin, if it has one.
+void unlink(CompactGraph& graph, HalfEdgeId halfEdge) {
+    CompactTriangle& one = graph[triangleOf(halfEdge)];
+    const HalfEdgeId twin = std::exchange(one.twin[placeOf(halfEdge)], graph.border());
+    if (!graph.isSentinel(twin)) {
+        CompactTriangle& other = graph[triangleOf(twin)];
+        other.twin[placeOf(twin)] = graph.border();
+        --one.state;
+        --other.state;
+    }
+}
+
+/// Links the half-edges of edges that have at most two. Where there are more, links are arbitrary and the lower vertex
+/// is marked.
+///
+/// \param overfull per vertex; empty if there is none
+CompactGraph pairUpToTwo(const DenseIndices& dense, std::vector<bool>& overfull) {
+    CompactGraph graph = withoutLinks(dense.indices().size() / 3, {});
+    UpwardEdges upward(dense.indices(), dense.vertexCount(), {});
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
+    const auto mark = [&](std::uint32_t lower) {
+        overfull.resize(dense.vertexCount());
+        overfull[lower] = true;
+    };
+    const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
+    forEachHalfEdge(dense.indices(), {}, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+        if (from < to) {
+            return;
+        }
+        const UpwardEdges::OnlyEdge twin = upward.takeOnly(to, from);
+        if (!twin.isOnly) {
+            mark(to);
+        } else if (twin.halfEdge != noHalfEdge) {
+            link(graph, twin.halfEdge, halfEdge);
+        } else {
+            downwardAlone.emplace_back(from, to);
+        }
+    });
+    // Left to look for are three half-edges that run the same way, with none against them.
+    upward.forEachTriple(mark);
+    std::sort(downwardAlone.begin(), downwardAlone.end());
+    for (std::size_t i = 2; i < downwardAlone.size(); ++i) {
+        if (downwardAlone[i - 2] == downwardAlone[i]) {
+            mark(downwardAlone[i].second);
+        }
+    }
+    return graph;
+}
+
+/// Links the edges of marked vertices once more, by the triangles in their order, and splits off those that come to a
+/// full edge. All other edges have room for their triangles.
+class OrderedPairing {
+public:
+    /// \param marked per vertex; counts for the edges of which it is the lower end
+    OrderedPairing(CompactGraph& graph, std::span<const unsigned int> triangles, const std::vector<bool>& marked)
+        : graph_(graph), triangles_(triangles), marked_(marked) {}
+
+    void run() {
+        for (TriangleId triangle = 0; triangle < graph_.count(); ++triangle) {
+            if (!isCollapsed(&triangles_[std::size_t{3} * triangle])) {
+                visit(triangle);
+            }
+        }
+    }
+
+private:
+    using Table = EdgeTable<HalfEdgeId, noHalfEdge>;
+
+    void visit(TriangleId triangle) {
+        const unsigned int* const corners = &triangles_[std::size_t{3} * triangle];
+        std::array<bool, 3> isMarked{};
+        std::array<Table::Occupants, 3> occupants;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const unsigned int to = corners[(i + 1) % 3];
+            isMarked[i] = marked_[std::min(corners[i], to)];
+            if (isMarked[i]) {
+                occupants[i] = edges_.find(corners[i], to);
+            }
+        }
+        const bool isSplitOff =
+            std::any_of(occupants.begin(), occupants.end(), [](const auto& edge) { return edge.count == 2; });
+        for (std::uint32_t i = 0; i < 3; ++i) {
+            const HalfEdgeId halfEdge = halfEdgeOf(triangle, i);
+            if (isSplitOff || isMarked[i]) {
+                unlink(graph_, halfEdge);
+            }
+            if (isSplitOff || !isMarked[i]) {
+                continue;
+            }
+            if (occupants[i].opposite != noHalfEdge) {
+                link(graph_, occupants[i].opposite, halfEdge);
+            }
+            edges_.add(corners[i], corners[(i + 1) % 3], halfEdge);
+        }
+        if (isSplitOff) {
+            graph_[triangle].state = stateSplitOff;
+        }
+    }
+
+    CompactGraph& graph_;
+    std::span<const unsigned int> triangles_;
+    const std::vector<bool>& marked_;
+    Table edges_;
+};
+
 } // namespace
 
 CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll) {
@@ -226,38 +329,21 @@ CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll
     return graph;
 }
 
-std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles, std::uint64_t maxTriangles) {
+std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles) {
+    std::vector<bool> overfull;
+    CompactGraph graph = pairUpToTwo(DenseIndices(triangles), overfull);
+    return overfull.empty() ? std::optional(std::move(graph)) : std::nullopt;
+}
+
+std::optional<CompactGraph> pairInOrder(std::span<const unsigned int> triangles, std::uint64_t maxTriangles) {
     if (triangles.size() / 3 > maxTriangles) {
         return std::nullopt;
     }
-    CompactGraph graph = withoutLinks(triangles.size() / 3, {});
     const DenseIndices dense(triangles);
-    UpwardEdges upward(dense.indices(), dense.vertexCount(), {});
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
-    bool isManifold = true;
-    const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
-    forEachHalfEdge(dense.indices(), {}, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
-        if (from < to || !isManifold) {
-            return;
-        }
-        const UpwardEdges::OnlyEdge twin = upward.takeOnly(to, from);
-        if (!twin.isOnly) {
-            isManifold = false;
-        } else if (twin.halfEdge != noHalfEdge) {
-            link(graph, twin.halfEdge, halfEdge);
-        } else {
-            downwardAlone.emplace_back(from, to);
-        }
-    });
-    // Left to look for are three half-edges that run the same way, with none against them.
-    if (!isManifold || upward.hasTriple()) {
-        return std::nullopt;
-    }
-    std::sort(downwardAlone.begin(), downwardAlone.end());
-    for (std::size_t i = 2; i < downwardAlone.size(); ++i) {
-        if (downwardAlone[i - 2] == downwardAlone[i]) {
-            return std::nullopt;
-        }
+    std::vector<bool> overfull;
+    CompactGraph graph = pairUpToTwo(dense, overfull);
+    if (!overfull.empty()) {
+        OrderedPairing(graph, dense.indices(), overfull).run();
     }
     return graph;
 }

@@ -19,9 +19,15 @@ namespace vexa::mesh::detail {
 CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll = {});
 
 /// The same for a mesh without an edge at which more than two half-edges of triangles that are not collapsed meet;
-/// nothing for any other, nor for more triangles than `maxTriangles`, at most what a compact graph holds. No triangle is
-/// marked as irregular.
-std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles,
-                                              std::uint64_t maxTriangles = CompactGraph::maxCount);
+/// nothing for any other. No triangle is marked as irregular.
+std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles);
+
+/// The adjacency that inserting the triangles into a half-edge graph in their order leaves: a triangle on an edge that
+/// already has two is linked to nothing and has `stateSplitOff`. No triangle is marked as irregular.
+///
+/// \return nothing for more triangles than `maxTriangles`, at most what a compact graph holds
+/// Cost: linear for meshes, O(n log n) for edges at a vertex that has very many.
+std::optional<CompactGraph> pairInOrder(std::span<const unsigned int> triangles,
+                                        std::uint64_t maxTriangles = CompactGraph::maxCount);
 
 } // namespace vexa::mesh::detail
