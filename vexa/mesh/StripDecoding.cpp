@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
 
 namespace vexa::mesh {
 
@@ -27,10 +26,7 @@ void walkPart(PrimitiveType type, std::span<const unsigned int> indices, Take ta
 /// \param caller name of the public function, with which the message begins
 template <class Take>
 void walk(const char* caller, PrimitiveType type, std::span<const unsigned int> indices, Take take) {
-    if (type != TRIANGLES && type != TRIANGLE_STRIP && type != TRIANGLE_FAN) {
-        throw std::invalid_argument(caller + (": " + getStringForPrimitiveType(type)) +
-                                    " does not contain triangles; use TRIANGLES, TRIANGLE_STRIP or TRIANGLE_FAN");
-    }
+    detail::checkContainsTriangles(caller, type);
     for (auto begin = indices.begin(); begin != indices.end();) {
         const auto end = std::find(begin, indices.end(), restartIndex);
         walkPart(type, {begin, end}, [&](unsigned int a, unsigned int b, unsigned int c) {

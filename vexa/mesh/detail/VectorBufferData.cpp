@@ -35,4 +35,8 @@ void VectorBufferData::append(const unsigned char* bytes, unsigned long sizeInBy
     bytes_.insert(bytes_.end(), bytes, bytes + sizeInBytes);
 }
 
+void VectorBufferData::assign(const unsigned char* bytes, unsigned long sizeInBytes) {
+    bytes_.assign(bytes, bytes + sizeInBytes);
+}
+
 } // namespace vexa::mesh::detail

@@ -26,6 +26,13 @@ public:
     /// \throw std::length_error, std::bad_alloc nothing is changed; not when there is room for them
     void append(const unsigned char* bytes, unsigned long sizeInBytes);
 
+    /// Replaces all bytes by a copy of others, without writing zeros first.
+    ///
+    /// \param bytes       not of this block; may be null when there are none
+    /// \param sizeInBytes how many
+    /// \throw std::length_error, std::bad_alloc nothing is changed
+    void assign(const unsigned char* bytes, unsigned long sizeInBytes);
+
 private:
     std::vector<unsigned char> bytes_;
 };

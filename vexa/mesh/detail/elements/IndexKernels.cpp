@@ -98,4 +98,15 @@ void shiftIndices(const void* source, ComponentType sourceType, void* target, Co
     });
 }
 
+void widenIndices(const void* source, ComponentType type, unsigned int* target, unsigned long count) {
+    const auto* from = static_cast<const unsigned char*>(source);
+    visitIndexType(type, [&](auto typedIndex) {
+        using Index = decltype(typedIndex);
+        for (unsigned long i = 0; i < count; ++i) {
+            const Index index = load<Index>(from, i);
+            target[i] = index == static_cast<Index>(~0U) ? restartIndex : static_cast<unsigned int>(index);
+        }
+    });
+}
+
 } // namespace vexa::mesh::detail

@@ -56,4 +56,9 @@ bool areIndicesBelow(const void* indices, ComponentType type, unsigned long coun
 void shiftIndices(const void* source, ComponentType sourceType, void* target, ComponentType targetType,
                   unsigned long count, unsigned long offset);
 
+/// Stores the indices in 32 bits: the one with all bits set as `restartIndex`, negative ones with their sign extended.
+///
+/// \param type one of the six integer types
+void widenIndices(const void* source, ComponentType type, unsigned int* target, unsigned long count);
+
 } // namespace vexa::mesh::detail

@@ -12,4 +12,11 @@ std::shared_ptr<AttributeBuffer> requireAttributeBuffer(const Mesh& mesh, unsign
     return buffer;
 }
 
+unsigned long countVertices(const Mesh& mesh) {
+    if (const auto positions = mesh.getAttributeBuffer("position")) {
+        return positions->getElementCount();
+    }
+    return mesh.getNumAttributeBuffers() == 0 ? 0 : requireAttributeBuffer(mesh, 0)->getElementCount();
+}
+
 } // namespace vexa::mesh::detail

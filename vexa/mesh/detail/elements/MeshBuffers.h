@@ -9,4 +9,9 @@ namespace vexa::mesh::detail {
 /// \throw std::logic_error "Attribute buffer is empty": the mesh holds an empty pointer there
 std::shared_ptr<AttributeBuffer> requireAttributeBuffer(const Mesh& mesh, unsigned long index);
 
+/// The number of vertices of a mesh: elements of the attribute "position", or of the first attribute if there is none.
+///
+/// \throw std::logic_error "Attribute buffer is empty": the mesh holds an empty pointer in place of the first attribute
+unsigned long countVertices(const Mesh& mesh);
+
 } // namespace vexa::mesh::detail

@@ -10,21 +10,51 @@ namespace vexa::mesh::detail {
 
 namespace {
 
-std::optional<PackedElements> findElements(DefaultBuffer& buffer, unsigned long elementSizeInBytes) {
+enum class StorageClass { Own, Any };
+
+std::optional<PackedElements> findElements(DefaultBuffer& buffer, unsigned long elementSizeInBytes,
+                                           StorageClass accepted) {
     BufferData* const data = buffer.getBufferData().get();
-    if (data == nullptr || typeid(*data) != typeid(VectorBufferData) || elementSizeInBytes == 0 ||
-        buffer.getElementStrideInBytes() != elementSizeInBytes || buffer.getElementOffsetInBytes() != 0) {
+    if (data == nullptr || elementSizeInBytes == 0 || buffer.getElementStrideInBytes() != elementSizeInBytes ||
+        buffer.getElementOffsetInBytes() != 0) {
         return std::nullopt;
     }
-    auto* const storage = static_cast<VectorBufferData*>(data);
-    return PackedElements{storage, static_cast<unsigned char*>(data->getData()), elementSizeInBytes,
-                          buffer.getElementCount()};
+    const bool isOwn = typeid(*data) == typeid(VectorBufferData);
+    if (!isOwn && accepted == StorageClass::Own) {
+        return std::nullopt;
+    }
+    return PackedElements{isOwn ? static_cast<VectorBufferData*>(data) : nullptr,
+                          static_cast<unsigned char*>(data->getData()), elementSizeInBytes, buffer.getElementCount()};
 }
 
 template <typename T>
-std::optional<PackedIndices> findIndices(IndexBuffer& buffer, ComponentType type) {
-    const auto elements = findElements(static_cast<DefaultIndexBuffer<T>&>(buffer), sizeof(T));
-    return elements ? std::optional(PackedIndices{*elements, type}) : std::nullopt;
+std::optional<PackedIndices> findIndices(IndexBuffer& buffer, ComponentType type, StorageClass accepted) {
+    auto& own = static_cast<DefaultIndexBuffer<T>&>(buffer);
+    const auto elements = findElements(own, sizeof(T), accepted);
+    return elements ? std::optional(PackedIndices{*elements, type, own.getBufferData().get()}) : std::nullopt;
+}
+
+std::optional<PackedIndices> findIndices(IndexBuffer& buffer, StorageClass accepted) {
+    const std::type_info& type = typeid(buffer);
+    if (type == typeid(DefaultIndexBuffer<unsigned int>)) {
+        return findIndices<unsigned int>(buffer, UNSIGNED_INT, accepted);
+    }
+    if (type == typeid(DefaultIndexBuffer<unsigned short>)) {
+        return findIndices<unsigned short>(buffer, UNSIGNED_SHORT, accepted);
+    }
+    if (type == typeid(DefaultIndexBuffer<unsigned char>)) {
+        return findIndices<unsigned char>(buffer, UNSIGNED_BYTE, accepted);
+    }
+    if (type == typeid(DefaultIndexBuffer<int>)) {
+        return findIndices<int>(buffer, INT, accepted);
+    }
+    if (type == typeid(DefaultIndexBuffer<short>)) {
+        return findIndices<short>(buffer, SHORT, accepted);
+    }
+    if (type == typeid(DefaultIndexBuffer<signed char>)) {
+        return findIndices<signed char>(buffer, BYTE, accepted);
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -34,30 +64,15 @@ std::optional<PackedElements> findPackedElements(AttributeBuffer& buffer) {
         return std::nullopt;
     }
     auto& own = static_cast<DefaultAttributeBuffer&>(buffer);
-    return findElements(own, own.getElementSizeInBytes());
+    return findElements(own, own.getElementSizeInBytes(), StorageClass::Own);
 }
 
 std::optional<PackedIndices> findPackedIndices(IndexBuffer& buffer) {
-    const std::type_info& type = typeid(buffer);
-    if (type == typeid(DefaultIndexBuffer<unsigned int>)) {
-        return findIndices<unsigned int>(buffer, UNSIGNED_INT);
-    }
-    if (type == typeid(DefaultIndexBuffer<unsigned short>)) {
-        return findIndices<unsigned short>(buffer, UNSIGNED_SHORT);
-    }
-    if (type == typeid(DefaultIndexBuffer<unsigned char>)) {
-        return findIndices<unsigned char>(buffer, UNSIGNED_BYTE);
-    }
-    if (type == typeid(DefaultIndexBuffer<int>)) {
-        return findIndices<int>(buffer, INT);
-    }
-    if (type == typeid(DefaultIndexBuffer<short>)) {
-        return findIndices<short>(buffer, SHORT);
-    }
-    if (type == typeid(DefaultIndexBuffer<signed char>)) {
-        return findIndices<signed char>(buffer, BYTE);
-    }
-    return std::nullopt;
+    return findIndices(buffer, StorageClass::Own);
+}
+
+std::optional<PackedIndices> findStoredIndices(IndexBuffer& buffer) {
+    return findIndices(buffer, StorageClass::Any);
 }
 
 bool areSameOrApart(const unsigned char* first, unsigned long firstSizeInBytes, const unsigned char* second,

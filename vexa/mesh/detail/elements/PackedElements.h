@@ -10,8 +10,8 @@ namespace vexa::mesh::detail {
 
 /// Consecutive elements that start at the first byte of a storage. Valid until the buffer is resized.
 struct PackedElements {
-    VectorBufferData* storage;
-    unsigned char* bytes; ///< null while there are none
+    VectorBufferData* storage; ///< null for a storage of another class, which only findStoredIndices accepts
+    unsigned char* bytes;      ///< null while there are none
     unsigned long elementSizeInBytes;
     unsigned long elementCount;
 
@@ -25,6 +25,7 @@ struct PackedElements {
 
 struct PackedIndices : PackedElements {
     ComponentType type; ///< type of the elements, from the class of the buffer and not from its type field
+    BufferData* data;   ///< the storage, whatever its class
 };
 
 /// The elements of a buffer if its class and the class of its storage are exactly the library's own, so that bulk access
@@ -33,6 +34,9 @@ std::optional<PackedElements> findPackedElements(AttributeBuffer& buffer);
 
 /// \copydoc findPackedElements
 std::optional<PackedIndices> findPackedIndices(IndexBuffer& buffer);
+
+/// The same for a storage of any class, whose address is then queried.
+std::optional<PackedIndices> findStoredIndices(IndexBuffer& buffer);
 
 /// Whether two rows of elements are identical or do not overlap.
 bool areSameOrApart(const unsigned char* first, unsigned long firstSizeInBytes, const unsigned char* second,

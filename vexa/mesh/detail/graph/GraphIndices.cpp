@@ -1,4 +1,6 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
+#include "vexa/mesh/MakeMesh.h"
+#include "vexa/mesh/Strips.h"
 #include "vexa/mesh/Types.h"
 #include "vexa/mesh/detail/graph/TriangleLists.h"
 #include "vexa/mesh/detail/strips/StripWalk.h"
@@ -11,6 +13,7 @@ namespace vexa::mesh {
 namespace {
 
 using HalfEdge = HalfEdgeGraph::HalfEdge;
+using Primitive = HalfEdgeGraph::Primitive;
 using Triangle = HalfEdgeGraph::Triangle;
 
 /// The links between a graph's triangles, as a strip that is costed follows them.
@@ -119,6 +122,30 @@ std::uint32_t fillFromStrip(std::vector<unsigned int>& indices, const HalfEdgeGr
     return static_cast<std::uint32_t>(indices.size());
 }
 
+void fillFromFan(const HalfEdgeGraph& graph, std::vector<unsigned int>& indices, const Primitive& fan) {
+    const auto& aroundCentre = graph.vertexHalfEdges[fan.first];
+    graph.fillIndexFromFan(indices, aroundCentre.empty() ? nullptr : aroundCentre.front().second);
+}
+
+void claim(HalfEdgeGraph& graph, const Primitive& primitive) {
+    detail::splice(graph.claimedTriangles, *primitive.second);
+    delete primitive.second;
+}
+
+/// Removes the last of the graph's fans or strips.
+void claimLast(HalfEdgeGraph& graph, std::vector<Primitive>& primitives) {
+    claim(graph, primitives.back());
+    primitives.pop_back();
+}
+
+void claimBatch(HalfEdgeGraph& graph) {
+    claim(graph, graph.triangleLists.front());
+    for (std::size_t i = 1; i < graph.triangleLists.size(); ++i) {
+        delete graph.triangleLists[i].second;
+    }
+    graph.triangleLists.clear();
+}
+
 /// Prefetches both ends of a triangle's record.
 void prefetch(const Triangle* triangle) {
     __builtin_prefetch(triangle, 1);
@@ -169,16 +196,10 @@ private:
 int HalfEdgeGraph::getPrimitive(std::vector<unsigned int>& indices, int primitiveType) {
     const auto isWanted = [primitiveType](PrimitiveType type) { return primitiveType == 0 || primitiveType == type; };
     // An entry is removed only after its indices are written: when that throws, it is still there.
-    const auto claim = [this](const Primitive& primitive) {
-        detail::splice(claimedTriangles, *primitive.second);
-        delete primitive.second;
-    };
     indices.clear();
     if (!fans.empty() && isWanted(TRIANGLE_FAN)) {
-        const auto& aroundCentre = vertexHalfEdges[fans.back().first];
-        fillIndexFromFan(indices, aroundCentre.empty() ? nullptr : aroundCentre.front().second);
-        claim(fans.back());
-        fans.pop_back();
+        fillFromFan(*this, indices, fans.back());
+        claimLast(*this, fans);
         return TRIANGLE_FAN;
     }
     if (!strips.empty() && isWanted(TRIANGLE_STRIP)) {
@@ -191,19 +212,14 @@ int HalfEdgeGraph::getPrimitive(std::vector<unsigned int>& indices, int primitiv
             ++upcoming;
         });
         upcomingBegin_ = upcoming;
-        claim(strips.back());
-        strips.pop_back();
+        claimLast(*this, strips);
         return TRIANGLE_STRIP;
     }
     if (triangleLists.empty() || !isWanted(TRIANGLES)) {
         return 0;
     }
     fillIndexFromBatch(indices, *triangleLists.front().second);
-    claim(triangleLists.front());
-    for (std::size_t i = 1; i < triangleLists.size(); ++i) {
-        delete triangleLists[i].second;
-    }
-    triangleLists.clear();
+    claimBatch(*this);
     return TRIANGLES;
 }
 
@@ -248,6 +264,34 @@ std::uint32_t HalfEdgeGraph::calcEgdeLines(std::vector<unsigned int>& lines, boo
         }
     }
     return writer.finish();
+}
+
+std::vector<IndexedPrimitive> takePrimitives(HalfEdgeGraph& graph) {
+    std::vector<IndexedPrimitive> primitives;
+    primitives.reserve(graph.fans.size() + graph.strips.size() + 1);
+    for (auto fan = graph.fans.rbegin(); fan != graph.fans.rend(); ++fan) {
+        fillFromFan(graph, primitives.emplace_back(IndexedPrimitive{TRIANGLE_FAN, {}}).indices, *fan);
+    }
+    for (auto strip = graph.strips.rbegin(); strip != graph.strips.rend(); ++strip) {
+        std::vector<unsigned int>& indices = primitives.emplace_back(IndexedPrimitive{TRIANGLE_STRIP, {}}).indices;
+        graph.fillIndexFromStrip(indices, *strip->second, strip->first != 0);
+        indices.shrink_to_fit();
+    }
+    if (!graph.triangleLists.empty()) {
+        std::vector<unsigned int>& indices = primitives.emplace_back(IndexedPrimitive{TRIANGLES, {}}).indices;
+        fillIndexFromBatch(indices, *graph.triangleLists.front().second);
+    }
+    // Nothing that follows can throw.
+    while (!graph.fans.empty()) {
+        claimLast(graph, graph.fans);
+    }
+    while (!graph.strips.empty()) {
+        claimLast(graph, graph.strips);
+    }
+    if (!graph.triangleLists.empty()) {
+        claimBatch(graph);
+    }
+    return primitives;
 }
 
 } // namespace vexa::mesh

@@ -1,7 +1,5 @@
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
-#include "vexa/mesh/Types.h"
-
 #include <algorithm>
 #include <stdexcept>
 #include <string>
@@ -12,6 +10,13 @@ void checkTriangleCount(const char* caller, std::size_t indexCount) {
     if (indexCount % 3 != 0) {
         throw std::invalid_argument(std::string(caller) + ": " + std::to_string(indexCount) +
                                     " indices are not a whole number of triangles");
+    }
+}
+
+void checkContainsTriangles(const char* caller, PrimitiveType type) {
+    if (type != TRIANGLES && type != TRIANGLE_STRIP && type != TRIANGLE_FAN) {
+        throw std::invalid_argument(caller + (": " + getStringForPrimitiveType(type)) +
+                                    " does not contain triangles; use TRIANGLES, TRIANGLE_STRIP or TRIANGLE_FAN");
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "vexa/mesh/Types.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -9,6 +11,10 @@ namespace vexa::mesh::detail {
 /// \param caller name of the public function, with which the message begins
 /// \throw std::invalid_argument the number of indices is not a multiple of 3
 void checkTriangleCount(const char* caller, std::size_t indexCount);
+
+/// \param caller name of the public function, with which the message begins
+/// \throw std::invalid_argument "CALLER: TYPE does not contain triangles": any type but lists, strips and fans of them
+void checkContainsTriangles(const char* caller, PrimitiveType type);
 
 /// Checks that a list can be cut into strips.
 ///

@@ -1,0 +1,87 @@
+#include "alloc/FailingNew.h"
+#include "support/Buffers.h"
+#include "support/Graphs.h"
+#include "support/Meshes.h"
+
+#include <vexa/mesh/HalfEdgeGraph.h>
+#include <vexa/mesh/MakeMesh.h>
+#include <vexa/mesh/Strips.h>
+#include <vexa/mesh/Triangles.h>
+#include <vexa/mesh/Views.h>
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace vexa::mesh;
+using vexa::test::FailingNew;
+using vexa::test::liveAllocations;
+
+/// Lets one allocation after the other fail until none is left to fail; after each, nothing is left behind and `check`
+/// is called.
+template <typename Call, typename Check>
+void failEveryAllocation(const Call& call, const Check& check) {
+    for (std::size_t n = 0;; ++n) {
+        const std::size_t before = liveAllocations();
+        bool hasThrown = false;
+        bool hasFailed = false;
+        {
+            const FailingNew failing(n, FailingNew::Mode::Once);
+            try {
+                call();
+            } catch (const std::bad_alloc&) {
+                hasThrown = true;
+            }
+            hasFailed = failing.hasFailed();
+        }
+        if (!hasFailed) {
+            ASSERT_GT(n, 0U);
+            return;
+        }
+        if (hasThrown) {
+            ASSERT_EQ(liveAllocations(), before) << "allocation " << n;
+            check();
+        }
+    }
+}
+
+TEST(MakeMeshAllocation, FailureLeavesNothingBehind) {
+    const auto positions = vexa::test::zeros("position", 200);
+    const std::vector<IndexedPrimitive> primitives = buildPrimitives(meshes::sphere(12, 8), {.buildFans = true});
+    const auto isUnshared = [&] { ASSERT_EQ(positions.use_count(), 1); };
+    failEveryAllocation([&] { makeMesh(primitives, {positions}, {.join = StripJoin::Degenerate}); }, isUnshared);
+    failEveryAllocation([&] { makeAttribute("normal", std::vector<glm::vec3>(9)); }, [] {});
+    const MeshPtr mesh = makeMesh(primitives, {positions});
+    failEveryAllocation([&] { copyMesh(*mesh); }, [] {});
+    failEveryAllocation([&] { toTriangles(*mesh); }, [] {});
+}
+
+TEST(MakeMeshAllocation, FailureToAssignLeavesTheBuffer) {
+    const auto positions = vexa::test::vec3f("position", {{1, 2, 3}});
+    const auto isUnchanged = [&] { ASSERT_EQ(elementsOf<glm::vec3>(*positions)[0], glm::vec3(1, 2, 3)); };
+    const std::vector<glm::vec3> elements(100);
+    failEveryAllocation([&] { assign(*positions, elements); }, isUnchanged);
+    for (const ComponentType type : {UNSIGNED_SHORT, UNSIGNED_INT}) {
+        const auto indices = vexa::test::indexBuffer(type, {7});
+        const auto areUnchanged = [&] {
+            ASSERT_EQ(indices->getElementCount(), 1U);
+            ASSERT_EQ(indices->getElement(0), 7U);
+        };
+        const std::vector<unsigned int> many(100);
+        failEveryAllocation([&] { assign(*indices, many); }, areUnchanged);
+    }
+}
+
+TEST(MakeMeshAllocation, FailureToTakePrimitivesLeavesThemInTheGraph) {
+    graphs::FilledGraph graph(meshes::damaged(meshes::sphere(12, 8), 1));
+    graph.calcOptPrim(1, true, true, 5, false);
+    const std::string before = graphs::describe(graph);
+    failEveryAllocation([&] { vexa::mesh::takePrimitives(graph); },
+                        [&] { ASSERT_EQ(graphs::describe(graph), before); });
+}
+
+} // namespace
