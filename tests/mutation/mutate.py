@@ -121,12 +121,15 @@ class Build:
         self.source = directory / 'source'
         self.binary = directory / 'binary'
         self.jobs = jobs
+        self.changed = directory / 'changed'
         self.environment = dict(os.environ, CCACHE_DISABLE='1', GTEST_COLOR='no')
         if self.source.exists():
             shutil.rmtree(self.source)
         for folder in ('vexa', 'logging', 'tests', 'cmake', 'docs'):
             shutil.copytree(ROOT / folder, self.source / folder)
         shutil.copy2(ROOT / 'CMakeLists.txt', self.source)
+        if self.changed.exists():  # an interrupted run leaves objects of a mutant that are newer than the source
+            (self.source / self.changed.read_text()).touch()
         self.run(['cmake', '-S', self.source, '-B', self.binary, '-G', 'Ninja', '-DCMAKE_BUILD_TYPE=None',
                   '-DCMAKE_CXX_FLAGS=-O1', '-DVEXA_BUILD_TOOL=OFF', '-DVEXA_BUILD_EXAMPLES=OFF',
                   '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON'], os.environ, 600)
@@ -178,6 +181,7 @@ class Build:
         original = path.read_text()
         lines = original.splitlines()
         lines[mutant['line'] - 1] = mutant['text']
+        self.changed.write_text(mutant['file'])
         path.write_text('\n'.join(lines) + '\n')
         try:
             if self.run(self.make(), self.environment, 900) != 'passed':
