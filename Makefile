@@ -18,7 +18,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench fuzz docs format lint install clean
+.PHONY: help deps demo test bench fuzz python docs format lint install clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
@@ -33,7 +33,7 @@ demo: ## build the tool and run it on a few models
 	sh tools/vexamesh/demo.sh build/release/tools/vexamesh/vexamesh build/demo
 
 test: ## build with g++ and clang++ and run every suite, also with sanitizers and checked iterators
-	$(INSTALL_DEPENDENCIES) library tool tests
+	$(INSTALL_DEPENDENCIES) library tool python tests
 	$(call BUILD,release)
 	$(call BUILD,clang)
 	$(call RUN_TESTS,clang)
@@ -54,6 +54,11 @@ fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) per target
 	$(INSTALL_DEPENDENCIES) library tool fuzz
 	$(call BUILD,fuzz)
 	sh fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+
+PYTHON ?= /usr/bin/python3
+python: ## build the Python package: a wheel in build/python
+	$(INSTALL_DEPENDENCIES) library python
+	$(PYTHON) -m pip wheel --no-index --no-build-isolation --no-deps --wheel-dir build/python .
 
 docs: ## generate the reference of the public headers in build/docs/html
 	$(INSTALL_DEPENDENCIES) docs

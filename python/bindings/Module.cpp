@@ -1,0 +1,9 @@
+#include "Bindings.h"
+
+#include <vexa/mesh/Types.h>
+
+PYBIND11_MODULE(_core, module) {
+    module.attr("RESTART_INDEX") = 4294967295U;
+    vexa::python::addStrips(module);
+    vexa::python::addNormals(module);
+}

@@ -1,0 +1,34 @@
+from typing import Callable, List, Optional, Tuple
+
+import numpy as np
+import numpy.typing as npt
+
+RESTART_INDEX: int
+
+_Indices = npt.NDArray[np.uint32]
+_Progress = Optional[Callable[[float], Optional[bool]]]
+
+def strip_buffer(
+    triangles: _Indices,
+    effort: int,
+    degenerate: bool,
+    microseconds: float,
+    seed: int,
+    max_triangles: int,
+    for_vertex_cache: bool,
+    progress: _Progress,
+) -> _Indices: ...
+def strip_list(
+    triangles: _Indices,
+    effort: int,
+    microseconds: float,
+    seed: int,
+    max_triangles: int,
+    for_vertex_cache: bool,
+    progress: _Progress,
+) -> List[_Indices]: ...
+def triangles_of_strip(strip: _Indices) -> _Indices: ...
+def lower_bound(triangles: _Indices, degenerate: bool, sweeps: int, progress: _Progress) -> int: ...
+def edges(triangles: _Indices) -> Tuple[_Indices, _Indices]: ...
+def pack_normals(normals: npt.NDArray[np.float32]) -> npt.NDArray[np.uint8]: ...
+def unpack_normals(packed: npt.NDArray[np.uint8]) -> npt.NDArray[np.float32]: ...
