@@ -1,6 +1,8 @@
 #include "support/Graphs.h"
 #include "support/LogCapture.h"
 
+#include <vexa/mesh/Strips.h>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -44,6 +46,27 @@ TEST(FanSearch, NeedsTheMinimumNumberOfHalfEdgesAtTheCentre) {
     FilledGraph graph(meshes::closedFan(6));
     EXPECT_EQ(cutFans(graph, 7), 18u);
     EXPECT_TRUE(graph.fans.empty());
+}
+
+TEST(FanSearch, CutsTheSameFansAroundVerticesWithGapsBetween) {
+    meshes::Indices mesh = meshes::joined(meshes::grid(12, 12), meshes::shifted(meshes::closedFan(7), 200));
+    const vexa::mesh::StripOptions options{.buildFans = true};
+    const auto expected = vexa::mesh::buildPrimitives(mesh, options);
+    for (const unsigned int gap : {97U, 5000U, 1U << 23}) {
+        meshes::Indices apart = mesh;
+        for (unsigned int& vertex : apart) {
+            vertex *= gap;
+        }
+        auto primitives = vexa::mesh::buildPrimitives(apart, options);
+        ASSERT_EQ(primitives.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            for (unsigned int& vertex : primitives[i].indices) {
+                vertex /= gap;
+            }
+            EXPECT_EQ(primitives[i].type, expected[i].type);
+            EXPECT_EQ(primitives[i].indices, expected[i].indices);
+        }
+    }
 }
 
 TEST(FanSearch, SkipsCentresOnABorder) {

@@ -1,8 +1,9 @@
 #include "vexa/mesh/detail/strips/FanSearch.h"
 
+#include "vexa/mesh/detail/strips/DenseIndices.h"
+
 #include <algorithm>
 #include <cstddef>
-#include <utility>
 
 namespace vexa::mesh::detail {
 
@@ -39,23 +40,19 @@ void claim(CompactGraph& graph, TriangleId triangle) {
 } // namespace
 
 std::vector<FanCandidate> findFanCandidates(std::span<const unsigned int> triangles, std::uint32_t minFanTriangles) {
-    // By vertex and then by place in the list, which is the order in which a graph would have entered them.
-    std::vector<std::pair<unsigned int, HalfEdgeId>> starts(triangles.size());
+    const DenseIndices dense(triangles);
+    // In the order of the list, in which a graph would have entered the half-edges: the first one is the start.
+    std::vector<FanCandidate> all(dense.vertexCount());
     for (std::size_t i = 0; i < triangles.size(); ++i) {
-        starts[i] = {triangles[i], halfEdgeOf(static_cast<TriangleId>(i / 3), static_cast<std::uint32_t>(i % 3))};
-    }
-    std::sort(starts.begin(), starts.end());
-    std::vector<FanCandidate> candidates;
-    for (auto first = starts.begin(); first != starts.end();) {
-        const auto end =
-            std::find_if(first, starts.end(), [first](const auto& start) { return start.first != first->first; });
-        const auto size = static_cast<std::uint32_t>(end - first);
-        if (size >= minFanTriangles) {
-            candidates.push_back({first->first, size, first->second});
+        FanCandidate& candidate = all[dense.indices()[i]];
+        if (candidate.size++ == 0) {
+            candidate.centre = triangles[i];
+            candidate.start = halfEdgeOf(static_cast<TriangleId>(i / 3), static_cast<std::uint32_t>(i % 3));
         }
-        first = end;
     }
-    return candidates;
+    const std::uint32_t minSize = std::max(minFanTriangles, 1U);
+    std::erase_if(all, [minSize](const FanCandidate& candidate) { return candidate.size < minSize; });
+    return all;
 }
 
 FanSet cutFans(CompactGraph& graph, std::span<const FanCandidate> candidates) {

@@ -10,9 +10,9 @@ namespace vexa::mesh::detail {
 
 /// A vertex that may become the centre of a fan.
 struct FanCandidate {
-    std::uint32_t centre;
-    std::uint32_t size; ///< half-edges that start at the centre
-    HalfEdgeId start;   ///< the first of them
+    std::uint32_t centre = 0;
+    std::uint32_t size = 0; ///< half-edges that start at the centre
+    HalfEdgeId start = 0;   ///< the first of them
 };
 
 /// The fans that were cut from a graph.
