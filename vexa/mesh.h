@@ -17,6 +17,7 @@
 #include "vexa/mesh/StripBound.h"
 #include "vexa/mesh/StripBuffer.h"
 #include "vexa/mesh/Strips.h"
+#include "vexa/mesh/Transformation.h"
 #include "vexa/mesh/Triangles.h"
 #include "vexa/mesh/Types.h"
 #include "vexa/mesh/Views.h"

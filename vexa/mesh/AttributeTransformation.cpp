@@ -12,7 +12,7 @@ namespace vexa::mesh {
 
 void createClassicTransformation(AttributeTransformationMap& map, const glm::mat4& m) {
     map["position"] = detail::PositionTransformation{m};
-    map["normal"] = detail::NormalTransformation{detail::calcNormalMatrix(m)};
+    map["normal"] = detail::NormalTransformation{detail::calcNormalMatrix(m), NormalLength::L1};
 }
 
 void transformAttrib(std::shared_ptr<AttributeBuffer>& buffer, AttributeTransformationFunction f) {

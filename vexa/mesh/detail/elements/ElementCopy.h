@@ -13,8 +13,8 @@ public:
     [[nodiscard]] void* get() const { return bytes_.get(); }
 
 private:
-    // The library's own functions access three floats even in smaller elements.
-    static constexpr unsigned long minSize = 3 * sizeof(float);
+    // The library's own functions access three or four floats even in smaller elements.
+    static constexpr unsigned long minSize = 4 * sizeof(float);
     std::unique_ptr<unsigned char[]> bytes_;
 };
 

@@ -16,6 +16,7 @@ namespace vexa::mesh::detail {
 namespace {
 
 constexpr unsigned long vec3Size = 3 * sizeof(float);
+constexpr unsigned long vec4Size = 4 * sizeof(float);
 constexpr unsigned long packedNormalSize = 2;
 
 bool isLeaveElement(const AttributeTransformationFunction& f) {
@@ -25,8 +26,14 @@ bool isLeaveElement(const AttributeTransformationFunction& f) {
 
 /// Whether a function is one of the library's own that can be applied to elements of a size in bulk.
 bool isOwnFunction(const AttributeTransformationFunction& f, unsigned long elementSizeInBytes) {
-    return isLeaveElement(f) || (elementSizeInBytes == vec3Size && (f.target<PositionTransformation>() != nullptr ||
-                                                                    f.target<NormalTransformation>() != nullptr));
+    if (isLeaveElement(f)) {
+        return true;
+    }
+    if (f.target<TangentTransformation>() != nullptr) {
+        return elementSizeInBytes == vec3Size || elementSizeInBytes == vec4Size;
+    }
+    return elementSizeInBytes == vec3Size &&
+           (f.target<PositionTransformation>() != nullptr || f.target<NormalTransformation>() != nullptr);
 }
 
 void applyOwnFunction(const AttributeTransformationFunction& f, const unsigned char* source, unsigned char* target,
@@ -34,7 +41,9 @@ void applyOwnFunction(const AttributeTransformationFunction& f, const unsigned c
     if (const auto* position = f.target<PositionTransformation>()) {
         transformPositions(source, target, count, position->matrix);
     } else if (const auto* normal = f.target<NormalTransformation>()) {
-        transformNormals(source, target, count, normal->matrix);
+        normal->apply(source, target, count);
+    } else if (const auto* tangent = f.target<TangentTransformation>()) {
+        tangent->apply(source, target, count, elementSizeInBytes);
     } else if (count != 0) {
         std::memmove(target, source, count * elementSizeInBytes);
     }
@@ -65,11 +74,48 @@ bool appendInBulk(const PackedElements& source, const PackedElements& target,
         return true;
     }
     constexpr unsigned long blockCount = 512;
-    unsigned char block[blockCount * vec3Size];
+    unsigned char block[blockCount * vec4Size];
     for (unsigned long begin = 0; begin < source.elementCount; begin += blockCount) {
         const unsigned long count = std::min(blockCount, source.elementCount - begin);
-        applyOwnFunction(f, source.element(begin), block, count, vec3Size);
-        target.storage->append(block, count * vec3Size);
+        applyOwnFunction(f, source.element(begin), block, count, source.elementSizeInBytes);
+        target.storage->append(block, count * source.elementSizeInBytes);
+    }
+    return true;
+}
+
+/// Copies elements between rows of different strides.
+template <unsigned long Size>
+void copyStrided(const unsigned char* source, unsigned long sourceStride, unsigned char* target,
+                 unsigned long targetStride, unsigned long count) {
+    for (unsigned long i = 0; i < count; ++i) {
+        std::memcpy(target + i * targetStride, source + i * sourceStride, Size);
+    }
+}
+
+/// Transforms interleaved elements in place, in blocks that are packed for it.
+template <unsigned long Size>
+void transformStrided(unsigned char* elements, unsigned long stride, unsigned long count,
+                      const AttributeTransformationFunction& f) {
+    constexpr unsigned long blockCount = 256;
+    unsigned char block[blockCount * Size];
+    for (unsigned long begin = 0; begin < count; begin += blockCount) {
+        const unsigned long blockSize = std::min(blockCount, count - begin);
+        unsigned char* const first = elements + begin * stride;
+        copyStrided<Size>(first, stride, block, Size, blockSize);
+        applyOwnFunction(f, block, block, blockSize, Size);
+        copyStrided<Size>(block, Size, first, stride, blockSize);
+    }
+}
+
+bool transformInterleaved(AttributeBuffer& buffer, unsigned long count, const AttributeTransformationFunction& f) {
+    const auto elements = findInterleavedElements(buffer);
+    if (!elements || isLeaveElement(f) || !isOwnFunction(f, elements->elementSizeInBytes)) {
+        return false;
+    }
+    if (elements->elementSizeInBytes == vec3Size) {
+        transformStrided<vec3Size>(elements->bytes, elements->strideInBytes, count, f);
+    } else {
+        transformStrided<vec4Size>(elements->bytes, elements->strideInBytes, count, f);
     }
     return true;
 }
@@ -171,6 +217,41 @@ void reachElements(AttributeBuffer& source, AttributeBuffer& target, const Walk&
 
 void leaveElement(void* /*element*/) {}
 
+void NormalTransformation::apply(const void* source, void* target, unsigned long count) const {
+    switch (length) {
+    case NormalLength::Unit:
+        return transformUnitDirections(source, target, count, matrix);
+    case NormalLength::L1:
+        return transformNormals(source, target, count, matrix);
+    case NormalLength::Keep:
+        return transformDirections(source, target, count, matrix);
+    }
+}
+
+void TangentTransformation::apply(const void* source, void* target, unsigned long count,
+                                  unsigned long elementSizeInBytes) const {
+    const auto turn = length == NormalLength::Keep ? transformDirections : transformUnitDirections;
+    if (elementSizeInBytes == vec3Size) {
+        return turn(source, target, count, matrix);
+    }
+    const auto* from = static_cast<const unsigned char*>(source);
+    auto* to = static_cast<unsigned char*>(target);
+    constexpr unsigned long blockCount = 256;
+    unsigned char block[blockCount * vec3Size];
+    for (unsigned long begin = 0; begin < count; begin += blockCount) {
+        const unsigned long blockSize = std::min(blockCount, count - begin);
+        copyStrided<vec3Size>(from + begin * vec4Size, vec4Size, block, vec3Size, blockSize);
+        turn(block, block, blockSize, matrix);
+        for (unsigned long i = 0; i < blockSize; ++i) {
+            float sign = 0;
+            std::memcpy(&sign, from + (begin + i) * vec4Size + vec3Size, sizeof sign);
+            sign = isMirroring ? -sign : sign;
+            std::memcpy(to + (begin + i) * vec4Size + vec3Size, &sign, sizeof sign);
+        }
+        copyStrided<vec3Size>(block, vec3Size, to + begin * vec4Size, vec4Size, blockSize);
+    }
+}
+
 void NormalPacking::operator()(void* source, void* target) const {
     glm::vec3 normal;
     std::memcpy(&normal, source, sizeof normal);
@@ -188,6 +269,9 @@ void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigne
     const auto sourceElements = findPackedElements(source);
     const auto targetElements = findPackedElements(target);
     if (sourceElements && targetElements && transformInBulk(*sourceElements, *targetElements, targetBegin, count, f)) {
+        return;
+    }
+    if (&source == &target && targetBegin == 0 && transformInterleaved(source, count, f)) {
         return;
     }
     const ElementCopy element(scratchSize(source, target));

@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/AttributeBuffer.h"
 #include "vexa/mesh/AttributeTransformation.h"
+#include "vexa/mesh/Transformation.h"
 #include "vexa/mesh/detail/elements/Kernels.h"
 
 /// The library's own element functions, and the loops over elements that recognise them.
@@ -16,10 +17,21 @@ struct PositionTransformation {
     void operator()(void* element) const { transformPositions(element, element, 1, matrix); }
 };
 
-/// "normal" of createClassicTransformation.
+/// "normal" of createClassicTransformation and createTransformation.
 struct NormalTransformation {
     NormalMatrix matrix;
-    void operator()(void* element) const { transformNormals(element, element, 1, matrix); }
+    NormalLength length;
+    void apply(const void* source, void* target, unsigned long count) const;
+    void operator()(void* element) const { apply(element, element, 1); }
+};
+
+/// "tangent" of createTransformation, for elements of three or four floats.
+struct TangentTransformation {
+    NormalMatrix matrix;
+    NormalLength length;
+    bool isMirroring; ///< changes the sign of the fourth float
+    void apply(const void* source, void* target, unsigned long count, unsigned long elementSizeInBytes) const;
+    void operator()(void* element) const { apply(element, element, 1, 4 * sizeof(float)); }
 };
 
 /// Does nothing.

@@ -57,6 +57,18 @@ void transformNormals(const void* source, void* target, unsigned long count, con
     laneKernels().transformNormals(source, target, count, matrix[0].data());
 }
 
+NormalMatrix linearPart(const glm::mat4& m) {
+    return {{{m[0][0], m[1][0], m[2][0]}, {m[0][1], m[1][1], m[2][1]}, {m[0][2], m[1][2], m[2][2]}}};
+}
+
+void transformDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix) {
+    laneKernels().transformDirections(source, target, count, matrix[0].data());
+}
+
+void transformUnitDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix) {
+    laneKernels().transformUnitDirections(source, target, count, matrix[0].data());
+}
+
 void extendBounds(Bounds& bounds, const void* positions, unsigned long count, const glm::mat4& m) {
     laneKernels().extendBounds(&bounds.min.x, &bounds.max.x, positions, count, &m[0][0]);
 }

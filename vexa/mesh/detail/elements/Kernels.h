@@ -28,6 +28,16 @@ void transformPositions(const void* source, void* target, unsigned long count, c
 /// t = N * n, each row summed left to right, divided by |t.x| + |t.y| + |t.z| unless that is below 1e-9 or NaN.
 void transformNormals(const void* source, void* target, unsigned long count, const NormalMatrix& matrix);
 
+/// The upper left 3 by 3 part of a placement.
+NormalMatrix linearPart(const glm::mat4& m);
+
+/// t = matrix * v, each row summed left to right.
+void transformDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix);
+
+/// The same, with t divided by its length unless it is zero. Vectors whose squared length no float can hold, too small
+/// or too large, are as precise as others.
+void transformUnitDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix);
+
 struct Bounds {
     glm::vec3 min;
     glm::vec3 max;

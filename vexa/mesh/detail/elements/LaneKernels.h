@@ -10,6 +10,8 @@ constexpr float smallestNorm = 1e-9F;
 struct LaneKernels {
     void (*transformPositions)(const void* source, void* target, unsigned long count, const float* matrix);
     void (*transformNormals)(const void* source, void* target, unsigned long count, const float* normalMatrix);
+    void (*transformDirections)(const void* source, void* target, unsigned long count, const float* matrix);
+    void (*transformUnitDirections)(const void* source, void* target, unsigned long count, const float* matrix);
     void (*extendBounds)(float* min, float* max, const void* positions, unsigned long count, const float* matrix);
     void (*packNormals)(const void* normals, void* bytes, unsigned long count);
     void (*unpackNormals)(const void* bytes, void* normals, unsigned long count);

@@ -82,22 +82,51 @@ struct AffineRows {
     }
 }
 
+inline VectorLanes divided(const VectorLanes& v, FloatLanes divisor) {
+    return {v.x / divisor, v.y / divisor, v.z / divisor};
+}
+
+/// v divided by |v.x| + |v.y| + |v.z|.
+inline VectorLanes withUnitSum(const VectorLanes& v) {
+    const FloatLanes norm = (absolute(v.x) + absolute(v.y)) + absolute(v.z);
+    // Dividing by 1 has the same result as no division.
+    return divided(v, select(areAtLeast(norm, allLanes(smallestNorm)), norm, allLanes(1.0F)));
+}
+
+inline FloatLanes squareOf(const VectorLanes& v) {
+    return (v.x * v.x + v.y * v.y) + v.z * v.z;
+}
+
+/// v divided by its length.
+inline VectorLanes withUnitLength(const VectorLanes& v) {
+    const FloatLanes one = allLanes(1.0F);
+    VectorLanes u = v;
+    FloatLanes square = squareOf(u);
+    const FloatLanes isPrecise = bothBits(areAtLeast(square, allLanes(1e-30F)), areAtLeast(allLanes(1e30F), square));
+    constexpr int all = (1 << laneCount) - 1;
+    if (laneMask(isPrecise) != all) {
+        const FloatLanes largest = maximum(maximum(absolute(v.x), absolute(v.y)), absolute(v.z));
+        const FloatLanes isZero = areEqual(largest, allLanes(0.0F));
+        u = divided(u, select(isPrecise, one, select(isZero, one, largest)));
+        square = squareOf(u);
+        square = select(isZero, one, square);
+    }
+    return divided(u, squareRoot(square));
+}
+
+/// Turns vectors by a 3 by 3 matrix, and gives each the length that `scaled(vector)` returns it with.
+template <typename Scaled>
 [[gnu::noinline]] void turnBlocks(const unsigned char* source, unsigned char* target, unsigned long blockCount,
-                                  const float* normalMatrix) {
+                                  const float* matrix, const Scaled& scaled) {
     FloatLanes m[9];
     for (int i = 0; i < 9; ++i) {
-        m[i] = allLanes(normalMatrix[i]);
+        m[i] = allLanes(matrix[i]);
     }
-    const FloatLanes one = allLanes(1.0F);
-    const FloatLanes smallest = allLanes(smallestNorm);
     for (unsigned long i = 0; i < blockCount; ++i) {
         const VectorLanes n = loadVectors(source + i * blockOfVectors);
         const VectorLanes t{(m[0] * n.x + m[1] * n.y) + m[2] * n.z, (m[3] * n.x + m[4] * n.y) + m[5] * n.z,
                             (m[6] * n.x + m[7] * n.y) + m[8] * n.z};
-        const FloatLanes norm = (absolute(t.x) + absolute(t.y)) + absolute(t.z);
-        // Dividing by 1 has the same result as no division.
-        const FloatLanes divisor = select(areAtLeast(norm, smallest), norm, one);
-        storeVectors(target + i * blockOfVectors, {t.x / divisor, t.y / divisor, t.z / divisor});
+        storeVectors(target + i * blockOfVectors, scaled(t));
     }
 }
 
@@ -230,11 +259,24 @@ void transformPositions(const void* source, void* target, unsigned long count, c
         });
 }
 
+template <typename Scaled>
+void turnVectors(const void* source, void* target, unsigned long count, const float* matrix, const Scaled& scaled) {
+    forEachBlock<vectorSize, vectorSize>(source, target, count,
+                                         [&](const unsigned char* from, unsigned char* to, unsigned long blockCount) {
+                                             turnBlocks(from, to, blockCount, matrix, scaled);
+                                         });
+}
+
 void transformNormals(const void* source, void* target, unsigned long count, const float* normalMatrix) {
-    forEachBlock<vectorSize, vectorSize>(
-        source, target, count, [normalMatrix](const unsigned char* from, unsigned char* to, unsigned long blockCount) {
-            turnBlocks(from, to, blockCount, normalMatrix);
-        });
+    turnVectors(source, target, count, normalMatrix, [](const VectorLanes& v) { return withUnitSum(v); });
+}
+
+void transformDirections(const void* source, void* target, unsigned long count, const float* matrix) {
+    turnVectors(source, target, count, matrix, [](const VectorLanes& v) { return v; });
+}
+
+void transformUnitDirections(const void* source, void* target, unsigned long count, const float* matrix) {
+    turnVectors(source, target, count, matrix, [](const VectorLanes& v) { return withUnitLength(v); });
 }
 
 void packNormals(const void* normals, void* bytes, unsigned long count) {
@@ -290,8 +332,8 @@ bool areUpTo(const void* integers, unsigned long count, Unsigned limit) {
 }
 
 constexpr LaneKernels ownKernels{
-    transformPositions,     transformNormals,        extendBounds,         packNormals, unpackNormals,
-    areUpTo<unsigned char>, areUpTo<unsigned short>, areUpTo<unsigned int>};
+    transformPositions, transformNormals, transformDirections,    transformUnitDirections, extendBounds,
+    packNormals,        unpackNormals,    areUpTo<unsigned char>, areUpTo<unsigned short>, areUpTo<unsigned int>};
 
 } // namespace
 } // namespace vexa::mesh::detail

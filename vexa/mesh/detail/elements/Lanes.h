@@ -55,6 +55,9 @@ inline FloatLanes flipBits(FloatLanes a, FloatLanes b) {
 inline FloatLanes select(FloatLanes mask, FloatLanes then, FloatLanes otherwise) {
     return _mm256_blendv_ps(otherwise, then, mask);
 }
+inline FloatLanes squareRoot(FloatLanes lanes) {
+    return _mm256_sqrt_ps(lanes);
+}
 inline void storeFloats(float* floats, FloatLanes lanes) {
     _mm256_storeu_ps(floats, lanes);
 }
@@ -133,6 +136,9 @@ inline FloatLanes flipBits(FloatLanes a, FloatLanes b) {
 }
 inline FloatLanes select(FloatLanes mask, FloatLanes then, FloatLanes otherwise) {
     return _mm_or_ps(_mm_and_ps(mask, then), _mm_andnot_ps(mask, otherwise));
+}
+inline FloatLanes squareRoot(FloatLanes lanes) {
+    return _mm_sqrt_ps(lanes);
 }
 inline void storeFloats(float* floats, FloatLanes lanes) {
     _mm_storeu_ps(floats, lanes);

@@ -75,6 +75,23 @@ std::optional<PackedIndices> findStoredIndices(IndexBuffer& buffer) {
     return findIndices(buffer, StorageClass::Any);
 }
 
+std::optional<InterleavedElements> findInterleavedElements(AttributeBuffer& buffer) {
+    if (typeid(buffer) != typeid(DefaultAttributeBuffer)) {
+        return std::nullopt;
+    }
+    auto& own = static_cast<DefaultAttributeBuffer&>(buffer);
+    BufferData* const data = own.getBufferData().get();
+    const unsigned long size = own.getElementSizeInBytes();
+    const unsigned long stride = own.getElementStrideInBytes();
+    const unsigned long offset = own.getElementOffsetInBytes();
+    if (data == nullptr || typeid(*data) != typeid(VectorBufferData) || size == 0 || size > stride ||
+        offset > stride - size) {
+        return std::nullopt;
+    }
+    auto* const bytes = static_cast<unsigned char*>(data->getData());
+    return InterleavedElements{bytes == nullptr ? nullptr : bytes + offset, size, stride};
+}
+
 bool areSameOrApart(const unsigned char* first, unsigned long firstSizeInBytes, const unsigned char* second,
                     unsigned long secondSizeInBytes) {
     const std::less_equal<> endsBefore;

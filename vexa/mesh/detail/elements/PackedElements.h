@@ -38,6 +38,16 @@ std::optional<PackedIndices> findPackedIndices(IndexBuffer& buffer);
 /// The same for a storage of any class, whose address is then queried.
 std::optional<PackedIndices> findStoredIndices(IndexBuffer& buffer);
 
+/// Elements at equal distances in a storage, which may hold others between them. Valid until the buffer is resized.
+struct InterleavedElements {
+    unsigned char* bytes; ///< of the first element; null while there are none
+    unsigned long elementSizeInBytes;
+    unsigned long strideInBytes; ///< at least the size
+};
+
+/// As findPackedElements, with gaps. Elements that overlap, or of which the last ends after the storage, do not count.
+std::optional<InterleavedElements> findInterleavedElements(AttributeBuffer& buffer);
+
 /// Whether two rows of elements are identical or do not overlap.
 bool areSameOrApart(const unsigned char* first, unsigned long firstSizeInBytes, const unsigned char* second,
                     unsigned long secondSizeInBytes);
