@@ -21,4 +21,5 @@
 #include "vexa/mesh/Triangles.h"
 #include "vexa/mesh/Types.h"
 #include "vexa/mesh/Views.h"
+#include "vexa/mesh/Weld.h"
 // IWYU pragma: end_exports

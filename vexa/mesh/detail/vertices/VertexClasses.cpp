@@ -1,0 +1,285 @@
+#include "vexa/mesh/detail/vertices/VertexClasses.h"
+
+#include "vexa/mesh/detail/strips/LargeArray.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <numeric>
+#include <type_traits>
+#include <utility>
+
+namespace vexa::mesh::detail {
+
+namespace {
+
+constexpr std::uint32_t none = ~std::uint32_t{0};
+
+constexpr std::uint64_t combined(std::uint64_t seed, std::uint64_t value) {
+    const std::uint64_t product = (seed ^ value) * 0x9e3779b97f4a7c15U;
+    return product ^ product >> 32U;
+}
+
+/// Hashes so many bytes.
+std::uint64_t hashOf(const unsigned char* bytes, std::size_t size) {
+    std::uint64_t hash = size;
+    for (; size >= 8; size -= 8, bytes += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes, 8);
+        hash = combined(hash, word);
+    }
+    if (size >= 4) {
+        std::uint32_t word = 0;
+        std::memcpy(&word, bytes, 4);
+        hash = combined(hash, word);
+        size -= 4;
+        bytes += 4;
+    }
+    for (; size > 0; --size, ++bytes) {
+        hash = combined(hash, *bytes);
+    }
+    return combined(hash, 0);
+}
+
+/// The bytes of all rows of each vertex in one piece.
+std::vector<unsigned char> packRows(std::span<const VertexRow> rows, std::size_t count, std::size_t packedSize) {
+    std::vector<unsigned char> packed(count * packedSize);
+    std::size_t offset = 0;
+    for (const VertexRow& row : rows) {
+        for (std::size_t v = 0; v < count; ++v) {
+            std::memcpy(&packed[v * packedSize + offset], row.bytes + v * row.stride, row.size);
+        }
+        offset += row.size;
+    }
+    return packed;
+}
+
+/// firstEqual for one row, with elements of a size that may be known to the compiler.
+template <class Size>
+std::vector<std::uint32_t> firstEqualElements(const VertexRow& row, std::size_t count, Size size) {
+    struct Slot {
+        std::uint32_t tag;
+        std::uint32_t vertex;
+    };
+    const std::size_t mask = std::bit_ceil(count + count / 4 + 16) - 1;
+    const LargeArray<Slot> table(mask + 1);
+    std::fill_n(table.get(), mask + 1, Slot{0, none});
+    std::vector<std::uint32_t> first(count);
+    // The slots of a block are prefetched together: they are all over the table.
+    constexpr std::size_t blockSize = 64;
+    std::array<std::uint64_t, blockSize> hashes{};
+    for (std::size_t begin = 0; begin < count; begin += blockSize) {
+        const std::size_t end = std::min(begin + blockSize, count);
+        for (std::size_t v = begin; v < end; ++v) {
+            hashes[v - begin] = hashOf(row.bytes + v * row.stride, size);
+            __builtin_prefetch(&table[hashes[v - begin] & mask], 1);
+        }
+        for (std::size_t v = begin; v < end; ++v) {
+            const auto tag = static_cast<std::uint32_t>(hashes[v - begin] >> 32U);
+            std::size_t place = hashes[v - begin] & mask;
+            const auto isTaken = [&](const Slot& slot) {
+                return slot.vertex != none && (slot.tag != tag || std::memcmp(row.bytes + slot.vertex * row.stride,
+                                                                              row.bytes + v * row.stride, size) != 0);
+            };
+            while (isTaken(table[place])) {
+                place = (place + 1) & mask;
+            }
+            if (table[place].vertex == none) {
+                table[place] = {tag, static_cast<std::uint32_t>(v)};
+            }
+            first[v] = table[place].vertex;
+        }
+    }
+    return first;
+}
+
+/// The cell of a grid, and the kind of the vertices in it. Cells are numbered in double precision: the coordinates of
+/// tiny ones do not fit an integer.
+struct Cell {
+    std::array<double, 3> place{};
+    std::uint32_t kind = 0;
+
+    bool operator==(const Cell&) const = default;
+};
+
+std::uint64_t hashOf(const Cell& cell) {
+    std::uint64_t hash = cell.kind;
+    for (const double value : cell.place) {
+        hash = combined(hash, std::bit_cast<std::uint64_t>(value));
+    }
+    return hash;
+}
+
+/// Numbers cells in the order in which they are added.
+class CellNumbers {
+public:
+    explicit CellNumbers(std::size_t maxCount) : table_(std::bit_ceil(2 * maxCount + 16), none) {}
+
+    std::uint32_t add(const Cell& cell) {
+        std::uint32_t& slot = table_[slotOf(cell)];
+        if (slot == none) {
+            slot = static_cast<std::uint32_t>(cells_.size());
+            cells_.push_back(cell);
+        }
+        return slot;
+    }
+
+    /// \return `none` if it was not added
+    [[nodiscard]] std::uint32_t find(const Cell& cell) const { return table_[slotOf(cell)]; }
+
+    [[nodiscard]] const std::vector<Cell>& cells() const { return cells_; }
+
+private:
+    [[nodiscard]] std::size_t slotOf(const Cell& cell) const {
+        std::size_t slot = hashOf(cell) & (table_.size() - 1);
+        while (table_[slot] != none && !(cells_[table_[slot]] == cell)) {
+            slot = (slot + 1) & (table_.size() - 1);
+        }
+        return slot;
+    }
+
+    std::vector<Cell> cells_;
+    std::vector<std::uint32_t> table_;
+};
+
+class NearVertices {
+public:
+    NearVertices(const VertexRow& positions, std::span<const std::uint32_t> kinds, double tolerance)
+        : positions_(positions), kinds_(kinds), tolerance_(tolerance < minDistance ? 0 : tolerance),
+          first_(kinds.size()), numbers_(kinds.size()) {
+        std::iota(first_.begin(), first_.end(), 0U);
+    }
+
+    std::vector<std::uint32_t> find() {
+        fillCells();
+        for (std::uint32_t cell = 0; tolerance_ > 0 && cell < members_.size(); ++cell) {
+            joinNeighbours(cell);
+        }
+        for (std::uint32_t v = 0; v < first_.size(); ++v) {
+            first_[v] = firstOf(v);
+        }
+        return std::move(first_);
+    }
+
+private:
+    using Position = std::array<double, 3>;
+
+    /// Of different floats. Below it, the numbers of cells could become infinite.
+    static constexpr double minDistance = std::numeric_limits<float>::denorm_min();
+
+    [[nodiscard]] Position positionOf(std::uint32_t v) const {
+        std::array<float, 3> position{};
+        std::memcpy(position.data(), positions_.bytes + v * positions_.stride, sizeof position);
+        // Without the sign of a zero.
+        return {static_cast<double>(position[0]) + 0.0, static_cast<double>(position[1]) + 0.0,
+                static_cast<double>(position[2]) + 0.0};
+    }
+
+    /// The diagonal of a cell is just below the tolerance.
+    [[nodiscard]] double side() const { return tolerance_ / std::sqrt(3.0) * (1 - 1e-9); }
+
+    /// All of a cell are near one another.
+    void fillCells() {
+        for (std::uint32_t v = 0; v < first_.size(); ++v) {
+            Position place = positionOf(v);
+            if (!std::all_of(place.begin(), place.end(), [](double value) { return std::isfinite(value); })) {
+                continue;
+            }
+            if (tolerance_ > 0) {
+                for (double& value : place) {
+                    value = std::floor(value / side()) + 0.0;
+                }
+            }
+            const std::uint32_t cell = numbers_.add({place, kinds_[v]});
+            if (cell == members_.size()) {
+                members_.emplace_back();
+            }
+            // Of equal positions, one is enough to compare with.
+            if (members_[cell].empty() || positionOf(members_[cell].back()) != positionOf(v)) {
+                members_[cell].push_back(v);
+            }
+            join(v, members_[cell].front());
+        }
+    }
+
+    void joinNeighbours(std::uint32_t cell) {
+        // Two cells of that size reach further than the tolerance. The other half looks at this cell itself.
+        constexpr int reach = 2;
+        for (int x = 0; x <= reach; ++x) {
+            for (int y = x == 0 ? 0 : -reach; y <= reach; ++y) {
+                for (int z = x == 0 && y == 0 ? 1 : -reach; z <= reach; ++z) {
+                    const auto& [place, kind] = numbers_.cells()[cell];
+                    const std::uint32_t other =
+                        numbers_.find({{place[0] + x + 0.0, place[1] + y + 0.0, place[2] + z + 0.0}, kind});
+                    if (other != none) {
+                        joinIfNear(members_[cell], members_[other]);
+                    }
+                }
+            }
+        }
+    }
+
+    void joinIfNear(const std::vector<std::uint32_t>& cell, const std::vector<std::uint32_t>& other) {
+        if (firstOf(cell.front()) == firstOf(other.front())) {
+            return;
+        }
+        for (const std::uint32_t a : cell) {
+            const Position position = positionOf(a);
+            const bool isNear = std::any_of(other.begin(), other.end(), [&](std::uint32_t b) {
+                const Position p = positionOf(b);
+                return std::hypot(p[0] - position[0], p[1] - position[1], p[2] - position[2]) <= tolerance_;
+            });
+            if (isNear) {
+                join(a, other.front());
+                return;
+            }
+        }
+    }
+
+    std::uint32_t firstOf(std::uint32_t v) {
+        while (first_[v] != v) {
+            first_[v] = first_[first_[v]];
+            v = first_[v];
+        }
+        return v;
+    }
+
+    void join(std::uint32_t a, std::uint32_t b) {
+        const auto [low, high] = std::minmax({firstOf(a), firstOf(b)});
+        first_[high] = low;
+    }
+
+    VertexRow positions_;
+    std::span<const std::uint32_t> kinds_;
+    double tolerance_;
+    std::vector<std::uint32_t> first_; ///< on the way to the first vertex of the class
+    CellNumbers numbers_;
+    std::vector<std::vector<std::uint32_t>> members_; ///< by cell
+};
+
+} // namespace
+
+std::vector<std::uint32_t> firstEqual(std::span<const VertexRow> rows, std::size_t count) {
+    if (rows.empty()) {
+        return std::vector<std::uint32_t>(count);
+    }
+    if (rows.size() == 1) {
+        const VertexRow& row = rows.front();
+        return row.size == 12 ? firstEqualElements(row, count, std::integral_constant<std::size_t, 12>())
+                              : firstEqualElements(row, count, row.size);
+    }
+    const std::size_t size = std::accumulate(rows.begin(), rows.end(), std::size_t{0},
+                                             [](std::size_t sum, const VertexRow& row) { return sum + row.size; });
+    const std::vector<unsigned char> packed = packRows(rows, count, size);
+    return firstEqualElements({packed.data(), size, size}, count, size);
+}
+
+std::vector<std::uint32_t> firstNear(const VertexRow& positions, std::span<const std::uint32_t> kinds,
+                                     double tolerance) {
+    return NearVertices(positions, kinds, tolerance).find();
+}
+
+} // namespace vexa::mesh::detail
