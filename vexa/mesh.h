@@ -11,6 +11,7 @@
 #include "vexa/mesh/HalfEdgeGraph.h"
 #include "vexa/mesh/IndexBuffer.h"
 #include "vexa/mesh/MakeMesh.h"
+#include "vexa/mesh/Merge.h"
 #include "vexa/mesh/Mesh.h"
 #include "vexa/mesh/MeshConcatenation.h"
 #include "vexa/mesh/NormalQuantization.h"

@@ -1,0 +1,305 @@
+#include <vexa/mesh/Merge.h>
+
+#include <vexa/mesh/Triangles.h>
+#include <vexa/mesh/Views.h>
+
+#include "support/Foreign.h"
+#include "support/Meshes.h"
+#include "support/Messages.h"
+
+#include <glm/gtc/matrix_transform.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+#include <stdexcept>
+
+namespace {
+
+using namespace vexa::mesh;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Indices = std::vector<unsigned int>;
+
+/// Positions x = first, first + 1, ...
+std::shared_ptr<AttributeBuffer> positions(std::size_t count, float first = 0) {
+    std::vector<glm::vec3> result(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        result[i] = {first + static_cast<float>(i), 1, 2};
+    }
+    return makeAttribute("position", result);
+}
+
+MeshPtr meshOf(PrimitiveType type, const Indices& indices, std::size_t vertexCount,
+               IndexWidth width = IndexWidth::Narrowest) {
+    return makeMesh(type, indices, {positions(vertexCount)}, {.indexWidth = width});
+}
+
+std::vector<MeshInstance> instancesOf(const std::vector<MeshPtr>& meshes, const glm::mat4& placement = glm::mat4(1)) {
+    std::vector<MeshInstance> instances;
+    for (const MeshPtr& mesh : meshes) {
+        instances.push_back({mesh, placement});
+    }
+    return instances;
+}
+
+Indices indicesOf(const MeshPtr& mesh) {
+    return toIndices(*mesh->getIndexBuffer());
+}
+
+glm::mat4 mirror() {
+    return glm::scale(glm::mat4(1.0F), glm::vec3(-1, 1, 1));
+}
+
+TEST(MergeMeshes, RaisesIndicesAndConcatenatesAttributes) {
+    const MeshPtr merged =
+        mergeMeshes(instancesOf({meshOf(TRIANGLES, {0, 1, 2}, 3), meshOf(TRIANGLES, {3, 2, 1, 0, 1, 2}, 4)}));
+    EXPECT_THAT(indicesOf(merged), ElementsAre(0, 1, 2, 6, 5, 4, 3, 4, 5));
+    const auto x = toElements<glm::vec3>(*merged->getAttributeBuffer("position"));
+    ASSERT_EQ(x.size(), 7U);
+    EXPECT_EQ(x[3], glm::vec3(0, 1, 2));
+    EXPECT_EQ(x[6], glm::vec3(3, 1, 2));
+}
+
+TEST(MergeMeshes, WidensIndicesWhereAllVerticesTogetherNeedIt) {
+    const auto merged = mergeMeshes(instancesOf({meshOf(POINTS, {65529}, 65530), meshOf(POINTS, {9}, 10)}));
+    EXPECT_EQ(merged->getIndexBuffer()->getComponentType(), UNSIGNED_INT);
+    EXPECT_THAT(indicesOf(merged), ElementsAre(65529, 65539));
+    // The index with all bits set is never a vertex.
+    const auto largest = mergeMeshes(instancesOf({meshOf(POINTS, {0}, 65530), meshOf(POINTS, {4}, 5)}));
+    EXPECT_EQ(largest->getIndexBuffer()->getComponentType(), UNSIGNED_SHORT);
+    const auto one = mergeMeshes(instancesOf({meshOf(POINTS, {0}, 65530), meshOf(POINTS, {5}, 6)}));
+    EXPECT_EQ(one->getIndexBuffer()->getComponentType(), UNSIGNED_INT);
+    const auto bytes = instancesOf({meshOf(POINTS, {0}, 200, IndexWidth::Bits8), meshOf(POINTS, {0}, 55)});
+    EXPECT_EQ(mergeMeshes(bytes)->getIndexBuffer()->getComponentType(), UNSIGNED_SHORT);
+    EXPECT_EQ(mergeMeshes(bytes, {.indexWidth = IndexWidth::Bits8})->getIndexBuffer()->getComponentType(),
+              UNSIGNED_BYTE);
+    const auto tooMany = instancesOf({meshOf(POINTS, {0}, 200), meshOf(POINTS, {0}, 56)});
+    EXPECT_THROW(mergeMeshes(tooMany, {.indexWidth = IndexWidth::Bits8}), std::length_error);
+}
+
+TEST(MergeMeshes, OnlyLeavesOutIndicesWhereNobodyNeedsThem) {
+    const MeshPtr loose = makeMesh(TRIANGLES, nullptr, {positions(3)});
+    EXPECT_EQ(mergeMeshes(instancesOf({loose, loose}))->getIndexBuffer(), nullptr);
+    EXPECT_EQ(mergedRanges(instancesOf({loose, loose}))[1].indexCount, 0U);
+    EXPECT_THAT(indicesOf(mergeMeshes(instancesOf({loose, meshOf(TRIANGLES, {0, 1, 2}, 3)}))),
+                ElementsAre(0, 1, 2, 3, 4, 5));
+    EXPECT_THAT(indicesOf(mergeMeshes(instancesOf({loose, loose}, mirror()))), ElementsAre(0, 2, 1, 3, 5, 4));
+    const MeshPtr strip = makeMesh(TRIANGLE_STRIP, nullptr, {positions(3)});
+    EXPECT_THAT(indicesOf(mergeMeshes(instancesOf({strip, strip}))), ElementsAre(0, 1, 2, restartIndex, 3, 4, 5));
+}
+
+TEST(MergeMeshes, JoinsStripsByRestartOrByParity) {
+    const MeshPtr odd = meshOf(TRIANGLE_STRIP, {0, 1, 2}, 3);
+    const MeshPtr two = meshOf(TRIANGLE_STRIP, {0, 1, 2, restartIndex, 1, 2, 3, 0}, 4);
+    EXPECT_THAT(indicesOf(mergeMeshes(instancesOf({odd, two}))),
+                ElementsAre(0, 1, 2, restartIndex, 3, 4, 5, restartIndex, 4, 5, 6, 3));
+    const MergeOptions degenerate{.join = StripJoin::Degenerate};
+    EXPECT_THAT(indicesOf(mergeMeshes(instancesOf({odd, odd}), degenerate)), ElementsAre(0, 1, 2, 2, 3, 3, 3, 4, 5));
+    for (const auto& instances : {instancesOf({odd, two, odd}), instancesOf({two, odd, two}, mirror())}) {
+        const Indices triangles = toTriangles(*mergeMeshes(instances));
+        EXPECT_EQ(triangles.size() / 3, instances.size() == 3 && instances[0].mesh == odd ? 5U : 7U);
+        const MeshPtr joined = mergeMeshes(instances, degenerate);
+        EXPECT_THAT(indicesOf(joined), testing::Each(testing::Lt(restartIndex)));
+        EXPECT_EQ(toTriangles(*joined), triangles);
+        EXPECT_EQ(toTriangles(*mergeMeshes(instances, {.asTriangles = true})), triangles);
+    }
+}
+
+TEST(MergeMeshes, JoinsFansLoopsAndLineStripsByRestart) {
+    for (const PrimitiveType type : {TRIANGLE_FAN, LINE_LOOP, LINE_STRIP}) {
+        const MeshPtr mesh = meshOf(type, {2, 1, 0}, 3);
+        EXPECT_THAT(indicesOf(mergeMeshes(instancesOf({mesh, mesh}), {.join = StripJoin::Degenerate})),
+                    ElementsAre(2, 1, 0, restartIndex, 5, 4, 3));
+    }
+}
+
+TEST(MergeMeshes, MixesTypesAsTriangles) {
+    const auto instances = instancesOf({meshOf(TRIANGLE_STRIP, {0, 1, 2, 3}, 4), meshOf(TRIANGLE_FAN, {0, 1, 2, 3}, 4),
+                                        meshOf(TRIANGLES, {0, 1, 2}, 3)});
+    const MeshPtr merged = mergeMeshes(instances, {.asTriangles = true});
+    EXPECT_EQ(merged->getPrimitiveType(), TRIANGLES);
+    EXPECT_THAT(indicesOf(merged), ElementsAre(0, 1, 2, 1, 3, 2, 4, 5, 6, 4, 6, 7, 8, 9, 10));
+    EXPECT_THAT(messageOf([&] { mergeMeshes(instances); }),
+                HasSubstr("mergeMeshes: instance 1: its primitive type is TRIANGLE_FAN, and that of the first is "
+                          "TRIANGLE_STRIP"));
+}
+
+TEST(MergeMeshes, PlacesInstancesAsPlaceMeshDoes) {
+    const MeshPtr mesh = makeMesh(TRIANGLES, Indices{0, 1, 2},
+                                  {positions(3, 5), makeAttribute("normal", std::vector(3, glm::vec3(0.6F, 0, 0.8F))),
+                                   makeAttribute("tangent", std::vector(3, glm::vec4(0, 1, 0, 1)))});
+    const glm::mat4 placement = glm::rotate(mirror(), 1.0F, glm::vec3(1, 2, 3));
+    const MeshPtr merged = mergeMeshes(std::vector<MeshInstance>{{mesh}, {mesh, placement}});
+    const MeshPtr placed = copyMesh(*mesh);
+    placeMesh(*placed, placement);
+    for (const char* const name : {"position", "normal"}) {
+        const auto both = toElements<glm::vec3>(*merged->getAttributeBuffer(name));
+        const auto own = toElements<glm::vec3>(*placed->getAttributeBuffer(name));
+        EXPECT_TRUE(std::equal(own.begin(), own.end(), both.begin() + 3, both.end())) << name;
+    }
+    EXPECT_EQ(toElements<glm::vec4>(*merged->getAttributeBuffer("tangent"))[5],
+              toElements<glm::vec4>(*placed->getAttributeBuffer("tangent"))[2]);
+    EXPECT_THAT(indicesOf(merged), ElementsAre(0, 1, 2, 3, 5, 4));
+}
+
+TEST(MergeMeshes, FillsMissingAttributesIfAskedTo) {
+    const MeshPtr plain = meshOf(TRIANGLES, {0, 1, 2}, 3);
+    const MeshPtr textured =
+        makeMesh(TRIANGLES, Indices{0, 1, 2}, {makeAttribute("uv", std::vector(3, glm::vec2(1, 2))), positions(3)});
+    const auto instances = instancesOf({plain, textured, plain});
+    EXPECT_THAT(messageOf([&] { mergeMeshes(instances); }),
+                HasSubstr("mergeMeshes: instance 0: it has no attribute \"uv\", which others have"));
+    const MeshPtr merged = mergeMeshes(instances, {.missing = MissingAttribute::FillWithZeros});
+    EXPECT_EQ(merged->getAttributeBuffer(0)->getAttributeName(), "position");
+    const glm::vec2 zero(0);
+    const glm::vec2 set(1, 2);
+    EXPECT_THAT(toElements<glm::vec2>(*merged->getAttributeBuffer("uv")),
+                ElementsAre(zero, zero, zero, set, set, set, zero, zero, zero));
+}
+
+TEST(MergeMeshes, MatchesEqualNamesInOrder) {
+    const MeshPtr mesh =
+        makeMesh(POINTS, nullptr,
+                 {positions(1), makeAttribute("uv", std::vector{1.0F}), makeAttribute("uv", std::vector{2.0F})});
+    const MeshPtr merged = mergeMeshes(instancesOf({mesh, mesh}));
+    ASSERT_EQ(merged->getNumAttributeBuffers(), 3U);
+    EXPECT_THAT(toElements<float>(*merged->getAttributeBuffer(1)), ElementsAre(1, 1));
+    EXPECT_THAT(toElements<float>(*merged->getAttributeBuffer(2)), ElementsAre(2, 2));
+}
+
+TEST(MergeMeshes, AcceptsForeignBuffers) {
+    const MeshPtr own = meshOf(TRIANGLES, {0, 2, 1}, 3);
+    const MeshPtr foreign = makeMesh(TRIANGLES, vexa::test::foreignCopy(*own->getIndexBuffer()),
+                                     {vexa::test::foreignCopy(*own->getAttributeBuffer(0))});
+    const MeshPtr expected = mergeMeshes(instancesOf({own, own}, mirror()));
+    const MeshPtr merged = mergeMeshes(instancesOf({own, foreign}, mirror()));
+    EXPECT_EQ(indicesOf(merged), indicesOf(expected));
+    EXPECT_EQ(toElements<glm::vec3>(*merged->getAttributeBuffer(0)),
+              toElements<glm::vec3>(*expected->getAttributeBuffer(0)));
+}
+
+TEST(MergeMeshes, NamesTheInstanceThatDoesNotFit) {
+    const MeshPtr mesh = meshOf(TRIANGLES, {0, 1, 2}, 3);
+    const auto fault = [&](const MeshInstance& second) {
+        return messageOf([&] { mergeMeshes(std::vector<MeshInstance>{{mesh}, second}); });
+    };
+    EXPECT_EQ(fault({nullptr}), "mergeMeshes: instance 1: it has no mesh");
+    EXPECT_EQ(messageOf([] { mergeMeshes({}); }), "mergeMeshes: there are no instances to merge");
+    EXPECT_EQ(fault({meshOf(TRIANGLES, {0, 1}, 3)}),
+              "mergeMeshes: instance 1: its 2 indices are not a whole number of TRIANGLES");
+    const MeshPtr wrong = copyMesh(*mesh);
+    wrong->getIndexBuffer()->setElement(2, 3);
+    EXPECT_EQ(fault({wrong}), "mergeMeshes: instance 1: index 3 at 2 is out of range: the mesh has 3 vertices");
+    EXPECT_EQ(messageOf([&] { mergedRanges(instancesOf({wrong})); }),
+              "mergedRanges: instance 0: index 3 at 2 is out of range: the mesh has 3 vertices");
+    EXPECT_THAT(fault({meshOf(TRIANGLES, {0, 1, restartIndex}, 3)}),
+                HasSubstr("mergeMeshes: instance 1: index 2 restarts a primitive"));
+    const MeshPtr shorts = makeMesh(TRIANGLES, Indices{0, 1, 2}, {makeAttribute<std::array<short, 3>>("position", 3)});
+    EXPECT_THAT(fault({shorts}),
+                HasSubstr("instance 1: its attribute 0 (\"position\") has 3 components of the type "
+                          "\"short\", and that of a preceding mesh 3 components of the type \"float\""));
+    EXPECT_THAT(messageOf([&] { mergeMeshes(instancesOf({shorts}, mirror())); }), HasSubstr("cannot be placed"));
+    EXPECT_EQ(mergeMeshes(instancesOf({shorts, shorts}))->getAttributeBuffer(0)->getElementCount(), 6U);
+}
+
+bool isEqual(const Mesh& a, const Mesh& b) {
+    if (a.getPrimitiveType() != b.getPrimitiveType() || a.getNumAttributeBuffers() != b.getNumAttributeBuffers() ||
+        toIndices(*a.getIndexBuffer()) != toIndices(*b.getIndexBuffer())) {
+        return false;
+    }
+    for (unsigned long i = 0; i < a.getNumAttributeBuffers(); ++i) {
+        const auto first = bytesOf(*a.getAttributeBuffer(i));
+        const auto second = bytesOf(*b.getAttributeBuffer(i));
+        if (!std::equal(first.begin(), first.end(), second.begin(), second.end())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+TEST(ExtractRange, GivesBackEveryMergedMesh) {
+    for (const StripJoin join : {StripJoin::Restart, StripJoin::Degenerate}) {
+        for (const PrimitiveType type : {TRIANGLES, TRIANGLE_STRIP, TRIANGLE_FAN, LINES}) {
+            std::vector<MeshPtr> meshes;
+            for (std::uint32_t seed = 0; seed < 12; ++seed) {
+                const unsigned int vertices = 3 + seed * 7;
+                const Indices indices = seed == 5 ? Indices{} : meshes::soup(vertices, 2 * seed, seed);
+                meshes.push_back(makeMesh(type, indices,
+                                          {positions(vertices, static_cast<float>(100 * seed)),
+                                           makeAttribute("id", std::vector(vertices, seed))}));
+            }
+            const auto instances = instancesOf(meshes);
+            const MergeOptions options{.join = join};
+            const MeshPtr merged = mergeMeshes(instances, options);
+            const auto ranges = mergedRanges(instances, options);
+            ASSERT_EQ(ranges.size(), meshes.size());
+            for (std::size_t i = 0; i < meshes.size(); ++i) {
+                EXPECT_TRUE(isEqual(*extractRange(*merged, ranges[i]), *meshes[i])) << type << " " << i;
+            }
+        }
+    }
+}
+
+TEST(ExtractRange, RefusesRangesOutsideOfTheMesh) {
+    const MeshPtr mesh = meshOf(TRIANGLES, {0, 1, 2}, 3);
+    EXPECT_EQ(messageOf([&] {
+                  extractRange(*mesh, {0, 4, 0, 3});
+              }),
+              "extractRange: 4 vertices from 0 are not within the 3 of the mesh");
+    EXPECT_EQ(messageOf([&] {
+                  extractRange(*mesh, {0, 2, 0, 3});
+              }),
+              "extractRange: index 2 at 2 refers to a vertex outside of the range");
+}
+
+TEST(SplitMesh, PartsFitTheirIndicesAndHoldAllTriangles) {
+    const Indices triangles = meshes::damaged(meshes::grid(40, 30), 3);
+    const std::size_t vertexCount = 1 + *std::max_element(triangles.begin(), triangles.end());
+    const MeshPtr mesh = meshOf(TRIANGLES, triangles, vertexCount);
+    const auto parts = splitMesh(*mesh, {.indexWidth = IndexWidth::Bits8});
+    EXPECT_GT(parts.size(), 4U);
+    Indices restored;
+    for (const MeshPtr& part : parts) {
+        EXPECT_EQ(part->getIndexBuffer()->getComponentType(), UNSIGNED_BYTE);
+        const auto x = toElements<glm::vec3>(*part->getAttributeBuffer("position"));
+        EXPECT_LE(x.size(), 255U);
+        for (const unsigned int index : indicesOf(part)) {
+            restored.push_back(static_cast<unsigned int>(x[index].x));
+        }
+    }
+    EXPECT_EQ(restored, toTriangles(*mesh));
+}
+
+TEST(SplitMesh, LimitsTheTrianglesOfAPart) {
+    const MeshPtr mesh = meshOf(TRIANGLES, meshes::grid(5, 5), 36);
+    std::vector<std::size_t> sizes;
+    for (const MeshPtr& part : splitMesh(*mesh, {.maxTriangles = 20})) {
+        sizes.push_back(indicesOf(part).size() / 3);
+    }
+    EXPECT_THAT(sizes, ElementsAre(20, 20, 10));
+}
+
+TEST(SplitMesh, MeshThatFitsStaysWhole) {
+    const MeshPtr mesh = meshOf(TRIANGLE_STRIP, {0, 1, 2, 3}, 9);
+    const auto parts = splitMesh(*mesh);
+    ASSERT_EQ(parts.size(), 1U);
+    EXPECT_EQ(parts[0]->getAttributeBuffer(0)->getElementCount(), 9U);
+    EXPECT_THAT(indicesOf(parts[0]), ElementsAre(0, 1, 2, 1, 3, 2));
+    EXPECT_THAT(splitMesh(*meshOf(TRIANGLES, {}, 3)), IsEmpty());
+    EXPECT_THAT(messageOf([] { splitMesh(*meshOf(LINES, {0, 1}, 2)); }), HasSubstr("splitMesh: LINES does not"));
+}
+
+TEST(SplitMesh, GivesBackMergedMeshesOfEqualSize) {
+    Indices list(30);
+    std::iota(list.begin(), list.end(), 0U);
+    const std::vector<MeshPtr> meshes{meshOf(TRIANGLES, list, 30), meshOf(TRIANGLES, list, 30)};
+    const auto parts = splitMesh(*mergeMeshes(instancesOf(meshes)), {.maxTriangles = 10});
+    ASSERT_EQ(parts.size(), 2U);
+    EXPECT_TRUE(isEqual(*parts[0], *meshes[0]));
+    EXPECT_TRUE(isEqual(*parts[1], *meshes[1]));
+}
+
+} // namespace
