@@ -18,10 +18,10 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench fuzz python docs format lint install clean
+.PHONY: help deps demo test bench bench-compare fuzz python docs format lint install clean
 
 help: ## list these commands
-	@awk -F ':.*## ' '/^[a-z]+:.*## / { printf "make %-8s %s\n", $$1, $$2 }' Makefile
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-13s %s\n", $$1, $$2 }' Makefile
 
 deps: ## install every package that the project needs (cmake/dependencies.txt)
 	$(INSTALL_DEPENDENCIES)
@@ -48,6 +48,12 @@ bench: ## measure alongside other libraries (BENCH=--quick is faster); writes bu
 	sh bench/models/fetch.sh build/bench/models
 	$(call BUILD,bench)
 	build/bench/bench/vexaMeshBench $(BENCH)
+
+bench-compare: ## measure alongside revision REV of this project and print the ratios (BENCH as above; RUNS, 3)
+	$(INSTALL_DEPENDENCIES) library bench
+	sh bench/models/fetch.sh build/bench/models
+	$(call BUILD,bench)
+	JOBS=$(JOBS) sh bench/compare/run.sh '$(REV)' $(BENCH)
 
 FUZZ_SECONDS ?= 60
 fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) per target
