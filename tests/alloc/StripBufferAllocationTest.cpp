@@ -41,4 +41,21 @@ TEST(StripBufferAllocation, FailureWhileAnnealingLeavesNothingBehind) {
     failEveryAllocation(meshes::octahedron(), {.effort = 3});
 }
 
+// Threads allocate in any order, so that the failing allocation is another one each time.
+TEST(StripBufferAllocation, FailureInAThreadIsReported) {
+    const meshes::Indices mesh = meshes::shuffled(meshes::sphere(100, 60), 1);
+    unsigned failures = 0;
+    for (std::size_t n = 0; n < 400; n += 3) {
+        const std::size_t before = liveAllocations();
+        const FailingNew failing(n, FailingNew::Mode::Once);
+        try {
+            buildStripBuffer(mesh, {.threads = 3});
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+        ASSERT_EQ(liveAllocations(), before) << "allocation " << n;
+    }
+    EXPECT_GT(failures, 5U);
+}
+
 } // namespace

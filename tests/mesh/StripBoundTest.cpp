@@ -80,6 +80,14 @@ TEST(MinIndexCount, RisesWithMoreSweeps) {
     EXPECT_LT(bound(1), bound(16));
 }
 
+TEST(MinIndexCount, DoesNotDependOnTheNumberOfThreads) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(250, 120), 3), 4);
+    const std::uint64_t alone = minIndexCount(mesh, StripJoin::Restart);
+    for (const unsigned threads : {0U, 2U, 8U}) {
+        EXPECT_EQ(minIndexCount(mesh, StripJoin::Restart, {.threads = threads}), alone) << threads;
+    }
+}
+
 TEST(MinIndexCount, IsTheSameOnEveryMachineAndCompiler) {
     const auto boundsOf = [](const Indices& mesh) {
         return std::pair(minIndexCount(mesh, StripJoin::Restart), minIndexCount(mesh, StripJoin::Degenerate));

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -221,6 +222,29 @@ TEST(StripBuffer, StoppedAtOnceStillHoldsEveryTriangle) {
         EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, options)), canonicalTriangles(mesh)) << setting.name();
         EXPECT_EQ(calls, 1U) << setting.name();
     }
+}
+
+TEST(StripBuffer, StoppedAtAnyTimeStillHoldsEveryTriangle) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(90, 70), 5), 2);
+    for (const StripPhase last :
+         {StripPhase::Greedy, StripPhase::Flow, StripPhase::Tunnelling, StripPhase::Annealing}) {
+        for (const unsigned threads : {1U, 3U}) {
+            const auto goesOn = [last](const StripProgress& progress) { return progress.phase != last; };
+            EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, {.effort = 3, .onProgress = goesOn, .threads = threads})),
+                      canonicalTriangles(mesh))
+                << static_cast<int>(last) << ", " << threads << " threads";
+        }
+    }
+}
+
+TEST(StripBuffer, CallsBackFromTheCallingThread) {
+    const Indices mesh = meshes::shuffled(meshes::sphere(120, 90), 2);
+    const std::thread::id caller = std::this_thread::get_id();
+    const auto checkThread = [caller](const StripProgress&) {
+        EXPECT_EQ(std::this_thread::get_id(), caller);
+        return true;
+    };
+    buildStripBuffer(mesh, {.effort = 3, .onProgress = checkThread, .threads = 3});
 }
 
 TEST(StripBuffer, PassesOnWhatTheProgressCallbackThrows) {

@@ -61,8 +61,9 @@ std::uint64_t minStripCost(std::span<const unsigned int> triangles, StripJoin jo
     // A strip costs two indices to begin with, and its restart index.
     const std::int32_t stripCost = join == StripJoin::Restart ? 3 : 2;
     const detail::EdgeCosts costs(static_cast<std::int16_t>(stripCost * detail::costUnit / 2));
-    const StarLayout layout = detail::listStars(triangles);
-    detail::CostSplit<detail::MinPlusMatrix> split(layout, costs);
+    detail::WorkTeam team(detail::threadsFor(triangles.size() / 3, options.threads));
+    const StarLayout layout = detail::listStars(triangles, team);
+    detail::CostSplit<detail::MinPlusMatrix> split(layout, costs, team);
     SweepMonitor monitor(options);
     split.sweepMany(options.sweeps, [&](double part) { return monitor.poll(part); });
     const std::uint64_t cost =

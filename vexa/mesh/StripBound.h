@@ -15,7 +15,8 @@ struct BoundOptions {
     /// Called from the calling thread at least every 50 ms once the mesh is set up, with the part of the sweeps that is
     /// done, from 0 to 1; false ends the search, and the bound is what is proven so far. Whatever it throws leaves the
     /// function.
-    std::function<bool(double)> onProgress;
+    std::function<bool(double)> onProgress = {};
+    unsigned threads = 1; ///< most threads to work in, the calling one included; 0 for as many as the processor runs
 };
 
 /// A proven lower bound on the number of indices of a `TRIANGLE_STRIP` list that draws these triangles.
@@ -25,7 +26,7 @@ struct BoundOptions {
 ///   follow one another (strips use single ones to turn),
 /// - with `StripJoin::Degenerate`, no list at all, however its strips are joined.
 ///
-/// The result depends on the input and the options only: not on the machine, the compiler or other threads. It is a whole
+/// The result depends on the input and the options only: not on the machine, the compiler or the number of threads. It is a whole
 /// number of integers' sums, so that rounding cannot make it too high. May run in several threads at once.
 ///
 /// \param triangles vertex indices, three per triangle in winding order; may be empty

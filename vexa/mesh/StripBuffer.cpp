@@ -56,10 +56,11 @@ template <class Write, class Count>
 auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOptions& options, Write write,
                    Count count) {
     StripMonitor monitor(options.onProgress);
+    detail::WorkTeam team(detail::threadsFor(triangles.size() / 3, options.threads));
     std::pair<decltype(write(std::declval<StripPartition&>(), monitor)), std::uint64_t> best;
     auto& [shortest, least] = best;
     for (unsigned effort = options.effort;;) {
-        FoundPartition found = detail::searchPartition(triangles, effort, options, monitor);
+        FoundPartition found = detail::searchPartition(triangles, effort, options, team, monitor);
         least = leastOfLowerEfforts(found, options);
         monitor.startPhase(StripPhase::Joining, 0.9);
         detail::limitLengths(found.partition, options, monitor.poller());

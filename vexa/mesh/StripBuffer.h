@@ -37,12 +37,13 @@ struct StripBufferOptions {
     /// needs are completed without further calls, and the best strips so far are returned. Whatever it throws leaves the
     /// function.
     std::function<bool(const StripProgress&)> onProgress = {};
+    unsigned threads = 1; ///< most threads to work in, the calling one included; 0 for as many as the processor runs
 };
 
 /// Turns a triangle list into one `TRIANGLE_STRIP` index list with as few indices as the effort finds.
 ///
 /// The result holds every input triangle that is not collapsed (two equal corners) once, in its winding. It depends on
-/// the input and the options only, not on the machine, the compiler or other threads; at effort 4 also on time. It never
+/// the input and the options only, not on the machine, the compiler or the number of threads; at effort 4 also on time. It never
 /// has more indices than that of a lower effort with the same options, nor, without `maxTriangles`, than `buildPrimitives`
 /// with `allStrips`, joined by `joinStrips` in the same way. With `forVertexCache`, it promises no such thing in meshes of
 /// 16,384 triangles or more.

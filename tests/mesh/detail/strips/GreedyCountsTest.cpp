@@ -24,7 +24,7 @@ struct Greedy {
 
     explicit Greedy(const Indices& mesh)
         : graph(detail::pairEdges(mesh)), strips(detail::searchGreedily(graph, mesh)), partition(graph, mesh) {
-        detail::linkStrips(partition, graph, strips);
+        detail::linkStrips(partition, strips);
     }
     [[nodiscard]] bool isRegular() const {
         for (std::size_t i = 0; i < strips.size(); ++i) {

@@ -62,13 +62,14 @@ TEST(Polling, HappensInEveryStepOfALargeMesh) {
     expectPolls("partition");
     const StripSet strips = searchGreedily(graph, mesh, poll);
     expectPolls("greedy search");
-    linkStrips(partition, graph, strips, poll);
+    linkStrips(partition, strips, poll);
     expectPolls("linking");
     cutLoops(partition, poll);
     expectPolls("loops");
     countIndices(mesh, partition, vexa::mesh::StripJoin::Restart, poll);
     expectPolls("counting");
-    const Stars stars(partition, poll);
+    WorkTeam alone;
+    const Stars stars(partition, alone, poll);
     expectPolls("stars");
 }
 

@@ -24,7 +24,7 @@ StripPartition cutGreedily(const Indices& mesh) {
     CompactGraph graph = pairEdges(mesh);
     const StripSet strips = searchGreedily(graph, mesh);
     StripPartition partition(graph, mesh);
-    linkStrips(partition, graph, strips);
+    linkStrips(partition, strips);
     return partition;
 }
 

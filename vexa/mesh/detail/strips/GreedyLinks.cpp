@@ -5,6 +5,7 @@
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
 #include <cstddef>
+#include <vector>
 
 namespace vexa::mesh::detail {
 
@@ -26,23 +27,45 @@ private:
     const Poll& poll_;
 };
 
-/// Links a strip over the edges by which it grew.
-void linkAsGrown(StripPartition& partition, std::span<const StripTriangle> strip) {
-    HalfEdgeId leaving = strip[0];
-    for (std::size_t i = 1; i < strip.size(); ++i) {
-        __builtin_prefetch(&partition[triangleOf(strip.data()[i + StripSet::lookAhead / 2])], 1);
-        partition.link(leaving);
-        const HalfEdgeId entered = partition.twin(leaving);
-        leaving = placeOf(strip[i]) == leavesBefore ? prevOf(entered) : nextOf(entered);
-    }
-}
+class StripLinking {
+public:
+    explicit StripLinking(StripPartition& partition, const Poll& poll)
+        : partition_(partition), newIds_(partition.newIds(poll)) {}
 
-/// Links a strip over the first edge that each two of its triangles share, as `buildPrimitives` writes it.
-void linkByFirstEdges(StripPartition& partition, const CompactGraph& graph, std::span<const StripTriangle> strip) {
-    for (std::size_t i = 1; i < strip.size(); ++i) {
-        partition.link(findExit(graph, triangleOf(strip[i - 1]), triangleOf(strip[i])));
+    void link(const StripSet::Strip& strip) {
+        if (strip.isIrregular) {
+            linkByFirstEdges(strip.triangles);
+        } else {
+            linkAsGrown(strip.triangles);
+        }
     }
-}
+
+private:
+    [[nodiscard]] TriangleId idOf(StripTriangle triangle) const {
+        return newIds_.empty() ? triangleOf(triangle) : newIds_[triangleOf(triangle)];
+    }
+
+    /// Links a strip over the edges by which it grew.
+    void linkAsGrown(std::span<const StripTriangle> strip) {
+        HalfEdgeId leaving = halfEdgeOf(idOf(strip[0]), placeOf(strip[0]));
+        for (std::size_t i = 1; i < strip.size(); ++i) {
+            __builtin_prefetch(&partition_[idOf(strip.data()[i + StripSet::lookAhead / 2])], 1);
+            partition_.link(leaving);
+            const HalfEdgeId entered = partition_.twin(leaving);
+            leaving = placeOf(strip[i]) == leavesBefore ? prevOf(entered) : nextOf(entered);
+        }
+    }
+
+    /// Links a strip over the first edge that each two of its triangles share, as `buildPrimitives` writes it.
+    void linkByFirstEdges(std::span<const StripTriangle> strip) {
+        for (std::size_t i = 1; i < strip.size(); ++i) {
+            partition_.link(findExit(partition_, idOf(strip[i - 1]), idOf(strip[i])));
+        }
+    }
+
+    StripPartition& partition_;
+    std::vector<TriangleId> newIds_;
+};
 
 } // namespace
 
@@ -57,16 +80,12 @@ StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> trian
     return searchStrips(graph, {1, true, graph.count(), 0}, random, observer).strips;
 }
 
-void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips, const Poll& poll) {
+void linkStrips(StripPartition& partition, const StripSet& strips, const Poll& poll) {
+    StripLinking linking(partition, poll);
     WorkMeter meter(poll);
     for (std::size_t i = 0; i < strips.size(); ++i) {
-        const StripSet::Strip strip = strips[i];
-        meter.add(strip.triangles.size());
-        if (strip.isIrregular) {
-            linkByFirstEdges(partition, graph, strip.triangles);
-        } else {
-            linkAsGrown(partition, strip.triangles);
-        }
+        meter.add(strips[i].triangles.size());
+        linking.link(strips[i]);
     }
 }
 

@@ -13,8 +13,7 @@ namespace vexa::mesh::detail {
 /// a collapsed triangle.
 StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles, const Poll& poll = {});
 
-/// Links the triangles of a partition, which must have no links and the order of the graph, as strips found on the graph
-/// do.
-void linkStrips(StripPartition& partition, const CompactGraph& graph, const StripSet& strips, const Poll& poll = {});
+/// Links the triangles of a partition, which must have no links, as strips found on its graph do.
+void linkStrips(StripPartition& partition, const StripSet& strips, const Poll& poll = {});
 
 } // namespace vexa::mesh::detail

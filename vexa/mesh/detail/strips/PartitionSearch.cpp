@@ -47,8 +47,9 @@ std::uint64_t leastOfTunnels(const GreedyCounts& greedy, std::uint64_t triangleC
 
 class PartitionSearch {
 public:
-    PartitionSearch(std::span<const unsigned int> triangles, const StripBufferOptions& options, StripMonitor& monitor)
-        : triangles_(triangles), options_(options), monitor_(monitor),
+    PartitionSearch(std::span<const unsigned int> triangles, const StripBufferOptions& options, WorkTeam& team,
+                    StripMonitor& monitor)
+        : triangles_(triangles), options_(options), team_(team), monitor_(monitor),
           stripCost_(options.join == StripJoin::Restart ? 3 : 4) {}
 
     FoundPartition run(unsigned effort) {
@@ -78,7 +79,6 @@ private:
     FoundPartition searchByGreed();
     FoundPartition searchByTunnels();
     FoundPartition searchByFlow(unsigned effort);
-    GreedyCounts countGreedily(CompactGraph& graph);
     void linkByFlow(StripPartition& partition);
     void extendStrips(StripPartition& partition);
     void anneal(StripPartition& partition, unsigned sweeps, const std::function<double(std::uint32_t)>& cooling);
@@ -89,6 +89,7 @@ private:
 
     std::span<const unsigned int> triangles_;
     const StripBufferOptions& options_;
+    WorkTeam& team_;
     StripMonitor& monitor_;
     int stripCost_; ///< indices of a strip's start and of its joint
     bool hasManyCharges_ = false;
@@ -99,7 +100,7 @@ PartitionSearch::GreedyPartition PartitionSearch::cutGreedily() {
     monitor_.startPhase(StripPhase::Greedy, 0.3);
     const StripSet strips = searchGreedily(graph, triangles_, monitor_.poller());
     StripPartition partition(graph, triangles_, {}, monitor_.poller());
-    linkStrips(partition, graph, strips, monitor_.poller());
+    linkStrips(partition, strips, monitor_.poller());
     return {std::move(partition), countGreedy(graph, triangles_, strips, options_.join, monitor_.poller())};
 }
 
@@ -141,11 +142,24 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     StripPartition partition(graph, triangles_,
                              isScattered(graph, 60) ? patchOrder(graph, monitor_.poller()) : std::vector<TriangleId>(),
                              monitor_.poller());
-    const GreedyCounts greedy = countGreedily(graph);
-    graph.release();
+    monitor_.startPhase(StripPhase::Greedy, 0.2);
+    StripSet strips;
+    GreedyCounts greedy;
+    const auto countGreedily = [&](const Poll& poll) {
+        strips = searchGreedily(graph, triangles_, poll);
+        greedy = countGreedy(graph, triangles_, strips, options_.join, poll);
+        graph.release();
+        if (!options_.onProgress) {
+            strips = {};
+        }
+    };
+    SideTask greedyCount(team_, countGreedily, monitor_.poller());
     linkByFlow(partition);
     if (monitor_.isStopped()) {
-        return searchByGreed();
+        greedyCount.wait();
+        partition.cutAll();
+        linkStrips(partition, strips);
+        return {std::move(partition), greedy.plain};
     }
     monitor_.startPhase(StripPhase::Tunnelling, effort >= 3 ? 0.1 : 0.7);
     extendStrips(partition);
@@ -156,14 +170,9 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     if (effort >= 4) {
         annealUntil(partition, start);
     }
+    greedyCount.wait();
     const std::uint64_t tunnels = leastOfTunnels(greedy, partition.liveCount());
     return {std::move(partition), std::min({greedy.joined, greedy.plain, tunnels})};
-}
-
-GreedyCounts PartitionSearch::countGreedily(CompactGraph& graph) {
-    monitor_.startPhase(StripPhase::Greedy, 0.2);
-    return countGreedy(graph, triangles_, searchGreedily(graph, triangles_, monitor_.poller()), options_.join,
-                       monitor_.poller());
 }
 
 void PartitionSearch::extendStrips(StripPartition& partition) {
@@ -179,7 +188,8 @@ void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps,
     labelByLinks(partition);
     const bool isRestart = options_.join == StripJoin::Restart;
     // Where charges are few and far apart, sweeps do not find the long ways between them.
-    annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, cooling}, monitor_);
+    annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, cooling}, team_,
+                 monitor_);
     cutLoops(partition, monitor_.poller());
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     extendStrips(partition);
@@ -218,8 +228,8 @@ void PartitionSearch::linkByFlow(StripPartition& partition) {
 } // namespace
 
 FoundPartition searchPartition(std::span<const unsigned int> triangles, unsigned effort,
-                               const StripBufferOptions& options, StripMonitor& monitor) {
-    return PartitionSearch(triangles, options, monitor).run(effort);
+                               const StripBufferOptions& options, WorkTeam& team, StripMonitor& monitor) {
+    return PartitionSearch(triangles, options, team, monitor).run(effort);
 }
 
 void limitLengths(StripPartition& partition, const StripBufferOptions& options, const Poll& poll) {

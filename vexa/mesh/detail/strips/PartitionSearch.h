@@ -3,6 +3,7 @@
 #include "vexa/mesh/StripBuffer.h"
 #include "vexa/mesh/detail/strips/StripMonitor.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
+#include "vexa/mesh/detail/strips/WorkTeam.h"
 
 #include <cstdint>
 #include <span>
@@ -23,7 +24,7 @@ struct FoundPartition {
 ///
 /// \param effort in place of that of the options
 FoundPartition searchPartition(std::span<const unsigned int> triangles, unsigned effort,
-                               const StripBufferOptions& options, StripMonitor& monitor);
+                               const StripBufferOptions& options, WorkTeam& team, StripMonitor& monitor);
 
 /// Cuts strips that are longer than the options allow.
 void limitLengths(StripPartition& partition, const StripBufferOptions& options, const Poll& poll);

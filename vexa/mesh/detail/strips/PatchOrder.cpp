@@ -9,40 +9,44 @@ namespace vexa::mesh::detail {
 namespace {
 
 /// Grows patches breadth-first, one after the other.
+///
+/// \tparam Adjacency `count()`, `twin(halfEdge)` and whether that `isOutside(twin)`
+template <class Adjacency>
 class PatchGrowth {
 public:
-    explicit PatchGrowth(const CompactGraph& graph) : graph_(graph), isTaken_(graph.count()) {
-        order_.reserve(graph.count());
+    explicit PatchGrowth(const Adjacency& adjacency) : adjacency_(adjacency), isTaken_(adjacency.count()) {
+        order_.reserve(adjacency.count());
     }
 
-    std::vector<TriangleId> run(const Poll& poll) {
-        while (order_.size() < graph_.count()) {
+    /// The triangles patch by patch. Calls `maxEnd(begin)` for the end of a patch that grows as far as it can.
+    template <class MaxEnd>
+    std::vector<TriangleId> run(MaxEnd maxEnd, const Poll& poll) {
+        while (order_.size() < adjacency_.count()) {
             if (poll) {
                 poll();
             }
-            growPatch(nextSeed());
+            growPatch(nextSeed(), maxEnd(order_.size()));
         }
         return std::move(order_);
     }
 
 private:
-    static constexpr std::size_t patchSize = 1024;
-
     void take(TriangleId triangle) {
         isTaken_[triangle] = 1;
         order_.push_back(triangle);
     }
 
-    void growPatch(TriangleId seed) {
+    void growPatch(TriangleId seed, std::size_t end) {
         const std::size_t begin = order_.size();
         take(seed);
         for (std::size_t i = begin; i < order_.size(); ++i) {
-            for (const HalfEdgeId across : graph_[order_[i]].twin) {
+            for (std::uint32_t place = 0; place < 3; ++place) {
+                const HalfEdgeId across = adjacency_.twin(halfEdgeOf(order_[i], place));
                 const TriangleId neighbour = triangleOf(across);
-                if (graph_.isSentinel(across) || isTaken_[neighbour] != 0) {
+                if (adjacency_.isOutside(across) || isTaken_[neighbour] != 0) {
                     continue;
                 }
-                if (order_.size() - begin < patchSize) {
+                if (order_.size() < end) {
                     take(neighbour);
                 } else {
                     seeds_.push_back(neighbour);
@@ -66,13 +70,39 @@ private:
         return firstLeft_;
     }
 
-    const CompactGraph& graph_;
+    Adjacency adjacency_;
     std::vector<TriangleId> order_;
     std::vector<std::uint8_t> isTaken_;
     std::vector<TriangleId> seeds_;
     std::size_t nextSeed_ = 0;
     TriangleId firstLeft_ = 0;
 };
+
+struct GraphAdjacency {
+    const CompactGraph& graph;
+
+    [[nodiscard]] TriangleId count() const { return graph.count(); }
+    [[nodiscard]] HalfEdgeId twin(HalfEdgeId halfEdge) const { return graph.twin(halfEdge); }
+    [[nodiscard]] bool isOutside(HalfEdgeId twin) const { return graph.isSentinel(twin); }
+};
+
+struct PartitionAdjacency {
+    const StripPartition& partition;
+
+    [[nodiscard]] TriangleId count() const { return partition.count(); }
+    [[nodiscard]] HalfEdgeId twin(HalfEdgeId halfEdge) const { return partition.twin(halfEdge); }
+    [[nodiscard]] bool isOutside(HalfEdgeId twin) const { return twin == partition.border(); }
+};
+
+template <class Adjacency>
+std::vector<std::uint32_t> patchesOf(const Adjacency& adjacency, std::uint32_t size, std::uint32_t offset,
+                                     const Poll& poll) {
+    const auto maxEnd = [=](std::size_t begin) { return ((begin + offset) / size + 1) * size - offset; };
+    const std::vector<TriangleId> order = PatchGrowth(adjacency).run(maxEnd, poll);
+    std::vector<std::uint32_t> patches(order.size());
+    forEachPolled(adjacency.count(), poll, [&](std::uint32_t i) { patches[order[i]] = (i + offset) / size; });
+    return patches;
+}
 
 } // namespace
 
@@ -99,7 +129,18 @@ bool isScattered(const CompactGraph& graph, unsigned percent) {
 }
 
 std::vector<TriangleId> patchOrder(const CompactGraph& graph, const Poll& poll) {
-    return PatchGrowth(graph).run(poll);
+    constexpr std::size_t patchSize = 1024;
+    return PatchGrowth(GraphAdjacency{graph}).run([](std::size_t begin) { return begin + patchSize; }, poll);
+}
+
+std::vector<std::uint32_t> patchesOf(const CompactGraph& graph, std::uint32_t size, std::uint32_t offset,
+                                     const Poll& poll) {
+    return patchesOf(GraphAdjacency{graph}, size, offset, poll);
+}
+
+std::vector<std::uint32_t> patchesOf(const StripPartition& partition, std::uint32_t size, std::uint32_t offset,
+                                     const Poll& poll) {
+    return patchesOf(PartitionAdjacency{partition}, size, offset, poll);
 }
 
 } // namespace vexa::mesh::detail

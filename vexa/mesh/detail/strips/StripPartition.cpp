@@ -9,10 +9,9 @@ namespace vexa::mesh::detail {
 StripPartition::StripPartition(const CompactGraph& graph, std::span<const unsigned int> triangles,
                                std::vector<TriangleId> order, const Poll& poll)
     : triangles_(std::size_t{graph.count()} + 1), count_(graph.count()), order_(std::move(order)) {
-    std::vector<TriangleId> newIds(order_.empty() ? 0 : order_.size() + 1, count_);
-    forEachPolled(static_cast<TriangleId>(order_.size()), poll, [&](TriangleId id) { newIds[order_[id]] = id; });
+    const std::vector<TriangleId> ids = newIds(poll);
     const auto renumbered = [&](HalfEdgeId halfEdge) {
-        return newIds.empty() ? halfEdge : halfEdgeOf(newIds[triangleOf(halfEdge)], placeOf(halfEdge));
+        return ids.empty() ? halfEdge : halfEdgeOf(ids[triangleOf(halfEdge)], placeOf(halfEdge));
     };
     forEachPolled(count_, poll, [&](TriangleId id) {
         const unsigned int* const corners = triangles.data() + std::size_t{3} * original(id);
@@ -26,6 +25,19 @@ StripPartition::StripPartition(const CompactGraph& graph, std::span<const unsign
         }
     });
     triangles_[count_] = {{border(), border(), border()}, allEdges, 0, 0, 0};
+}
+
+std::vector<TriangleId> StripPartition::newIds(const Poll& poll) const {
+    // One more for the sentinel.
+    std::vector<TriangleId> ids(order_.empty() ? 0 : order_.size() + 1, count_);
+    forEachPolled(static_cast<TriangleId>(order_.size()), poll, [&](TriangleId id) { ids[order_[id]] = id; });
+    return ids;
+}
+
+void StripPartition::cutAll() {
+    for (TriangleId triangle = 0; triangle < count_; ++triangle) {
+        triangles_[triangle].links = isCollapsed(triangle) ? allEdges : EdgeSet{0};
+    }
 }
 
 LinkSnapshot::LinkSnapshot(const StripPartition& partition) : links_(partition.count()) {

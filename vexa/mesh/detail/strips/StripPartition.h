@@ -92,6 +92,11 @@ public:
         return order_.empty() ? triangle : order_[triangle];
     }
 
+    /// The ids by the number in the caller's list; empty while they are the same.
+    [[nodiscard]] std::vector<TriangleId> newIds(const Poll& poll = {}) const;
+    /// Cuts every link.
+    void cutAll();
+
 private:
     void set(HalfEdgeId halfEdge) {
         EdgeSet& links = triangles_[triangleOf(halfEdge)].links;

@@ -31,14 +31,16 @@ CostTable randomTable(meshes::Random& random) {
 }
 
 TEST(CertifyCost, CountsAtLeastOneStripForEveryPart) {
-    const StarLayout layout = listStars(meshes::pairs(4));
+    WorkTeam alone;
+    const StarLayout layout = listStars(meshes::pairs(4), alone);
     EXPECT_EQ(certify(layout, std::vector<CostTable>(layout.tableCount())), 12u);
 }
 
 /// With every edge wholly at the first of its stars.
 std::uint64_t certifyFirstSplit(const Indices& triangles) {
-    const StarLayout layout = listStars(triangles);
-    return certifyCost(layout, restartCosts, CostSplit<PlainMatrix>(layout, restartCosts).tables(), 0);
+    WorkTeam alone;
+    const StarLayout layout = listStars(triangles, alone);
+    return certifyCost(layout, restartCosts, CostSplit<PlainMatrix>(layout, restartCosts, alone).tables(), 0);
 }
 
 TEST(CertifyCost, RoundsUp) {
@@ -57,7 +59,8 @@ TEST(CertifyCost, StaysBelowTheTruthWhateverTheTables) {
     for (std::uint32_t seed = 0; seed < 60; ++seed) {
         const Indices triangles = reference::withoutCollapsed(
             seed % 2 == 0 ? meshes::soup(5 + seed % 3, 6, seed) : meshes::damaged(meshes::grid(2, 2), seed));
-        const StarLayout layout = listStars(triangles);
+        WorkTeam alone;
+        const StarLayout layout = listStars(triangles, alone);
         std::vector<CostTable> tables(layout.tableCount());
         for (CostTable& table : tables) {
             table = randomTable(random);

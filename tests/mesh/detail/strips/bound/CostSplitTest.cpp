@@ -16,8 +16,9 @@ bool goOn(double) {
 }
 
 template <class Matrix>
-std::vector<CostTable> tablesAfter(const StarLayout& layout, int sweeps) {
-    CostSplit<Matrix> split(layout, restartCosts);
+std::vector<CostTable> tablesAfter(const StarLayout& layout, int sweeps, unsigned threads = 1) {
+    WorkTeam team(threads);
+    CostSplit<Matrix> split(layout, restartCosts, team);
     for (int i = 0; i < sweeps; ++i) {
         split.sweep(equalShares + equalShares / 3, goOn);
     }
@@ -38,15 +39,17 @@ bool haveSameCosts(const std::vector<CostTable>& a, const std::vector<CostTable>
 }
 
 TEST(CostSplit, BeginsWithAllCostsAtTheFirstStarOfEachEdge) {
-    const StarLayout layout = listStars(meshes::octahedron());
-    const CostSplit<PlainMatrix> split(layout, restartCosts);
+    WorkTeam alone;
+    const StarLayout layout = listStars(meshes::octahedron(), alone);
+    const CostSplit<PlainMatrix> split(layout, restartCosts, alone);
     for (const CostTable& table : split.tables()) {
         EXPECT_EQ(table, restartCosts.inner);
     }
 }
 
 TEST(CostSplit, RaisesTheBoundWithEverySweep) {
-    const StarLayout layout = listStars(meshes::icosahedron());
+    WorkTeam alone;
+    const StarLayout layout = listStars(meshes::icosahedron(), alone);
     std::uint64_t last = 0;
     for (int sweeps = 0; sweeps < 12; ++sweeps) {
         const std::uint64_t bound = certifyCost(layout, restartCosts, tablesAfter<MinPlusMatrix>(layout, sweeps), 3);
@@ -57,14 +60,16 @@ TEST(CostSplit, RaisesTheBoundWithEverySweep) {
 }
 
 TEST(CostSplit, StopsWhenTheObserverSaysSo) {
-    const StarLayout layout = listStars(meshes::icosahedron());
-    CostSplit<MinPlusMatrix> split(layout, restartCosts);
+    WorkTeam alone;
+    const StarLayout layout = listStars(meshes::icosahedron(), alone);
+    CostSplit<MinPlusMatrix> split(layout, restartCosts, alone);
     EXPECT_FALSE(split.sweep(equalShares, [](double) { return false; }));
     EXPECT_TRUE(haveSameCosts(split.tables(), tablesAfter<PlainMatrix>(layout, 0)));
 }
 
 TEST(CostSplit, CopesWithAVertexOfManyTriangles) {
-    const StarLayout layout = listStars(meshes::closedFan(3001));
+    WorkTeam alone;
+    const StarLayout layout = listStars(meshes::closedFan(3001), alone);
     const std::uint64_t bound = certifyCost(layout, restartCosts, tablesAfter<MinPlusMatrix>(layout, 4), 3);
     // All but two triangles of a fan turn around its centre, each but the last with a swap.
     EXPECT_EQ(bound, 3u + 2998u);
@@ -74,11 +79,21 @@ TEST(CostSplit, CopesWithAVertexOfManyTriangles) {
 
 TEST(CostSplit, VectorsGiveTheTablesOfPlainCode) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
-        const StarLayout layout = listStars(mesh.indices);
+        WorkTeam alone;
+        const StarLayout layout = listStars(mesh.indices, alone);
         EXPECT_TRUE(haveSameCosts(tablesAfter<SseMatrix>(layout, 3), tablesAfter<PlainMatrix>(layout, 3))) << mesh.name;
     }
 }
 
 #endif
+
+TEST(CostSplit, DoesNotDependOnTheNumberOfThreads) {
+    WorkTeam alone;
+    for (const meshes::Indices& mesh :
+         {meshes::sphere(250, 120), meshes::shuffled(meshes::damaged(meshes::torus(200, 100), 3), 4)}) {
+        const StarLayout layout = listStars(mesh, alone);
+        EXPECT_EQ(tablesAfter<MinPlusMatrix>(layout, 2, 1), tablesAfter<MinPlusMatrix>(layout, 2, 3));
+    }
+}
 
 } // namespace

@@ -24,7 +24,8 @@ StripPartition partitionOf(const Indices& mesh) {
 
 bool label(StripPartition& partition, const Observer& observer = {}) {
     StripMonitor monitor(observer);
-    return labelBySplittingCosts(partition, end, 16, monitor);
+    WorkTeam alone;
+    return labelBySplittingCosts(partition, end, 16, alone, monitor);
 }
 
 /// Cost of the labels in half indices: 3 for an end, 2 for a swap.

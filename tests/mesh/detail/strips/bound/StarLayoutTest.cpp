@@ -4,14 +4,19 @@
 #include <vexa/mesh/detail/strips/bound/StarLayout.h>
 
 #include <algorithm>
+#include <span>
 #include <vector>
 
 namespace {
 
-using vexa::mesh::detail::listStars;
 using vexa::mesh::detail::StarEntry;
 using vexa::mesh::detail::StarLayout;
 using Share = StarEntry::Share;
+
+StarLayout starsOf(std::span<const unsigned int> triangles) {
+    vexa::mesh::detail::WorkTeam alone;
+    return listStars(triangles, alone);
+}
 
 /// Sizes of all stars, the open ones negative, in ascending order.
 std::vector<int> sizesOf(const StarLayout& layout) {
@@ -48,13 +53,13 @@ std::ptrdiff_t countShares(const StarLayout& layout, Share share) {
 }
 
 TEST(ListStars, ListsTheEdgesAroundEveryVertex) {
-    EXPECT_EQ(sizesOf(listStars(meshes::octahedron())), (std::vector{4, 4, 4, 4, 4, 4}));
-    EXPECT_EQ(sizesOf(listStars(meshes::closedFan(5))), (std::vector{-3, -3, -3, -3, -3, 5}));
-    EXPECT_EQ(sizesOf(listStars(meshes::singleTriangle())), (std::vector{-2, -2, -2}));
+    EXPECT_EQ(sizesOf(starsOf(meshes::octahedron())), (std::vector{4, 4, 4, 4, 4, 4}));
+    EXPECT_EQ(sizesOf(starsOf(meshes::closedFan(5))), (std::vector{-3, -3, -3, -3, -3, 5}));
+    EXPECT_EQ(sizesOf(starsOf(meshes::singleTriangle())), (std::vector{-2, -2, -2}));
 }
 
 TEST(ListStars, GivesSeparateGroupsAtAVertexStarsOfTheirOwn) {
-    const StarLayout layout = listStars(meshes::pinchedVertex(4, 5));
+    const StarLayout layout = starsOf(meshes::pinchedVertex(4, 5));
     EXPECT_EQ(layout.starCount(), 2u + 4u + 5u);
     EXPECT_EQ(layout.maxStarSize(), 5u);
 }
@@ -62,7 +67,7 @@ TEST(ListStars, GivesSeparateGroupsAtAVertexStarsOfTheirOwn) {
 TEST(ListStars, SharesEveryEdgeBetweenTwoStars) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
         const meshes::Indices triangles = mesh.indices;
-        const StarLayout layout = listStars(triangles);
+        const StarLayout layout = starsOf(triangles);
         for (const auto& use : usesOf(layout)) {
             EXPECT_EQ(use, (std::pair{1, 1})) << mesh.name;
         }
@@ -70,7 +75,7 @@ TEST(ListStars, SharesEveryEdgeBetweenTwoStars) {
 }
 
 TEST(ListStars, BeginsClosedStarsWithKeptTables) {
-    const StarLayout layout = listStars(meshes::icosahedron());
+    const StarLayout layout = starsOf(meshes::icosahedron());
     for (std::uint32_t i = 0; i < layout.starCount(); ++i) {
         const auto star = layout.star(i);
         const bool hasKept =
@@ -80,31 +85,31 @@ TEST(ListStars, BeginsClosedStarsWithKeptTables) {
 }
 
 TEST(ListStars, KnowsBordersAndFreeSides) {
-    const StarLayout single = listStars(meshes::singleTriangle());
+    const StarLayout single = starsOf(meshes::singleTriangle());
     EXPECT_EQ(countShares(single, Share::BorderRest), 3);
     // Two triangles each way on one edge: any may be linked with any of the other way.
-    const StarLayout four = listStars(meshes::fourOnAnEdge());
+    const StarLayout four = starsOf(meshes::fourOnAnEdge());
     EXPECT_EQ(countShares(four, Share::FreeRest), 4);
     EXPECT_EQ(countShares(four, Share::BorderRest), 8);
     // All the same way: none can be linked.
-    const StarLayout sameWay = listStars(std::vector<unsigned int>{0, 1, 2, 0, 1, 3, 0, 1, 4});
+    const StarLayout sameWay = starsOf(std::vector<unsigned int>{0, 1, 2, 0, 1, 3, 0, 1, 4});
     EXPECT_EQ(countShares(sameWay, Share::BorderRest), 9);
 }
 
 TEST(ListStars, NumbersTheConnectedParts) {
-    EXPECT_EQ(listStars(meshes::scattered(3)).partCount(), 3u);
-    EXPECT_EQ(listStars(meshes::hub(3)).partCount(), 3u);
-    EXPECT_EQ(listStars(meshes::icosahedron()).partCount(), 1u);
-    EXPECT_EQ(listStars(meshes::fourOnAnEdge()).partCount(), 1u);
-    const StarLayout shuffled = listStars(meshes::shuffled(meshes::pairs(5), 1));
+    EXPECT_EQ(starsOf(meshes::scattered(3)).partCount(), 3u);
+    EXPECT_EQ(starsOf(meshes::hub(3)).partCount(), 3u);
+    EXPECT_EQ(starsOf(meshes::icosahedron()).partCount(), 1u);
+    EXPECT_EQ(starsOf(meshes::fourOnAnEdge()).partCount(), 1u);
+    const StarLayout shuffled = starsOf(meshes::shuffled(meshes::pairs(5), 1));
     EXPECT_EQ(shuffled.partCount(), 5u);
 }
 
 TEST(ListStars, CountsGroupsOfPartsThatShareVertices) {
-    EXPECT_EQ(listStars(meshes::icosahedron()).groupCount(), 1u);
-    EXPECT_EQ(listStars(meshes::hub(3)).groupCount(), 1u);
-    EXPECT_EQ(listStars(meshes::scattered(3)).groupCount(), 3u);
-    EXPECT_EQ(listStars(meshes::joined(meshes::chain(4), meshes::shifted(meshes::hub(2), 50))).groupCount(), 2u);
+    EXPECT_EQ(starsOf(meshes::icosahedron()).groupCount(), 1u);
+    EXPECT_EQ(starsOf(meshes::hub(3)).groupCount(), 1u);
+    EXPECT_EQ(starsOf(meshes::scattered(3)).groupCount(), 3u);
+    EXPECT_EQ(starsOf(meshes::joined(meshes::chain(4), meshes::shifted(meshes::hub(2), 50))).groupCount(), 2u);
 }
 
 } // namespace

@@ -19,11 +19,12 @@ StripPartition partitionOf(const Indices& mesh) {
     return {pairEdges(mesh), mesh};
 }
 
-std::uint64_t anneal(StripPartition& partition, std::uint32_t seed, unsigned sweeps) {
+std::uint64_t anneal(StripPartition& partition, std::uint32_t seed, unsigned sweeps, unsigned threads = 1) {
     const std::function<bool(const vexa::mesh::StripProgress&)> nobody;
     StripMonitor monitor(nobody);
     labelByLinks(partition);
-    annealLabels(partition, {1.5, seed, sweeps, [](std::uint32_t pass) { return pass / 40.0; }}, monitor);
+    WorkTeam team(threads);
+    annealLabels(partition, {1.5, seed, sweeps, [](std::uint32_t pass) { return pass / 40.0; }}, team, monitor);
     cutLoops(partition);
     return countExtraIndices(partition);
 }
@@ -49,6 +50,17 @@ TEST(AnnealLabels, DependsOnTheSeedOnly) {
     };
     EXPECT_EQ(linksAfter(1), linksAfter(1));
     EXPECT_NE(linksAfter(1), linksAfter(2));
+}
+
+TEST(AnnealLabels, DoesNotDependOnTheNumberOfThreads) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(90, 60), 5), 6);
+    StripPartition alone = partitionOf(mesh);
+    StripPartition together = partitionOf(mesh);
+    anneal(alone, 1, 2, 1);
+    anneal(together, 1, 2, 3);
+    for (TriangleId id = 0; id < alone.count(); ++id) {
+        ASSERT_EQ(alone.links(id), together.links(id)) << id;
+    }
 }
 
 TEST(AnnealLabels, LinksAtMostTwoEdgesOfATriangle) {

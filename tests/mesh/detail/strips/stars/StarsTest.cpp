@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
+#include <set>
 
 namespace {
 
@@ -17,6 +19,11 @@ StripPartition partitionOf(const Indices& mesh) {
     return {pairEdges(mesh), mesh};
 }
 
+Stars starsOf(const Indices& mesh) {
+    WorkTeam alone;
+    return {partitionOf(mesh), alone};
+}
+
 std::size_t countStars(const Stars& stars, Star::Kind kind, std::size_t size) {
     return static_cast<std::size_t>(std::count_if(stars.all().begin(), stars.all().end(), [&](const Star& star) {
         return star.kind == kind && star.size == size;
@@ -24,26 +31,65 @@ std::size_t countStars(const Stars& stars, Star::Kind kind, std::size_t size) {
 }
 
 TEST(Stars, AreRingsAroundInnerVertices) {
-    const Stars stars(partitionOf(meshes::icosahedron()));
+    const Stars stars = starsOf(meshes::icosahedron());
     EXPECT_EQ(stars.all().size(), 12U);
     EXPECT_EQ(countStars(stars, Star::Kind::Ring, 5), 12U);
 }
 
 TEST(Stars, AreOpenAtTheBorder) {
-    const Stars stars(partitionOf(meshes::singleTriangle()));
+    const Stars stars = starsOf(meshes::singleTriangle());
     EXPECT_EQ(stars.all().size(), 3U);
     EXPECT_EQ(countStars(stars, Star::Kind::Open, 1), 3U);
 }
 
 TEST(Stars, OfManyTrianglesAreWindows) {
-    const Stars stars(partitionOf(meshes::closedFan(20)));
+    const Stars stars = starsOf(meshes::closedFan(20));
     EXPECT_EQ(countStars(stars, Star::Kind::Ring, 20), 0U);
     EXPECT_EQ(countStars(stars, Star::Kind::Window, maxStarSize - 1), 5U);
 }
 
+/// The triangles that relabelling a star reads or writes.
+std::set<TriangleId> trianglesOf(const StripPartition& partition, const Stars& stars, const Star& star) {
+    const int around = star.kind == Star::Kind::Window ? 1 : 0;
+    const StarCorner* const corners = stars.corners(star);
+    std::set<TriangleId> triangles;
+    for (int i = -around; i < star.size + around; ++i) {
+        for (const HalfEdgeId halfEdge : {corners[i].spoke, corners[i].outer}) {
+            if (halfEdge < partition.border()) {
+                triangles.insert(triangleOf(halfEdge));
+            }
+        }
+    }
+    return triangles;
+}
+
+TEST(Stars, OfDifferentGroupsOfALevelShareNoTriangle) {
+    for (const Indices& mesh :
+         {meshes::shuffled(meshes::sphere(120, 60), 1), meshes::damaged(meshes::torus(110, 70), 2),
+          meshes::joined(meshes::closedFan(50), meshes::shifted(meshes::sphere(90, 50), 51))}) {
+        const StripPartition partition = partitionOf(mesh);
+        const Stars stars = starsOf(mesh);
+        const PatchGroups& groups = stars.groups();
+        std::size_t grouped = 0;
+        for (std::uint32_t level = 0; level < PatchGroups::levels; ++level) {
+            std::map<TriangleId, std::uint32_t> groupOf;
+            for (std::uint32_t group = groups.begin(level); group < groups.begin(level + 1); ++group) {
+                for (const Star& star : stars.group(group)) {
+                    for (const TriangleId triangle : trianglesOf(partition, stars, star)) {
+                        EXPECT_EQ(groupOf.emplace(triangle, group).first->second, group);
+                    }
+                }
+                grouped += stars.group(group).size();
+            }
+        }
+        EXPECT_EQ(grouped + stars.group(groups.rest()).size(), stars.all().size());
+        EXPECT_GT(grouped, stars.all().size() / 100 * 95);
+    }
+}
+
 TEST(Stars, ThatMeetThemselvesAreLeftOut) {
     // Both triangles face one another over all edges.
-    EXPECT_TRUE(Stars(partitionOf(meshes::doubledOppositeWinding())).all().empty());
+    EXPECT_TRUE(starsOf(meshes::doubledOppositeWinding()).all().empty());
 }
 
 } // namespace

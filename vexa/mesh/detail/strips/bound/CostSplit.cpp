@@ -1,6 +1,7 @@
 #include "vexa/mesh/detail/strips/bound/CostSplit.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace vexa::mesh::detail {
 
@@ -41,9 +42,13 @@ ExactTable exactCosts(const EdgeCosts& costs, const CostTable& kept, StarEntry::
 }
 
 template <class Matrix>
-CostSplit<Matrix>::CostSplit(const StarLayout& layout, const EdgeCosts& costs)
+CostSplit<Matrix>::CostSplit(const StarLayout& layout, const EdgeCosts& costs, WorkTeam& team)
     : layout_(layout), tables_(layout.tableCount()), inner_(costs.inner), borderFirst_(costs.borderFirst),
-      borderLast_(costs.borderLast), free_(costs.free), own_(layout.maxStarSize()), after_(layout.maxStarSize()) {
+      borderLast_(costs.borderLast), free_(costs.free), team_(team), scratch_(team.size()) {
+    for (Scratch& scratch : scratch_) {
+        scratch.own.resize(layout.maxStarSize());
+        scratch.after.resize(layout.maxStarSize());
+    }
     for (std::uint32_t i = 0; i < layout.starCount(); ++i) {
         const std::span<const StarEntry> star = layout.star(i);
         for (const StarEntry& entry : star) {
@@ -76,15 +81,16 @@ bool CostSplit<Matrix>::sweepMany(unsigned count, const Observer& observer) {
 
 template <class Matrix>
 bool CostSplit<Matrix>::sweepOneWay(Direction direction, std::uint32_t push, const Observer& observer) {
-    constexpr std::uint32_t block = 4096;
-    const std::uint32_t count = layout_.starCount();
-    for (std::uint32_t i = 0; i < count; ++i) {
-        if (i % block == 0 && !observer(static_cast<double>(i) / count)) {
-            return false;
+    const bool isForth = direction == Direction::Forth;
+    std::atomic<std::uint32_t> visited = 0;
+    const auto handOnAll = [&](StarRun run, unsigned member) {
+        for (std::uint32_t i = run.begin; i != run.end; ++i) {
+            handOn(layout_.star(isForth ? i : run.end - 1 - (i - run.begin)), direction, push, scratch_[member]);
         }
-        handOn(layout_.star(direction == Direction::Forth ? i : count - 1 - i), direction, push);
-    }
-    return true;
+        visited += run.end - run.begin;
+    };
+    return layout_.forEachRun(team_, isForth, handOnAll,
+                              [&] { return observer(static_cast<double>(visited) / layout_.starCount()); });
 }
 
 /// Inner edges first: all others are rare.
@@ -103,7 +109,10 @@ inline Matrix CostSplit<Matrix>::ownCosts(std::span<const StarEntry> star, std::
 }
 
 template <class Matrix>
-void CostSplit<Matrix>::handOn(std::span<const StarEntry> star, Direction direction, std::uint32_t push) {
+void CostSplit<Matrix>::handOn(std::span<const StarEntry> star, Direction direction, std::uint32_t push,
+                               Scratch& scratch) {
+    std::vector<Matrix>& own = scratch.own;
+    std::vector<Matrix>& after = scratch.after;
     // The other star of an edge is still to come if this one is the first of the two, in the order of the sweep.
     const auto isHandedOn = [direction](const StarEntry& entry) {
         return entry.isKept() == (direction == Direction::Forth);
@@ -114,33 +123,33 @@ void CostSplit<Matrix>::handOn(std::span<const StarEntry> star, Direction direct
     }
     const std::size_t last = star.size() - 1;
     for (std::size_t k = 0; k <= last; ++k) {
-        own_[k] = ownCosts(star, k);
+        own[k] = ownCosts(star, k);
     }
     const auto first = static_cast<std::size_t>(std::find_if(star.begin(), star.end(), isHandedOn) - star.begin());
-    after_[last] = own_[last];
+    after[last] = own[last];
     for (std::size_t k = last; --k > first;) {
-        after_[k] = own_[k] * after_[k + 1];
+        after[k] = own[k] * after[k + 1];
         if (k % shortProduct == 0) {
-            after_[k] = after_[k].fromFirst();
+            after[k] = after[k].fromFirst();
         }
     }
-    Matrix before = own_[0];
+    Matrix before = own[0];
     for (std::size_t k = 0; left != 0; ++k) {
-        Matrix own = own_[k];
+        Matrix current = own[k];
         if (isHandedOn(star[k])) {
             // From the second triangle of the edge around the star to the first.
-            const Matrix around = k == 0 ? after_[1] : k == last ? before : after_[k + 1] * before;
-            const Matrix spare = (around.transposed() + own).fromLowest();
+            const Matrix around = k == 0 ? after[1] : k == last ? before : after[k + 1] * before;
+            const Matrix spare = (around.transposed() + current).fromLowest();
             const Matrix handed = spare.share(keptPart(push, left--));
-            own = own - handed;
+            current = current - handed;
             CostTable& table = tables_[star[k].table()];
             if (direction == Direction::Forth) {
-                own.store(table);
+                current.store(table);
             } else {
                 (Matrix(table) + handed.seenFromOtherEnd()).store(table);
             }
         }
-        before = k == 0 ? own : before * own;
+        before = k == 0 ? current : before * current;
         if (k % shortProduct == shortProduct - 1) {
             before = before.fromFirst();
         }

@@ -17,11 +17,12 @@ namespace vexa::mesh::detail {
 template <class Matrix>
 class CostSplit {
 public:
-    /// Called between stars with the part of the sweep that is done; false stops it.
+    /// Called between stars, in the thread of the team's owner, with the part of the sweeps that is done; false stops
+    /// them.
     using Observer = std::function<bool(double)>;
 
-    /// Gives every edge wholly to the first of its stars. Keeps a reference to the layout.
-    CostSplit(const StarLayout& layout, const EdgeCosts& costs);
+    /// Gives every edge wholly to the first of its stars. Keeps references to the layout and the team.
+    CostSplit(const StarLayout& layout, const EdgeCosts& costs, WorkTeam& team);
 
     /// Goes over all stars, first to last and back. Each hands what it can do without to those that come later: the least
     /// cost of any star does not fall, but for rounding.
@@ -41,7 +42,12 @@ public:
 private:
     enum class Direction { Forth, Back };
     bool sweepOneWay(Direction direction, std::uint32_t push, const Observer& observer);
-    void handOn(std::span<const StarEntry> star, Direction direction, std::uint32_t push);
+    /// Matrices of one star.
+    struct Scratch {
+        std::vector<Matrix> own;   ///< the costs of its edges
+        std::vector<Matrix> after; ///< for each of its edges, the product from there to the end
+    };
+    void handOn(std::span<const StarEntry> star, Direction direction, std::uint32_t push, Scratch& scratch);
     [[nodiscard]] Matrix ownCosts(std::span<const StarEntry> star, std::size_t entry) const;
 
     const StarLayout& layout_;
@@ -50,8 +56,8 @@ private:
     Matrix borderFirst_;
     Matrix borderLast_;
     Matrix free_;
-    std::vector<Matrix> own_;   ///< the costs of one star's edges
-    std::vector<Matrix> after_; ///< for each of its edges, the product from there to the end
+    WorkTeam& team_;
+    std::vector<Scratch> scratch_; ///< of each member
 };
 
 extern template class CostSplit<PlainMatrix>;

@@ -22,11 +22,7 @@ class LabelDecoding {
 public:
     LabelDecoding(StripPartition& partition, const EdgeCosts& costs, const StarLayout& layout, const Split& split)
         : partition_(partition), costs_(costs), layout_(layout), split_(split), steps_(layout.maxStarSize()),
-          corners_(layout.maxStarSize() + std::size_t{1}) {
-        for (TriangleId id = 0; id < partition.count(); ++id) {
-            partition_[id].label = noLabel;
-        }
-    }
+          corners_(layout.maxStarSize() + std::size_t{1}) {}
 
     void label(std::uint32_t index, HalfEdgeId firstCorner) {
         const std::span<const StarEntry> star = layout_.star(index);
@@ -120,18 +116,28 @@ private:
 
 } // namespace
 
-bool labelBySplittingCosts(StripPartition& partition, std::int16_t endCost, unsigned sweeps, StripMonitor& monitor) {
+bool labelBySplittingCosts(StripPartition& partition, std::int16_t endCost, unsigned sweeps, WorkTeam& team,
+                           StripMonitor& monitor) {
     std::vector<HalfEdgeId> corners;
-    const StarLayout layout = listStars(partition, corners);
+    const StarLayout layout = listStars(partition, corners, team);
     const EdgeCosts costs(endCost);
-    Split split(layout, costs);
+    Split split(layout, costs, team);
     if (!split.sweepMany(sweeps, [&](double part) { return monitor.poll(part, 1); })) {
         return false;
     }
-    LabelDecoding decoding(partition, costs, layout, split);
-    for (std::uint32_t star = 0; star < layout.starCount(); ++star) {
-        decoding.label(star, corners[star]);
+    for (TriangleId id = 0; id < partition.count(); ++id) {
+        partition[id].label = noLabel;
     }
+    std::vector<LabelDecoding> decodings(team.size(), LabelDecoding(partition, costs, layout, split));
+    const auto labelStars = [&](StarRun run, unsigned member) {
+        for (std::uint32_t star = run.begin; star != run.end; ++star) {
+            decodings[member].label(star, corners[star]);
+        }
+    };
+    layout.forEachRun(team, true, labelStars, [&monitor] {
+        monitor.poll(1, 1);
+        return true;
+    });
     for (TriangleId id = 0; id < partition.count(); ++id) {
         if (partition.isCollapsed(id)) {
             partition[id].label = 0;

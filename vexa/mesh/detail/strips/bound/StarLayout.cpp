@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <numeric>
 #include <optional>
+#include <utility>
 
 namespace vexa::mesh::detail {
 
@@ -19,26 +20,8 @@ constexpr std::uint32_t noTable = ~std::uint32_t{0};
 /// From so many distant neighbours on, stars are listed patch by patch, which makes sweeps both faster and better.
 constexpr unsigned scatteredPercent = 25;
 
-/// Where the second star of an edge finds the table that the first one has numbered: a word per half-edge, and in the
-/// fourth place of each triangle the corners that have been listed.
-class Crossings {
-public:
-    explicit Crossings(TriangleId count) : words_(std::size_t{4} * count) {
-        for (TriangleId id = 0; id < count; ++id) {
-            for (std::uint32_t place = 0; place < 3; ++place) {
-                words_[halfEdgeOf(id, place)] = noTable;
-            }
-            words_[halfEdgeOf(id, 3)] = 0;
-        }
-    }
-
-    std::uint32_t& table(HalfEdgeId halfEdge) { return words_[halfEdge]; }
-    [[nodiscard]] bool isListed(HalfEdgeId corner) const { return (words_[corner | 3] >> placeOf(corner) & 1) != 0; }
-    void setListed(HalfEdgeId corner) { words_[corner | 3] |= 1U << placeOf(corner); }
-
-private:
-    LargeArray<std::uint32_t> words_;
-};
+/// Smaller ones would prove less: costs are handed on from patch to patch only sweep by sweep.
+constexpr std::uint32_t patchSize = 16384;
 
 /// The neighbours in a graph, where sides may be free.
 struct GraphSides {
@@ -60,13 +43,123 @@ struct PartitionSides {
     [[nodiscard]] static bool isFree(HalfEdgeId) { return false; }
 };
 
+/// The first corner counter-clockwise around an open star, the given one of a closed star. A corner is the half-edge of a
+/// triangle that leaves the vertex.
+template <class Sides>
+HalfEdgeId findFirst(const Sides& sides, HalfEdgeId corner) {
+    for (HalfEdgeId current = corner;;) {
+        const HalfEdgeId twin = sides.twin(current);
+        if (sides.isOutside(twin)) {
+            return current;
+        }
+        current = nextOf(twin);
+        if (current == corner) {
+            return corner;
+        }
+    }
+}
+
+/// A corner of every star, group by group.
+struct GroupedCorners {
+    std::vector<HalfEdgeId> corners;
+    std::vector<std::uint32_t> ends; ///< of each group
+};
+
+template <class Sides>
+class CornerGrouping {
+public:
+    CornerGrouping(const Sides& sides, const PatchGroups& groups)
+        : sides_(sides), groups_(groups), isSeen_(sides.count()), ends_(groups.count()) {
+        corners_.reserve(sides.count() / 2 + 16);
+        groupOf_.reserve(sides.count() / 2 + 16);
+    }
+
+    /// Adds the stars of a triangle that were not added before.
+    void add(TriangleId triangle) {
+        for (std::uint32_t place = 0; place < 3; ++place) {
+            if ((isSeen_[triangle] >> place & 1) == 0) {
+                addStar(halfEdgeOf(triangle, place));
+            }
+        }
+    }
+
+    GroupedCorners finish() {
+        std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
+        GroupedCorners grouped{std::vector<HalfEdgeId>(corners_.size()), {}};
+        for (std::size_t i = 0; i < corners_.size(); ++i) {
+            grouped.corners[ends_[groupOf_[i]]++] = corners_[i];
+        }
+        grouped.ends = std::move(ends_);
+        return grouped;
+    }
+
+private:
+    void addStar(HalfEdgeId corner) {
+        PatchGroups::Finder finder(groups_);
+        const HalfEdgeId first = findFirst(sides_, corner);
+        for (HalfEdgeId current = first;;) {
+            std::uint8_t& seen = isSeen_[triangleOf(current)];
+            seen = static_cast<std::uint8_t>(seen | 1U << placeOf(current));
+            finder.add(triangleOf(current));
+            current = sides_.twin(prevOf(current));
+            if (sides_.isOutside(current) || current == first) {
+                break;
+            }
+        }
+        corners_.push_back(corner);
+        groupOf_.push_back(finder.group());
+        ++ends_[groupOf_.back()];
+    }
+
+    Sides sides_;
+    const PatchGroups& groups_;
+    std::vector<std::uint8_t> isSeen_;
+    std::vector<HalfEdgeId> corners_;
+    std::vector<std::uint32_t> groupOf_;
+    std::vector<std::uint32_t> ends_;
+};
+
+/// Calls `visit(triangle)` for the triangles in the order in which stars are to be listed.
+template <class Visit>
+void forEachInOrder(const CompactGraph& graph, Visit visit) {
+    if (isScattered(graph, scatteredPercent)) {
+        for (const TriangleId id : patchOrder(graph)) {
+            visit(id);
+        }
+        return;
+    }
+    for (TriangleId id = 0; id < graph.count(); ++id) {
+        visit(id);
+    }
+}
+
+template <class Visit>
+void forEachInOrder(const StripPartition& partition, Visit visit) {
+    for (TriangleId id = 0; id < partition.count(); ++id) {
+        if (!partition.isCollapsed(id)) {
+            visit(id);
+        }
+    }
+}
+
+/// The corners, and the groups without what finding them took.
+template <class Sides, class Adjacency>
+std::pair<GroupedCorners, PatchGroups> groupCorners(const Sides& sides, const Adjacency& adjacency, WorkTeam& team) {
+    PatchGroups groups(adjacency, patchSize, team, {});
+    CornerGrouping grouping(sides, groups);
+    forEachInOrder(adjacency, [&](TriangleId triangle) { grouping.add(triangle); });
+    groups.release();
+    return {grouping.finish(), std::move(groups)};
+}
+
 } // namespace
 
-/// Walks around every vertex. A corner is the half-edge of a triangle that leaves the vertex.
+/// Walks around every vertex.
 template <class Sides>
 class StarListing {
 public:
-    explicit StarListing(const Sides& sides) : sides_(sides), crossings_(sides.count()) {
+    explicit StarListing(const Sides& sides) : sides_(sides), tables_(std::size_t{4} * sides.count()) {
+        std::fill_n(tables_.get(), std::size_t{4} * sides.count(), noTable);
         // An edge has two entries, of its two triangles or of the one at a border.
         layout_.entries_.reserve(std::size_t{3} * sides.count() + countOpenSides());
         layout_.ends_.reserve(sides.count() / 2 + 16);
@@ -80,15 +173,16 @@ public:
     }
     void noteCornersIn(std::vector<HalfEdgeId>& corners) { corners_ = &corners; }
 
-    void list(TriangleId triangle) {
-        for (std::uint32_t place = 0; place < 3; ++place) {
-            if (const HalfEdgeId corner = halfEdgeOf(triangle, place); !crossings_.isListed(corner)) {
-                listAround(corner);
-            }
+    StarLayout run(GroupedCorners grouped, const PatchGroups& groups) {
+        for (const HalfEdgeId corner : grouped.corners) {
+            listAround(corner);
         }
+        layout_.groupEnds_ = std::move(grouped.ends);
+        for (std::uint32_t level = 0; level <= PatchGroups::levels; ++level) {
+            layout_.levelBegins_[level] = groups.begin(level);
+        }
+        return std::move(layout_);
     }
-
-    StarLayout finish() { return std::move(layout_); }
 
 private:
     [[nodiscard]] std::size_t countOpenSides() const {
@@ -103,13 +197,12 @@ private:
 
     void listAround(HalfEdgeId corner) {
         const std::size_t begin = layout_.entries_.size();
-        const HalfEdgeId first = findFirst(corner);
+        const HalfEdgeId first = findFirst(sides_, corner);
         const bool isOpen = sides_.isOutside(sides_.twin(first));
         if (isOpen) {
             addEntry(first, first);
         }
         for (HalfEdgeId current = first;;) {
-            crossings_.setListed(current);
             const HalfEdgeId side = prevOf(current);
             current = sides_.twin(side);
             if (sides_.isOutside(current)) {
@@ -150,26 +243,12 @@ private:
         return kept - begin;
     }
 
-    /// The first corner counter-clockwise around an open star, the given one of a closed star.
-    [[nodiscard]] HalfEdgeId findFirst(HalfEdgeId corner) const {
-        for (HalfEdgeId current = corner;;) {
-            const HalfEdgeId twin = sides_.twin(current);
-            if (sides_.isOutside(twin)) {
-                return current;
-            }
-            current = nextOf(twin);
-            if (current == corner) {
-                return corner;
-            }
-        }
-    }
-
     /// \param side  the half-edge of this star across which the edge lies
     /// \param other the half-edge across which it lies in its other star
     void addEntry(HalfEdgeId side, HalfEdgeId other) {
-        std::uint32_t& table = crossings_.table(side);
+        const std::uint32_t table = tables_[side];
         if (table == noTable) {
-            crossings_.table(other) = layout_.tableCount_;
+            tables_[other] = layout_.tableCount_;
             layout_.entries_.emplace_back(layout_.tableCount_++, StarEntry::Share::Kept);
             return;
         }
@@ -180,13 +259,49 @@ private:
     }
 
     Sides sides_;
-    Crossings crossings_;
+    LargeArray<std::uint32_t> tables_; ///< by half-edge, the number that the first star of an edge has given its table
     const Parts* parts_ = nullptr;
     std::vector<HalfEdgeId>* corners_ = nullptr;
     StarLayout layout_;
 };
 
-StarLayout listStars(std::span<const unsigned int> triangles) {
+bool StarLayout::forEachRun(WorkTeam& team, bool isForth, const std::function<void(StarRun, unsigned)>& visit,
+                            const std::function<bool()>& goesOn) const {
+    if (!isForth && !visitRest(isForth, visit, goesOn)) {
+        return false;
+    }
+    for (std::uint32_t i = 0; i < PatchGroups::levels; ++i) {
+        const std::uint32_t level = isForth ? i : PatchGroups::levels - 1 - i;
+        const std::uint32_t begin = levelBegins_[level];
+        const auto visitGroup = [&](std::uint32_t group, unsigned member) {
+            group += begin;
+            visit({group == 0 ? 0 : groupEnds_[group - 1], groupEnds_[group]}, member);
+        };
+        if (!team.forEach(levelBegins_[level + 1] - begin, visitGroup, goesOn)) {
+            return false;
+        }
+    }
+    return !isForth || visitRest(isForth, visit, goesOn);
+}
+
+/// The stars of no level, in the owner's thread.
+bool StarLayout::visitRest(bool isForth, const std::function<void(StarRun, unsigned)>& visit,
+                           const std::function<bool()>& goesOn) const {
+    constexpr std::uint32_t block = 4096;
+    const std::uint32_t rest = levelBegins_[PatchGroups::levels];
+    const StarRun all{rest == 0 ? 0 : groupEnds_[rest - 1], groupEnds_[rest]};
+    for (std::uint32_t done = 0; done < all.end - all.begin; done += block) {
+        if (!goesOn()) {
+            return false;
+        }
+        const std::uint32_t size = std::min(block, all.end - all.begin - done);
+        const std::uint32_t begin = isForth ? all.begin + done : all.end - done - size;
+        visit({begin, begin + size}, 0);
+    }
+    return true;
+}
+
+StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team) {
     std::vector<TrianglePair> joined;
     std::optional<CompactGraph> graph = pairManifoldEdges(triangles);
     if (!graph) {
@@ -195,29 +310,17 @@ StarLayout listStars(std::span<const unsigned int> triangles) {
     }
     const Parts parts(*graph, joined);
     const std::uint32_t groupCount = parts.countGroups(triangles);
+    auto [grouped, groups] = groupCorners(GraphSides{*graph}, *graph, team);
     StarListing listing(GraphSides{*graph});
     listing.notePartsOf(parts, groupCount);
-    if (isScattered(*graph, scatteredPercent)) {
-        for (const TriangleId id : patchOrder(*graph)) {
-            listing.list(id);
-        }
-    } else {
-        for (TriangleId id = 0; id < graph->count(); ++id) {
-            listing.list(id);
-        }
-    }
-    return listing.finish();
+    return listing.run(std::move(grouped), groups);
 }
 
-StarLayout listStars(const StripPartition& partition, std::vector<HalfEdgeId>& corners) {
+StarLayout listStars(const StripPartition& partition, std::vector<HalfEdgeId>& corners, WorkTeam& team) {
+    auto [grouped, groups] = groupCorners(PartitionSides{partition}, partition, team);
     StarListing listing(PartitionSides{partition});
     listing.noteCornersIn(corners);
-    for (TriangleId id = 0; id < partition.count(); ++id) {
-        if (!partition.isCollapsed(id)) {
-            listing.list(id);
-        }
-    }
-    return listing.finish();
+    return listing.run(std::move(grouped), groups);
 }
 
 } // namespace vexa::mesh::detail

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "vexa/mesh/detail/strips/PatchGroups.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
+#include "vexa/mesh/detail/strips/WorkTeam.h"
 
+#include <array>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -31,9 +35,16 @@ private:
 };
 static_assert(sizeof(StarEntry) == 4);
 
+/// Consecutive stars.
+struct StarRun {
+    std::uint32_t begin;
+    std::uint32_t end;
+};
+
 /// The edges around every vertex, counter-clockwise. Where the triangles at a vertex do not all hang together, each
 /// group has a star of its own. An open star begins and ends with a border side or a free one; a closed one begins with
-/// kept tables where it has both kinds, so that these mostly stand together.
+/// kept tables where it has both kinds, so that these mostly stand together. Stars are listed in groups by the triangles
+/// around them, see PatchGroups.
 class StarLayout {
 public:
     /// Most triangles whose edges an entry can name.
@@ -54,9 +65,20 @@ public:
     /// Number of groups of parts that share no vertex with one another.
     [[nodiscard]] std::uint32_t groupCount() const { return groupCount_; }
 
+    /// Calls `visit(stars, member)` for runs of stars that together are all stars, each run in one thread of a team: in the
+    /// order of the stars, or from last to first, as far as stars have edges in common.
+    ///
+    /// \param goesOn see `WorkTeam::forEach`
+    /// \return false if runs were left out
+    bool forEachRun(WorkTeam& team, bool isForth, const std::function<void(StarRun, unsigned)>& visit,
+                    const std::function<bool()>& goesOn) const;
+
 private:
     template <class Sides>
     friend class StarListing;
+
+    bool visitRest(bool isForth, const std::function<void(StarRun, unsigned)>& visit,
+                   const std::function<bool()>& goesOn) const;
 
     struct End {
         std::uint32_t entry : 31; ///< after the star's last one
@@ -66,6 +88,8 @@ private:
     std::vector<StarEntry> entries_;
     std::vector<End> ends_;
     std::vector<std::uint32_t> parts_; ///< per star
+    std::vector<std::uint32_t> groupEnds_;
+    std::array<std::uint32_t, PatchGroups::levels + 1> levelBegins_{}; ///< of groups
     std::uint32_t partCount_ = 0;
     std::uint32_t groupCount_ = 0;
     std::uint32_t tableCount_ = 0;
@@ -79,12 +103,12 @@ private:
 ///
 /// \param triangles three vertex indices per triangle, at most `StarLayout::maxTriangles`
 /// Cost: linear for meshes without such edges, otherwise O(n log n).
-StarLayout listStars(std::span<const unsigned int> triangles);
+StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team);
 
 /// Lists the stars of the triangles of a partition that are not collapsed, in their order. The stars know no parts.
 ///
 /// \param corners receives for every star the half-edge that leaves its vertex in the triangle before the first entry;
 ///                in an open star, where the outside is before it, the one in the triangle after it
-StarLayout listStars(const StripPartition& partition, std::vector<HalfEdgeId>& corners);
+StarLayout listStars(const StripPartition& partition, std::vector<HalfEdgeId>& corners, WorkTeam& team);
 
 } // namespace vexa::mesh::detail

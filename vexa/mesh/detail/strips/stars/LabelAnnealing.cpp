@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -20,8 +21,14 @@ namespace {
 /// Xorshift: fast, and good enough to pick labels.
 class FastRandom {
 public:
-    explicit FastRandom(std::uint32_t seed) : state_(88172645463325252U + seed * 0x9e3779b97f4a7c15U) {
-        state_ = state_ == 0 ? 1 : state_;
+    explicit FastRandom(std::uint64_t seed) : state_(mix(mix(seed))) { state_ = state_ == 0 ? 1 : state_; }
+
+    /// Numbers that differ little come out unlike one another.
+    static std::uint64_t mix(std::uint64_t value) {
+        value += 0x9e3779b97f4a7c15U;
+        value = (value ^ value >> 30) * 0xbf58476d1ce4e5b9U;
+        value = (value ^ value >> 27) * 0x94d049bb133111ebU;
+        return value ^ value >> 31;
     }
     std::uint64_t draw() {
         state_ ^= state_ << 13;
@@ -54,8 +61,9 @@ constexpr std::array<std::array<LabelCode, 4>, 3> codeOf = [] {
 
 class LabelAnnealing {
 public:
-    LabelAnnealing(const StripPartition& partition, std::uint32_t seed, const Poll& poll)
-        : stars_(partition, poll), codes_(std::size_t{partition.count()} + 1), random_(seed) {
+    LabelAnnealing(const StripPartition& partition, std::uint32_t seed, WorkTeam& team, const Poll& poll)
+        : stars_(partition, team, poll), codes_(std::size_t{partition.count()} + 1), seed_(FastRandom::mix(seed)),
+          team_(team) {
         load(partition, poll);
     }
 
@@ -97,13 +105,25 @@ public:
 
     /// Returns whether to go on.
     bool pass(const StarOdds& odds, StripMonitor& monitor, double done) {
-        constexpr std::size_t pollInterval = 1U << 14;
-        std::size_t visited = 0;
-        for (const Star& star : stars_.all()) {
-            if (visited++ % pollInterval == 0 && !monitor.poll(done, 1)) {
+        const PatchGroups& groups = stars_.groups();
+        const auto goesOn = [&] { return monitor.poll(done, 1); };
+        ++passCount_;
+        for (std::uint32_t level = 0; level < PatchGroups::levels; ++level) {
+            const std::uint32_t begin = groups.begin(level);
+            const auto relabelGroup = [&](std::uint32_t i, unsigned) {
+                relabelAll(stars_.group(begin + i), odds, begin + i);
+            };
+            if (!team_.forEach(groups.begin(level + 1) - begin, relabelGroup, goesOn)) {
                 return false;
             }
-            relabel(star, odds);
+        }
+        constexpr std::size_t block = 1U << 14;
+        const std::span<const Star> rest = stars_.group(groups.rest());
+        for (std::size_t i = 0; i < rest.size(); i += block) {
+            if (!goesOn()) {
+                return false;
+            }
+            relabelAll(rest.subspan(i, std::min(block, rest.size() - i)), odds, groups.rest() + i);
         }
         return true;
     }
@@ -130,14 +150,23 @@ private:
     [[nodiscard]] std::uint32_t labelFrom(HalfEdgeId halfEdge) const {
         return codes_[triangleOf(halfEdge)] >> 2 * placeOf(halfEdge) & 3U;
     }
-    void relabel(const Star& star, const StarOdds& odds);
+    /// \param part number of this part of the pass, on which the random numbers depend
+    void relabelAll(std::span<const Star> stars, const StarOdds& odds, std::uint64_t part) {
+        FastRandom random(seed_ ^ (passCount_ << 32 | part));
+        for (const Star& star : stars) {
+            relabel(star, odds, random);
+        }
+    }
+    void relabel(const Star& star, const StarOdds& odds, FastRandom& random);
 
     Stars stars_;
     std::vector<LabelCode> codes_; ///< and 0 for the sentinel: what a border's far side looks like
-    FastRandom random_;
+    std::uint64_t seed_;
+    std::uint64_t passCount_ = 0;
+    WorkTeam& team_;
 };
 
-void LabelAnnealing::relabel(const Star& star, const StarOdds& odds) {
+inline void LabelAnnealing::relabel(const Star& star, const StarOdds& odds, FastRandom& random) {
     const StarCorner* const corners = stars_.corners(star);
     const std::uint32_t size = star.size;
     std::uint32_t rows[maxStarSize]; // from each triangle to the end
@@ -146,7 +175,7 @@ void LabelAnnealing::relabel(const Star& star, const StarOdds& odds) {
         digits = 3 * digits + labelFrom(corners[i].outer);
         rows[i] = StarOdds::rowOf(size - i, digits);
     }
-    std::uint64_t bits = random_.draw();
+    std::uint64_t bits = random.draw();
     const auto pick = [&bits](StarOdds::Thresholds thresholds) {
         const auto drawn = static_cast<std::uint32_t>(bits & 0xffff);
         bits >>= 16;
@@ -169,7 +198,7 @@ void LabelAnnealing::relabel(const Star& star, const StarOdds& odds) {
     }
     for (; i < size; ++i) {
         if (i == 4) {
-            bits = random_.draw();
+            bits = random.draw();
         }
         before = pick(odds.pick(rows[i], before, after));
         put(i, before);
@@ -190,13 +219,13 @@ double temperatureAt(std::uint32_t step, std::uint32_t steps, bool isGoodStart) 
 
 /// Starts from the labels of a cost split if these cost less once both have cooled down. Returns whether they do.
 bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const AnnealingOptions& options,
-                   StripMonitor& monitor) {
+                   WorkTeam& team, StripMonitor& monitor) {
     constexpr std::uint32_t coldPasses = 5;
     const auto endCost = static_cast<std::int16_t>(options.endCost * costUnit);
     annealing.cool(options.endCost, coldPasses, monitor, 0);
     const double given = annealing.cost(partition, options.endCost, monitor.poller());
     std::vector<LabelCode> codes = annealing.codes();
-    if (!labelBySplittingCosts(partition, endCost, options.sweeps, monitor)) {
+    if (!labelBySplittingCosts(partition, endCost, options.sweeps, team, monitor)) {
         return false;
     }
     annealing.load(partition, monitor.poller());
@@ -210,13 +239,13 @@ bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const A
 
 } // namespace
 
-void annealLabels(StripPartition& partition, const AnnealingOptions& options, StripMonitor& monitor) {
+void annealLabels(StripPartition& partition, const AnnealingOptions& options, WorkTeam& team, StripMonitor& monitor) {
     constexpr std::uint32_t coldPasses = 4;
     // Making the tables takes as long as a pass over ten thousand triangles.
     const std::uint32_t steps = std::clamp(partition.count() / 1024, 4U, 24U);
     const double scale = options.endCost / 1.5;
-    LabelAnnealing annealing(partition, options.seed, monitor.poller());
-    const bool isSplit = options.sweeps != 0 && trySplitCosts(annealing, partition, options, monitor);
+    LabelAnnealing annealing(partition, options.seed, team, monitor.poller());
+    const bool isSplit = options.sweeps != 0 && trySplitCosts(annealing, partition, options, team, monitor);
     std::optional<StarOdds> odds;
     std::uint32_t step = steps;
     std::uint32_t passes = 0;

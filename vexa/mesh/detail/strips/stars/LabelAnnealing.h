@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/detail/strips/StripMonitor.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
+#include "vexa/mesh/detail/strips/WorkTeam.h"
 
 #include <cstdint>
 #include <functional>
@@ -20,7 +21,7 @@ struct AnnealingOptions {
 ///
 /// A pass visits every star and draws the labels of all its triangles at once, each combination as likely as its cost at
 /// the temperature says while everything around the star stands still. The temperature falls until changes for the worse
-/// no longer happen. The labels must be set; see flow/Labels.h.
-void annealLabels(StripPartition& partition, const AnnealingOptions& options, StripMonitor& monitor);
+/// no longer happen. The labels must be set; see flow/Labels.h. What comes out does not depend on the size of the team.
+void annealLabels(StripPartition& partition, const AnnealingOptions& options, WorkTeam& team, StripMonitor& monitor);
 
 } // namespace vexa::mesh::detail

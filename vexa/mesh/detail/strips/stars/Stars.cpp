@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 #include <span>
 #include <tuple>
+#include <utility>
 
 namespace vexa::mesh::detail {
 
 namespace {
+
+constexpr std::uint32_t patchSize = 4096;
 
 constexpr StarCorner noCorner{noHalfEdge, noHalfEdge};
 
@@ -29,9 +33,11 @@ bool meetsItself(std::span<const StarCorner> corners) {
 
 } // namespace
 
-Stars::Stars(const StripPartition& partition, const Poll& poll) {
+Stars::Stars(const StripPartition& partition, WorkTeam& team, const Poll& poll)
+    : groups_(partition, patchSize, team, poll), border_(partition.border()) {
     std::vector<std::uint8_t> isSeen(partition.count());
     stars_.reserve(partition.count() / 2 + partition.count() / 8);
+    groupOf_.reserve(stars_.capacity());
     corners_.reserve(3 * std::size_t{partition.count()} + partition.count() / 4);
     forEachPolled(partition.count(), poll, [&](TriangleId triangle) {
         for (std::uint32_t place = 0; place < 3 && !partition.isCollapsed(triangle); ++place) {
@@ -40,7 +46,9 @@ Stars::Stars(const StripPartition& partition, const Poll& poll) {
             }
         }
     });
+    sortByGroup(poll);
     sortBlocks(poll);
+    sortCorners(poll);
 }
 
 void Stars::addFan(const StripPartition& partition, HalfEdgeId corner, std::vector<std::uint8_t>& isSeen) {
@@ -68,9 +76,7 @@ void Stars::addFan(const StripPartition& partition, HalfEdgeId corner, std::vect
 
 void Stars::addWhole(bool isOpen) {
     if (!meetsItself(fan_)) {
-        stars_.push_back({static_cast<std::uint32_t>(corners_.size()), static_cast<std::uint8_t>(fan_.size()),
-                          isOpen ? Star::Kind::Open : Star::Kind::Ring});
-        corners_.insert(corners_.end(), fan_.begin(), fan_.end());
+        add(isOpen ? Star::Kind::Open : Star::Kind::Ring, fan_, fan_);
     }
 }
 
@@ -96,27 +102,65 @@ void Stars::addWindows(bool isOpen) {
             return corner.spoke != noHalfEdge && holds(inside, corner.spoke);
         };
         if (!meetsItself(inside) && !isInside(with.front()) && !isInside(with.back())) {
-            stars_.push_back({static_cast<std::uint32_t>(corners_.size() + 1), static_cast<std::uint8_t>(end - begin),
-                              Star::Kind::Window});
-            corners_.insert(corners_.end(), with.begin(), with.end());
+            add(Star::Kind::Window, inside, with);
         }
     }
+}
+
+/// \param with the corners of the star, and for a window one more on either side
+void Stars::add(Star::Kind kind, std::span<const StarCorner> inside, std::span<const StarCorner> with) {
+    const std::uint32_t around = kind == Star::Kind::Window ? 1 : 0;
+    stars_.push_back(
+        {static_cast<std::uint32_t>(corners_.size() + around), static_cast<std::uint8_t>(inside.size()), kind});
+    corners_.insert(corners_.end(), with.begin(), with.end());
+    PatchGroups::Finder finder(groups_);
+    const auto addTriangle = [&](HalfEdgeId halfEdge) {
+        if (halfEdge < border_) {
+            finder.add(triangleOf(halfEdge));
+        }
+    };
+    for (const StarCorner& corner : with) {
+        addTriangle(corner.spoke);
+        addTriangle(corner.outer);
+    }
+    groupOf_.push_back(finder.group());
+}
+
+void Stars::sortByGroup(const Poll& poll) {
+    groupEnds_.resize(groups_.count());
+    for (const std::uint32_t group : groupOf_) {
+        ++groupEnds_[group];
+    }
+    std::exclusive_scan(groupEnds_.begin(), groupEnds_.end(), groupEnds_.begin(), std::uint32_t{0});
+    std::vector<Star> sorted(stars_.size());
+    forEachPolled(static_cast<std::uint32_t>(stars_.size()), poll,
+                  [&](std::uint32_t i) { sorted[groupEnds_[groupOf_[i]]++] = stars_[i]; });
+    stars_ = std::move(sorted);
+    groupOf_ = {};
+    groups_.release();
 }
 
 /// Puts stars of the same kind and size next to one another, within blocks whose triangles fit into the cache: loops over
 /// them can be predicted then.
 void Stars::sortBlocks(const Poll& poll) {
-    constexpr std::size_t blockSize = 1024;
-    for (std::size_t begin = 0; begin < stars_.size(); begin += blockSize) {
-        if (poll) {
-            poll();
+    constexpr std::uint32_t blockSize = 1024;
+    std::uint32_t begin = 0;
+    for (const std::uint32_t groupEnd : groupEnds_) {
+        while (begin != groupEnd) {
+            if (poll) {
+                poll();
+            }
+            const std::uint32_t end = std::min(groupEnd, begin + blockSize);
+            std::sort(stars_.begin() + begin, stars_.begin() + end, [](const Star& a, const Star& b) {
+                return std::tuple(a.kind, a.size, a.begin) < std::tuple(b.kind, b.size, b.begin);
+            });
+            begin = end;
         }
-        const auto first = stars_.begin() + static_cast<std::ptrdiff_t>(begin);
-        const auto last = stars_.begin() + static_cast<std::ptrdiff_t>(std::min(stars_.size(), begin + blockSize));
-        std::sort(first, last, [](const Star& a, const Star& b) {
-            return std::tuple(a.kind, a.size, a.begin) < std::tuple(b.kind, b.size, b.begin);
-        });
     }
+}
+
+/// Puts the corners into the order of the stars.
+void Stars::sortCorners(const Poll& poll) {
     std::vector<StarCorner> sorted;
     sorted.reserve(corners_.size());
     forEachPolled(static_cast<std::uint32_t>(stars_.size()), poll, [&](std::uint32_t i) {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "vexa/mesh/detail/strips/PatchGroups.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace vexa::mesh::detail {
@@ -30,22 +32,34 @@ struct Star {
     Kind kind;
 };
 
-/// Every star of a mesh. Around vertices with more than `maxStarSize` triangles, windows overlap by half. Stars that
+/// Every star of a mesh, in groups by the triangles that it consists of or faces. Around vertices with more than `maxStarSize` triangles, windows overlap by half. Stars that
 /// meet themselves, because a triangle occurs twice or faces another one, are left out.
 class Stars {
 public:
-    explicit Stars(const StripPartition& partition, const Poll& poll = {});
+    Stars(const StripPartition& partition, WorkTeam& team, const Poll& poll = {});
 
     [[nodiscard]] const std::vector<Star>& all() const { return stars_; }
+    [[nodiscard]] const PatchGroups& groups() const { return groups_; }
+    [[nodiscard]] std::span<const Star> group(std::uint32_t index) const {
+        const std::uint32_t begin = index == 0 ? 0 : groupEnds_[index - 1];
+        return std::span(stars_).subspan(begin, groupEnds_[index] - begin);
+    }
     [[nodiscard]] const StarCorner* corners(const Star& star) const { return corners_.data() + star.begin; }
 
 private:
     void addFan(const StripPartition& partition, HalfEdgeId corner, std::vector<std::uint8_t>& isSeen);
     void addWhole(bool isOpen);
     void addWindows(bool isOpen);
+    void add(Star::Kind kind, std::span<const StarCorner> inside, std::span<const StarCorner> with);
+    void sortByGroup(const Poll& poll);
     void sortBlocks(const Poll& poll);
+    void sortCorners(const Poll& poll);
 
+    PatchGroups groups_;
+    HalfEdgeId border_; ///< where half-edges of triangles end
     std::vector<Star> stars_;
+    std::vector<std::uint32_t> groupOf_; ///< of each star, until they are sorted
+    std::vector<std::uint32_t> groupEnds_;
     std::vector<StarCorner> corners_;
     std::vector<StarCorner> fan_; ///< the corners of the newest fan
 };

@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+#include <vexa/mesh/detail/strips/WorkTeam.h>
+
+#include <atomic>
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace vexa::mesh::detail;
+
+TEST(WorkTeam, MakesEveryCallOnce) {
+    for (const unsigned threads : {0U, 1U, 2U, 5U}) {
+        WorkTeam team(threads);
+        for (const std::uint32_t count : {0U, 1U, 2U, 1000U}) {
+            std::vector<std::atomic<int>> calls(count);
+            EXPECT_TRUE(team.forEach(count, [&](std::uint32_t i, unsigned member) {
+                EXPECT_LT(member, team.size());
+                ++calls[i];
+            }));
+            for (const std::atomic<int>& number : calls) {
+                EXPECT_EQ(number, 1) << threads << " threads, " << count << " calls";
+            }
+        }
+    }
+}
+
+TEST(WorkTeam, SharesTheWork) {
+    WorkTeam team(3);
+    std::atomic<unsigned> waiting = 0;
+    team.forEach(3, [&](std::uint32_t, unsigned) {
+        // Returns only when all three threads are here.
+        for (++waiting; waiting < 3;) {
+            std::this_thread::yield();
+        }
+    });
+    EXPECT_EQ(waiting, 3U);
+}
+
+TEST(WorkTeam, LeavesOutTheRestWhenStopped) {
+    for (const unsigned threads : {1U, 3U}) {
+        WorkTeam team(threads);
+        std::atomic<unsigned> calls = 0;
+        std::atomic<unsigned> asked = 0;
+        const auto work = [&](std::uint32_t, unsigned member) {
+            // The others wait until the owner has stopped.
+            for (++calls; member != 0 && asked < 3;) {
+                std::this_thread::yield();
+            }
+        };
+        EXPECT_FALSE(team.forEach(1000, work, [&] { return ++asked < 3; }));
+        EXPECT_LT(calls, 10U) << threads;
+    }
+}
+
+TEST(WorkTeam, PassesOnWhatACallThrows) {
+    for (const unsigned threads : {1U, 3U}) {
+        WorkTeam team(threads);
+        const auto throwAtTen = [](std::uint32_t i, unsigned) {
+            if (i == 10) {
+                throw std::runtime_error("ten");
+            }
+        };
+        EXPECT_THROW(team.forEach(1000, throwAtTen), std::runtime_error);
+        EXPECT_TRUE(team.forEach(10, throwAtTen)) << "remains usable";
+    }
+}
+
+TEST(WorkTeam, PassesOnWhatThePollThrows) {
+    WorkTeam team(3);
+    EXPECT_THROW(team.forEach(
+                     1000, [](std::uint32_t, unsigned) {}, []() -> bool { throw std::runtime_error("poll"); }),
+                 std::runtime_error);
+}
+
+TEST(ThreadsFor, GivesSmallMeshesOneThread) {
+    EXPECT_EQ(threadsFor(0, 8), 1U);
+    EXPECT_EQ(threadsFor(1000, 8), 1U);
+    EXPECT_EQ(threadsFor(1000000, 8), 8U);
+    EXPECT_GE(threadsFor(1000000, 0), 1U);
+    EXPECT_LT(threadsFor(1000000, std::numeric_limits<unsigned>::max()), 300U);
+}
+
+TEST(SideTask, IsDoneAfterWaiting) {
+    for (const unsigned threads : {1U, 2U}) {
+        WorkTeam team(threads);
+        for (int round = 0; round < 100; ++round) {
+            int done = 0;
+            SideTask task(team, [&](const Poll&) { ++done; }, {});
+            std::atomic<unsigned> calls = 0;
+            team.forEach(20, [&](std::uint32_t, unsigned) { ++calls; });
+            task.wait();
+            EXPECT_EQ(done, 1);
+            EXPECT_EQ(calls, 20U);
+        }
+    }
+}
+
+TEST(SideTask, EndsWhenItIsNoLongerWanted) {
+    WorkTeam team(2);
+    std::atomic<bool> hasBegun = false;
+    bool isFinished = false;
+    {
+        const SideTask task(team,
+                            [&](const Poll& poll) {
+                                for (hasBegun = true;;) {
+                                    poll();
+                                }
+                                isFinished = true;
+                            },
+                            {});
+        while (!hasBegun) {
+            std::this_thread::yield();
+        }
+    }
+    EXPECT_FALSE(isFinished);
+}
+
+TEST(SideTask, PassesOnWhatItThrows) {
+    WorkTeam team(2);
+    SideTask task(team, [](const Poll&) { throw std::runtime_error("task"); }, {});
+    EXPECT_THROW(task.wait(), std::runtime_error);
+}
+
+TEST(SideTask, PollsWhileWaiting) {
+    WorkTeam team(2);
+    std::atomic<bool> hasBegun = false;
+    std::atomic<int> polls = 0;
+    SideTask task(
+        team,
+        [&](const Poll&) {
+            for (hasBegun = true; polls < 2;) {
+                std::this_thread::yield();
+            }
+        },
+        [&] { ++polls; });
+    while (!hasBegun) {
+        std::this_thread::yield();
+    }
+    task.wait();
+    EXPECT_GE(polls, 2);
+}
+
+} // namespace
