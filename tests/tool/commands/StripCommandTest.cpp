@@ -193,6 +193,16 @@ TEST_F(StripCommand, EveryEffortAndJoinKeepsTheTriangles) {
     }
 }
 
+TEST_F(StripCommand, WritesTheSameInAnyNumberOfThreads) {
+    const Json alone = strip(gridModel(80, 70), {"--effort", "3"})["total"];
+    const std::string file = readText(out);
+    for (const char* threads : {"0", "1", "3"}) {
+        const Json total = strip(gridModel(80, 70), {"--effort", "3", "--threads", threads})["total"];
+        EXPECT_EQ(total["minIndices"], alone["minIndices"]) << threads;
+        EXPECT_EQ(readText(out), file) << threads;
+    }
+}
+
 TEST_F(StripCommand, CutsShortStripsForVertexCaches) {
     const int strips = strip(gridModel(30, 30))["total"]["strips"].get<int>();
     EXPECT_GT(strip(gridModel(30, 30), {"--for-vertex-cache"})["total"]["strips"].get<int>(), strips);

@@ -31,6 +31,11 @@ void CutFlags::addTo(Flags& flags) {
     flags.add("--bound", provesMin_,
               "Prove how few indices strips can have, which takes several times as long as the search at effort 2; "
               "done unasked for primitives of up to 20,000 triangles and from effort 3 on");
+    flags.add(
+        "--threads", threads_,
+        "Threads of the search and of the proof, which find the same in any number of them (default: 1; 0: as many "
+        "as the processor runs at once)",
+        {.typeName = "N", .max = 1024});
     flags.add("--iterations", iterations_,
               "Search in passes instead: at random, the best of N; never worse than with one pass",
               {.typeName = "N", .min = 1, .max = max});
@@ -76,6 +81,7 @@ StripSettings CutFlags::settings() const {
     }
     settings.search.forVertexCache = forVertexCache_;
     settings.search.maxTriangles = maxStrip_;
+    settings.search.threads = threads_.value_or(1);
     if (iterations_ || fans_ > 0) {
         mesh::StripOptions& passes = settings.passes.emplace();
         passes.iterations = iterations_.value_or(1);
@@ -100,6 +106,7 @@ std::string CutFlags::text() const {
     text += forVertexCache_ ? " --for-vertex-cache" : "";
     text += maxStrip_ > 0 ? " --max-strip " + std::to_string(maxStrip_) : "";
     text += provesMin_ ? " --bound" : "";
+    text += threads_ ? " --threads " + std::to_string(*threads_) : "";
     text += iterations_ ? " --iterations " + std::to_string(*iterations_) : "";
     text += fans_ > 0 ? " --fans " + std::to_string(fans_) : "";
     text += allStrips_ ? " --all-strips" : "";

@@ -31,6 +31,7 @@ private:
     bool forVertexCache_ = false;
     std::uint32_t maxStrip_ = 0; ///< most triangles of a strip; 0 for any number
     bool provesMin_ = false;
+    std::optional<std::uint32_t> threads_;
     std::optional<std::uint32_t> iterations_;
     std::uint32_t fans_ = 0; ///< fewest triangles of a fan; 0 makes none
     bool allStrips_ = false;

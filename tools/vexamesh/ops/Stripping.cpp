@@ -123,12 +123,15 @@ StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned 
     // In a strip or a fan they only join its parts.
     result.degenerate = type == mesh::TRIANGLES ? indices.size() / 3 - result.triangles : 0;
     if (settings.provesMin.value_or(triangles.size() / 3 <= maxUnaskedBound)) {
-        result.minIndices = minStripIndices(triangles, settings.joining, [&](double fraction) {
+        mesh::BoundOptions options;
+        options.threads = settings.search.threads;
+        options.onProgress = [&](double fraction) {
             if (settings.onProgress) {
                 settings.onProgress("bound", fraction);
             }
             return true;
-        });
+        };
+        result.minIndices = minStripIndices(triangles, settings.joining, options);
     }
     return result;
 }
@@ -143,9 +146,7 @@ void countParts(const std::vector<IndexedPrimitive>& parts, StripResult& result)
 }
 
 std::uint64_t minStripIndices(const std::vector<unsigned int>& triangles, Joining joining,
-                              const std::function<bool(double)>& onProgress) {
-    mesh::BoundOptions options;
-    options.onProgress = onProgress;
+                              const mesh::BoundOptions& options) {
     const std::uint64_t bound = mesh::minIndexCount(triangles, joinOf(joining), options);
     if (joining != Joining::None || bound == 0) {
         return bound;

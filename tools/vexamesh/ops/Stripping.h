@@ -60,9 +60,7 @@ void countParts(const std::vector<mesh::IndexedPrimitive>& parts, StripResult& r
 
 /// A number of indices that no strips of these triangles go below if they are written in this way; restart indices
 /// count.
-///
-/// \param onProgress see `BoundOptions`
 std::uint64_t minStripIndices(const std::vector<unsigned int>& triangles, Joining joining,
-                              const std::function<bool(double)>& onProgress = {});
+                              const mesh::BoundOptions& options = {});
 
 } // namespace vexa::tool
