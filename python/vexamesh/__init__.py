@@ -14,17 +14,22 @@ Arrays of 32 bits are read where they are; others are converted. The interpreter
 works, Ctrl-C stops it, and what is wrong with an argument is a ValueError, TypeError or IndexError that says so.
 """
 
+from vexamesh._meshes import Mesh, Weld, merge, weld
 from vexamesh._normals import pack_normals, unpack_normals
 from vexamesh._strips import RESTART_INDEX, Edges, edges, lower_bound, strip, unstrip
 
 __all__ = [
     "RESTART_INDEX",
     "Edges",
+    "Mesh",
+    "Weld",
     "edges",
     "lower_bound",
+    "merge",
     "pack_normals",
     "strip",
     "unpack_normals",
     "unstrip",
+    "weld",
 ]
 __version__ = "0.1.0"

@@ -1,4 +1,4 @@
-from typing import Callable, List, Optional, Tuple
+from typing import Any, Callable, List, Optional, Tuple
 
 import numpy as np
 import numpy.typing as npt
@@ -6,6 +6,7 @@ import numpy.typing as npt
 RESTART_INDEX: int
 
 _Indices = npt.NDArray[np.uint32]
+_Attributes = List[Tuple[str, npt.NDArray[Any]]]
 _Progress = Optional[Callable[[float], Optional[bool]]]
 
 def strip_buffer(
@@ -32,3 +33,9 @@ def lower_bound(triangles: _Indices, degenerate: bool, sweeps: int, progress: _P
 def edges(triangles: _Indices) -> Tuple[_Indices, _Indices]: ...
 def pack_normals(normals: npt.NDArray[np.float32]) -> npt.NDArray[np.uint8]: ...
 def unpack_normals(packed: npt.NDArray[np.uint8]) -> npt.NDArray[np.float32]: ...
+def weld(
+    triangles: _Indices, attributes: _Attributes, tolerance: Optional[float], compare: List[str]
+) -> Tuple[Tuple[_Indices, _Attributes], _Indices]: ...
+def merge(
+    meshes: List[Tuple[_Indices, _Attributes]], placements: npt.NDArray[np.float32], fill_missing: bool
+) -> Tuple[_Indices, _Attributes]: ...
