@@ -8,7 +8,7 @@
 #include "vexa/mesh/detail/elements/Indices.h"
 #include "vexa/mesh/detail/elements/Kernels.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
-#include "vexa/mesh/detail/strips/TriangleList.h"
+#include "vexa/mesh/detail/strips/HugePages.h"
 #include "vexa/mesh/detail/vertices/AttributeElements.h"
 
 #include <algorithm>
@@ -289,8 +289,7 @@ std::vector<unsigned int> Plan::jointTo(std::span<const unsigned int> part, std:
     if (type_ != TRIANGLE_STRIP || options_.join == StripJoin::Restart) {
         return {restartIndex};
     }
-    const unsigned int first =
-        part.front() == restartIndex ? part.front() : part.front() + static_cast<unsigned int>(firstVertex);
+    const unsigned int first = part.front() + static_cast<unsigned int>(firstVertex);
     // A strip begins at an even position, so that its triangles keep their winding.
     return indexCount % 2 == 0 ? std::vector{lastIndex, first} : std::vector{lastIndex, first, first};
 }
@@ -349,7 +348,7 @@ void appendPlain(const Plan& plan, const Source& source, const detail::PackedInd
         return;
     }
     const auto from = detail::findPackedIndices(*source.indices);
-    constexpr std::size_t blockSize = 1023; // whole triangles and lines... of three
+    constexpr std::size_t blockSize = 1023; // whole triangles
     unsigned char block[blockSize * sizeof(unsigned int)];
     for (std::size_t begin = 0; begin < from->elementCount; begin += blockSize) {
         const std::size_t count = std::min(blockSize, from->elementCount - begin);
@@ -364,13 +363,20 @@ void appendPlain(const Plan& plan, const Source& source, const detail::PackedInd
     }
 }
 
+/// Makes room for everything at once.
+void reserve(const detail::PackedElements& target, std::uint64_t elementCount) {
+    const std::uint64_t size = elementCount * target.elementSizeInBytes;
+    target.storage->reserveFurther(size);
+    detail::adviseHugePages(target.storage->getData(), size);
+}
+
 std::shared_ptr<IndexBuffer> mergeIndices(const Plan& plan) {
     if (!plan.indexType()) {
         return nullptr;
     }
     auto buffer = IndexBuffer::createDefault(*plan.indexType());
     const auto target = detail::findPackedIndices(*buffer);
-    target->storage->reserveFurther(plan.indexCount() * target->elementSizeInBytes);
+    reserve(*target, plan.indexCount());
     unsigned int lastIndex = 0;
     for (const Source& source : plan.sources()) {
         if (plan.isPlain(source)) {
@@ -402,7 +408,7 @@ AttributeBuffers mergeAttributes(const Plan& plan, std::span<const MeshInstance>
     for (const AttributeLayout& layout : plan.layout()) {
         result.push_back(AttributeBuffer::createDefault(layout.type, layout.componentCount, layout.name));
         if (const auto packed = detail::findPackedElements(*result.back())) {
-            packed->storage->reserveFurther(plan.vertexCount() * packed->elementSizeInBytes);
+            reserve(*packed, plan.vertexCount());
         }
     }
     for (std::size_t i = 0; i < instances.size(); ++i) {

@@ -7,8 +7,10 @@
 #include "vexa/mesh/detail/vertices/VertexClasses.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <stdexcept>
@@ -39,6 +41,45 @@ void checkOptions(const AttributeBuffers& attributes, const WeldOptions& options
     }
 }
 
+/// Turns the first vertex of each into new numbers.
+///
+/// \return the vertices that are kept
+std::vector<std::uint32_t> number(std::vector<std::uint32_t>& first) {
+    std::vector<std::uint32_t> kept;
+    for (std::uint32_t v = 0; v < first.size(); ++v) {
+        if (first[v] == v) {
+            first[v] = static_cast<std::uint32_t>(kept.size());
+            kept.push_back(v);
+        } else {
+            first[v] = first[first[v]];
+        }
+    }
+    return kept;
+}
+
+/// For each vertex the first one that is near it and of its kind. Only one of several equal positions is looked up.
+std::vector<std::uint32_t> firstNear(const AttributeElements& positions, const std::vector<detail::VertexRow>& compared,
+                                     std::size_t vertexCount, double tolerance) {
+    const std::vector<std::uint32_t> kinds = detail::firstEqual(compared, vertexCount);
+    std::vector<detail::VertexRow> all = compared;
+    all.push_back(positions.row());
+    std::vector<std::uint32_t> numbers = detail::firstEqual(all, vertexCount);
+    const std::vector<std::uint32_t> distinct = number(numbers);
+
+    std::vector<std::array<float, 3>> distinctPositions(distinct.size());
+    std::vector<std::uint32_t> distinctKinds(distinct.size());
+    for (std::size_t i = 0; i < distinct.size(); ++i) {
+        std::memcpy(distinctPositions[i].data(), positions[distinct[i]], sizeof distinctPositions[i]);
+        distinctKinds[i] = kinds[distinct[i]];
+    }
+    const detail::VertexRow row{reinterpret_cast<const unsigned char*>(distinctPositions.data()),
+                                sizeof distinctPositions[0], sizeof distinctPositions[0]};
+    const std::vector<std::uint32_t> near = detail::firstNear(row, distinctKinds, tolerance);
+    std::transform(numbers.begin(), numbers.end(), numbers.begin(),
+                   [&](std::uint32_t distinctVertex) { return distinct[near[distinctVertex]]; });
+    return numbers;
+}
+
 /// For each vertex the first one that is equal to it.
 std::vector<std::uint32_t> firstVertices(const AttributeBuffers& attributes,
                                          const std::vector<AttributeElements>& elements, std::size_t vertexCount,
@@ -58,24 +99,8 @@ std::vector<std::uint32_t> firstVertices(const AttributeBuffers& attributes,
             compared.push_back(elements[i].row());
         }
     }
-    std::vector<std::uint32_t> first = detail::firstEqual(compared, vertexCount);
-    return positions == nullptr ? first : detail::firstNear(positions->row(), first, *options.tolerance);
-}
-
-/// Turns the first vertex of each into new numbers.
-///
-/// \return the vertices that are kept
-std::vector<std::uint32_t> number(std::vector<std::uint32_t>& first) {
-    std::vector<std::uint32_t> kept;
-    for (std::uint32_t v = 0; v < first.size(); ++v) {
-        if (first[v] == v) {
-            first[v] = static_cast<std::uint32_t>(kept.size());
-            kept.push_back(v);
-        } else {
-            first[v] = first[first[v]];
-        }
-    }
-    return kept;
+    return positions == nullptr ? detail::firstEqual(compared, vertexCount)
+                                : firstNear(*positions, compared, vertexCount, *options.tolerance);
 }
 
 } // namespace

@@ -30,7 +30,7 @@ struct WeldResult {
 /// Of each class of equal vertices the first one is kept with all of its attributes, and those kept stay in order.
 /// Attributes are compared by the bits of their elements, never by padding between elements. With a tolerance, joining is
 /// transitive: of three vertices in a row with gaps of 0.9, a tolerance of 1 joins all, although the outer two are 1.8
-/// apart. Positions that are not finite are then joined with nothing.
+/// apart. Positions that are not finite are then joined with those of the same bits.
 ///
 /// The indices keep their number and order: triangles whose corners are joined stay, as collapsed ones.
 ///
