@@ -1,8 +1,10 @@
 #!/bin/sh
 # Runs a program and compares its output with a file.
-# usage: expect.sh EXPECTED PROGRAM
+# usage: expect.sh EXPECTED PROGRAM [ARGUMENT...]
 set -eu
 actual=$(mktemp)
 trap 'rm -f "$actual"' EXIT
-"$2" >"$actual"
-diff -u "$1" "$actual"
+expected=$1
+shift
+"$@" >"$actual"
+diff -u "$expected" "$actual"
