@@ -1,8 +1,10 @@
 #include "Arrays.h"
 #include "Bindings.h"
 
+#include <vexa/mesh/Faults.h>
 #include <vexa/mesh/MakeMesh.h>
 #include <vexa/mesh/Merge.h>
+#include <vexa/mesh/Normals.h>
 #include <vexa/mesh/Views.h>
 #include <vexa/mesh/Weld.h>
 
@@ -61,7 +63,10 @@ MeshPtr toMesh(const Array<std::uint32_t>& triangles, const Attributes& attribut
         std::memcpy(bytesOf(*buffer).data(), values.data(), static_cast<std::size_t>(values.nbytes()));
         buffers.push_back(std::move(buffer));
     }
-    return makeMesh(TRIANGLES, elementsOf(triangles), std::move(buffers), {.indexWidth = IndexWidth::Bits32});
+    // Indices are not checked here: functions that need them in range do so, and faults of them can be found.
+    auto indices = IndexBuffer::createDefault(UNSIGNED_INT);
+    assign(*indices, elementsOf(triangles));
+    return makeMesh(TRIANGLES, std::move(indices), std::move(buffers));
 }
 
 /// Faces and attributes of a mesh with packed buffers.
@@ -109,11 +114,45 @@ py::tuple merge(const std::vector<std::pair<Array<std::uint32_t>, Attributes>>& 
     return toArrays(*merged);
 }
 
+py::tuple normalsOf(const Array<std::uint32_t>& triangles, const Attributes& attributes, float creaseAngle,
+                    bool byArea) {
+    const MeshPtr mesh = toMesh(triangles, attributes);
+    MeshPtr result;
+    {
+        const py::gil_scoped_release unlocked;
+        result = computeNormals(
+            *mesh, {.creaseAngle = creaseAngle, .weighting = byArea ? NormalWeighting::Area : NormalWeighting::Angle});
+    }
+    return toArrays(*result);
+}
+
+/// Code, severity, attribute, total, sites and text of each fault.
+py::list faultsOf(const Array<std::uint32_t>& triangles, const Attributes& attributes, std::uint64_t maxSites) {
+    const MeshPtr mesh = toMesh(triangles, attributes);
+    std::vector<MeshFault> faults;
+    {
+        const py::gil_scoped_release unlocked;
+        faults = findFaults(*mesh, {.maxSites = maxSites});
+    }
+    py::list list;
+    for (const MeshFault& fault : faults) {
+        py::list sites;
+        for (const FaultSite& site : fault.sites) {
+            sites.append(py::make_tuple(site.element, site.value));
+        }
+        list.append(py::make_tuple(getStringForFaultCode(fault.code), getStringForFaultSeverity(fault.severity),
+                                   fault.attribute, fault.total, sites, fault.text));
+    }
+    return list;
+}
+
 } // namespace
 
 void addMeshes(py::module_& module) {
     module.def("weld", &weldMesh);
     module.def("merge", &merge);
+    module.def("compute_normals", &normalsOf);
+    module.def("find_faults", &faultsOf);
 }
 
 } // namespace vexa::python

@@ -38,8 +38,10 @@ bool report(const Progress& progress, double fraction) {
 }
 
 StripBufferOptions makeOptions(unsigned effort, bool degenerate, double microseconds, std::uint32_t seed,
-                               std::uint32_t maxTriangles, bool forVertexCache, const Progress& progress) {
+                               std::uint32_t maxTriangles, bool forVertexCache, unsigned threads,
+                               const Progress& progress) {
     StripBufferOptions options;
+    options.threads = threads;
     options.effort = effort;
     options.join = degenerate ? StripJoin::Degenerate : StripJoin::Restart;
     options.microsecondsPerTriangle = microseconds;
@@ -51,8 +53,9 @@ StripBufferOptions makeOptions(unsigned effort, bool degenerate, double microsec
 }
 
 Indices stripBuffer(const Indices& triangles, unsigned effort, bool degenerate, double microseconds, std::uint32_t seed,
-                    std::uint32_t maxTriangles, bool forVertexCache, const Progress& progress) {
-    const auto options = makeOptions(effort, degenerate, microseconds, seed, maxTriangles, forVertexCache, progress);
+                    std::uint32_t maxTriangles, bool forVertexCache, unsigned threads, const Progress& progress) {
+    const auto options =
+        makeOptions(effort, degenerate, microseconds, seed, maxTriangles, forVertexCache, threads, progress);
     std::vector<unsigned int> strip;
     {
         const py::gil_scoped_release unlocked;
@@ -62,8 +65,9 @@ Indices stripBuffer(const Indices& triangles, unsigned effort, bool degenerate, 
 }
 
 py::list stripList(const Indices& triangles, unsigned effort, double microseconds, std::uint32_t seed,
-                   std::uint32_t maxTriangles, bool forVertexCache, const Progress& progress) {
-    const auto options = makeOptions(effort, false, microseconds, seed, maxTriangles, forVertexCache, progress);
+                   std::uint32_t maxTriangles, bool forVertexCache, unsigned threads, const Progress& progress) {
+    const auto options =
+        makeOptions(effort, false, microseconds, seed, maxTriangles, forVertexCache, threads, progress);
     std::vector<IndexedPrimitive> strips;
     {
         const py::gil_scoped_release unlocked;
@@ -85,8 +89,10 @@ Indices trianglesOfStrip(const Indices& strip) {
     return toArray(std::move(triangles));
 }
 
-std::uint64_t lowerBound(const Indices& triangles, bool degenerate, unsigned sweeps, const Progress& progress) {
+std::uint64_t lowerBound(const Indices& triangles, bool degenerate, unsigned sweeps, unsigned threads,
+                         const Progress& progress) {
     BoundOptions options;
+    options.threads = threads;
     options.sweeps = sweeps;
     options.onProgress = [&progress](double fraction) { return report(progress, fraction); };
     const py::gil_scoped_release unlocked;

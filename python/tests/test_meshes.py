@@ -26,8 +26,6 @@ def test_attributes_have_one_row_for_each_vertex():
         Mesh([], {"id": [1 << 32]})
     with pytest.raises(ValueError, match="differ in their number of rows"):
         Mesh([0, 1, 2], {"position": np.zeros((3, 3)), "uv": np.zeros((4, 2), np.float32)})
-    with pytest.raises(IndexError, match="index 3 is beyond the 3 vertices"):
-        Mesh([0, 1, 3], {"position": np.zeros((3, 3))})
     with pytest.raises(TypeError, match="float32 or integers of up to 32 bits"):
         Mesh([], {"position": np.zeros((3, 3), np.complex64)})
     with pytest.raises(ValueError, match="expected the shape"):
@@ -96,3 +94,41 @@ def test_meshes_are_not_changed(grid):
     vexamesh.merge([(mesh, 2 * np.eye(4))])
     for name, values in mesh.attributes.items():
         np.testing.assert_array_equal(values, before[name])
+
+
+def test_normals_are_split_at_creases():
+    # A cube, whose edges are sharp.
+    positions = np.array([[x, y, z] for x in (0, 1) for y in (0, 1) for z in (0, 1)], dtype=np.float32)
+    squares = [(0, 1, 3, 2), (4, 6, 7, 5), (0, 4, 5, 1), (2, 3, 7, 6), (0, 2, 6, 4), (1, 5, 7, 3)]
+    cube = Mesh([t for a, b, c, d in squares for t in ((a, b, c), (a, c, d))], {"position": positions})
+    smooth = vexamesh.compute_normals(cube)
+    assert smooth.vertex_count == 8
+    np.testing.assert_allclose(smooth.attributes["normal"], (2 * positions - 1) / np.sqrt(3), atol=1e-6)
+    sharp = vexamesh.compute_normals(cube, crease_angle=0.5)
+    assert sharp.vertex_count == 24
+    corners = sharp.attributes["position"][sharp.faces]
+    faces = np.cross(corners[:, 1] - corners[:, 0], corners[:, 2] - corners[:, 0])
+    np.testing.assert_allclose(sharp.attributes["normal"][sharp.faces], np.repeat(faces[:, None], 3, axis=1), atol=1e-6)
+    with pytest.raises(ValueError, match="weighting"):
+        vexamesh.compute_normals(cube, weighting="volume")
+    with pytest.raises(ValueError, match="position"):
+        vexamesh.compute_normals(Mesh([0, 1, 2], {"uv": np.zeros((3, 2))}))
+
+
+def test_faults_are_found_with_their_places():
+    positions = np.eye(3)
+    assert vexamesh.find_faults(Mesh([0, 1, 2], {"position": positions}))[0].severity == "note"
+    faults = vexamesh.find_faults(Mesh([0, 1, 99], {"position": positions}))
+    assert faults[0].code == "index-out-of-range"
+    assert faults[0].severity == "error" and faults[0].total == 1 and faults[0].sites == [(2, 99.0)]
+    assert "99" in faults[0].text
+    many = vexamesh.find_faults(Mesh([0, 0, 1] * 50, {"position": positions}), max_sites=3)
+    collapsed = [fault for fault in many if fault.code == "collapsed-triangle"]
+    assert collapsed[0].total == 50 and len(collapsed[0].sites) == 3
+
+
+def test_indices_beyond_the_vertices_are_refused():
+    mesh = Mesh([0, 1, 3], {"position": np.zeros((3, 3))})
+    for work in (vexamesh.weld, vexamesh.compute_normals, lambda m: vexamesh.merge([m])):
+        with pytest.raises(ValueError, match="3"):
+            work(mesh)

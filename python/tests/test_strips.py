@@ -128,6 +128,14 @@ def test_strips_have_at_most_the_given_number_of_triangles(grid):
         assert len(vexamesh.unstrip(s)) <= 7
 
 
+def test_threads_do_not_change_the_result(grid):
+    faces = grid(150, 150)
+    np.testing.assert_array_equal(vexamesh.strip(faces, threads=0), vexamesh.strip(faces))
+    assert vexamesh.lower_bound(faces, threads=3) == vexamesh.lower_bound(faces)
+    with pytest.raises(ValueError, match="threads"):
+        vexamesh.strip(faces, threads=-1)
+
+
 def test_bound_is_never_above_the_strips(grid):
     faces = grid(12, 12)
     for join in ("restart", "degenerate"):

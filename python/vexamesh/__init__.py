@@ -14,16 +14,19 @@ Arrays of 32 bits are read where they are; others are converted. The interpreter
 works, Ctrl-C stops it, and what is wrong with an argument is a ValueError, TypeError or IndexError that says so.
 """
 
-from vexamesh._meshes import Mesh, Weld, merge, weld
+from vexamesh._meshes import Fault, Mesh, Weld, compute_normals, find_faults, merge, weld
 from vexamesh._normals import pack_normals, unpack_normals
 from vexamesh._strips import RESTART_INDEX, Edges, edges, lower_bound, strip, unstrip
 
 __all__ = [
     "RESTART_INDEX",
     "Edges",
+    "Fault",
     "Mesh",
     "Weld",
+    "compute_normals",
     "edges",
+    "find_faults",
     "lower_bound",
     "merge",
     "pack_normals",

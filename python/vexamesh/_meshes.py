@@ -1,5 +1,6 @@
 """Meshes: faces with the attributes of their vertices."""
 
+import math
 from typing import Any, Dict, Iterable, List, Literal, Mapping, NamedTuple, Optional, Sequence, Tuple, Union
 
 import numpy as np
@@ -21,11 +22,12 @@ class Mesh:
     the types that graphics APIs read: integers of 8, 16 or 32 bits and float32. Integers of 64 bits are stored in 32, and float64 is
     rounded to float32.
 
+    Indices beyond the vertices are for :func:`find_faults`; other functions refuse them with a ValueError.
+
     :param faces: as for :func:`vexamesh.strip`
     :param attributes: (v,) or (v, k) arrays by name
     :raise ValueError: two attributes differ in their number of rows, or an array has three dimensions
     :raise TypeError: an array is of another type
-    :raise IndexError: an index is not a row of the attributes
     """
 
     def __init__(self, faces: npt.ArrayLike, attributes: Mapping[str, npt.ArrayLike]) -> None:
@@ -34,8 +36,6 @@ class Mesh:
         rows = {name: len(values) for name, values in self.attributes.items()}
         if len(set(rows.values())) > 1:
             raise ValueError(f"attributes: they differ in their number of rows: {rows}")
-        if self.faces.size > 0 and int(self.faces.max()) >= self.vertex_count:
-            raise IndexError(f"faces: index {self.faces.max()} is beyond the {self.vertex_count} vertices")
 
     @property
     def vertex_count(self) -> int:
@@ -97,6 +97,52 @@ def merge(
         raise ValueError("meshes: there are none to merge")
     faces, attributes = _core.merge(parts, np.ascontiguousarray(placements).reshape(-1), missing == "zeros")
     return Mesh(faces, dict(attributes))
+
+
+def compute_normals(
+    mesh: Mesh, *, crease_angle: float = math.pi, weighting: Literal["angle", "area"] = "angle"
+) -> Mesh:
+    """Computes the normals of a mesh from its triangles.
+
+    :param mesh: with positions of three floats; not changed
+    :param crease_angle: angle between two triangles, in radians, above which their common edge is sharp: its vertices are
+        split, and follow after all others. From pi on, none are
+    :param weighting: whether a triangle counts in the normals of its corners as much as its angle there, or as its area
+    :return: the mesh with an attribute "normal"
+    :raise ValueError: positions are missing, or an index is beyond the vertices
+    """
+    if weighting not in ("angle", "area"):
+        raise ValueError(f'weighting: expected "angle" or "area", not {weighting!r}')
+    named = list(mesh.attributes.items())
+    faces, attributes = _core.compute_normals(mesh.faces.reshape(-1), named, crease_angle, weighting == "area")
+    return Mesh(faces, dict(attributes))
+
+
+class Fault(NamedTuple):
+    """All faults of one kind, and of one attribute if they concern one."""
+
+    code: str
+    """For example "index-out-of-range" or "non-manifold-edge"."""
+    severity: str
+    """"error", "warning" or "note"."""
+    attribute: str
+    """Its name, or the empty string."""
+    total: int
+    """Exact, also where not all places are listed."""
+    sites: List[Tuple[int, float]]
+    """The first places, each with the value found there."""
+    text: str
+    """What is wrong and where, in a sentence."""
+
+
+def find_faults(mesh: Mesh, *, max_sites: int = 16) -> List[Fault]:
+    """Finds everything that is wrong with a mesh: indices, values, normals, triangles, edges.
+
+    :param mesh: not changed
+    :param max_sites: places listed of each fault
+    :return: the worst first; empty for a mesh without faults
+    """
+    return [Fault(*f) for f in _core.find_faults(mesh.faces.reshape(-1), list(mesh.attributes.items()), max_sites)]
 
 
 def _as_32_bits(name: str, array: Attribute) -> Attribute:

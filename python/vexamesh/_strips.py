@@ -37,6 +37,7 @@ def strip(
     max_strip: Optional[int] = ...,
     microseconds_per_triangle: float = ...,
     seed: int = ...,
+    threads: int = ...,
     dtype: Optional[npt.DTypeLike] = ...,
     progress: Optional[Progress] = ...,
 ) -> npt.NDArray[Any]: ...
@@ -50,6 +51,7 @@ def strip(
     max_strip: Optional[int] = ...,
     microseconds_per_triangle: float = ...,
     seed: int = ...,
+    threads: int = ...,
     dtype: Optional[npt.DTypeLike] = ...,
     progress: Optional[Progress] = ...,
 ) -> List[npt.NDArray[Any]]: ...
@@ -62,6 +64,7 @@ def strip(
     max_strip: Optional[int] = None,
     microseconds_per_triangle: float = 10.0,
     seed: int = 1,
+    threads: int = 1,
     dtype: Optional[npt.DTypeLike] = None,
     progress: Optional[Progress] = None,
 ) -> Union[npt.NDArray[Any], List[npt.NDArray[Any]]]:
@@ -79,6 +82,7 @@ def strip(
     :param max_strip: most triangles of a strip
     :param microseconds_per_triangle: at effort 4, the time for the search
     :param seed: of the random numbers at efforts 3 and 4, from 0 to 4294967295
+    :param threads: most threads that search, 0 for one on each core; they do not change the result
     :param dtype: uint8, uint16 or uint32 (if None): the type of the indices, whose largest value is the restart index
     :param progress: called with the part that is done, from 0 to 1, at least every 50 ms; if it returns False, the
         search ends and the best strips so far are returned
@@ -96,6 +100,7 @@ def strip(
         _check_range("seed", seed, 0),
         0 if max_strip is None else _check_range("max_strip", max_strip, 1),
         cache_aware,
+        _check_range("threads", threads, 0),
         progress,
     )
     _check_range("effort", effort, 0)
@@ -118,18 +123,25 @@ def unstrip(strip: npt.ArrayLike) -> Indices:
 
 
 def lower_bound(
-    faces: npt.ArrayLike, join: Join = "restart", *, sweeps: int = 16, progress: Optional[Progress] = None
+    faces: npt.ArrayLike,
+    join: Join = "restart",
+    *,
+    sweeps: int = 16,
+    threads: int = 1,
+    progress: Optional[Progress] = None,
 ) -> int:
     """A proven lower bound: no strips of these triangles have fewer indices, however they are found.
 
     :param faces: as for :func:`strip`
     :param join: ``"restart"``: strips separated by restart indices; ``"degenerate"``: strips joined in any way
     :param sweeps: more of them take longer and prove a little more
+    :param threads: most threads that work, 0 for one on each core; they do not change the result
     :param progress: as for :func:`strip`; if it returns False, the bound is what is proven so far
     :return: the bound; 0 if all triangles are collapsed
     :raise ValueError, TypeError, IndexError, KeyboardInterrupt: as for :func:`strip`
     """
-    return _core.lower_bound(as_faces(faces), _is_degenerate(join), _check_range("sweeps", sweeps, 0), progress)
+    limits = _check_range("sweeps", sweeps, 0), _check_range("threads", threads, 0)
+    return _core.lower_bound(as_faces(faces), _is_degenerate(join), *limits, progress)
 
 
 class Edges(NamedTuple):
