@@ -4,14 +4,18 @@
 #include "support/Meshes.h"
 
 #include <vexa/mesh/HalfEdgeGraph.h>
+#include <vexa/mesh/Interleave.h>
 #include <vexa/mesh/MakeMesh.h>
+#include <vexa/mesh/Statistics.h>
 #include <vexa/mesh/Strips.h>
 #include <vexa/mesh/Triangles.h>
 #include <vexa/mesh/Views.h>
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <new>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -74,6 +78,18 @@ TEST(MakeMeshAllocation, FailureToAssignLeavesTheBuffer) {
         const std::vector<unsigned int> many(100);
         failEveryAllocation([&] { assign(*indices, many); }, areUnchanged);
     }
+}
+
+TEST(MakeMeshAllocation, FailureToInterleaveOrCountLeavesNothingBehind) {
+    const AttributeBuffers attributes{vexa::test::zeros("position", 20), vexa::test::zeros("normal", 20)};
+    failEveryAllocation([&] { interleave(attributes); }, [] {});
+    const std::vector<float> floats(20);
+    failEveryAllocation([&] { BufferStorage::copy(std::as_bytes(std::span(floats))); }, [] {});
+    const auto owner = std::make_shared<std::vector<float>>(20);
+    failEveryAllocation([&] { adoptAttribute("weight", std::span(*owner), owner); },
+                        [&] { ASSERT_EQ(owner.use_count(), 1); });
+    const meshes::Indices mesh = meshes::sphere(12, 8);
+    failEveryAllocation([&] { computeStats(TRIANGLES, mesh, {.cache = CacheModel::Lru}); }, [] {});
 }
 
 TEST(MakeMeshAllocation, FailureToTakePrimitivesLeavesThemInTheGraph) {

@@ -1,6 +1,7 @@
 #include "vexa/mesh/MakeMesh.h"
 
 #include "vexa/mesh/detail/elements/Indices.h"
+#include "vexa/mesh/detail/elements/MeshBuffers.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
@@ -10,25 +11,6 @@
 namespace vexa::mesh {
 
 namespace {
-
-/// Checks that attributes belong to one mesh, and returns its number of vertices.
-unsigned long requireAttributes(const char* caller, const AttributeBuffers& attributes) {
-    for (std::size_t i = 0; i < attributes.size(); ++i) {
-        if (!attributes[i]) {
-            throw std::invalid_argument(caller + (": attribute " + std::to_string(i)) +
-                                        " is an empty pointer; leave it out");
-        }
-        const unsigned long count = attributes[i]->getElementCount();
-        const unsigned long firstCount = attributes[0]->getElementCount();
-        if (count != firstCount) {
-            throw std::invalid_argument(caller + (": attribute \"" + attributes[i]->getAttributeName()) + "\" has " +
-                                        std::to_string(count) + " elements and attribute \"" +
-                                        attributes[0]->getAttributeName() + "\" " + std::to_string(firstCount) +
-                                        "; give every vertex one element of each");
-        }
-    }
-    return attributes.empty() ? 0 : attributes[0]->getElementCount();
-}
 
 void requireType(const char* caller, PrimitiveType type) {
     if (getVertexCountForPrimitiveType(type) == 0) {
@@ -107,7 +89,7 @@ std::shared_ptr<AttributeBuffer> copyAttribute(const AttributeBuffer& buffer) {
     const detail::ElementFormat format{type, buffer.getComponentCountPerElement(), 1};
     copy->resize(detail::countElements("copyMesh", buffer, format));
     const std::span<std::byte> bytes = bytesOf(*copy);
-    detail::copyElements(buffer, bytes.data(), copy->getElementCount());
+    detail::copyElements(buffer, bytes.data(), copy->getElementSizeInBytes(), copy->getElementCount());
     return copy;
 }
 
@@ -149,7 +131,7 @@ AttributeBuffers attributesOf(const Mesh& mesh) {
 MeshPtr makeMesh(PrimitiveType type, std::span<const unsigned int> indices, AttributeBuffers attributes,
                  const MakeMeshOptions& options) {
     requireType("makeMesh", type);
-    const unsigned long vertexCount = requireAttributes("makeMesh", attributes);
+    const unsigned long vertexCount = detail::requireAttributes("makeMesh", attributes);
     requireVertices(indices, vertexCount);
     auto buffer = IndexBuffer::createDefault(detail::indexTypeFor(options.indexWidth, UNSIGNED_INT, vertexCount));
     detail::requireIndicesFit("makeMesh", buffer->getComponentType(), indices);
@@ -164,7 +146,7 @@ MeshPtr makeMesh(std::span<const IndexedPrimitive> primitives, AttributeBuffers 
 
 MeshPtr makeMesh(PrimitiveType type, std::shared_ptr<IndexBuffer> indices, AttributeBuffers attributes) {
     requireType("makeMesh", type);
-    requireAttributes("makeMesh", attributes);
+    detail::requireAttributes("makeMesh", attributes);
     MeshPtr mesh = Mesh::createDefault(type, UNSIGNED_INT);
     mesh->setIndexBuffer(indices);
     for (auto& attribute : attributes) {

@@ -5,6 +5,7 @@
 #include "vexa/mesh/detail/elements/Kernels.h"
 #include "vexa/mesh/detail/elements/MeshBuffers.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
+#include "vexa/mesh/detail/elements/StridedCopy.h"
 
 #include <algorithm>
 #include <limits>
@@ -24,7 +25,7 @@ void checkCounts(unsigned long targetCount, unsigned long sourceCount) {
 /// Appends to another storage, without filling it with zeros first as resize does.
 bool appendIndicesInBulk(const detail::PackedIndices& target, const detail::PackedIndices& source,
                          unsigned long offset) {
-    if (source.storage == target.storage || !target.endWithStorage()) {
+    if (source.storage == target.storage || !target.canGrow()) {
         return false;
     }
     target.storage->reserveFurther(source.elementCount * target.elementSizeInBytes);
@@ -69,11 +70,29 @@ void appendIndices(IndexBuffer& target, IndexBuffer& source, unsigned long offse
     shiftIndices(target, targetCount, source, sourceCount, offset);
 }
 
+/// The kernel works on packed positions: a block at a time, in a copy that stays in the cache.
+detail::Bounds calcBounds(const detail::InterleavedElements& positions, unsigned long count, const glm::mat4& matrix) {
+    detail::Bounds bounds = detail::boundPosition(positions.bytes, matrix);
+    constexpr unsigned long size = 3 * sizeof(float);
+    constexpr unsigned long blockCount = 256;
+    unsigned char block[blockCount * size];
+    for (unsigned long begin = 0; begin < count; begin += blockCount) {
+        const unsigned long inBlock = std::min(blockCount, count - begin);
+        const unsigned char* const first = positions.bytes + begin * positions.strideInBytes;
+        detail::copyStrided<size>(first, positions.strideInBytes, block, size, inBlock);
+        detail::extendBounds(bounds, block, inBlock, matrix);
+    }
+    return bounds;
+}
+
 detail::Bounds calcBounds(AttributeBuffer& positions, unsigned long count, const glm::mat4& matrix) {
     if (const auto elements = detail::findPackedElements(positions)) {
         detail::Bounds bounds = detail::boundPosition(elements->bytes, matrix);
         detail::extendBounds(bounds, elements->bytes, count, matrix);
         return bounds;
+    }
+    if (const auto elements = detail::findInterleavedElements(positions)) {
+        return calcBounds(*elements, count, matrix);
     }
     const detail::ElementCopy position(positions.getElementSizeInBytes());
     positions.getElement(0, position.get());

@@ -5,6 +5,7 @@
 #include "vexa/mesh/detail/elements/Indices.h"
 #include "vexa/mesh/detail/elements/Kernels.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
+#include "vexa/mesh/detail/elements/StridedCopy.h"
 
 #include <cstdint>
 #include <cstring>
@@ -75,8 +76,8 @@ ElementRow locate(const char* caller, const AttributeBuffer& buffer) {
         return {nullptr, 0, stride};
     }
     // The count is the storage divided by the stride, so the product does not overflow.
-    const unsigned long behindLast = storage.getSizeInBytes() - (count - 1) * stride;
-    if (offset > behindLast || buffer.getElementSizeInBytes() > behindLast - offset) {
+    const unsigned long sizeFromLast = storage.getSizeInBytes() - (count - 1) * stride;
+    if (offset > sizeFromLast || buffer.getElementSizeInBytes() > sizeFromLast - offset) {
         throw std::invalid_argument(caller + (": " + nameOf(buffer)) + " has " + std::to_string(count) +
                                     " elements at offset " + std::to_string(offset) + " and stride " +
                                     std::to_string(stride) + ", which exceed its storage of " +
@@ -93,6 +94,32 @@ ElementRow view(const char* caller, const AttributeBuffer& buffer, const Element
                                     " is not aligned for the C++ type; copy its elements with toElements");
     }
     return row;
+}
+
+/// Copies elements of a size from one stride to another.
+void copySpaced(const std::byte* source, std::size_t sourceStride, std::byte* target, std::size_t targetStride,
+                std::size_t size, std::size_t count) {
+    if (sourceStride == size && targetStride == size && count != 0) {
+        std::memcpy(target, source, count * size);
+        return;
+    }
+    const auto* const from = reinterpret_cast<const unsigned char*>(source);
+    auto* const to = reinterpret_cast<unsigned char*>(target);
+    // A copy of constant size needs no function call.
+    switch (size) {
+    case 4:
+        return copyStrided<4>(from, sourceStride, to, targetStride, count);
+    case 8:
+        return copyStrided<8>(from, sourceStride, to, targetStride, count);
+    case 12:
+        return copyStrided<12>(from, sourceStride, to, targetStride, count);
+    case 16:
+        return copyStrided<16>(from, sourceStride, to, targetStride, count);
+    default:
+        for (std::size_t i = 0; i < count; ++i) {
+            std::memcpy(to + i * targetStride, from + i * sourceStride, size);
+        }
+    }
 }
 
 } // namespace
@@ -149,22 +176,16 @@ std::size_t countElements(const char* caller, const AttributeBuffer& buffer, con
     return buffer.getElementCount();
 }
 
-void copyElements(const AttributeBuffer& buffer, std::byte* elements, std::size_t count) {
+void copyElements(const AttributeBuffer& buffer, std::byte* elements, std::size_t strideInBytes, std::size_t count) {
     const unsigned long size = buffer.getElementSizeInBytes();
     if (findStorage(buffer) == nullptr) {
         for (std::size_t i = 0; i < count; ++i) {
-            buffer.getElement(i, elements + i * size);
+            buffer.getElement(i, elements + i * strideInBytes);
         }
         return;
     }
-    const ElementRow row = locate("toElements", buffer);
-    if (count != 0 && row.strideInBytes == size) {
-        std::memcpy(elements, row.begin, count * size);
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        std::memcpy(elements + i * size, row.begin + i * row.strideInBytes, size);
-    }
+    copySpaced(locate("toElements", buffer).begin, buffer.getElementStrideInBytes(), elements, strideInBytes, size,
+               count);
 }
 
 namespace {
@@ -186,13 +207,7 @@ void storeElements(AttributeBuffer& buffer, std::span<const std::byte> elements,
         return;
     }
     const ElementRow row = locate("assign", buffer);
-    if (count != 0 && row.strideInBytes == sizeInBytes) {
-        std::memcpy(row.begin, elements.data(), elements.size());
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        std::memcpy(row.begin + i * row.strideInBytes, elements.data() + i * sizeInBytes, sizeInBytes);
-    }
+    copySpaced(elements.data(), sizeInBytes, row.begin, row.strideInBytes, sizeInBytes, count);
 }
 
 /// Whether the last of a number of elements would end within as many strides; `locate` could otherwise fail after a

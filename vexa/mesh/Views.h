@@ -131,7 +131,8 @@ VEXA_MESH_EXPORT ElementRow viewStrided(const AttributeBuffer& buffer, const Ele
 VEXA_MESH_EXPORT ElementRow viewIndices(const IndexBuffer& buffer, const ElementFormat& format);
 VEXA_MESH_EXPORT std::size_t countElements(const char* caller, const AttributeBuffer& buffer,
                                            const ElementFormat& format);
-VEXA_MESH_EXPORT void copyElements(const AttributeBuffer& buffer, std::byte* elements, std::size_t count);
+VEXA_MESH_EXPORT void copyElements(const AttributeBuffer& buffer, std::byte* elements, std::size_t strideInBytes,
+                                   std::size_t count);
 VEXA_MESH_EXPORT void assignElements(AttributeBuffer& buffer, const ElementFormat& format,
                                      std::span<const std::byte> elements);
 VEXA_MESH_EXPORT AttributeBuffer& findAttribute(const Mesh& mesh, std::string_view name, const char* caller);
@@ -349,7 +350,7 @@ VEXA_MESH_EXPORT std::span<const std::byte> bytesOf(const Buffer& buffer);
 template <BufferElement T>
 requires(!std::is_const_v<T>) std::vector<T> toElements(const AttributeBuffer& buffer) {
     std::vector<T> elements(detail::countElements("toElements", buffer, detail::formatOf<T>));
-    detail::copyElements(buffer, reinterpret_cast<std::byte*>(elements.data()), elements.size());
+    detail::copyElements(buffer, reinterpret_cast<std::byte*>(elements.data()), sizeof(T), elements.size());
     return elements;
 }
 

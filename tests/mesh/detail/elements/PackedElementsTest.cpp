@@ -34,7 +34,7 @@ TEST(FindPackedElements, ReachesTheStorageOfTheLibrarysBuffers) {
     std::array<float, 3> second{};
     buffer->getElement(1, second.data());
     EXPECT_EQ(std::memcmp(elements->element(1), second.data(), sizeof second), 0);
-    EXPECT_TRUE(elements->endWithStorage());
+    EXPECT_TRUE(elements->canGrow());
 }
 
 TEST(FindPackedElements, GivesNothingForStridesAndOffsets) {
@@ -70,7 +70,7 @@ TEST(FindPackedElements, SeesAPartOfAnElementAtTheEndOfTheStorage) {
     const auto elements = findPackedElements(buffer);
     ASSERT_TRUE(elements.has_value());
     EXPECT_EQ(elements->elementCount, 2u);
-    EXPECT_FALSE(elements->endWithStorage());
+    EXPECT_FALSE(elements->canGrow());
 }
 
 TEST(FindPackedIndices, GivesTheTypeOfTheClass) {

@@ -4,6 +4,7 @@
 #include "vexa/mesh/detail/DefaultAttributeBuffer.h"
 #include "vexa/mesh/detail/elements/ElementCopy.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
+#include "vexa/mesh/detail/elements/StridedCopy.h"
 
 #include <algorithm>
 #include <cstring>
@@ -65,7 +66,7 @@ bool transformInBulk(const PackedElements& source, const PackedElements& target,
 bool appendInBulk(const PackedElements& source, const PackedElements& target,
                   const AttributeTransformationFunction& f) {
     if (source.elementSizeInBytes != target.elementSizeInBytes || !isOwnFunction(f, target.elementSizeInBytes) ||
-        source.storage == target.storage || !target.endWithStorage()) {
+        source.storage == target.storage || !target.canGrow()) {
         return false;
     }
     target.storage->reserveFurther(source.elementCount * source.elementSizeInBytes);
@@ -81,15 +82,6 @@ bool appendInBulk(const PackedElements& source, const PackedElements& target,
         target.storage->append(block, count * source.elementSizeInBytes);
     }
     return true;
-}
-
-/// Copies elements between rows of different strides.
-template <unsigned long Size>
-void copyStrided(const unsigned char* source, unsigned long sourceStride, unsigned char* target,
-                 unsigned long targetStride, unsigned long count) {
-    for (unsigned long i = 0; i < count; ++i) {
-        std::memcpy(target + i * targetStride, source + i * sourceStride, Size);
-    }
 }
 
 /// Transforms interleaved elements in place, in blocks that are packed for it.

@@ -5,6 +5,12 @@ namespace vexa::mesh::detail {
 /// Determinants up to this one make a matrix singular, and L1 norms below it are not divided by.
 constexpr float smallestNorm = 1e-9F;
 
+/// OctahedralCodec of one number of bits.
+struct OctahedralKernels {
+    void (*encode)(const void* normals, void* codes, unsigned long count);
+    void (*decode)(const void* codes, void* normals, unsigned long count);
+};
+
 /// The bulk functions of Kernels.h for one kind of processor. Matrices are 16 floats by columns, normal matrices 9 by
 /// rows.
 struct LaneKernels {
@@ -20,6 +26,10 @@ struct LaneKernels {
     bool (*areBytesUpTo)(const void* integers, unsigned long count, unsigned char limit);
     bool (*areShortsUpTo)(const void* integers, unsigned long count, unsigned short limit);
     bool (*areIntsUpTo)(const void* integers, unsigned long count, unsigned int limit);
+
+    OctahedralKernels octahedral8;
+    OctahedralKernels octahedral12;
+    OctahedralKernels octahedral16;
 };
 
 extern const LaneKernels sse2Kernels;

@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/detail/elements/LaneKernels.h"
 #include "vexa/mesh/detail/elements/Lanes.h"
+#include "vexa/mesh/detail/elements/OctahedralLanes.h"
 
 // The kernels, for the number of lanes of the including source. Lanes.h lists functions that must not be used here.
 namespace vexa::mesh::detail {
@@ -331,9 +332,23 @@ bool areUpTo(const void* integers, unsigned long count, Unsigned limit) {
     return areBlocksUpTo(block, step, limit);
 }
 
+template <int Bits>
+void encodeOctahedral(const void* normals, void* codes, unsigned long count) {
+    forEachBlock<vectorSize, OctahedralCodes<Bits>::size>(normals, codes, count, encodeBlocks<Bits>);
+}
+
+template <int Bits>
+void decodeOctahedral(const void* codes, void* normals, unsigned long count) {
+    forEachBlock<OctahedralCodes<Bits>::size, vectorSize>(codes, normals, count, decodeBlocks<Bits>);
+}
+
+template <int Bits>
+constexpr OctahedralKernels octahedralKernels{encodeOctahedral<Bits>, decodeOctahedral<Bits>};
+
 constexpr LaneKernels ownKernels{
-    transformPositions, transformNormals, transformDirections,    transformUnitDirections, extendBounds,
-    packNormals,        unpackNormals,    areUpTo<unsigned char>, areUpTo<unsigned short>, areUpTo<unsigned int>};
+    transformPositions,   transformNormals,      transformDirections,    transformUnitDirections, extendBounds,
+    packNormals,          unpackNormals,         areUpTo<unsigned char>, areUpTo<unsigned short>, areUpTo<unsigned int>,
+    octahedralKernels<8>, octahedralKernels<12>, octahedralKernels<16>};
 
 } // namespace
 } // namespace vexa::mesh::detail

@@ -100,6 +100,29 @@ inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLa
     first = _mm256_cvtepi32_ps(_mm256_and_si256(pairs, _mm256_set1_epi32(255)));
     second = _mm256_cvtepi32_ps(_mm256_srli_epi32(pairs, 8));
 }
+
+/// Rounds towards zero. The lanes fit 32-bit integers.
+inline FloatLanes truncate(FloatLanes a) {
+    return _mm256_cvtepi32_ps(_mm256_cvttps_epi32(a));
+}
+
+/// Stores whole numbers of a number of bits in pairs, the first one in the low bits of 4 bytes.
+template <int Bits>
+void storeIntegerPairs(unsigned char* pairs, FloatLanes first, FloatLanes second) {
+    const __m256i low = _mm256_set1_epi32((1 << Bits) - 1);
+    const __m256i high = _mm256_and_si256(_mm256_cvttps_epi32(second), low);
+    _mm256_storeu_si256(
+        reinterpret_cast<__m256i*>(pairs),
+        _mm256_or_si256(_mm256_and_si256(_mm256_cvttps_epi32(first), low), _mm256_slli_epi32(high, Bits)));
+}
+
+/// Reads what storeIntegerPairs stores.
+template <int Bits>
+void loadIntegerPairs(const unsigned char* pairs, FloatLanes& first, FloatLanes& second) {
+    const __m256i both = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pairs));
+    first = _mm256_cvtepi32_ps(_mm256_srai_epi32(_mm256_slli_epi32(both, 32 - Bits), 32 - Bits));
+    second = _mm256_cvtepi32_ps(_mm256_srai_epi32(_mm256_slli_epi32(both, 32 - 2 * Bits), 32 - Bits));
+}
 #else
 using FloatLanes = __m128;
 constexpr unsigned long laneCount = 4;
@@ -178,6 +201,28 @@ inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLa
         _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes)), _mm_setzero_si128());
     first = _mm_cvtepi32_ps(_mm_and_si128(pairs, _mm_set1_epi32(255)));
     second = _mm_cvtepi32_ps(_mm_srli_epi32(pairs, 8));
+}
+
+/// Rounds towards zero. The lanes fit 32-bit integers.
+inline FloatLanes truncate(FloatLanes a) {
+    return _mm_cvtepi32_ps(_mm_cvttps_epi32(a));
+}
+
+/// Stores whole numbers of a number of bits in pairs, the first one in the low bits of 4 bytes.
+template <int Bits>
+void storeIntegerPairs(unsigned char* pairs, FloatLanes first, FloatLanes second) {
+    const __m128i low = _mm_set1_epi32((1 << Bits) - 1);
+    const __m128i high = _mm_and_si128(_mm_cvttps_epi32(second), low);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pairs),
+                     _mm_or_si128(_mm_and_si128(_mm_cvttps_epi32(first), low), _mm_slli_epi32(high, Bits)));
+}
+
+/// Reads what storeIntegerPairs stores.
+template <int Bits>
+void loadIntegerPairs(const unsigned char* pairs, FloatLanes& first, FloatLanes& second) {
+    const __m128i both = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pairs));
+    first = _mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(both, 32 - Bits), 32 - Bits));
+    second = _mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(both, 32 - 2 * Bits), 32 - Bits));
 }
 #endif
 

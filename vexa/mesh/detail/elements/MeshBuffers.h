@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/MakeMesh.h"
 #include "vexa/mesh/Mesh.h"
 
 namespace vexa::mesh::detail {
@@ -13,5 +14,11 @@ std::shared_ptr<AttributeBuffer> requireAttributeBuffer(const Mesh& mesh, unsign
 ///
 /// \throw std::logic_error "Attribute buffer is empty": the mesh holds an empty pointer in place of the first attribute
 unsigned long countVertices(const Mesh& mesh);
+
+/// Checks that attributes can belong to one mesh, and returns its number of vertices.
+///
+/// \param caller name of the public function, with which the messages begin
+/// \throw std::invalid_argument a pointer is empty, or the numbers of elements differ
+unsigned long requireAttributes(const char* caller, const AttributeBuffers& attributes);
 
 } // namespace vexa::mesh::detail

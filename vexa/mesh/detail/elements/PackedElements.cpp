@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/detail/DefaultAttributeBuffer.h"
 #include "vexa/mesh/detail/DefaultIndexBuffer.h"
+#include "vexa/mesh/detail/elements/AdoptedBufferData.h"
 
 #include <functional>
 #include <typeinfo>
@@ -12,6 +13,10 @@ namespace {
 
 enum class StorageClass { Own, Any };
 
+bool isOwn(const BufferData& data) {
+    return typeid(data) == typeid(VectorBufferData) || typeid(data) == typeid(AdoptedBufferData);
+}
+
 std::optional<PackedElements> findElements(DefaultBuffer& buffer, unsigned long elementSizeInBytes,
                                            StorageClass accepted) {
     BufferData* const data = buffer.getBufferData().get();
@@ -19,11 +24,11 @@ std::optional<PackedElements> findElements(DefaultBuffer& buffer, unsigned long 
         buffer.getElementOffsetInBytes() != 0) {
         return std::nullopt;
     }
-    const bool isOwn = typeid(*data) == typeid(VectorBufferData);
-    if (!isOwn && accepted == StorageClass::Own) {
+    const bool isVector = typeid(*data) == typeid(VectorBufferData);
+    if (accepted == StorageClass::Own && !isOwn(*data)) {
         return std::nullopt;
     }
-    return PackedElements{isOwn ? static_cast<VectorBufferData*>(data) : nullptr,
+    return PackedElements{isVector ? static_cast<VectorBufferData*>(data) : nullptr,
                           static_cast<unsigned char*>(data->getData()), elementSizeInBytes, buffer.getElementCount()};
 }
 
@@ -84,8 +89,7 @@ std::optional<InterleavedElements> findInterleavedElements(AttributeBuffer& buff
     const unsigned long size = own.getElementSizeInBytes();
     const unsigned long stride = own.getElementStrideInBytes();
     const unsigned long offset = own.getElementOffsetInBytes();
-    if (data == nullptr || typeid(*data) != typeid(VectorBufferData) || size == 0 || size > stride ||
-        offset > stride - size) {
+    if (data == nullptr || !isOwn(*data) || size == 0 || size > stride || offset > stride - size) {
         return std::nullopt;
     }
     auto* const bytes = static_cast<unsigned char*>(data->getData());

@@ -10,7 +10,7 @@ namespace vexa::mesh::detail {
 
 /// Consecutive elements that start at the first byte of a storage. Valid until the buffer is resized.
 struct PackedElements {
-    VectorBufferData* storage; ///< null for a storage of another class, which only findStoredIndices accepts
+    VectorBufferData* storage; ///< null for storage of another class, to which nothing can be appended
     unsigned char* bytes;      ///< null while there are none
     unsigned long elementSizeInBytes;
     unsigned long elementCount;
@@ -19,8 +19,10 @@ struct PackedElements {
         return index == 0 ? bytes : bytes + index * elementSizeInBytes;
     }
 
-    /// Whether nothing, not even a part of an element, follows the last element in the storage.
-    [[nodiscard]] bool endWithStorage() const { return elementCount * elementSizeInBytes == storage->getSizeInBytes(); }
+    /// Whether elements can be appended to the storage: nothing, not even a part of one, follows the last.
+    [[nodiscard]] bool canGrow() const {
+        return storage != nullptr && elementCount * elementSizeInBytes == storage->getSizeInBytes();
+    }
 };
 
 struct PackedIndices : PackedElements {
