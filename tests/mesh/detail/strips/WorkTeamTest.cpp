@@ -44,16 +44,12 @@ TEST(WorkTeam, SharesTheWork) {
 TEST(WorkTeam, LeavesOutTheRestWhenStopped) {
     for (const unsigned threads : {1U, 3U}) {
         WorkTeam team(threads);
-        std::atomic<unsigned> calls = 0;
-        std::atomic<unsigned> asked = 0;
-        const auto work = [&](std::uint32_t, unsigned member) {
-            // The others wait until the owner has stopped.
-            for (++calls; member != 0 && asked < 3;) {
-                std::this_thread::yield();
-            }
-        };
-        EXPECT_FALSE(team.forEach(1000, work, [&] { return ++asked < 3; }));
-        EXPECT_LT(calls, 10U) << threads;
+        constexpr std::uint32_t tooMany = 4000000000;
+        std::atomic<std::uint32_t> calls = 0;
+        unsigned asked = 0;
+        EXPECT_FALSE(team.forEach(
+            tooMany, [&](std::uint32_t, unsigned) { ++calls; }, [&] { return ++asked < 3; }));
+        EXPECT_LT(calls, tooMany) << threads;
     }
 }
 
@@ -72,9 +68,17 @@ TEST(WorkTeam, PassesOnWhatACallThrows) {
 
 TEST(WorkTeam, PassesOnWhatThePollThrows) {
     WorkTeam team(3);
-    EXPECT_THROW(team.forEach(
-                     1000, [](std::uint32_t, unsigned) {}, []() -> bool { throw std::runtime_error("poll"); }),
-                 std::runtime_error);
+    std::atomic<bool> hasPolled = false;
+    const auto wait = [&](std::uint32_t, unsigned) {
+        while (!hasPolled) {
+            std::this_thread::yield();
+        }
+    };
+    const auto poll = [&]() -> bool {
+        hasPolled = true;
+        throw std::runtime_error("poll");
+    };
+    EXPECT_THROW(team.forEach(1000000, wait, poll), std::runtime_error);
 }
 
 TEST(ThreadsFor, GivesSmallMeshesOneThread) {
