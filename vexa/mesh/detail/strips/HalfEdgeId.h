@@ -26,4 +26,12 @@ constexpr HalfEdgeId prevOf(HalfEdgeId halfEdge) {
     return placeOf(halfEdge) == 0 ? halfEdge + 2 : halfEdge - 1;
 }
 
+// The same without a branch, for walks around vertices: places cannot be predicted there.
+constexpr HalfEdgeId nextUnpredicted(HalfEdgeId halfEdge) {
+    return halfEdge + 1 - 3 * (halfEdge >> 1 & 1);
+}
+constexpr HalfEdgeId prevUnpredicted(HalfEdgeId halfEdge) {
+    return halfEdge + 2 - 3 * ((halfEdge | halfEdge >> 1) & 1);
+}
+
 } // namespace vexa::mesh::detail

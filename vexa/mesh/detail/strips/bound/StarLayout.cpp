@@ -52,7 +52,7 @@ HalfEdgeId findFirst(const Sides& sides, HalfEdgeId corner) {
         if (sides.isOutside(twin)) {
             return current;
         }
-        current = nextOf(twin);
+        current = nextUnpredicted(twin);
         if (current == corner) {
             return corner;
         }
@@ -101,7 +101,7 @@ private:
             std::uint8_t& seen = isSeen_[triangleOf(current)];
             seen = static_cast<std::uint8_t>(seen | 1U << placeOf(current));
             finder.add(triangleOf(current));
-            current = sides_.twin(prevOf(current));
+            current = sides_.twin(prevUnpredicted(current));
             if (sides_.isOutside(current) || current == first) {
                 break;
             }
@@ -203,7 +203,7 @@ private:
             addEntry(first, first);
         }
         for (HalfEdgeId current = first;;) {
-            const HalfEdgeId side = prevOf(current);
+            const HalfEdgeId side = prevUnpredicted(current);
             current = sides_.twin(side);
             if (sides_.isOutside(current)) {
                 addEntry(side, side);
@@ -218,7 +218,7 @@ private:
         HalfEdgeId firstCorner = first;
         if (!isOpen) {
             for (std::ptrdiff_t steps = keptFirst(star, layout_.entries_.end()); steps > 0; --steps) {
-                firstCorner = sides_.twin(prevOf(firstCorner));
+                firstCorner = sides_.twin(prevUnpredicted(firstCorner));
             }
         }
         layout_.ends_.push_back({static_cast<std::uint32_t>(layout_.entries_.size()) & 0x7fffffffU, isOpen ? 1U : 0U});

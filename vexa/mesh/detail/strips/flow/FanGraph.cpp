@@ -44,28 +44,29 @@ void FanGraph::addFan(const StripPartition& partition, HalfEdgeId corner) {
     std::size_t end = begin;
     begins_[id] = static_cast<std::uint32_t>(begin);
     firsts_[id] = corner;
+    const HalfEdgeId border = partition.border();
     HalfEdgeId spoke = corner;
     do {
         fanOfCorner_[spoke] = id;
-        neighbours_[end++] = nextOf(spoke);
-        spoke = partition.twin(prevOf(spoke));
-    } while (spoke != partition.border() && spoke != corner);
+        neighbours_[end++] = nextUnpredicted(spoke);
+        spoke = partition.twin(prevUnpredicted(spoke));
+    } while (spoke != border && spoke != corner);
     std::size_t size = end - begin;
     if (spoke != corner) {
         // Open: the list starts at the border on the other side.
         spoke = corner;
-        for (HalfEdgeId across = partition.twin(spoke); across != partition.border(); across = partition.twin(spoke)) {
-            spoke = nextOf(across);
+        for (HalfEdgeId across = partition.twin(spoke); across != border; across = partition.twin(spoke)) {
+            spoke = nextUnpredicted(across);
             fanOfCorner_[spoke] = id;
             ++size;
         }
         firsts_[id] = spoke | openFan;
         end = begin;
-        for (HalfEdgeId next = spoke; next != partition.border(); next = partition.twin(prevOf(spoke))) {
+        for (HalfEdgeId next = spoke; next != border; next = partition.twin(prevUnpredicted(spoke))) {
             spoke = next;
-            neighbours_[end++] = nextOf(spoke);
+            neighbours_[end++] = nextUnpredicted(spoke);
         }
-        neighbours_[end++] = prevOf(spoke);
+        neighbours_[end++] = prevUnpredicted(spoke);
     }
     const auto charge = static_cast<std::uint8_t>((3 - size % 3) % 3);
     states_[id] = charge;

@@ -57,15 +57,15 @@ void Stars::addFan(const StripPartition& partition, HalfEdgeId corner, std::vect
     do {
         const HalfEdgeId across = partition.twin(first);
         isOpen = across == partition.border();
-        first = isOpen ? first : nextOf(across);
+        first = isOpen ? first : nextUnpredicted(across);
     } while (!isOpen && first != corner);
     fan_.clear();
     HalfEdgeId spoke = first;
     do {
         std::uint8_t& seen = isSeen[triangleOf(spoke)];
         seen = static_cast<std::uint8_t>(seen | 1U << placeOf(spoke));
-        fan_.push_back({spoke, partition.twin(nextOf(spoke))});
-        spoke = partition.twin(prevOf(spoke));
+        fan_.push_back({spoke, partition.twin(nextUnpredicted(spoke))});
+        spoke = partition.twin(prevUnpredicted(spoke));
     } while (spoke != partition.border() && spoke != first);
     if (fan_.size() <= maxStarSize) {
         addWhole(isOpen);
