@@ -237,6 +237,18 @@ TEST(StripBuffer, StoppedAtAnyTimeStillHoldsEveryTriangle) {
     }
 }
 
+TEST(StripBuffer, StoppedBeforeAnnealingReturnsTheStripsOfEffortTwo) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(60, 50), 5), 2);
+    const auto goesOn = [](const StripProgress& progress) { return progress.phase != StripPhase::Annealing; };
+    EXPECT_EQ(buildStripBuffer(mesh, {.effort = 3, .onProgress = goesOn}), buildStripBuffer(mesh, {.effort = 2}));
+}
+
+TEST(StripBuffer, StoppedDuringTheFlowReturnsGreedyStrips) {
+    const Indices mesh = meshes::damaged(meshes::sphere(60, 50), 5);
+    const auto goesOn = [](const StripProgress& progress) { return progress.phase != StripPhase::Flow; };
+    EXPECT_EQ(buildStripBuffer(mesh, {.effort = 2, .onProgress = goesOn}), buildStripBuffer(mesh, {.effort = 0}));
+}
+
 TEST(StripBuffer, CallsBackFromTheCallingThread) {
     const Indices mesh = meshes::shuffled(meshes::sphere(120, 90), 2);
     const std::thread::id caller = std::this_thread::get_id();

@@ -33,7 +33,7 @@ struct StripBufferOptions {
     /// Orders short strips such that they find many of their vertices in the vertex cache of a graphics processor: fewer
     /// vertices are transformed, for more indices. Strips are cut to 16 triangles, or to 20 in regular meshes.
     bool forVertexCache = false;
-    /// Called from the calling thread, at least every 50 ms of work. False ends the search early: steps that every result
+    /// Called from the calling thread, at each phase and at least every 50 ms of work. False ends the search early: steps that every result
     /// needs are completed without further calls, and the best strips so far are returned. Whatever it throws leaves the
     /// function.
     std::function<bool(const StripProgress&)> onProgress = {};

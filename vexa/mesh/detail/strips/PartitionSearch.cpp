@@ -184,12 +184,17 @@ void PartitionSearch::extendStrips(StripPartition& partition) {
 void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps,
                              const std::function<double(std::uint32_t)>& cooling) {
     monitor_.startPhase(StripPhase::Annealing, 0.9);
+    if (monitor_.isStopped()) {
+        return;
+    }
     const LinkSnapshot earlier(partition);
     labelByLinks(partition);
     const bool isRestart = options_.join == StripJoin::Restart;
     // Where charges are few and far apart, sweeps do not find the long ways between them.
-    annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, cooling}, team_,
-                 monitor_);
+    if (!annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, cooling}, team_,
+                      monitor_)) {
+        return;
+    }
     cutLoops(partition, monitor_.poller());
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     extendStrips(partition);

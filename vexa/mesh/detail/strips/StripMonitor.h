@@ -14,11 +14,12 @@ class StripMonitor {
 public:
     explicit StripMonitor(const std::function<bool(const StripProgress&)>& onProgress) : onProgress_(onProgress) {}
 
-    /// Begins a phase that is about this share of the work still to come.
+    /// Begins a phase that is about this share of the work still to come, and reports it.
     void startPhase(StripPhase phase, double share) {
         phase_ = phase;
         begin_ = end_;
         end_ += (1 - end_) * share;
+        nextCall_ = {};
         poll(0, 1);
     }
 

@@ -222,7 +222,9 @@ bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const A
                    WorkTeam& team, StripMonitor& monitor) {
     constexpr std::uint32_t coldPasses = 5;
     const auto endCost = static_cast<std::int16_t>(options.endCost * costUnit);
-    annealing.cool(options.endCost, coldPasses, monitor, 0);
+    if (!annealing.cool(options.endCost, coldPasses, monitor, 0)) {
+        return false;
+    }
     const double given = annealing.cost(partition, options.endCost, monitor.poller());
     std::vector<LabelCode> codes = annealing.codes();
     if (!labelBySplittingCosts(partition, endCost, options.sweeps, team, monitor)) {
@@ -239,7 +241,7 @@ bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const A
 
 } // namespace
 
-void annealLabels(StripPartition& partition, const AnnealingOptions& options, WorkTeam& team, StripMonitor& monitor) {
+bool annealLabels(StripPartition& partition, const AnnealingOptions& options, WorkTeam& team, StripMonitor& monitor) {
     constexpr std::uint32_t coldPasses = 4;
     // Making the tables takes as long as a pass over ten thousand triangles.
     const std::uint32_t steps = std::clamp(partition.count() / 1024, 4U, 24U);
@@ -258,8 +260,11 @@ void annealLabels(StripPartition& partition, const AnnealingOptions& options, Wo
         }
         goesOn = annealing.pass(*odds, monitor, done);
     }
-    annealing.cool(options.endCost, coldPasses, monitor, 1);
+    if (!goesOn || !annealing.cool(options.endCost, coldPasses, monitor, 1)) {
+        return false;
+    }
     annealing.link(partition, monitor.poller());
+    return true;
 }
 
 } // namespace vexa::mesh::detail

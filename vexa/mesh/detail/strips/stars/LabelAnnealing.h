@@ -22,6 +22,8 @@ struct AnnealingOptions {
 /// A pass visits every star and draws the labels of all its triangles at once, each combination as likely as its cost at
 /// the temperature says while everything around the star stands still. The temperature falls until changes for the worse
 /// no longer happen. The labels must be set; see flow/Labels.h. What comes out does not depend on the size of the team.
-void annealLabels(StripPartition& partition, const AnnealingOptions& options, WorkTeam& team, StripMonitor& monitor);
+///
+/// \return false when the monitor's caller has stopped it; the links are then as they were
+bool annealLabels(StripPartition& partition, const AnnealingOptions& options, WorkTeam& team, StripMonitor& monitor);
 
 } // namespace vexa::mesh::detail
