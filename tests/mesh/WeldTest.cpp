@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <map>
 #include <stdexcept>
@@ -70,6 +71,14 @@ TEST(Weld, ToleranceIsTransitiveAndLimitedByOtherAttributes) {
         makeMesh(POINTS, nullptr, {makeAttribute("position", row), makeAttribute("id", std::vector<int>{1, 2, 1, 1})});
     EXPECT_THAT(weld(*withIds, {.tolerance = 1}).remap, ElementsAre(0, 1, 2, 3));
     EXPECT_THAT(weld(*withIds, {.tolerance = 1, .compare = {"position"}}).remap, ElementsAre(0, 0, 0, 1));
+}
+
+TEST(Weld, AcceptsHugeAndTinyTolerances) {
+    const float large = 3e38F;
+    EXPECT_THAT(weld(*soupOf({{0, 0, 0}, {large, 0, 0}, {-large, 0, 0}}), {.tolerance = 1e300}).remap,
+                ElementsAre(0, 0, 0));
+    const Positions near{{large, 0, 0}, {large, 0, 0}, {std::nextafter(large, 0.0F), 0, 0}};
+    EXPECT_THAT(weld(*soupOf(near), {.tolerance = 1e-300}).remap, ElementsAre(0, 0, 1));
 }
 
 TEST(Weld, NeverReadsThePaddingOfInterleavedElements) {

@@ -84,7 +84,7 @@ public:
 };
 
 TEST_F(SessionWrite, RefusesDamagedEdges) {
-    const auto edges = vexa::tool::replaceByEdges(load(), false);
+    const auto edges = vexa::tool::replaceByEdges(load(), {});
     expectGlbDamageFound(edges.file, edges.findFault);
 }
 
@@ -126,7 +126,7 @@ TEST_F(SessionWrite, RefusesDamagedPackedNormals) {
 }
 
 TEST_F(SessionWrite, RefusesWhatCannotBeReadBack) {
-    const auto edges = vexa::tool::replaceByEdges(load(), false);
+    const auto edges = vexa::tool::replaceByEdges(load(), {});
     const Bytes half(edges.file.begin(), edges.file.begin() + static_cast<std::ptrdiff_t>(edges.file.size() / 2));
     EXPECT_THROW(session.write(out, half, edges.findFault), CheckError);
     EXPECT_THROW(session.write(out, {}, edges.findFault), CheckError);
@@ -136,7 +136,7 @@ TEST_F(SessionWrite, RefusesWhatCannotBeReadBack) {
 TEST_F(SessionWrite, RefusesAChangeOfAnythingElse) {
     Document document = load();
     document.asset.json["materials"] = Json::array({{{"name", "blue"}}});
-    const auto edges = vexa::tool::replaceByEdges(document, false);
+    const auto edges = vexa::tool::replaceByEdges(document, {});
     std::string text(edges.file.begin(), edges.file.end());
     const std::size_t name = text.find("blue");
     ASSERT_NE(name, std::string::npos);

@@ -44,6 +44,42 @@ TEST_F(EdgesCommand, WritesTheBorderAlone) {
     EXPECT_EQ(mesh["lines"], 4);
 }
 
+/// Two triangles that meet at a right angle, each with corners of its own.
+GltfModel foldedModel() {
+    GltfModel model;
+    const int positions =
+        model.addPositions({0, 0, 0, 0, 1, 0, -1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1, 5, 0, 0, 6, 0, 0, 5, 1, 0, 6, 1, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 3, 4, 5, 6, 7, 8, 8, 7, 9}));
+    return model;
+}
+
+TEST_F(EdgesCommand, WritesEdgesOfTheChosenClasses) {
+    const std::string file = write("a.glb", foldedModel());
+    const ProcessResult result = run({"edges", file, "-o", out, "--classes", "crease", "--json"}, 0);
+    EXPECT_THAT(lines(), ElementsAre(std::pair(0, 1)));
+    const Json mesh = Json::parse(result.out)["meshes"][0];
+    EXPECT_EQ(mesh["edges"], 10);
+    EXPECT_EQ(mesh["borderEdges"], 8);
+    EXPECT_EQ(mesh["creaseEdges"], 1);
+    EXPECT_EQ(mesh["seamEdges"], 1);
+    EXPECT_EQ(mesh["lines"], 1);
+    run({"edges", file, "-o", out, "--classes", "smooth"}, 0);
+    EXPECT_THAT(lines(), ElementsAre(std::pair(7, 8)));
+    run({"edges", file, "-o", out, "--classes", "border,seam"}, 0);
+    EXPECT_EQ(lines().size(), 9u);
+    const ProcessResult wide =
+        run({"edges", file, "-o", out, "--classes", "crease,smooth", "--crease-angle", "100", "--json"}, 0);
+    EXPECT_EQ(Json::parse(wide.out)["meshes"][0]["creaseEdges"], 0);
+}
+
+TEST_F(EdgesCommand, RefusesUnknownClasses) {
+    const std::string file = write("a.glb", foldedModel());
+    EXPECT_THAT(run({"edges", file, "-o", out, "--classes", "crease,sharp"}, 2).err,
+                testing::HasSubstr("\"sharp\" is not a class of edges"));
+    EXPECT_THAT(run({"edges", file, "-o", out, "--classes", "crease", "--border"}, 2).err,
+                testing::HasSubstr("exclude one another"));
+}
+
 TEST_F(EdgesCommand, RemovesMeshesWithoutABorder) {
     GltfModel model;
     const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1});

@@ -35,6 +35,24 @@ TEST_F(ValidateCommand, PrintsTheMessagesOfTheLibrary) {
     EXPECT_THAT(run({"validate", write("c.glb", nameless)}, 1).out, HasSubstr("Missing position attribute"));
 }
 
+TEST_F(ValidateCommand, ListsEveryFaultInJson) {
+    const Json valid = Json::parse(run({"validate", "--json", write("a.glb", gridModel(2, 2))}, 0).out);
+    const Json notes = valid["files"][0]["primitives"][0]["faults"];
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes[0]["code"], "open-border");
+    EXPECT_EQ(notes[0]["severity"], "note");
+    EXPECT_EQ(notes[0]["total"], 8);
+    EXPECT_EQ(notes[0]["sites"].size(), 8u);
+    EXPECT_EQ(notes[0]["text"], "8 edges have only one triangle, first 0-1");
+
+    GltfModel model = gridModel(2, 2);
+    model.json["accessors"][0]["count"] = 8;
+    const Json invalid = Json::parse(run({"validate", "--json", write("b.glb", model)}, 1).out);
+    const Json fault = invalid["files"][0]["primitives"][0]["faults"][0];
+    EXPECT_EQ(fault["code"], "index-out-of-range");
+    EXPECT_EQ(fault["sites"][0]["value"], 8);
+}
+
 TEST_F(ValidateCommand, BrokenFileOutweighsAFailedCheck) {
     GltfModel model = gridModel(2, 2);
     model.json["accessors"][0]["count"] = 8;

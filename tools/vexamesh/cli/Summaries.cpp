@@ -7,7 +7,22 @@
 
 namespace vexa::tool {
 
-Table edgeTable(const std::vector<EdgeStats>& meshes) {
+Table edgeTable(const std::vector<EdgeStats>& meshes, bool isClassified) {
+    if (isClassified) {
+        Table table({{"mesh", true, "name"},
+                     {"triangles", false, "triangles"},
+                     {"edges", false, "edges"},
+                     {"border", false, "borderEdges"},
+                     {"crease", false, "creaseEdges"},
+                     {"seam", false, "seamEdges"},
+                     {"non-manifold", false, "nonManifoldEdges"},
+                     {"lines written", false, "lines"}});
+        for (const EdgeStats& stats : meshes) {
+            table.addRow({stats.name, stats.triangles, stats.edges, stats.border, stats.crease, stats.seam,
+                          stats.nonManifold, stats.written});
+        }
+        return table;
+    }
     Table table({{"mesh", true, "name"},
                  {"triangles", false, "triangles"},
                  {"edges", false, "edges"},

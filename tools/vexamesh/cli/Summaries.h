@@ -13,7 +13,8 @@ namespace vexa::tool {
 
 class Console;
 
-Table edgeTable(const std::vector<EdgeStats>& meshes);
+/// \param isClassified whether there are columns for creases, seams and non-manifold edges
+Table edgeTable(const std::vector<EdgeStats>& meshes, bool isClassified);
 Table unstripTable(const std::vector<UnstripStats>& meshes);
 
 /// Prints the names of the files, the rows of a table of meshes and the notes of the session as JSON, or the table alone.

@@ -3,11 +3,17 @@
 #include "base/Errors.h"
 #include "io/gltf/IndexEdit.h"
 #include "io/gltf/UnusedData.h"
+#include "ops/MeshConversion.h"
 #include "ops/Triangles.h"
 #include "ops/UneditedContent.h"
 
-#include <optional>
+#include <algorithm>
+#include <array>
+#include <numbers>
+#include <sstream>
+#include <utility>
 #include <vexa/mesh/HalfEdgeGraph.h>
+#include <vexa/mesh/MakeMesh.h>
 #include <vexa/mesh/Strips.h>
 
 namespace vexa::tool {
@@ -30,6 +36,38 @@ std::vector<unsigned int> edgeLines(const Primitive& primitive, bool borderOnly,
             lines.insert(lines.end(), {flagged[i], flagged[i + 1]});
         }
     }
+    stats.written += lines.size() / 2;
+    return lines;
+}
+
+constexpr std::array<std::pair<const char*, mesh::EdgeClass>, 5> classNames{
+    {{"smooth", mesh::EdgeClass::Smooth},
+     {"border", mesh::EdgeClass::Border},
+     {"crease", mesh::EdgeClass::Crease},
+     {"seam", mesh::EdgeClass::Seam},
+     {"non-manifold", mesh::EdgeClass::NonManifold}}};
+
+/// The lines of those of a primitive's edges that are of the chosen classes.
+std::vector<unsigned int> classifiedLines(const Document& document, const Primitive& primitive,
+                                          const EdgeChoice& choice, EdgeStats& stats) {
+    const Attribute* const attribute = primitive.findAttribute("POSITION");
+    if (attribute == nullptr) {
+        throw FileError(document.file.string(),
+                        stats.name + " has a primitive without positions, whose edges cannot be classified");
+    }
+    const auto positions = toAttributeBuffer(toFloats(readAccessor(document.asset, attribute->accessor)), "position");
+    const mesh::MeshPtr mesh = mesh::makeMesh(primitive.type, primitive.indices, {positions});
+    const auto angle = static_cast<float>(choice.creaseAngle * std::numbers::pi / 180);
+    const std::vector<mesh::ClassifiedEdge> edges = mesh::classifyEdges(*mesh, {.creaseAngle = angle});
+    for (const mesh::ClassifiedEdge& edge : edges) {
+        stats.border += hasAny(edge.classes, mesh::EdgeClass::Border) ? 1 : 0;
+        stats.crease += hasAny(edge.classes, mesh::EdgeClass::Crease) ? 1 : 0;
+        stats.seam += hasAny(edge.classes, mesh::EdgeClass::Seam) ? 1 : 0;
+        stats.nonManifold += hasAny(edge.classes, mesh::EdgeClass::NonManifold) ? 1 : 0;
+    }
+    std::vector<unsigned int> lines = mesh::toLines(edges, *choice.classes);
+    stats.triangles += mesh::toTriangles(primitive.type, primitive.indices).size() / 3;
+    stats.edges += edges.size();
     stats.written += lines.size() / 2;
     return lines;
 }
@@ -103,7 +141,25 @@ std::string findEdgeFault(const Bytes& file, const Expected& expected, const std
 
 } // namespace
 
-EdgeLines replaceByEdges(Document document, bool borderOnly) {
+mesh::EdgeClass parseEdgeClasses(const std::string& text) {
+    unsigned classes = 0;
+    std::istringstream words(text);
+    for (std::string word; std::getline(words, word, ',');) {
+        const auto found =
+            std::find_if(classNames.begin(), classNames.end(), [&](const auto& entry) { return entry.first == word; });
+        if (found == classNames.end()) {
+            throw UsageError("--classes " + text + ": \"" + word +
+                             "\" is not a class of edges; use border, crease, seam, smooth or non-manifold");
+        }
+        classes |= static_cast<unsigned>(found->second);
+    }
+    if (classes == 0) {
+        throw UsageError("--classes: name at least one of border, crease, seam, smooth and non-manifold");
+    }
+    return static_cast<mesh::EdgeClass>(classes);
+}
+
+EdgeLines replaceByEdges(Document document, const EdgeChoice& choice) {
     EdgeLines result;
     std::vector<IndexEdit> edits;
     std::vector<EditedPrimitive> edited;
@@ -120,7 +176,9 @@ EdgeLines replaceByEdges(Document document, bool borderOnly) {
                 ++kept;
                 continue;
             }
-            std::vector<unsigned int> lines = edgeLines(mesh.primitives[p], borderOnly, stats);
+            std::vector<unsigned int> lines = choice.classes
+                                                  ? classifiedLines(document, mesh.primitives[p], choice, stats)
+                                                  : edgeLines(mesh.primitives[p], choice.borderOnly, stats);
             if (lines.empty()) {
                 isEmpty[m][p] = true;
             } else {

@@ -3,8 +3,10 @@
 #include "io/Document.h"
 #include "ops/ReadBack.h"
 
+#include <optional>
 #include <string>
 #include <vector>
+#include <vexa/mesh/Edges.h>
 
 namespace vexa::tool {
 
@@ -14,6 +16,9 @@ struct EdgeStats {
     std::size_t triangles = 0;
     std::size_t edges = 0;
     std::size_t border = 0;
+    std::size_t crease = 0; ///< these three of classified edges only
+    std::size_t seam = 0;
+    std::size_t nonManifold = 0;
     std::size_t written = 0;
 };
 
@@ -23,11 +28,23 @@ struct EdgeLines {
     FindFault findFault;
 };
 
+/// The edges that are written.
+struct EdgeChoice {
+    bool borderOnly = false;                     ///< only those that two triangles do not share
+    std::optional<mesh::EdgeClass> classes = {}; ///< only those of these classes; equal positions then are one vertex
+    double creaseAngle = 30;                     ///< in degrees
+};
+
+/// The classes in a list such as "border,crease".
+///
+/// \throw UsageError there is another word in it
+mesh::EdgeClass parseEdgeClasses(const std::string& text);
+
 /// Replaces each primitive of triangles by the lines of its edges, every edge once. Primitives without such edges are
 /// removed, and so are meshes that become empty.
 ///
-/// \param borderOnly only the edges that two triangles do not share
-/// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
-EdgeLines replaceByEdges(Document document, bool borderOnly);
+/// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension, or
+///                  edges of primitives without positions are to be classified
+EdgeLines replaceByEdges(Document document, const EdgeChoice& choice);
 
 } // namespace vexa::tool

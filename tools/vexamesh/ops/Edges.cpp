@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vexa/mesh/Edges.h>
 
 namespace vexa::tool {
 
@@ -23,11 +24,11 @@ std::vector<EdgeUse> sortedEdges(const std::vector<unsigned int>& triangles) {
 
 EdgeCounts countEdges(const std::vector<unsigned int>& triangles) {
     EdgeCounts counts;
-    forEachEdge(sortedEdges(triangles), [&](const EdgeUse* first, const EdgeUse* last) {
+    for (const mesh::Edge& edge : mesh::buildEdges(triangles)) {
         ++counts.edges;
-        counts.border += last - first == 1 ? 1 : 0;
-        counts.nonManifold += last - first > 2 ? 1 : 0;
-    });
+        counts.border += edge.triangleCount == 1 ? 1 : 0;
+        counts.nonManifold += edge.triangleCount > 2 ? 1 : 0;
+    }
     return counts;
 }
 

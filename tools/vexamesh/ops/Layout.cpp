@@ -62,4 +62,8 @@ std::string findMeshFault(const Document& document, const Primitive& primitive) 
     }
 }
 
+std::vector<mesh::MeshFault> findMeshFaults(const Document& document, const Primitive& primitive) {
+    return mesh::findFaults(*toMesh(document, primitive));
+}
+
 } // namespace vexa::tool

@@ -7,12 +7,12 @@
 #include "io/gltf/PrimitiveRestart.h"
 #include "io/gltf/UnusedData.h"
 #include "ops/MeshConversion.h"
-#include "ops/WeldClasses.h"
 
 #include <algorithm>
 #include <map>
 #include <tuple>
 #include <vexa/mesh/Strips.h>
+#include <vexa/mesh/Weld.h>
 
 namespace vexa::tool {
 
@@ -136,30 +136,31 @@ private:
             return;
         }
         stats_.vertices += set.count;
-        const std::optional<std::vector<std::uint32_t>> first = firstVertices(set, values);
-        if (!first) {
+        std::optional<std::vector<std::uint32_t>> numbers = newNumbers(set, values);
+        if (!numbers) {
             return;
         }
-        std::size_t joined = 0;
-        set.number.resize(set.count);
+        set.number = std::move(*numbers);
+        std::vector<std::uint32_t> kept;
+        std::vector<std::uint32_t> first(set.count);
         for (std::uint32_t v = 0; v < set.count; ++v) {
-            const std::uint32_t kept = (*first)[v];
-            set.number[v] = kept == v ? static_cast<std::uint32_t>(v - joined) : set.number[kept];
-            if (kept != v) {
-                ++joined;
-                stats_.differing += differs(set, values, v, kept) ? 1 : 0;
+            if (set.number[v] == kept.size()) {
+                kept.push_back(v);
             }
+            first[v] = kept[set.number[v]];
+            stats_.differing += first[v] != v && differs(set, values, v, first[v]) ? 1 : 0;
         }
-        if (joined > 0) {
-            set.first = *first;
-            stats_.joined += joined;
+        if (kept.size() < set.count) {
+            set.first = std::move(first);
+            stats_.joined += set.count - kept.size();
         }
     }
 
     /// \return nothing if there are no positions to compare
     [[nodiscard]] std::optional<std::vector<std::uint32_t>>
-    firstVertices(const VertexSet& set, const std::map<std::size_t, AccessorData>& values) const {
-        std::vector<const AccessorData*> compared;
+    newNumbers(const VertexSet& set, const std::map<std::size_t, AccessorData>& values) const {
+        const mesh::MeshPtr compared = mesh::Mesh::createDefault(mesh::POINTS, mesh::UNSIGNED_INT);
+        compared->setIndexBuffer(nullptr);
         const AccessorData* positions = nullptr;
         for (const auto& [accessor, data] : values) {
             const Role role = set.accessors.at(accessor);
@@ -167,17 +168,16 @@ private:
             if (tolerance_ && role == Role::Position && positions == nullptr) {
                 positions = &data;
             } else if (!tolerance_ || role != Role::Other) {
-                compared.push_back(&data);
+                compared->addAttributeBuffer(toAttributeBuffer(data, std::to_string(accessor)));
             }
         }
-        std::vector<std::uint32_t> equal = firstEqual(compared, set.count);
-        if (!tolerance_) {
-            return equal;
+        if (tolerance_) {
+            if (positions == nullptr || positions->components != 3) {
+                return std::nullopt;
+            }
+            compared->addAttributeBuffer(toAttributeBuffer(toFloats(*positions), "position"));
         }
-        if (positions == nullptr || positions->components != 3) {
-            return std::nullopt;
-        }
-        return firstNear(toFloats(*positions), equal, *tolerance_);
+        return mesh::weld(*compared, {.tolerance = tolerance_}).remap;
     }
 
     static bool differs(const VertexSet& set, const std::map<std::size_t, AccessorData>& values, std::size_t a,
