@@ -69,7 +69,9 @@ TEST(Polling, HappensInEveryStepOfALargeMesh) {
     countIndices(mesh, partition, vexa::mesh::StripJoin::Restart, poll);
     expectPolls("counting");
     WorkTeam alone;
-    const Stars stars(partition, alone, poll);
+    const PatchGroups groups(partition, 4096, alone, poll);
+    expectPolls("patches");
+    const Stars stars(partition, groups, poll);
     expectPolls("stars");
 }
 

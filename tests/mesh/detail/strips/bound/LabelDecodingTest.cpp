@@ -25,7 +25,7 @@ StripPartition partitionOf(const Indices& mesh) {
 bool label(StripPartition& partition, const Observer& observer = {}) {
     StripMonitor monitor(observer);
     WorkTeam alone;
-    return labelBySplittingCosts(partition, end, 16, alone, monitor);
+    return labelBySplittingCosts(partition, PatchGroups(partition, 4096, alone, {}), end, 16, alone, monitor);
 }
 
 /// Cost of the labels in half indices: 3 for an end, 2 for a swap.

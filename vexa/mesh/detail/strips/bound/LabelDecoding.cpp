@@ -116,10 +116,10 @@ private:
 
 } // namespace
 
-bool labelBySplittingCosts(StripPartition& partition, std::int16_t endCost, unsigned sweeps, WorkTeam& team,
-                           StripMonitor& monitor) {
+bool labelBySplittingCosts(StripPartition& partition, const PatchGroups& groups, std::int16_t endCost, unsigned sweeps,
+                           WorkTeam& team, StripMonitor& monitor) {
     std::vector<HalfEdgeId> corners;
-    const StarLayout layout = listStars(partition, corners, team);
+    const StarLayout layout = listStars(partition, groups, corners);
     const EdgeCosts costs(endCost);
     Split split(layout, costs, team);
     if (!split.sweepMany(sweeps, [&](double part) { return monitor.poll(part, 1); })) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/detail/strips/PatchGroups.h"
 #include "vexa/mesh/detail/strips/StripMonitor.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 #include "vexa/mesh/detail/strips/WorkTeam.h"
@@ -16,7 +17,7 @@ namespace vexa::mesh::detail {
 ///
 /// \param endCost cost of one end of a strip, in units of `costUnit`
 /// \return false when the monitor's caller has stopped it; the labels are then as they were
-bool labelBySplittingCosts(StripPartition& partition, std::int16_t endCost, unsigned sweeps, WorkTeam& team,
-                           StripMonitor& monitor);
+bool labelBySplittingCosts(StripPartition& partition, const PatchGroups& groups, std::int16_t endCost, unsigned sweeps,
+                           WorkTeam& team, StripMonitor& monitor);
 
 } // namespace vexa::mesh::detail

@@ -142,14 +142,11 @@ void forEachInOrder(const StripPartition& partition, Visit visit) {
     }
 }
 
-/// The corners, and the groups without what finding them took.
 template <class Sides, class Adjacency>
-std::pair<GroupedCorners, PatchGroups> groupCorners(const Sides& sides, const Adjacency& adjacency, WorkTeam& team) {
-    PatchGroups groups(adjacency, patchSize, team, {});
+GroupedCorners groupCorners(const Sides& sides, const Adjacency& adjacency, const PatchGroups& groups) {
     CornerGrouping grouping(sides, groups);
     forEachInOrder(adjacency, [&](TriangleId triangle) { grouping.add(triangle); });
-    groups.release();
-    return {grouping.finish(), std::move(groups)};
+    return grouping.finish();
 }
 
 } // namespace
@@ -310,14 +307,16 @@ StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team) {
     }
     const Parts parts(*graph, joined);
     const std::uint32_t groupCount = parts.countGroups(triangles);
-    auto [grouped, groups] = groupCorners(GraphSides{*graph}, *graph, team);
+    PatchGroups groups(*graph, patchSize, team, {});
+    GroupedCorners grouped = groupCorners(GraphSides{*graph}, *graph, groups);
+    groups.release();
     StarListing listing(GraphSides{*graph});
     listing.notePartsOf(parts, groupCount);
     return listing.run(std::move(grouped), groups);
 }
 
-StarLayout listStars(const StripPartition& partition, std::vector<HalfEdgeId>& corners, WorkTeam& team) {
-    auto [grouped, groups] = groupCorners(PartitionSides{partition}, partition, team);
+StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners) {
+    GroupedCorners grouped = groupCorners(PartitionSides{partition}, partition, groups);
     StarListing listing(PartitionSides{partition});
     listing.noteCornersIn(corners);
     return listing.run(std::move(grouped), groups);

@@ -109,6 +109,6 @@ StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team);
 ///
 /// \param corners receives for every star the half-edge that leaves its vertex in the triangle before the first entry;
 ///                in an open star, where the outside is before it, the one in the triangle after it
-StarLayout listStars(const StripPartition& partition, std::vector<HalfEdgeId>& corners, WorkTeam& team);
+StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners);
 
 } // namespace vexa::mesh::detail

@@ -61,8 +61,9 @@ constexpr std::array<std::array<LabelCode, 4>, 3> codeOf = [] {
 
 class LabelAnnealing {
 public:
-    LabelAnnealing(const StripPartition& partition, std::uint32_t seed, WorkTeam& team, const Poll& poll)
-        : stars_(partition, team, poll), codes_(std::size_t{partition.count()} + 1), seed_(FastRandom::mix(seed)),
+    LabelAnnealing(const StripPartition& partition, const PatchGroups& groups, std::uint32_t seed, WorkTeam& team,
+                   const Poll& poll)
+        : stars_(partition, groups, poll), codes_(std::size_t{partition.count()} + 1), seed_(FastRandom::mix(seed)),
           team_(team) {
         load(partition, poll);
     }
@@ -218,8 +219,8 @@ double temperatureAt(std::uint32_t step, std::uint32_t steps, bool isGoodStart) 
 }
 
 /// Starts from the labels of a cost split if these cost less once both have cooled down. Returns whether they do.
-bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const AnnealingOptions& options,
-                   WorkTeam& team, StripMonitor& monitor) {
+bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const PatchGroups& groups,
+                   const AnnealingOptions& options, WorkTeam& team, StripMonitor& monitor) {
     constexpr std::uint32_t coldPasses = 5;
     const auto endCost = static_cast<std::int16_t>(options.endCost * costUnit);
     if (!annealing.cool(options.endCost, coldPasses, monitor, 0)) {
@@ -227,7 +228,7 @@ bool trySplitCosts(LabelAnnealing& annealing, StripPartition& partition, const A
     }
     const double given = annealing.cost(partition, options.endCost, monitor.poller());
     std::vector<LabelCode> codes = annealing.codes();
-    if (!labelBySplittingCosts(partition, endCost, options.sweeps, team, monitor)) {
+    if (!labelBySplittingCosts(partition, groups, endCost, options.sweeps, team, monitor)) {
         return false;
     }
     annealing.load(partition, monitor.poller());
@@ -246,8 +247,11 @@ bool annealLabels(StripPartition& partition, const AnnealingOptions& options, Wo
     // Making the tables takes as long as a pass over ten thousand triangles.
     const std::uint32_t steps = std::clamp(partition.count() / 1024, 4U, 24U);
     const double scale = options.endCost / 1.5;
-    LabelAnnealing annealing(partition, options.seed, team, monitor.poller());
-    const bool isSplit = options.sweeps != 0 && trySplitCosts(annealing, partition, options, team, monitor);
+    constexpr std::uint32_t patchSize = 4096;
+    PatchGroups groups(partition, patchSize, team, monitor.poller());
+    LabelAnnealing annealing(partition, groups, options.seed, team, monitor.poller());
+    const bool isSplit = options.sweeps != 0 && trySplitCosts(annealing, partition, groups, options, team, monitor);
+    groups.release();
     std::optional<StarOdds> odds;
     std::uint32_t step = steps;
     std::uint32_t passes = 0;

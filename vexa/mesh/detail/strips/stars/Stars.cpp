@@ -11,8 +11,6 @@ namespace vexa::mesh::detail {
 
 namespace {
 
-constexpr std::uint32_t patchSize = 4096;
-
 constexpr StarCorner noCorner{noHalfEdge, noHalfEdge};
 
 bool holds(std::span<const StarCorner> corners, HalfEdgeId halfEdge) {
@@ -33,8 +31,8 @@ bool meetsItself(std::span<const StarCorner> corners) {
 
 } // namespace
 
-Stars::Stars(const StripPartition& partition, WorkTeam& team, const Poll& poll)
-    : groups_(partition, patchSize, team, poll), border_(partition.border()) {
+Stars::Stars(const StripPartition& partition, const PatchGroups& groups, const Poll& poll)
+    : groups_(groups), border_(partition.border()) {
     std::vector<std::uint8_t> isSeen(partition.count());
     stars_.reserve(partition.count() / 2 + partition.count() / 8);
     groupOf_.reserve(stars_.capacity());
@@ -137,7 +135,6 @@ void Stars::sortByGroup(const Poll& poll) {
                   [&](std::uint32_t i) { sorted[groupEnds_[groupOf_[i]]++] = stars_[i]; });
     stars_ = std::move(sorted);
     groupOf_ = {};
-    groups_.release();
 }
 
 /// Puts stars of the same kind and size next to one another, within blocks whose triangles fit into the cache: loops over

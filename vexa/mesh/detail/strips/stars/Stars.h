@@ -36,7 +36,8 @@ struct Star {
 /// meet themselves, because a triangle occurs twice or faces another one, are left out.
 class Stars {
 public:
-    Stars(const StripPartition& partition, WorkTeam& team, const Poll& poll = {});
+    /// \param groups must outlive the object; a finder's data are needed in the constructor only
+    Stars(const StripPartition& partition, const PatchGroups& groups, const Poll& poll = {});
 
     [[nodiscard]] const std::vector<Star>& all() const { return stars_; }
     [[nodiscard]] const PatchGroups& groups() const { return groups_; }
@@ -55,7 +56,7 @@ private:
     void sortBlocks(const Poll& poll);
     void sortCorners(const Poll& poll);
 
-    PatchGroups groups_;
+    const PatchGroups& groups_;
     HalfEdgeId border_; ///< where half-edges of triangles end
     std::vector<Star> stars_;
     std::vector<std::uint32_t> groupOf_; ///< of each star, until they are sorted
