@@ -48,6 +48,7 @@ bench: ## measure alongside other libraries (BENCH=--quick is faster); writes bu
 	sh bench/models/fetch.sh build/bench/models
 	$(call BUILD,bench)
 	build/bench/bench/vexaMeshBench $(BENCH)
+	node bench/growth/draw.mjs build/bench/results.json build/bench/growth.svg
 
 bench-compare: ## measure alongside revision REV of this project and print the ratios (BENCH as above; RUNS, 3)
 	$(INSTALL_DEPENDENCIES) library bench

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <ctime>
+#include <utility>
 
 namespace bench {
 
@@ -33,7 +34,7 @@ void runTimed(benchmark::State& state, const Contender& contender) {
 /// Records the times of one round, which arrive in order of registration.
 class RoundReporter final : public benchmark::BenchmarkReporter {
 public:
-    explicit RoundReporter(std::vector<Stats>& contenders) : contenders_(contenders) {}
+    explicit RoundReporter(std::vector<Stats*> contenders) : contenders_(std::move(contenders)) {}
 
     bool ReportContext(const Context&) override {
         next_ = 0;
@@ -41,18 +42,22 @@ public:
     }
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
-            contenders_.at(next_++).seconds.push_back(run.real_accumulated_time / static_cast<double>(run.iterations));
+            contenders_.at(next_++)->seconds.push_back(run.real_accumulated_time / static_cast<double>(run.iterations));
         }
     }
 
 private:
-    std::vector<Stats>& contenders_;
+    std::vector<Stats*> contenders_;
     std::size_t next_ = 0;
 };
 
 void check(const Contender& contender, Stats& stats) {
     contender.prepare();
+    const double start = threadSeconds();
     contender.run();
+    if (contender.isSlow) {
+        stats.seconds.push_back(threadSeconds() - start);
+    }
     if (contender.inspect) {
         stats.output = contender.inspect();
     }
@@ -63,6 +68,9 @@ void measureMemory(const Comparison& comparison, std::vector<Stats>& stats) {
         contender.prepare(); // frees the result of its last run
     }
     for (std::size_t i = 0; i < stats.size(); ++i) {
+        if (comparison.contenders[i].isSlow) {
+            continue;
+        }
         if (const auto peak = peakBytesOf(comparison.contenders[i].run)) {
             stats[i].peakBytes = static_cast<double>(*peak) - static_cast<double>(stats[i].output.bytes);
         }
@@ -132,12 +140,20 @@ Measurement measure(const Comparison& comparison) {
     for (const Contender& contender : comparison.contenders) {
         measurement.contenders.push_back({contender.name, contender.role, contender.elements, {}, {}, {}});
         check(contender, measurement.contenders.back());
+    }
+    std::vector<Stats*> timed;
+    for (std::size_t i = 0; i < comparison.contenders.size(); ++i) {
+        const Contender& contender = comparison.contenders[i];
+        if (contender.isSlow) {
+            continue;
+        }
+        timed.push_back(&measurement.contenders[i]);
         benchmark::RegisterBenchmark((comparison.name + ": " + contender.name).c_str(),
                                      [&contender](benchmark::State& state) { runTimed(state, contender); })
             ->UseManualTime()
             ->MinTime(minSeconds);
     }
-    RoundReporter reporter(measurement.contenders);
+    RoundReporter reporter(std::move(timed));
     for (int round = 0; round < comparison.rounds; ++round) {
         benchmark::RunSpecifiedBenchmarks(&reporter, ".");
     }

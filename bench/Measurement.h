@@ -41,6 +41,8 @@ struct Contender {
     std::function<void()> prepare;   ///< before every run, untimed: frees the last result and prepares the input
     std::function<void()> run;       ///< the timed part
     std::function<Output()> inspect; ///< after a run, untimed; may be empty
+    /// Takes seconds per run: timed in one round only, and its memory is not measured.
+    bool isSlow = false;
 };
 
 /// Contenders on the same input, measured in turn.
@@ -96,7 +98,8 @@ private:
     std::vector<Measurement> measurements_;
 };
 
-/// Checks the output of each contender once, then times them in turn, one run of each per round.
+/// Checks the output of each contender once, then times them in turn, one run of each per round. A slow contender is
+/// timed while its output is checked.
 Measurement measure(const Comparison& comparison);
 
 } // namespace bench

@@ -56,13 +56,26 @@ Comparison compareEdges(const ModelPtr& model, const std::string& name) {
                           model->real,
                           false,
                           roundsFor(*model),
-                          {edgeLinesContender(names::edges, model), openMeshEdges(model), copyOfIndices(model)}};
+                          {fillAndEdgesContender(names::fillEdges, model), edgeLinesContender(names::edges, model),
+                           openMeshAdjacencyAndEdges(model), openMeshEdges(model), copyOfIndices(model)}};
     // Two indices per edge: as many bytes as the edge list.
     comparison.contenders.back().elements = static_cast<double>(model->triangles.size()) / 2;
     return comparison;
 }
 
 } // namespace
+
+std::vector<Case> aloneCases(const std::vector<ModelPtr>& realModels) {
+    const ModelPtr dragon = findModel(realModels, names::dragon);
+    return {{"alone/dragon", false, [dragon] {
+                 return Comparison{"alone/dragon",
+                                   "triangle",
+                                   true,
+                                   false,
+                                   roundsFor(*dragon),
+                                   {addTrianglesContender(names::add, dragon), cgalAdjacency(dragon)}};
+             }}};
+}
 
 std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels) {
     std::vector<Case> cases;

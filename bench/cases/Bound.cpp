@@ -43,7 +43,7 @@ Comparison compareBound(const ModelPtr& model) {
             {boundContender(model), stripBufferContender(names::effort2, model, {.effort = 2})}};
 }
 
-/// How near the long searches come to the proven minimum. Once, as they take long and only their indices matter.
+/// How near the long searches come to the proven minimum; only their indices matter.
 Comparison compareSearches(const ModelPtr& model) {
     constexpr std::size_t manyTriangles = 100'000;
     Comparison comparison{"search/" + model->name, "triangle", model->real, false, 1, {boundContender(model)}};

@@ -22,11 +22,15 @@ std::vector<Case> stripCases(const std::vector<ModelPtr>& realModels);
 std::vector<Case> passCases(const std::vector<ModelPtr>& realModels);
 /// A lower bound on indices, its time, and how near the searches come to it.
 std::vector<Case> boundCases(const std::vector<ModelPtr>& realModels);
+/// Connectivity from a triangle list, in a process that has not freed any memory yet. They come first in a run.
+std::vector<Case> aloneCases(const std::vector<ModelPtr>& realModels);
 /// Connectivity from a triangle list.
 std::vector<Case> adjacencyCases(const std::vector<ModelPtr>& realModels);
 /// Edge lists from connectivity.
 std::vector<Case> edgeCases(const std::vector<ModelPtr>& realModels);
 
+/// The same work on meshes from a thousand triangles to tens of millions, as far as memory reaches.
+std::vector<Case> growthCases();
 /// The mesh operations, on ten million elements.
 std::vector<Case> operationCases();
 
@@ -56,6 +60,7 @@ inline constexpr const char* singleGrid = "addTriangle, grid";
 inline constexpr const char* singleCrowded = "addTriangle, full edge";
 inline constexpr const char* singleCollapsed = "addTriangle, collapsed";
 inline constexpr const char* edges = "calcEgdeLines";
+inline constexpr const char* fillEdges = "addTriangles, calcEgdeLines";
 inline constexpr const char* bound = "minIndexCount";
 inline constexpr const char* tenSmall = "10 passes, grid of 70 k";
 inline constexpr const char* tenLarge = "10 passes, grid of 2 M";

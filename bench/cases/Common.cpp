@@ -7,7 +7,10 @@
 namespace bench {
 
 int roundsFor(const Model& model) {
-    return model.triangleCount() > 200'000 ? 5 : 9;
+    if (model.triangleCount() <= 200'000) {
+        return 9;
+    }
+    return model.triangleCount() <= 1'000'000 ? 5 : 3;
 }
 
 JoinedStrips joinPlainly(std::span<const vexa::mesh::IndexedPrimitive> strips) {

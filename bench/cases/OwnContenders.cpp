@@ -133,8 +133,10 @@ Contender joinedStripsContender(const std::string& name, const ModelPtr& model) 
 
 Contender stripBufferContender(const std::string& name, const ModelPtr& model,
                                const vexa::mesh::StripBufferOptions& options) {
+    constexpr std::size_t largeModel = 500'000;
     const auto strip = std::make_shared<std::vector<unsigned int>>();
     Contender contender = ownOn(name, *model);
+    contender.isSlow = options.effort == 4 || (options.effort == 3 && model->triangleCount() > largeModel);
     contender.prepare = [strip] { std::vector<unsigned int>().swap(*strip); };
     contender.run = [model, options, strip] { *strip = vexa::mesh::buildStripBuffer(model->triangles, options); };
     contender.inspect = [model, options, strip] {
@@ -173,6 +175,16 @@ Contender addTrianglesContender(const std::string& name, const ModelPtr& model) 
 
 Contender addSinglyContender(const std::string& name, const ModelPtr& model) {
     return fillingContender(name, model, fillSingly);
+}
+
+Contender fillAndEdgesContender(const std::string& name, const ModelPtr& model) {
+    const auto lines = std::make_shared<std::vector<unsigned int>>();
+    Contender contender = ownOn(name, *model);
+    contender.elements = fill(*model)->calcEgdeLines(*lines, false);
+    contender.prepare = [lines] { std::vector<unsigned int>().swap(*lines); };
+    contender.run = [model, lines] { fill(*model)->calcEgdeLines(*lines, false); };
+    contender.inspect = [lines] { return Output{lines->size(), lines->size() * sizeof(unsigned int), {}}; };
+    return contender;
 }
 
 Contender edgeLinesContender(const std::string& name, const ModelPtr& model) {

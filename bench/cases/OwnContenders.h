@@ -23,6 +23,8 @@ Contender graphContender(const std::string& name, const ModelPtr& model, std::ui
 Contender addTrianglesContender(const std::string& name, const ModelPtr& model);
 /// Fills the graph triangle by triangle.
 Contender addSinglyContender(const std::string& name, const ModelPtr& model);
+/// Fills the graph and writes its edge list.
+Contender fillAndEdgesContender(const std::string& name, const ModelPtr& model);
 /// Writes the edge list of a filled graph.
 Contender edgeLinesContender(const std::string& name, const ModelPtr& model);
 

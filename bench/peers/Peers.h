@@ -31,7 +31,9 @@ Contender openMeshAdjacency(const ModelPtr& model);
 Contender openMeshStrips(const ModelPtr& model);
 /// Strips only, on a mesh built beforehand.
 Contender openMeshStripsOfMesh(const ModelPtr& model);
-/// Writes both ends of every edge.
+/// Builds the connectivity and writes both ends of every edge.
+Contender openMeshAdjacencyAndEdges(const ModelPtr& model);
+/// Edges only, of a mesh built beforehand.
 Contender openMeshEdges(const ModelPtr& model);
 
 /// Builds the connectivity of a Surface_mesh: all vertices, then triangle by triangle, with all memory reserved.

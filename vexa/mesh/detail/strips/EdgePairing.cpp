@@ -53,7 +53,7 @@ public:
     };
     OnlyEdge takeOnly(std::uint32_t from, std::uint32_t to);
 
-    /// Calls `visit(from)` for every vertex from which three half-edges run to the same vertex.
+    /// Calls `visit(from, to)` for all edges with three half-edges upward, at least once each.
     template <class Visit>
     void forEachTriple(Visit visit) const;
 
@@ -157,8 +157,7 @@ void UpwardEdges::forEachTriple(Visit visit) const {
                     ? edge[2].to == edge->to
                     : std::count_if(edge, end, [edge](const UpwardEdge& other) { return other.to == edge->to; }) >= 3;
             if (isTriple) {
-                visit(from);
-                break;
+                visit(from, edge->to);
             }
         }
     }
@@ -219,18 +218,34 @@ void unlink(CompactGraph& graph, HalfEdgeId halfEdge) {
     }
 }
 
-/// Links the half-edges of edges that have at most two. Where there are more, links are arbitrary and the lower vertex
-/// is marked.
-///
-/// \param overfull per vertex; empty if there is none
-CompactGraph pairUpToTwo(const DenseIndices& dense, std::vector<bool>& overfull) {
+/// Edges that are marked by their ends: few others have both a lower and a higher end that is marked.
+class MarkedEdges {
+public:
+    explicit MarkedEdges(std::uint32_t vertexCount) : vertexCount_(vertexCount) {}
+
+    void mark(std::uint32_t lower, std::uint32_t higher) {
+        lower_.resize(vertexCount_);
+        higher_.resize(vertexCount_);
+        lower_[lower] = true;
+        higher_[higher] = true;
+    }
+    [[nodiscard]] bool isEmpty() const { return lower_.empty(); }
+    [[nodiscard]] bool mayHave(std::uint32_t a, std::uint32_t b) const {
+        return lower_[std::min(a, b)] && higher_[std::max(a, b)];
+    }
+
+private:
+    std::uint32_t vertexCount_;
+    std::vector<bool> lower_;
+    std::vector<bool> higher_;
+};
+
+/// Links the half-edges of edges that have at most two. Where there are more, links are arbitrary and the edge is
+/// marked.
+CompactGraph pairUpToTwo(const DenseIndices& dense, MarkedEdges& overfull) {
     CompactGraph graph = withoutLinks(dense.indices().size() / 3, {});
     UpwardEdges upward(dense.indices(), dense.vertexCount(), {});
     std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
-    const auto mark = [&](std::uint32_t lower) {
-        overfull.resize(dense.vertexCount());
-        overfull[lower] = true;
-    };
     const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
     forEachHalfEdge(dense.indices(), {}, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from < to) {
@@ -238,7 +253,7 @@ CompactGraph pairUpToTwo(const DenseIndices& dense, std::vector<bool>& overfull)
         }
         const UpwardEdges::OnlyEdge twin = upward.takeOnly(to, from);
         if (!twin.isOnly) {
-            mark(to);
+            overfull.mark(to, from);
         } else if (twin.halfEdge != noHalfEdge) {
             link(graph, twin.halfEdge, halfEdge);
         } else {
@@ -246,22 +261,21 @@ CompactGraph pairUpToTwo(const DenseIndices& dense, std::vector<bool>& overfull)
         }
     });
     // Left to look for are three half-edges that run the same way, with none against them.
-    upward.forEachTriple(mark);
+    upward.forEachTriple([&](std::uint32_t from, std::uint32_t to) { overfull.mark(from, to); });
     std::sort(downwardAlone.begin(), downwardAlone.end());
     for (std::size_t i = 2; i < downwardAlone.size(); ++i) {
         if (downwardAlone[i - 2] == downwardAlone[i]) {
-            mark(downwardAlone[i].second);
+            overfull.mark(downwardAlone[i].second, downwardAlone[i].first);
         }
     }
     return graph;
 }
 
-/// Links the edges of marked vertices once more, by the triangles in their order, and splits off those that come to a
-/// full edge. All other edges have room for their triangles.
+/// Links marked edges once more, by the triangles in their order, and splits off those that come to a full edge. All
+/// other edges have room for their triangles.
 class OrderedPairing {
 public:
-    /// \param marked per vertex; counts for the edges of which it is the lower end
-    OrderedPairing(CompactGraph& graph, std::span<const unsigned int> triangles, const std::vector<bool>& marked)
+    OrderedPairing(CompactGraph& graph, std::span<const unsigned int> triangles, const MarkedEdges& marked)
         : graph_(graph), triangles_(triangles), marked_(marked) {}
 
     void run() {
@@ -281,7 +295,7 @@ private:
         std::array<Table::Occupants, 3> occupants;
         for (std::size_t i = 0; i < 3; ++i) {
             const unsigned int to = corners[(i + 1) % 3];
-            isMarked[i] = marked_[std::min(corners[i], to)];
+            isMarked[i] = marked_.mayHave(corners[i], to);
             if (isMarked[i]) {
                 occupants[i] = edges_.find(corners[i], to);
             }
@@ -308,7 +322,7 @@ private:
 
     CompactGraph& graph_;
     std::span<const unsigned int> triangles_;
-    const std::vector<bool>& marked_;
+    const MarkedEdges& marked_;
     Table edges_;
 };
 
@@ -330,9 +344,10 @@ CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll
 }
 
 std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles) {
-    std::vector<bool> overfull;
-    CompactGraph graph = pairUpToTwo(DenseIndices(triangles), overfull);
-    return overfull.empty() ? std::optional(std::move(graph)) : std::nullopt;
+    const DenseIndices dense(triangles);
+    MarkedEdges overfull(dense.vertexCount());
+    CompactGraph graph = pairUpToTwo(dense, overfull);
+    return overfull.isEmpty() ? std::optional(std::move(graph)) : std::nullopt;
 }
 
 std::optional<CompactGraph> pairInOrder(std::span<const unsigned int> triangles, std::uint64_t maxTriangles) {
@@ -340,9 +355,9 @@ std::optional<CompactGraph> pairInOrder(std::span<const unsigned int> triangles,
         return std::nullopt;
     }
     const DenseIndices dense(triangles);
-    std::vector<bool> overfull;
+    MarkedEdges overfull(dense.vertexCount());
     CompactGraph graph = pairUpToTwo(dense, overfull);
-    if (!overfull.empty()) {
+    if (!overfull.isEmpty()) {
         OrderedPairing(graph, dense.indices(), overfull).run();
     }
     return graph;
