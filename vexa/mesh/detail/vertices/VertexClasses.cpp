@@ -145,6 +145,47 @@ private:
     std::vector<std::uint32_t> table_;
 };
 
+/// How many positions are in each of the large cells of a grid, or more: cells may share a count. Most positions of a
+/// mesh have no others near them, which this finds out with one or two lookups.
+class Crowding {
+public:
+    Crowding(std::size_t count, double tolerance)
+        : reach_(tolerance * 1.001), side_(8 * tolerance), counts_(std::bit_ceil(4 * count + 16)) {}
+
+    void add(const std::array<double, 3>& position) {
+        std::uint8_t& count = counts_[slotOf({cellOf(position[0]), cellOf(position[1]), cellOf(position[2])})];
+        count = std::max<std::uint8_t>(count, static_cast<std::uint8_t>(count + 1));
+    }
+
+    /// Whether no other position can be within the tolerance of one that was added.
+    [[nodiscard]] bool isAlone(const std::array<double, 3>& position) const {
+        std::array<std::array<double, 2>, 3> cells{};
+        for (std::size_t i = 0; i < 3; ++i) {
+            cells[i] = {cellOf(position[i] - reach_), cellOf(position[i] + reach_)};
+        }
+        unsigned found = 0;
+        for (unsigned corner = 0; corner < 8; ++corner) {
+            const std::array<unsigned, 3> side{corner & 1U, corner >> 1U & 1U, corner >> 2U};
+            bool isNew = true;
+            for (std::size_t i = 0; i < 3; ++i) {
+                isNew = isNew && (side[i] == 0 || cells[i][0] != cells[i][1]);
+            }
+            found += isNew ? counts_[slotOf({cells[0][side[0]], cells[1][side[1]], cells[2][side[2]]})] : 0U;
+        }
+        return found <= 1;
+    }
+
+private:
+    [[nodiscard]] double cellOf(double place) const { return std::floor(place / side_) + 0.0; }
+    [[nodiscard]] std::size_t slotOf(const std::array<double, 3>& cell) const {
+        return hashOf(Cell{cell, 0}) & (counts_.size() - 1);
+    }
+
+    double reach_; ///< a little more than the tolerance, because sums are rounded
+    double side_;
+    std::vector<std::uint8_t> counts_;
+};
+
 class NearVertices {
 public:
     NearVertices(const VertexRow& positions, std::span<const std::uint32_t> kinds, double tolerance)
@@ -183,9 +224,14 @@ private:
 
     /// All of a cell are near one another.
     void fillCells() {
+        Crowding crowding(tolerance_ > 0 ? first_.size() : 0, tolerance_);
+        for (std::uint32_t v = 0; v < first_.size() && tolerance_ > 0; ++v) {
+            crowding.add(positionOf(v));
+        }
         for (std::uint32_t v = 0; v < first_.size(); ++v) {
             Position place = positionOf(v);
-            if (!std::all_of(place.begin(), place.end(), [](double value) { return std::isfinite(value); })) {
+            if (!std::all_of(place.begin(), place.end(), [](double value) { return std::isfinite(value); }) ||
+                (tolerance_ > 0 && crowding.isAlone(place))) {
                 continue;
             }
             if (tolerance_ > 0) {
