@@ -201,6 +201,10 @@ void addGraphGoals(const Results& results, std::vector<Goal>& goals) {
     }
     goals.push_back({"addTriangles and calcEgdeLines to OpenMesh, dragon", 0.60,
                      results.ratio("edges/dragon", names::fillEdges, names::openMesh)});
+    goals.push_back({"buildEdges to building OpenMesh's mesh, worst model", 0.35,
+                     maxOf(ratiosOf(results, "adjacency/", names::buildEdges, names::openMesh, false))});
+    goals.push_back({"weld to meshoptimizer's remap alone, worst model", 1.0,
+                     maxOf(ratiosOf(results, "weld/", names::weld, names::meshoptimizer, false))});
 }
 
 void addOperationGoals(const Results& results, std::vector<Goal>& goals) {

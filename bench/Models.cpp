@@ -242,6 +242,16 @@ ModelPtr makeSoup(const std::string& name, unsigned int count) {
     return model;
 }
 
+std::vector<glm::vec3> looseCorners(const Model& model) {
+    std::vector<glm::vec3> corners;
+    corners.reserve(model.triangles.size());
+    for (const unsigned int vertex : model.triangles) {
+        const float* const p = &model.positions[3 * std::size_t{vertex}];
+        corners.emplace_back(p[0], p[1], p[2]);
+    }
+    return corners;
+}
+
 ModelPtr makeShuffled(const std::string& name, const Model& model) {
     const auto shuffled = std::make_shared<Model>(model);
     shuffled->name = name;

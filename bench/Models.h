@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <glm/vec3.hpp>
 #include <memory>
 #include <string>
 #include <vector>
@@ -45,6 +46,8 @@ ModelPtr makeCrowdedEdge(const std::string& name, unsigned int count);
 ModelPtr makeCollapsedEdge(const std::string& name, unsigned int count);
 /// `count` triangles that share no vertex.
 ModelPtr makeSoup(const std::string& name, unsigned int count);
+/// The position of each corner of each triangle, in order.
+std::vector<glm::vec3> looseCorners(const Model& model);
 /// The same triangles in random order; the vertices keep theirs.
 ModelPtr makeShuffled(const std::string& name, const Model& model);
 

@@ -13,8 +13,8 @@ Comparison compareAdjacency(const ModelPtr& model, const std::string& name) {
             model->real,
             measuresMemoryOf(*model),
             roundsFor(*model),
-            {addTrianglesContender(names::add, model), cgalAdjacency(model), cgalBatchAdjacency(model),
-             openMeshAdjacency(model), copyOfIndices(model)}};
+            {addTrianglesContender(names::add, model), buildEdgesContender(names::buildEdges, model),
+             cgalAdjacency(model), cgalBatchAdjacency(model), openMeshAdjacency(model), copyOfIndices(model)}};
 }
 
 Case adjacencyCase(const std::string& model, std::function<ModelPtr()> make, bool heavy) {
@@ -98,6 +98,20 @@ std::vector<Case> edgeCases(const std::vector<ModelPtr>& realModels) {
     for (const ModelPtr& model : takeLargest(realModels, 2)) {
         const std::string name = "edges/" + model->name;
         cases.push_back({name, false, [model, name] { return compareEdges(model, name); }});
+    }
+    return cases;
+}
+
+std::vector<Case> weldCases(const std::vector<ModelPtr>& realModels) {
+    std::vector<Case> cases;
+    for (const ModelPtr& model : takeLargest(realModels, 2)) {
+        const std::string name = "weld/" + model->name;
+        cases.push_back(
+            {name, false, [model, name] {
+                 return Comparison{
+                     name,  "triangle",        model->real,
+                     false, roundsFor(*model), {weldContender(names::weld, model), meshoptimizerRemap(model)}};
+             }});
     }
     return cases;
 }

@@ -31,6 +31,10 @@ std::vector<Case> edgeCases(const std::vector<ModelPtr>& realModels);
 
 /// The same work on meshes from a thousand triangles to tens of millions, as far as memory reaches.
 std::vector<Case> growthCases();
+
+/// Loose triangles joined at their corners.
+std::vector<Case> weldCases(const std::vector<ModelPtr>& realModels);
+
 /// The mesh operations, on ten million elements.
 std::vector<Case> operationCases();
 
@@ -61,6 +65,8 @@ inline constexpr const char* singleCrowded = "addTriangle, full edge";
 inline constexpr const char* singleCollapsed = "addTriangle, collapsed";
 inline constexpr const char* edges = "calcEgdeLines";
 inline constexpr const char* fillEdges = "addTriangles, calcEgdeLines";
+inline constexpr const char* buildEdges = "buildEdges";
+inline constexpr const char* weld = "weld";
 inline constexpr const char* bound = "minIndexCount";
 inline constexpr const char* tenSmall = "10 passes, grid of 70 k";
 inline constexpr const char* tenLarge = "10 passes, grid of 2 M";

@@ -4,7 +4,11 @@
 
 #include <memory>
 #include <span>
+#include <vexa/mesh/Edges.h>
 #include <vexa/mesh/HalfEdgeGraph.h>
+#include <vexa/mesh/MakeMesh.h>
+#include <vexa/mesh/Views.h>
+#include <vexa/mesh/Weld.h>
 
 namespace bench {
 
@@ -166,6 +170,45 @@ Contender graphContender(const std::string& name, const ModelPtr& model, std::ui
     };
     // Repeats the run, because the timed one keeps no primitives.
     contender.inspect = [model, iterations] { return inspectGraph(*model, iterations); };
+    return contender;
+}
+
+Contender buildEdgesContender(const std::string& name, const ModelPtr& model) {
+    const auto edges = std::make_shared<std::vector<vexa::mesh::Edge>>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [edges] { std::vector<vexa::mesh::Edge>().swap(*edges); };
+    contender.run = [model, edges] { *edges = vexa::mesh::buildEdges(model->triangles); };
+    contender.inspect = [model, edges] {
+        std::uint64_t uses = 0;
+        for (const vexa::mesh::Edge& edge : *edges) {
+            uses += edge.triangleCount;
+        }
+        const std::vector<unsigned int> whole = vexa::mesh::toTriangles(vexa::mesh::TRIANGLES, model->triangles);
+        return Output{0, edges->size() * sizeof(vexa::mesh::Edge),
+                      uses == whole.size() ? "" : "its edges have other triangles"};
+    };
+    return contender;
+}
+
+Contender weldContender(const std::string& name, const ModelPtr& model) {
+    const std::vector<glm::vec3> corners = looseCorners(*model);
+    const vexa::mesh::MeshPtr soup =
+        vexa::mesh::makeMesh(vexa::mesh::TRIANGLES, nullptr, {vexa::mesh::makeAttribute("position", corners)});
+    const auto result = std::make_shared<vexa::mesh::WeldResult>();
+    Contender contender = ownOn(name, *model);
+    contender.prepare = [result] { *result = {}; };
+    contender.run = [soup, result] { *result = vexa::mesh::weld(*soup); };
+    contender.inspect = [soup, result] {
+        const auto before = vexa::mesh::elementsOf<glm::vec3>(*soup, "position");
+        const auto after = vexa::mesh::elementsOf<glm::vec3>(*result->mesh, "position");
+        Output output{0, after.size_bytes() + 2 * before.size() * sizeof(unsigned int), {}};
+        for (std::size_t i = 0; i < before.size(); ++i) {
+            if (after[result->remap[i]] != before[i]) {
+                output.error = "a corner has moved";
+            }
+        }
+        return output;
+    };
     return contender;
 }
 

@@ -25,6 +25,10 @@ Contender addTrianglesContender(const std::string& name, const ModelPtr& model);
 Contender addSinglyContender(const std::string& name, const ModelPtr& model);
 /// Fills the graph and writes its edge list.
 Contender fillAndEdgesContender(const std::string& name, const ModelPtr& model);
+/// Lists the edges of the index list, without a graph.
+Contender buildEdgesContender(const std::string& name, const ModelPtr& model);
+/// Joins the vertices of the model's triangles, each of which has corners of its own.
+Contender weldContender(const std::string& name, const ModelPtr& model);
 /// Writes the edge list of a filled graph.
 Contender edgeLinesContender(const std::string& name, const ModelPtr& model);
 

@@ -80,6 +80,23 @@ Contender meshoptimizerStrips(const ModelPtr& model) {
     return contender;
 }
 
+Contender meshoptimizerRemap(const ModelPtr& model) {
+    const auto corners = std::make_shared<const std::vector<glm::vec3>>(looseCorners(*model));
+    const auto remap = std::make_shared<std::vector<unsigned int>>();
+    Contender contender;
+    contender.name = "meshoptimizer";
+    contender.role = Role::Part;
+    contender.elements = static_cast<double>(model->triangleCount());
+    contender.prepare = [remap] { std::vector<unsigned int>().swap(*remap); };
+    contender.run = [corners, remap] {
+        remap->resize(corners->size());
+        meshopt_generateVertexRemap(remap->data(), nullptr, corners->size(), corners->data(), corners->size(),
+                                    sizeof(glm::vec3));
+    };
+    contender.inspect = [remap] { return Output{0, remap->size() * sizeof(unsigned int), {}}; };
+    return contender;
+}
+
 Contender meshoptimizerPacking(const NormalsPtr& normals) {
     const auto padded = std::make_shared<const std::vector<float>>(padNormals(*normals));
     const auto packed = std::make_shared<PackedNormals>(packedSize * normals->size());

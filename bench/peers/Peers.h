@@ -21,6 +21,9 @@ JoinedStrips joinPlainly(std::span<const vexa::mesh::IndexedPrimitive> strips);
 /// Two calls: order the triangles for strips, then join them into one list with restart indices.
 Contender meshoptimizerStrips(const ModelPtr& model);
 
+/// Numbers the distinct corners of the model's triangles, each of which has corners of its own: without making a mesh.
+Contender meshoptimizerRemap(const ModelPtr& model);
+
 /// The 8-bit octahedral filter, from and to the layouts that it expects: four floats, four signed bytes.
 Contender meshoptimizerPacking(const NormalsPtr& normals);
 Contender meshoptimizerUnpacking(const NormalsPtr& normals);
