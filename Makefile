@@ -18,7 +18,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench bench-compare fuzz python docs format lint install clean
+.PHONY: help deps demo test bench bench-compare fuzz reliability python docs format lint install clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-13s %s\n", $$1, $$2 }' Makefile
@@ -59,8 +59,12 @@ bench-compare: ## measure alongside revision REV of this project and print the r
 FUZZ_SECONDS ?= 60
 fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) per target
 	$(INSTALL_DEPENDENCIES) library tool fuzz
-	$(call BUILD,fuzz)
+	$(call BUILD,fuzz) --target fuzzTargets
 	sh fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+
+reliability: ## run the checks of docs/reliability.md, or CHECKS, and write its table; takes hours
+	$(INSTALL_DEPENDENCIES) library tool tests fuzz reliability
+	JOBS=$(JOBS) python3 tests/reliability/reliability.py $(CHECKS)
 
 PYTHON ?= /usr/bin/python3
 python: ## build the Python package: a wheel in build/python

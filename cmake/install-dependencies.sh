@@ -1,16 +1,18 @@
 #!/bin/sh
 # Installs the Debian packages in dependencies.txt that the named parts need and that are missing. npm packages are
 # fetched by the builds and tests that use them, from the lock file next to their package.json.
-# usage: install-dependencies.sh [PART...]   (library, tool, tests, python, lint, bench, fuzz, docs; none means all)
+# usage: install-dependencies.sh [PART...]   (none means all)
+# PART: library, tool, tests, python, lint, bench, fuzz, docs or reliability
 set -eu
 
 list=$(dirname "$0")/dependencies.txt
-wanted=" ${*:-library tool tests python lint bench fuzz docs} "
+wanted=" ${*:-library tool tests python lint bench fuzz docs reliability} "
 for part in $wanted; do
     case "$part" in
-    library | tool | tests | python | lint | bench | fuzz | docs) ;;
+    library | tool | tests | python | lint | bench | fuzz | docs | reliability) ;;
     *)
-        echo "install-dependencies.sh: unknown part '$part' (library, tool, tests, python, lint, bench, fuzz, docs)" >&2
+        echo "install-dependencies.sh: unknown part '$part' (library, tool, tests, python, lint, bench, fuzz, docs," \
+            "reliability)" >&2
         exit 2
         ;;
     esac

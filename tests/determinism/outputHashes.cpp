@@ -109,10 +109,13 @@ void hashGraph(Hash& hash, const meshes::Indices& mesh, std::uint32_t iterations
     }
 }
 
+/// In the calling thread, and again in several.
 MeshHash strips(const StripBufferOptions& options) {
     return [options](Hash& hash, const meshes::Indices& mesh) {
         hash.add(buildStripBuffer(mesh, options));
-        hash.add(buildStrips(mesh, options));
+        StripBufferOptions threaded = options;
+        threaded.threads = 3;
+        hash.add(buildStrips(mesh, threaded));
     };
 }
 

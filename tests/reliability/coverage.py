@@ -87,11 +87,12 @@ def main():
         if options.missing:
             source = (ROOT / name).read_text().splitlines()
             for number in sorted(lines[name]):
+                text = source[number - 1].strip() if number <= len(source) else '(the source has changed since)'
                 zeros = sum(count == 0 for count in counts.get(number, []))
                 if lines[name][number] == 0:
-                    print(f'{name}:{number}: not run: {source[number - 1].strip()}')
+                    print(f'{name}:{number}: not run: {text}')
                 elif zeros:
-                    print(f'{name}:{number}: {zeros} of {len(counts[number])} branches: {source[number - 1].strip()}')
+                    print(f'{name}:{number}: {zeros} of {len(counts[number])} branches: {text}')
     print(f'figure: {100 * run_lines / max(1, all_lines):.2f} % of {all_lines} lines, '
           f'{100 * run_branches / max(1, all_branches):.2f} % of {all_branches} branches')
 

@@ -49,6 +49,9 @@ std::string repeated(const std::string& text, std::size_t count) {
 
 class HostileFile : public testing::Test {
 public:
+    /// `make reliability` sums them.
+    void TearDown() override { RecordProperty("files", files); }
+
     /// Expects an orderly end, whether the file is read or not.
     ProcessResult expectOrderlyEnd(const std::string& name, const std::string& content, const std::string& what = "") {
         const std::string in = (directory / name).string();
