@@ -2,7 +2,7 @@
 
 // For sources only: the logging headers are heavy.
 
-#ifdef VEXA_LOGGING
+#ifndef VEXA_NO_LOGGING
 
 #include "logging/Logger.h"
 
