@@ -6,6 +6,7 @@
 #include <vexa/mesh.h>
 
 #include <cstdint>
+#include <exception>
 #include <iomanip>
 #include <iostream>
 
@@ -31,11 +32,14 @@ void compare(const Mesh& mesh) {
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 2) {
         std::cerr << "usage: compareCaches MODEL.obj\n";
         return 2;
     }
     const ObjFile file(argv[1]);
     compare(*makeMesh(TRIANGLES, file.triangles, {makeAttribute("position", file.positions)}));
+} catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
 }

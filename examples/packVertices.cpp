@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <glm/geometric.hpp>
 #include <glm/trigonometric.hpp>
 #include <iostream>
@@ -38,7 +39,7 @@ void uploadVertices(const Mesh& mesh) {
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 2) {
         std::cerr << "usage: packVertices MODEL.obj\n";
         return 2;
@@ -59,4 +60,7 @@ int main(int argc, char** argv) {
     }
     std::cout << codes.size() << " normals, the largest error "
               << (maxDegrees < 0.004F ? "below 0.004 degrees" : "too large") << '\n';
+} catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
 }

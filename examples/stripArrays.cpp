@@ -6,6 +6,7 @@
 #include <vexa/mesh.h>
 
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <span>
 
@@ -31,7 +32,7 @@ void upload(const char* what, std::span<const std::byte> bytes) {
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 2) {
         std::cerr << "usage: stripArrays MODEL.obj\n";
         return 2;
@@ -48,4 +49,7 @@ int main(int argc, char** argv) {
     std::cout << file.triangles.size() << " indices as triangles, " << indices.size() << " as strips\n"
               << (sameTriangles(toTriangles(*mesh), toTriangles(TRIANGLES, file.triangles)) ? "the same" : "other")
               << " triangles\n";
+} catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
 }

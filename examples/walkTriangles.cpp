@@ -6,6 +6,7 @@
 #include <vexa/mesh.h>
 
 #include <array>
+#include <exception>
 #include <glm/geometric.hpp>
 #include <iostream>
 #include <optional>
@@ -51,7 +52,7 @@ std::optional<float> pick(const Mesh& mesh, const glm::vec3& from, const glm::ve
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 2) {
         std::cerr << "usage: walkTriangles MODEL.obj\n";
         return 2;
@@ -69,4 +70,7 @@ int main(int argc, char** argv) {
                   << getStringForComponentType(mesh->getIndexBuffer()->getComponentType()) << ": area "
                   << computeArea(*mesh) << ", hit at " << (hit ? *hit : -1.0F) << '\n';
     }
+} catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
 }

@@ -5,6 +5,7 @@
 
 #include <vexa/mesh.h>
 
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <span>
@@ -96,7 +97,7 @@ private:
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 3) {
         std::cerr << "usage: writeGltf MODEL.obj OUTPUT.gltf\n";
         return 2;
@@ -111,4 +112,7 @@ int main(int argc, char** argv) {
     file.addPrimitive(mesh);
     file.finish();
     std::cout << model.positions.size() << " vertices, " << strip.size() << " indices\n";
+} catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
 }

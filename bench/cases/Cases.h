@@ -37,6 +37,8 @@ std::vector<Case> weldCases(const std::vector<ModelPtr>& realModels);
 
 /// The mesh operations, on ten million elements.
 std::vector<Case> operationCases();
+/// Views, the codec and interleaved storage, on ten million elements.
+std::vector<Case> bulkCases();
 
 /// Names of contenders and models that the goals refer to.
 namespace names {

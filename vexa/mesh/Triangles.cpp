@@ -87,6 +87,22 @@ void decodeParts(const Indices& indices, std::uint64_t count, Cursor& cursor, st
         unsigned int b = indices.load(i - 1);
         bool isOdd = (i - cursor.partBegin) % 2 != 0;
         for (; i < count && cursor.filled < blockSize; ++i) {
+            // In pairs, the parity is known when the code is compiled.
+            while (!isOdd && count - i >= 2 && blockSize - cursor.filled >= 2) {
+                const unsigned int c = indices.load(i);
+                const unsigned int d = indices.load(i + 1);
+                if (Indices::isRestart(c) || Indices::isRestart(d)) {
+                    break;
+                }
+                take(first, a, b, c, false);
+                take(first, b, c, d, true);
+                a = c;
+                b = d;
+                i += 2;
+            }
+            if (i == count || cursor.filled == blockSize) {
+                break;
+            }
             const unsigned int c = indices.load(i);
             if (Indices::isRestart(c)) {
                 cursor.partBegin = ++i;

@@ -25,7 +25,8 @@ inline FloatLanes dot(const VectorLanes& a, const VectorLanes& b) {
     return (a.x * b.x + a.y * b.y) + a.z * b.z;
 }
 
-/// A candidate for the code of a vector, with the squared sine of the angle between them as a quotient.
+/// A candidate for the code of a vector in the octant of positive coordinates, which is the point (first, second, radius
+/// - first - second). The squared sine of the angle between them is a quotient, but for the length of the vector.
 struct Candidate {
     FloatLanes first;
     FloatLanes second;
@@ -33,47 +34,63 @@ struct Candidate {
     FloatLanes denominator;
 };
 
-/// A cross product is precise for the small angles here, where a dot product is not; it leaves out the length of the
-/// vector, which is the same for every candidate.
-inline Candidate judge(const VectorLanes& n, FloatLanes first, FloatLanes second, FloatLanes radius) {
-    const VectorLanes p = unfold(first, second, radius);
-    const VectorLanes cross{p.y * n.z - p.z * n.y, p.z * n.x - p.x * n.z, p.x * n.y - p.y * n.x};
-    return {first, second, dot(cross, cross), dot(p, p)};
+/// \param cross the cross product of the point and the vector: precise for small angles, where a dot product is not
+inline Candidate judge(const VectorLanes& cross, FloatLanes first, FloatLanes second, FloatLanes radius) {
+    const VectorLanes point{first, second, (radius - first) - second};
+    return {first, second, dot(cross, cross), dot(point, point)};
 }
 
-inline Candidate betterOf(const Candidate& a, const Candidate& b) {
-    const FloatLanes isBetter = areBelow(b.numerator * a.denominator, a.numerator * b.denominator);
+/// The better of two candidates; not one beyond the octant.
+inline Candidate betterOf(const Candidate& a, const Candidate& b, FloatLanes radius) {
+    const FloatLanes isBetter = bothBits(areBelow(b.numerator * a.denominator, a.numerator * b.denominator),
+                                         areAtLeast(radius, b.first + b.second));
     return {select(isBetter, b.first, a.first), select(isBetter, b.second, a.second),
             select(isBetter, b.numerator, a.numerator), select(isBetter, b.denominator, a.denominator)};
 }
 
-inline FloatLanes roundDown(FloatLanes a) {
-    const FloatLanes truncated = truncate(a);
-    return truncated - bothBits(areBelow(a, truncated), allLanes(1.0F));
+inline VectorLanes sum(const VectorLanes& a, const VectorLanes& b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+/// Multiplied by a power of two, no vector is too short or too long to be squared. One that is zero, infinite or NaN
+/// becomes (0, 0, 1).
+inline VectorLanes normaliseMagnitude(const VectorLanes& vectors) {
+    const auto normOf = [](const VectorLanes& v) { return (absolute(v.x) + absolute(v.y)) + absolute(v.z); };
+    const FloatLanes one = allLanes(1.0F);
+    const FloatLanes norm = normOf(vectors);
+    const FloatLanes factor = select(areBelow(norm, allLanes(0x1p-40F)), allLanes(0x1p100F),
+                                     select(areBelow(allLanes(0x1p40F), norm), allLanes(0x1p-100F), one));
+    const VectorLanes n{vectors.x * factor, vectors.y * factor, vectors.z * factor};
+    const FloatLanes scaledNorm = normOf(n);
+    const FloatLanes isVector =
+        bothBits(areAtLeast(scaledNorm, allLanes(0x1p-60F)), areAtLeast(allLanes(0x1p60F), scaledNorm));
+    return {bothBits(n.x, isVector), bothBits(n.y, isVector), select(isVector, n.z, one)};
 }
 
 /// The best two coordinates for each vector.
-inline Candidate encodeLanes(const VectorLanes& vectors, FloatLanes radius) {
-    const FloatLanes zero = allLanes(0.0F);
+inline void encodeLanes(const VectorLanes& vectors, FloatLanes radius, FloatLanes& first, FloatLanes& second) {
+    const VectorLanes n = normaliseMagnitude(vectors);
+    const VectorLanes v{absolute(n.x), absolute(n.y), absolute(n.z)};
+    const FloatLanes scale = radius / ((v.x + v.y) + v.z);
+    const FloatLanes firstBelow = truncate(v.x * scale);
+    const FloatLanes secondBelow = truncate(v.y * scale);
     const FloatLanes one = allLanes(1.0F);
-    // Divided by its largest component first, no vector is too short or too long to be squared.
-    const FloatLanes largest = maximum(maximum(absolute(vectors.x), absolute(vectors.y)), absolute(vectors.z));
-    VectorLanes n{vectors.x / largest, vectors.y / largest, vectors.z / largest};
-    // False for the quotients of zero vectors, infinities and NaN.
-    const FloatLanes isVector = areAtLeast((absolute(n.x) + absolute(n.y)) + absolute(n.z), one);
-    n = {select(isVector, n.x, zero), select(isVector, n.y, zero), select(isVector, n.z, one)};
-    const FloatLanes norm = (absolute(n.x) + absolute(n.y)) + absolute(n.z);
-    const FloatLanes p = n.x / norm;
-    const FloatLanes q = n.y / norm;
-    const FloatLanes isLower = areBelow(n.z, zero);
-    const FloatLanes u = select(isLower, withSignOf(one - absolute(q), p), p) * radius;
-    const FloatLanes v = select(isLower, withSignOf(one - absolute(p), q), q) * radius;
-    const FloatLanes firstBelow = maximum(roundDown(u), zero - radius);
-    const FloatLanes secondBelow = maximum(roundDown(v), zero - radius);
-    const FloatLanes firstAbove = minimum(firstBelow + one, radius);
-    const FloatLanes secondAbove = minimum(secondBelow + one, radius);
-    return betterOf(betterOf(judge(n, firstBelow, secondBelow, radius), judge(n, firstAbove, secondBelow, radius)),
-                    betterOf(judge(n, firstBelow, secondAbove, radius), judge(n, firstAbove, secondAbove, radius)));
+    const FloatLanes firstAbove = firstBelow + one;
+    const FloatLanes secondAbove = secondBelow + one;
+    const FloatLanes third = (radius - firstBelow) - secondBelow;
+    // The cross products of neighbouring points differ by those of (1, 0, -1) and (0, 1, -1).
+    const VectorLanes cross{secondBelow * v.z - third * v.y, third * v.x - firstBelow * v.z,
+                            firstBelow * v.y - secondBelow * v.x};
+    const VectorLanes crossOfFirst = sum(cross, {v.y, allLanes(0.0F) - (v.x + v.z), v.y});
+    const VectorLanes step{v.y + v.z, allLanes(0.0F) - v.x, allLanes(0.0F) - v.x};
+    Candidate best = judge(cross, firstBelow, secondBelow, radius);
+    best = betterOf(best, judge(crossOfFirst, firstAbove, secondBelow, radius), radius);
+    best = betterOf(best, judge(sum(cross, step), firstBelow, secondAbove, radius), radius);
+    best = betterOf(best, judge(sum(crossOfFirst, step), firstAbove, secondAbove, radius), radius);
+    // The lower half is folded over the upper one.
+    const FloatLanes isLower = areBelow(n.z, allLanes(0.0F));
+    first = withSignOf(select(isLower, radius - best.second, best.first), n.x);
+    second = withSignOf(select(isLower, radius - best.first, best.second), n.y);
 }
 
 inline VectorLanes decodeLanes(FloatLanes first, FloatLanes second, FloatLanes radius) {
@@ -144,8 +161,10 @@ template <int Bits>
 [[gnu::noinline]] void encodeBlocks(const unsigned char* normals, unsigned char* codes, unsigned long blockCount) {
     const FloatLanes radius = allLanes(octahedronRadius<Bits>);
     for (unsigned long i = 0; i < blockCount; ++i) {
-        const Candidate best = encodeLanes(loadVectors(normals + i * laneCount * vectorSize), radius);
-        OctahedralCodes<Bits>::store(codes + i * laneCount * OctahedralCodes<Bits>::size, best.first, best.second);
+        FloatLanes first;
+        FloatLanes second;
+        encodeLanes(loadVectors(normals + i * laneCount * vectorSize), radius, first, second);
+        OctahedralCodes<Bits>::store(codes + i * laneCount * OctahedralCodes<Bits>::size, first, second);
     }
 }
 
