@@ -39,8 +39,6 @@ test: ## build with g++ and clang++ and run every suite, also with sanitizers an
 	$(call RUN_TESTS,clang)
 	$(call BUILD,asan)
 	$(call RUN_TESTS,asan)
-	$(call BUILD,debug)
-	$(call RUN_TESTS,debug)
 	$(call RUN_TESTS,release)
 
 bench: ## measure alongside other libraries (BENCH=--quick is faster); writes build/bench/results.json too
