@@ -100,7 +100,7 @@ TEST(AddTriangleWithoutMemory, ReadsTheListsOfCrowdedVerticesInstead) {
     graph.addTriangle(0, 201, 402);
     std::vector<std::int32_t> states;
     states.reserve(2);
-    for (const std::size_t vertex : {0, 201, 1, 2}) {
+    for (const std::size_t vertex : {std::size_t{0}, std::size_t{201}, std::size_t{1}, std::size_t{2}}) {
         graph.vertexHalfEdges[vertex].reserve(200);
     }
     bool hasFailed = false;

@@ -63,7 +63,7 @@ TEST(CrowdedEdge, IsEmptyAfterClear) {
 TEST(CrowdedEdge, IsSearchedAgainWhenTheCallerHasShortenedAList) {
     FilledGraph graph(betweenCrowds({}));
     statesOfAdded(graph, {0, 1, 2, 1, 0, 3, 0, 1, 4});
-    for (const std::size_t vertex : {0, 1}) {
+    for (const std::size_t vertex : {std::size_t{0}, std::size_t{1}}) {
         graph.vertexHalfEdges[vertex].resize(100); // the crowds only
     }
     EXPECT_EQ(statesOfAdded(graph, {0, 1, 2, 1, 0, 3}), (std::vector<int>{1, 1}));
