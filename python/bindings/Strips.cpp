@@ -2,6 +2,7 @@
 #include "Bindings.h"
 
 #include <vexa/mesh/Edges.h>
+#include <vexa/mesh/Statistics.h>
 #include <vexa/mesh/StripBuffer.h>
 
 #include <pybind11/functional.h>
@@ -116,6 +117,19 @@ py::tuple edgesOf(const Indices& triangles) {
     return py::make_tuple(toArray(std::move(vertices)), toArray(std::move(counts)));
 }
 
+/// The fields of the statistics, in order, and their ratios.
+py::tuple statsOf(const Indices& indices, bool isStrip, bool isLru, std::uint32_t cacheSize) {
+    IndexStats stats;
+    {
+        const py::gil_scoped_release unlocked;
+        stats = computeStats(isStrip ? TRIANGLE_STRIP : TRIANGLES, elementsOf(indices),
+                             {.cache = isLru ? CacheModel::Lru : CacheModel::Fifo, .cacheSize = cacheSize});
+    }
+    return py::make_tuple(stats.indexCount, stats.vertexCount, stats.triangleCount, stats.degenerateCount,
+                          stats.restartCount, stats.stripCount, stats.maxStripTriangles, stats.swapCount,
+                          stats.cacheMisses, stats.indicesPerTriangle(), stats.acmr(), stats.atvr());
+}
+
 } // namespace
 
 void addStrips(py::module_& module) {
@@ -124,6 +138,7 @@ void addStrips(py::module_& module) {
     module.def("triangles_of_strip", &trianglesOfStrip);
     module.def("lower_bound", &lowerBound);
     module.def("edges", &edgesOf);
+    module.def("analyze", &statsOf);
 }
 
 } // namespace vexa::python

@@ -158,6 +158,28 @@ def test_edges_know_their_triangles(grid):
     np.testing.assert_array_equal(found.triangle_counts[order], counts)
 
 
+def test_analysis_counts_indices_and_misses(grid):
+    faces = grid(40, 30)
+    plain = vexamesh.analyze(faces)
+    assert (plain.index_count, plain.vertex_count, plain.triangle_count) == (7200, 41 * 31, 2400)
+    assert plain.strip_count == 0 and plain.indices_per_triangle == 3
+    # One row of the grid at a time: with room for two rows, every vertex is transformed once.
+    assert vexamesh.analyze(faces, cache_size=90).atvr == 1
+    assert vexamesh.analyze(faces, cache="lru", cache_size=90).cache_misses == 41 * 31
+    assert 1 < plain.atvr == plain.cache_misses / plain.vertex_count
+    strip = vexamesh.strip(faces)
+    strips = vexamesh.analyze(strip, "strip")
+    assert strips.index_count == len(strip) and strips.triangle_count == 2400
+    assert strips.strip_count == strips.restart_count + 1
+    assert strips.indices_per_triangle == len(strip) / 2400
+    assert strips.acmr == strips.cache_misses / 2400
+    aware = vexamesh.analyze(vexamesh.strip(faces, cache_aware=True), "strip")
+    assert aware.cache_misses < strips.cache_misses
+    for options in ({"kind": "fan"}, {"cache": "random"}, {"cache_size": 2}):
+        with pytest.raises(ValueError, match=next(iter(options))):
+            vexamesh.analyze(faces, **options)
+
+
 def test_progress_rises_and_can_stop_the_search(grid):
     faces = grid(150, 150)
     fractions = []

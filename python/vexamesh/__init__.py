@@ -16,14 +16,16 @@ works, Ctrl-C stops it, and what is wrong with an argument is a ValueError, Type
 
 from vexamesh._meshes import Fault, Mesh, Weld, compute_normals, find_faults, merge, weld
 from vexamesh._normals import pack_normals, unpack_normals
-from vexamesh._strips import RESTART_INDEX, Edges, edges, lower_bound, strip, unstrip
+from vexamesh._strips import RESTART_INDEX, Analysis, Edges, analyze, edges, lower_bound, strip, unstrip
 
 __all__ = [
     "RESTART_INDEX",
+    "Analysis",
     "Edges",
     "Fault",
     "Mesh",
     "Weld",
+    "analyze",
     "compute_normals",
     "edges",
     "find_faults",
