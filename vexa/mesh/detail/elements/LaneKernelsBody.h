@@ -327,6 +327,9 @@ bool areUpTo(const void* integers, unsigned long count, Unsigned limit) {
         }
         done += piece;
     }
+    if (done == sizeInBytes) {
+        return true;
+    }
     unsigned char block[step] = {};
     std::memcpy(block, bytes + done, sizeInBytes - done);
     return areBlocksUpTo(block, step, limit);
