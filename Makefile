@@ -18,7 +18,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench bench-compare fuzz reliability python docs format lint install clean
+.PHONY: help deps demo test bench bench-compare bench-python fuzz reliability python docs format lint install clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-13s %s\n", $$1, $$2 }' Makefile
@@ -68,6 +68,17 @@ PYTHON ?= /usr/bin/python3
 python: ## build the Python package: a wheel in build/python
 	$(INSTALL_DEPENDENCIES) library python
 	$(PYTHON) -m pip wheel --no-index --no-build-isolation --no-deps --wheel-dir build/python .
+
+bench-python: ## time the Python package alongside C++ and NumPy
+	$(INSTALL_DEPENDENCIES) library python bench
+	sh bench/models/fetch.sh build/bench/models
+	cmake -G Ninja -S . -B build/python-bench -D CMAKE_BUILD_TYPE=Release -D BUILD_SHARED_LIBS=OFF -D VEXA_LOGGING=OFF \
+	    -D VEXA_BUILD_TOOL=OFF -D VEXA_BUILD_TESTS=OFF -D VEXA_BUILD_EXAMPLES=OFF -D VEXA_BUILD_PYTHON=ON \
+	    -D Python_EXECUTABLE=$(PYTHON)
+	cmake --build build/python-bench -j $(JOBS) --target vexameshPython stripOnce
+	cp python/vexamesh/*.py build/python-bench/python/vexamesh
+	PYTHONPATH=build/python-bench/python $(PYTHON) python/bench/compare.py build/python-bench/python/stripOnce \
+	    build/bench/models/dragon.off
 
 docs: ## generate the reference of the public headers in build/docs/html
 	$(INSTALL_DEPENDENCIES) docs
