@@ -117,7 +117,8 @@ AttributeBuffers makeInterleaved(std::span<const std::byte> vertices, unsigned l
 }
 
 std::shared_ptr<IndexBuffer> detail::makeIndexBuffer(ComponentType type, const BufferStorage& storage) {
-    const auto make = [&]<typename I>(I /*index*/) -> std::shared_ptr<IndexBuffer> {
+    const auto make = [&](auto index) -> std::shared_ptr<IndexBuffer> {
+        using I = decltype(index);
         return std::make_shared<DefaultIndexBuffer<I>>(type, 1UL, sizeof(I), 0UL, storage.data());
     };
     switch (type) {
