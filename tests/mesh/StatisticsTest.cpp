@@ -34,11 +34,12 @@ std::uint64_t countMissesPlainly(const Indices& indices, CacheModel model, std::
             continue;
         }
         const auto found = std::ranges::find(cache, index);
-        misses += found == cache.end() ? 1 : 0;
-        if (found != cache.end() && model == CacheModel::Lru) {
+        const bool isHit = found != cache.end();
+        misses += isHit ? 0 : 1;
+        if (isHit && model == CacheModel::Lru) {
             cache.erase(found);
         }
-        if (found == cache.end() || model == CacheModel::Lru) {
+        if (!isHit || model == CacheModel::Lru) {
             cache.push_front(index);
         }
         cache.resize(std::min(cache.size(), cacheSize));

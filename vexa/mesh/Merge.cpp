@@ -259,7 +259,8 @@ std::vector<unsigned int> Plan::partOf(const Source& source) const {
     std::vector<unsigned int> part =
         detail::checkedIndices(source.name.c_str(), *source.mesh, source.range.vertexCount);
     const auto restart = std::find(part.begin(), part.end(), restartIndex);
-    if (isList(source.type) && restart != part.end()) {
+    const bool hasRestarts = restart != part.end();
+    if (isList(source.type) && hasRestarts) {
         fail(source, "index " + std::to_string(restart - part.begin()) + " restarts a primitive, which a list of " +
                          getStringForPrimitiveType(source.type) + " does not need");
     }
@@ -269,7 +270,7 @@ std::vector<unsigned int> Plan::partOf(const Source& source) const {
     if (type_ != source.type) {
         return toTriangles(source.type, part);
     }
-    if (type_ != TRIANGLE_STRIP || options_.join == StripJoin::Restart || restart == part.end()) {
+    if (type_ != TRIANGLE_STRIP || options_.join == StripJoin::Restart || !hasRestarts) {
         return part;
     }
     std::vector<IndexedPrimitive> strips;
