@@ -78,10 +78,8 @@ private:
 template <class Announce, class Visit>
 void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, Announce announce, Visit visit) {
     constexpr std::size_t ahead = 16 * 3;
-    for (std::size_t i = 0; i < triangles.size(); i += 3) {
-        if (i % (std::size_t{3} * pollInterval) == 0 && poll) {
-            poll();
-        }
+    forEachPolled(static_cast<TriangleId>(triangles.size() / 3), poll, [&](TriangleId triangle) {
+        const std::size_t i = std::size_t{3} * triangle;
         if (i + ahead < triangles.size()) {
             announce(triangles[i + ahead]);
             announce(triangles[i + ahead + 1]);
@@ -90,14 +88,12 @@ void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, 
         const std::uint32_t v0 = triangles[i];
         const std::uint32_t v1 = triangles[i + 1];
         const std::uint32_t v2 = triangles[i + 2];
-        if (isCollapsed(v0, v1, v2)) {
-            continue;
+        if (!isCollapsed(v0, v1, v2)) {
+            visit(halfEdgeOf(triangle, 0), v0, v1);
+            visit(halfEdgeOf(triangle, 1), v1, v2);
+            visit(halfEdgeOf(triangle, 2), v2, v0);
         }
-        const auto triangle = static_cast<TriangleId>(i / 3);
-        visit(halfEdgeOf(triangle, 0), v0, v1);
-        visit(halfEdgeOf(triangle, 1), v1, v2);
-        visit(halfEdgeOf(triangle, 2), v2, v0);
-    }
+    });
 }
 
 UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, const Poll& poll)
