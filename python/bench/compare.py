@@ -1,8 +1,9 @@
-"""Times the package beside the same search in a C++ program, and beside the same results in plain NumPy.
+"""Times the package beside the same search in a C++ program, beside meshoptimizer, and beside plain NumPy.
 
 usage: compare.py STRIP_ONCE MODEL.off
 """
 
+import ctypes
 import subprocess
 import sys
 import tempfile
@@ -42,6 +43,22 @@ def numpy_keyed_edges(faces):
     return np.unique(sides[:, 0] << np.uint64(32) | sides[:, 1], return_counts=True)
 
 
+def meshoptimizer_strip(faces, vertices):
+    """The order of triangles and the strips of meshoptimizer, called without a copy."""
+    library = ctypes.CDLL("libmeshoptimizer.so")
+    for name in ("meshopt_stripify", "meshopt_stripifyBound"):
+        getattr(library, name).restype = ctypes.c_size_t
+    count = ctypes.c_size_t(faces.size)
+    pointer = lambda array: ctypes.c_void_p(array.ctypes.data)  # noqa: E731
+    order = np.empty(faces.size, dtype=np.uint32)
+    library.meshopt_optimizeVertexCacheStrip(pointer(order), pointer(faces), count, ctypes.c_size_t(vertices))
+    strip = np.empty(library.meshopt_stripifyBound(count), dtype=np.uint32)
+    size = library.meshopt_stripify(
+        pointer(strip), pointer(order), count, ctypes.c_size_t(vertices), ctypes.c_uint(vexamesh.RESTART_INDEX)
+    )
+    return strip[:size]
+
+
 def main():
     program, model = sys.argv[1:]
     positions, faces = read_off(model)
@@ -49,12 +66,15 @@ def main():
     with tempfile.NamedTemporaryFile() as file:
         faces.tofile(file)
         file.flush()
+        peer, peer_strip = best_time(lambda: meshoptimizer_strip(faces, len(positions)))
+        assert len(vexamesh.unstrip(peer_strip)) == len(faces)
+        print(f"meshoptimizer: {1e3 * peer:.1f} ms, {len(peer_strip) / len(faces):.3f} indices a triangle")
         for effort in (0, 2):
             ours, strip = best_time(lambda: vexamesh.strip(faces, effort=effort))
             native = float(subprocess.check_output([program, file.name, str(effort), str(ROUNDS)]))
             per_triangle = len(strip) / len(faces)
             print(f"strip, effort {effort}: {1e3 * ours:.1f} ms, {per_triangle:.3f} indices a triangle; ", end="")
-            print(f"to the C++ program {ours / native:.2f}")
+            print(f"to the C++ program {ours / native:.2f}, to meshoptimizer {ours / peer:.2f}")
     ours, edges = best_time(lambda: vexamesh.edges(faces))
     for name, other in (("of rows", numpy_edges), ("of 64-bit keys", numpy_keyed_edges)):
         plain, expected = best_time(lambda: other(faces))

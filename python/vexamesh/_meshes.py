@@ -79,7 +79,7 @@ def merge(
         is the translation. Positions, normals and tangents are placed; a mirrored mesh has its winding turned
     :param missing: how to treat attributes that only some have: ``"raise"`` or fill with ``"zeros"``
     :return: the merged mesh, in the order of the meshes
-    :raise ValueError: there are no meshes, an attribute is missing or of another type than in the first mesh, or a
+    :raise ValueError: no meshes are given, an attribute is missing or of another type than in the first mesh, or a
         placement is not of the shape (4, 4)
     """
     if missing not in ("raise", "zeros"):

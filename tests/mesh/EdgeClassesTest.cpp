@@ -66,7 +66,7 @@ TEST(ClassifyEdges, FindsNonManifoldEdges) {
 TEST(ClassifyEdges, RefusesMeshesWithoutPositionsOrTriangles) {
     const MeshPtr mesh = makeMesh(TRIANGLES, nullptr, {makeAttribute<glm::vec2>("position", 3)});
     EXPECT_EQ(messageOf([&] { classifyEdges(*mesh); }),
-              "classifyEdges: the mesh has no attribute \"position\" of three floats");
+              "classifyEdges: the mesh lacks an attribute \"position\" of three floats");
     mesh->setPrimitive(LINES);
     EXPECT_THAT(messageOf([&] { classifyEdges(*mesh); }), HasSubstr("LINES does not contain triangles"));
 }

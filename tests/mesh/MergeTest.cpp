@@ -151,7 +151,7 @@ TEST(MergeMeshes, FillsMissingAttributesIfAskedTo) {
         makeMesh(TRIANGLES, Indices{0, 1, 2}, {makeAttribute("uv", std::vector(3, glm::vec2(1, 2))), positions(3)});
     const auto instances = instancesOf({plain, textured, plain});
     EXPECT_THAT(messageOf([&] { mergeMeshes(instances); }),
-                HasSubstr("mergeMeshes: instance 0: it has no attribute \"uv\", which others have"));
+                HasSubstr("mergeMeshes: instance 0: it lacks the attribute \"uv\", which others have"));
     const MeshPtr merged = mergeMeshes(instances, {.missing = MissingAttribute::FillWithZeros});
     EXPECT_EQ(merged->getAttributeBuffer(0)->getAttributeName(), "position");
     const glm::vec2 zero(0);
@@ -186,8 +186,8 @@ TEST(MergeMeshes, NamesTheInstanceThatDoesNotFit) {
     const auto fault = [&](const MeshInstance& second) {
         return messageOf([&] { mergeMeshes(std::vector<MeshInstance>{{mesh}, second}); });
     };
-    EXPECT_EQ(fault({nullptr}), "mergeMeshes: instance 1: it has no mesh");
-    EXPECT_EQ(messageOf([] { mergeMeshes({}); }), "mergeMeshes: there are no instances to merge");
+    EXPECT_EQ(fault({nullptr}), "mergeMeshes: instance 1: its mesh is missing");
+    EXPECT_EQ(messageOf([] { mergeMeshes({}); }), "mergeMeshes: at least one instance is needed");
     EXPECT_EQ(fault({meshOf(TRIANGLES, {0, 1}, 3)}),
               "mergeMeshes: instance 1: its 2 indices are not a whole number of TRIANGLES");
     const MeshPtr wrong = copyMesh(*mesh);

@@ -89,9 +89,9 @@ TEST(ElementsOf, AreThoseOfTheBufferAndCanBeWritten) {
 TEST(ElementsOf, NamesTheAttributesThereAreWhenOneIsMissing) {
     const MeshPtr mesh = meshOf({zeros("position", 1), zeros("NORMAL", 1)});
     EXPECT_EQ(messageOf([&] { elementsOf<glm::vec3>(*mesh, "normal"); }),
-              "elementsOf: the mesh has no attribute \"normal\"; it has \"position\", \"NORMAL\"");
+              "elementsOf: the mesh lacks the attribute \"normal\"; it has \"position\", \"NORMAL\"");
     EXPECT_THAT(messageOf([&] { stridedElementsOf<glm::vec3>(*meshOf({}), "normal"); }),
-                HasSubstr("stridedElementsOf: the mesh has no attribute \"normal\"; it has none"));
+                HasSubstr("stridedElementsOf: the mesh lacks the attribute \"normal\"; it is without any"));
 }
 
 TEST(ElementsOf, RefusesAnotherTypeOrCount) {

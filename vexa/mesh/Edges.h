@@ -21,7 +21,7 @@ struct Edge {
 /// Lists the edges of a triangle list, straight from its indices.
 ///
 /// The order is that of first occurrence: a triangle [a b c] contributes a-b, b-c and c-a, in this order, as far as no
-/// preceding triangle has them. Triangles with two equal corners have no edges. All other triangles count, whatever
+/// preceding triangle has them. Triangles with two equal corners are left out. All other triangles count, whatever
 /// their winding, also where an edge has more than two and where a triangle is a duplicate.
 ///
 /// May run in several threads at once.
@@ -71,7 +71,7 @@ struct EdgeOptions {
 /// \param mesh    triangles of any type, with positions of three floats; not changed
 /// \param options see EdgeOptions
 /// \return each edge once, in the order of first occurrence, as `buildEdges`
-/// \throw std::invalid_argument the primitive type does not contain triangles, there are no positions of three floats,
+/// \throw std::invalid_argument the primitive type does not contain triangles, positions of three floats are missing,
 ///                              the mesh holds an empty pointer, its attributes differ in their number of elements, or
 ///                              an index is out of range
 /// \throw std::length_error     as buildEdges

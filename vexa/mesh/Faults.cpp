@@ -93,7 +93,7 @@ void FaultSearch::checkAttributes() {
         FaultSites missing = faults_.sites();
         missing.add(0, 0);
         faults_.add(FaultCode::MissingPosition, FaultSeverity::Error, missing,
-                    "the mesh has no attribute \"position\"");
+                    "the mesh lacks the attribute \"position\"");
     }
     for (unsigned long i = 0; i < mesh_.getNumAttributeBuffers(); ++i) {
         const std::shared_ptr<AttributeBuffer> buffer = mesh_.getAttributeBuffer(i);

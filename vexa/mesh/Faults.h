@@ -14,7 +14,7 @@ enum class FaultSeverity { Note, Warning, Error };
 
 /// The kinds of faults. The name that getStringForFaultCode returns is the same in words, such as "missing-position".
 enum class FaultCode {
-    MissingPosition,      ///< there is no attribute "position" (error)
+    MissingPosition,      ///< the attribute "position" is missing (error)
     EmptyBuffer,          ///< an attribute buffer is an empty pointer (error)
     DuplicateName,        ///< a preceding attribute has the same name (warning)
     UnequalElementCounts, ///< another number of elements than positions (fewer: error; more: warning)

@@ -104,7 +104,7 @@ private:
 Plan::Plan(const char* caller, std::span<const MeshInstance> instances, const MergeOptions& options)
     : options_(options) {
     if (instances.empty()) {
-        throw std::invalid_argument(std::string(caller) + ": there are no instances to merge");
+        throw std::invalid_argument(std::string(caller) + ": at least one instance is needed");
     }
     sources_.reserve(instances.size());
     for (std::size_t i = 0; i < instances.size(); ++i) {
@@ -119,7 +119,7 @@ void Plan::addSource(const char* caller, std::size_t number, const MeshInstance&
     Source source;
     source.name = caller + (": instance " + std::to_string(number));
     if (!instance.mesh) {
-        fail(source, "it has no mesh");
+        fail(source, "its mesh is missing");
     }
     source.mesh = instance.mesh.get();
     source.type = source.mesh->getPrimitiveType();
@@ -180,7 +180,7 @@ void Plan::checkMissing() const {
     for (const Source& source : sources_) {
         for (std::size_t i = 0; i < layout_.size() && options_.missing == MissingAttribute::Throw; ++i) {
             if (i >= source.attributes.size() || !source.attributes[i]) {
-                fail(source, "it has no attribute \"" + layout_[i].name +
+                fail(source, "it lacks the attribute \"" + layout_[i].name +
                                  "\", which others have; fill it with MissingAttribute::FillWithZeros");
             }
         }

@@ -49,13 +49,13 @@ struct MeshRange {
 /// under a mirroring placement with their winding flipped; all other values are copied bit by bit. Each buffer of the
 /// result is allocated once, and indices are as wide as all vertices together need.
 ///
-/// The result has no indices if none of the meshes has any, unless strips have to be separated or a winding flipped.
+/// If all meshes lack indices, so does the result, unless strips have to be separated or a winding flipped.
 ///
 /// \param instances at least one; not changed
 /// \param options   see MergeOptions
 /// \return never empty
-/// \throw std::invalid_argument there are no instances, or, naming the first such instance: it has no mesh, or its mesh
-///                              holds an empty pointer, has another primitive type than the first, attributes of
+/// \throw std::invalid_argument no instance is given, or, naming the first such instance: its mesh is missing or holds
+///                              an empty pointer, has another primitive type than the first, attributes of
 ///                              unequal element counts, an attribute of another type than in the first mesh with it, or
 ///                              not all attributes (with `MissingAttribute::Throw`); it must be placed and an attribute
 ///                              is not of floats; or its indices are out of range, or a list contains a restart index

@@ -110,8 +110,8 @@ std::size_t runLength(Row begin, Row end) {
                                     begin);
 }
 
-/// Appends a strip, flipped. A strip that ends with an even number of equal indices changes at its beginning only: there
-/// is no other way in which flipping it twice gives back the same.
+/// Appends a strip, flipped. A strip that ends with an even number of equal indices changes at its beginning only, or
+/// flipping it twice would not give back the same.
 void appendFlippedStrip(std::vector<unsigned int>& flipped, std::span<const unsigned int> strip) {
     const std::size_t size = strip.size();
     const std::size_t first = size == 0 ? 0 : runLength(strip.begin(), strip.end());

@@ -48,7 +48,7 @@ VEXA_MESH_EXPORT void createTransformation(AttributeTransformationMap& map, cons
                                            const TransformationOptions& options = {});
 
 /// Places a mesh: transforms the attributes "position", "normal" and "tangent" as createTransformation does, and under a
-/// mirroring matrix flips the winding of triangles. Other attributes are kept; lines and points have no winding.
+/// mirroring matrix flips the winding of triangles. Other attributes are kept; lines and points are without winding.
 ///
 /// Buffers change in place, which every mesh that holds them sees.
 ///

@@ -258,8 +258,8 @@ AttributeBuffer& findAttribute(const Mesh& mesh, std::string_view name, const ch
             names += (names.empty() ? "\"" : ", \"") + buffer->getAttributeName() + '"';
         }
     }
-    throw std::invalid_argument(caller + (": the mesh has no attribute \"" + std::string(name)) + "\"; it has " +
-                                (names.empty() ? "none" : names));
+    throw std::invalid_argument(caller + (": the mesh lacks the attribute \"" + std::string(name)) + "\"; it " +
+                                (names.empty() ? "is without any" : "has " + names));
 }
 
 IndexBuffer& findIndices(const Mesh& mesh) {

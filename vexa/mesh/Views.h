@@ -257,7 +257,7 @@ std::span<const T> elementsOf(const AttributeBuffer& buffer) {
 
 /// The elements of the first attribute with a name, compared byte by byte.
 ///
-/// \throw std::invalid_argument as for a buffer, and if the mesh has no such attribute: the message lists those it has
+/// \throw std::invalid_argument as for a buffer, and if the mesh lacks the attribute: the message lists those it has
 template <BufferElement T>
 std::span<T> elementsOf(Mesh& mesh, std::string_view name) {
     return elementsOf<T>(detail::findAttribute(mesh, name, "elementsOf"));
@@ -288,7 +288,7 @@ StridedSpan<const T> stridedElementsOf(const AttributeBuffer& buffer) {
 
 /// The elements of the first attribute with a name, compared byte by byte.
 ///
-/// \throw std::invalid_argument as for a buffer, and if the mesh has no such attribute: the message lists those it has
+/// \throw std::invalid_argument as for a buffer, and if the mesh lacks the attribute: the message lists those it has
 template <BufferElement T>
 StridedSpan<T> stridedElementsOf(Mesh& mesh, std::string_view name) {
     return stridedElementsOf<T>(detail::findAttribute(mesh, name, "stridedElementsOf"));

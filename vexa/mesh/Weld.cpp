@@ -29,7 +29,7 @@ void checkOptions(const AttributeBuffers& attributes, const WeldOptions& options
     };
     for (const std::string& name : options.compare) {
         if (!has(name)) {
-            throw std::invalid_argument("weld: the mesh has no attribute \"" + name + "\" to compare");
+            throw std::invalid_argument("weld: the mesh lacks the attribute \"" + name + "\" to compare");
         }
     }
     if (options.tolerance && !(*options.tolerance >= 0 && std::isfinite(*options.tolerance))) {
@@ -37,7 +37,7 @@ void checkOptions(const AttributeBuffers& attributes, const WeldOptions& options
                                     " is not a distance; use a finite number from 0");
     }
     if (options.tolerance && !has("position")) {
-        throw std::invalid_argument("weld: the mesh has no attribute \"position\", to which the tolerance applies");
+        throw std::invalid_argument("weld: the mesh lacks the attribute \"position\", to which the tolerance applies");
     }
 }
 

@@ -23,7 +23,7 @@ SurfaceEdges::SurfaceEdges(const char* caller, const Mesh& mesh) {
         return attribute->getAttributeName() == "position" && attribute->isVec3f();
     });
     if (found == attributes.end()) {
-        throw std::invalid_argument(std::string(caller) + ": the mesh has no attribute \"position\" of three floats");
+        throw std::invalid_argument(std::string(caller) + ": the mesh lacks an attribute \"position\" of three floats");
     }
     positions = toElements<glm::vec3>(**found);
     for (glm::vec3& position : positions) {
