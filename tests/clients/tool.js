@@ -131,6 +131,7 @@ const verbs = [
         args: (model) => ['edges', model, '--border'],
         expected: async (model, readGltf) => edges(await readShared(model, readGltf), true),
     },
+    { name: 'edges --visibility', args: (model) => ['edges', model, '--visibility'], expected: readModel },
     { name: 'merge', args: (model) => ['merge', model], expected: readModel },
     {
         name: 'merge with its mirror image',

@@ -4,6 +4,8 @@
 #include "support/ToolProcess.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -78,6 +80,98 @@ TEST_F(EdgesCommand, RefusesUnknownClasses) {
                 testing::HasSubstr("\"sharp\" is not a class of edges"));
     EXPECT_THAT(run({"edges", file, "-o", out, "--classes", "crease", "--border"}, 2).err,
                 testing::HasSubstr("exclude one another"));
+}
+
+/// The marks of the edges of a primitive, three for each triangle.
+std::vector<int> marksOf(const tinygltf::Model& model, const tinygltf::Primitive& primitive) {
+    const auto& extension = primitive.extensions.at("EXT_mesh_primitive_edge_visibility");
+    const auto& accessor = model.accessors.at(static_cast<std::size_t>(extension.Get("visibility").GetNumberAsInt()));
+    EXPECT_EQ(accessor.type, TINYGLTF_TYPE_SCALAR);
+    EXPECT_EQ(accessor.componentType, TINYGLTF_COMPONENT_TYPE_UNSIGNED_BYTE);
+    const auto& view = model.bufferViews.at(static_cast<std::size_t>(accessor.bufferView));
+    const unsigned char* bytes = model.buffers.at(0).data.data() + view.byteOffset + accessor.byteOffset;
+    std::vector<int> marks;
+    for (std::size_t i = 0; i < 4 * accessor.count; ++i) {
+        marks.push_back(bytes[i / 4] >> i % 4 * 2 & 3);
+    }
+    return marks;
+}
+
+TEST_F(EdgesCommand, MarksVisibleEdgesOnTheTriangles) {
+    const std::string file = write("a.glb", foldedModel());
+    const ProcessResult result = run({"edges", file, "-o", out, "--visibility", "--json"}, 0);
+    expectSameTriangles(file, out);
+    const tinygltf::Model model = loadModel(out);
+    EXPECT_THAT(model.extensionsUsed, ElementsAre("EXT_mesh_primitive_edge_visibility"));
+    EXPECT_TRUE(model.extensionsRequired.empty());
+    // The crease counts once, although its sides have vertices of their own; the diagonal of the flat square is hidden.
+    EXPECT_THAT(marksOf(model, model.meshes.at(0).primitives.at(0)), ElementsAre(2, 2, 2, 3, 2, 2, 2, 0, 2, 0, 2, 2));
+    const Json mesh = Json::parse(result.out)["meshes"][0];
+    EXPECT_EQ(mesh["visibleEdges"], 9);
+    EXPECT_EQ(mesh["silhouetteEdges"], 0);
+    EXPECT_FALSE(mesh.contains("lines"));
+}
+
+TEST_F(EdgesCommand, MarksOtherEdgesAsVisibleInSilhouette) {
+    run({"edges", write("a.glb", foldedModel()), "-o", out, "--visibility", "--classes", "border"}, 0);
+    const tinygltf::Model model = loadModel(out);
+    const tinygltf::Primitive& primitive = model.meshes.at(0).primitives.at(0);
+    EXPECT_THAT(marksOf(model, primitive), ElementsAre(1, 2, 2, 0, 2, 2, 2, 0, 2, 0, 2, 2));
+    const auto& extension = primitive.extensions.at("EXT_mesh_primitive_edge_visibility");
+    const auto& normals =
+        model.accessors.at(static_cast<std::size_t>(extension.Get("silhouetteNormals").GetNumberAsInt()));
+    EXPECT_EQ(normals.type, TINYGLTF_TYPE_VEC3);
+    EXPECT_EQ(normals.componentType, TINYGLTF_COMPONENT_TYPE_FLOAT);
+    ASSERT_EQ(normals.count, 2u);
+    const auto& view = model.bufferViews.at(static_cast<std::size_t>(normals.bufferView));
+    std::array<float, 6> values{};
+    std::memcpy(values.data(), model.buffers.at(0).data.data() + view.byteOffset + normals.byteOffset, sizeof values);
+    EXPECT_THAT(values, ElementsAre(0, 0, 1, -1, 0, 0));
+}
+
+TEST_F(EdgesCommand, MarksOfStripsFollowTheirTriangles) {
+    GltfModel model;
+    const int positions = model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0, 0, 2, 0});
+    model.addMesh(positions, model.addIndices({0, 1, 2, 3, 4}), 5);
+    run({"edges", write("a.glb", model), "-o", out, "--visibility"}, 0);
+    const tinygltf::Model output = loadModel(out);
+    // [0 1 2], [1 3 2], [2 3 4], and three pairs of bits that must be zero.
+    EXPECT_THAT(marksOf(output, output.meshes.at(0).primitives.at(0)), ElementsAre(2, 0, 2, 2, 0, 0, 0, 2, 2, 0, 0, 0));
+}
+
+TEST_F(EdgesCommand, DoesNotMarkPrimitivesWithoutAVisibleEdge) {
+    run({"edges", write("a.glb", gridModel(1, 1)), "-o", out, "--visibility", "--classes", "crease"}, 0);
+    const tinygltf::Model model = loadModel(out);
+    EXPECT_TRUE(model.extensionsUsed.empty());
+    EXPECT_TRUE(model.meshes.at(0).primitives.at(0).extensions.empty());
+}
+
+TEST_F(EdgesCommand, ReplacesEarlierMarks) {
+    const std::string marked = (directory / "marked.glb").string();
+    run({"edges", write("a.glb", foldedModel()), "-o", marked, "--visibility", "--classes", "border"}, 0);
+    const ProcessResult again = run({"edges", marked, "-o", out, "--visibility"}, 0);
+    EXPECT_THAT(again.err, testing::HasSubstr("left out: the edge visibility"));
+    const Json json = Json::parse(glbJson(out));
+    EXPECT_EQ(json["accessors"].size(), 3u);
+    EXPECT_EQ(json["bufferViews"].size(), 3u);
+    run({"edges", marked, "-o", out, "--visibility", "--strict"}, 1);
+}
+
+TEST_F(EdgesCommand, VerbsThatReorderTrianglesLeaveMarksOut) {
+    const std::string marked = (directory / "marked.glb").string();
+    run({"edges", write("a.glb", gridModel(3, 3)), "-o", marked, "--visibility"}, 0);
+    for (const char* verb : {"strip", "unstrip", "merge", "edges"}) {
+        const ProcessResult result = run({verb, marked, "-o", out, "--json"}, 0);
+        EXPECT_THAT(Json::parse(result.out)["leftOut"].dump(), testing::HasSubstr("edge visibility")) << verb;
+        EXPECT_EQ(glbJson(out).find("edge_visibility"), std::string::npos) << verb;
+    }
+    run({"validate", marked, "--strict"}, 0);
+}
+
+TEST_F(EdgesCommand, RefusesBorderWithVisibility) {
+    const std::string file = write("a.glb", foldedModel());
+    EXPECT_THAT(run({"edges", file, "-o", out, "--visibility", "--border"}, 2).err,
+                testing::HasSubstr("use --classes border --visibility"));
 }
 
 TEST_F(EdgesCommand, RemovesMeshesWithoutABorder) {

@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "cli/Console.h"
 #include "io/Files.h"
+#include "ops/EdgeVisibility.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -15,6 +16,19 @@ Session::Session(Console& console, const OptionalNumber& weld)
       fail_([&console](const std::string& text) { console.printError(text); }), weld_(weld) {}
 
 Document Session::load(const std::filesystem::path& file, MeshCheck check) const {
+    Document document = read(file, check);
+    weld(document);
+    return document;
+}
+
+Document Session::loadToEdit(const std::filesystem::path& file) const {
+    Document document = read(file, MeshCheck::Full);
+    leaveOut(file, removeEdgeMarks(document));
+    weld(document);
+    return document;
+}
+
+Document Session::read(const std::filesystem::path& file, MeshCheck check) const {
     Document document = file == "-" ? loadStandardInput(check) : loadDocument(file, check);
     for (const std::string& warning : document.asset.warnings) {
         warn(file, warning);
@@ -22,7 +36,6 @@ Document Session::load(const std::filesystem::path& file, MeshCheck check) const
     for (const std::string& text : document.asset.leftOut) {
         noteLoss(file, text);
     }
-    weld(document);
     return document;
 }
 

@@ -30,6 +30,12 @@ public:
     /// \throw UsageError it is standard input, which was read before
     [[nodiscard]] Document load(const std::filesystem::path& file, MeshCheck check = MeshCheck::Full) const;
 
+    /// The same for a verb that changes triangles or their order: marks of their edges, which would no longer be right, are
+    /// left out.
+    ///
+    /// \throw CheckError there are such marks, and nothing must be left out
+    [[nodiscard]] Document loadToEdit(const std::filesystem::path& file) const;
+
     /// Calls `work` with each file. A file that cannot be read is reported, also in `report`, and does not stop the
     /// others.
     ///
@@ -79,6 +85,7 @@ public:
     [[nodiscard]] Json notes(bool byFile = false) const;
 
 private:
+    [[nodiscard]] Document read(const std::filesystem::path& file, MeshCheck check) const;
     void weld(Document& document) const;
 
     /// \return false: that is known

@@ -39,7 +39,7 @@ BatchResult stripItem(const BatchItem& item, const StripBatch& batch) {
     const auto begin = std::chrono::steady_clock::now();
     try {
         const Session session([&](const std::string& warning) { result.warnings.push_back(warning); }, batch.weld);
-        StripOutcome outcome = stripDocument(session.load(item.input), batch.settings, {});
+        StripOutcome outcome = stripDocument(session.loadToEdit(item.input), batch.settings, {});
         session.checkModelOutput(item.output.string(), {item.input});
         session.writeModel(item.output.string(), outcome.file, [&](const Bytes&) { return readBackStrips(outcome); });
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;

@@ -7,19 +7,25 @@
 
 namespace vexa::tool {
 
-Table edgeTable(const std::vector<EdgeStats>& meshes, bool isClassified) {
+Table edgeTable(const std::vector<EdgeStats>& meshes, bool isClassified, bool isMarked) {
     if (isClassified) {
-        Table table({{"mesh", true, "name"},
-                     {"triangles", false, "triangles"},
-                     {"edges", false, "edges"},
-                     {"border", false, "borderEdges"},
-                     {"crease", false, "creaseEdges"},
-                     {"seam", false, "seamEdges"},
-                     {"non-manifold", false, "nonManifoldEdges"},
-                     {"lines written", false, "lines"}});
+        std::vector<Table::Column> columns{{"mesh", true, "name"},
+                                           {"triangles", false, "triangles"},
+                                           {"edges", false, "edges"},
+                                           {"border", false, "borderEdges"},
+                                           {"crease", false, "creaseEdges"},
+                                           {"seam", false, "seamEdges"},
+                                           {"non-manifold", false, "nonManifoldEdges"}};
+        if (isMarked) {
+            columns.push_back({"visible", false, "visibleEdges"});
+            columns.push_back({"in silhouette", false, "silhouetteEdges"});
+        } else {
+            columns.push_back({"lines written", false, "lines"});
+        }
+        Table table(std::move(columns));
         for (const EdgeStats& stats : meshes) {
             table.addRow({stats.name, stats.triangles, stats.edges, stats.border, stats.crease, stats.seam,
-                          stats.nonManifold, stats.written});
+                          stats.nonManifold, stats.written, stats.silhouettes});
         }
         return table;
     }

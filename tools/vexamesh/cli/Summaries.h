@@ -14,7 +14,8 @@ namespace vexa::tool {
 class Console;
 
 /// \param isClassified whether there are columns for creases, seams and non-manifold edges
-Table edgeTable(const std::vector<EdgeStats>& meshes, bool isClassified);
+/// \param isMarked     whether edges are marked as visible instead of written as lines
+Table edgeTable(const std::vector<EdgeStats>& meshes, bool isClassified, bool isMarked);
 Table unstripTable(const std::vector<UnstripStats>& meshes);
 
 /// Prints the names of the files, the rows of a table of meshes and the notes of the session as JSON, or the table alone.

@@ -19,7 +19,7 @@ public:
 
     explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
-    /// \param cells texts and numbers, at most one per column
+    /// \param cells texts and numbers; those beyond the columns are left out
     void addRow(std::vector<Json> cells);
 
     /// Columns are as wide as their cells.

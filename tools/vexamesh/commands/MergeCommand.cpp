@@ -59,7 +59,7 @@ int runMerge(const MergeArguments& arguments, const std::vector<PlacedInput>& in
     session.checkModelOutput(arguments.output, arguments.files);
     Merger merger;
     for (const PlacedInput& input : inputs) {
-        session.leaveOut(input.file, merger.add(session.load(input.file), input.placement));
+        session.leaveOut(input.file, merger.add(session.loadToEdit(input.file), input.placement));
     }
     if (merger.groups().empty()) {
         std::string names;

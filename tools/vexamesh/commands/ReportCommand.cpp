@@ -57,7 +57,7 @@ int runReport(const ReportArguments& arguments, Console& console) {
     checkOutputName(arguments.output, {".html"}, arguments.input);
     ReportSettings settings{arguments.cut.settings(), arguments.maxShown};
     const Session session(console, arguments.weld);
-    Document document = session.load(arguments.input);
+    Document document = session.loadToEdit(arguments.input);
     Progress progress(console);
     showProgress(settings.strip, progress);
     const ReportContent content = collectReport(

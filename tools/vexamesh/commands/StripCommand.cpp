@@ -68,7 +68,7 @@ int stripOne(const StripArguments& arguments, Console& console) {
     StripSettings settings = arguments.settings();
     const Session session(console, arguments.weld);
     session.checkModelOutput(arguments.output, {input});
-    Document document = session.load(input);
+    Document document = session.loadToEdit(input);
     Progress progress(console);
     showProgress(settings, progress);
     StripOutcome outcome = stripDocument(

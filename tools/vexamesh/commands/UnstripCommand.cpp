@@ -28,7 +28,7 @@ struct UnstripArguments {
 int runUnstrip(const UnstripArguments& arguments, Console& console) {
     const Session session(console, arguments.weld);
     session.checkModelOutput(arguments.output, {arguments.input});
-    const UnstrippedFile result = unstripDocument(session.load(arguments.input));
+    const UnstrippedFile result = unstripDocument(session.loadToEdit(arguments.input));
     session.writeModel(arguments.output, result.file, result.findFault);
     printSummary(console, arguments.json, arguments.input, arguments.output, unstripTable(result.meshes),
                  session.notes());

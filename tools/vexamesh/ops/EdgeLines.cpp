@@ -50,24 +50,12 @@ constexpr std::array<std::pair<const char*, mesh::EdgeClass>, 5> classNames{
 /// The lines of those of a primitive's edges that are of the chosen classes.
 std::vector<unsigned int> classifiedLines(const Document& document, const Primitive& primitive,
                                           const EdgeChoice& choice, EdgeStats& stats) {
-    const Attribute* const attribute = primitive.findAttribute("POSITION");
-    if (attribute == nullptr) {
-        throw FileError(document.file.string(),
-                        stats.name + " has a primitive without positions, whose edges cannot be classified");
-    }
-    const auto positions = toAttributeBuffer(toFloats(readAccessor(document.asset, attribute->accessor)), "position");
-    const mesh::MeshPtr mesh = mesh::makeMesh(primitive.type, primitive.indices, {positions});
-    const auto angle = static_cast<float>(choice.creaseAngle * std::numbers::pi / 180);
-    const std::vector<mesh::ClassifiedEdge> edges = mesh::classifyEdges(*mesh, {.creaseAngle = angle});
-    for (const mesh::ClassifiedEdge& edge : edges) {
-        stats.border += hasAny(edge.classes, mesh::EdgeClass::Border) ? 1 : 0;
-        stats.crease += hasAny(edge.classes, mesh::EdgeClass::Crease) ? 1 : 0;
-        stats.seam += hasAny(edge.classes, mesh::EdgeClass::Seam) ? 1 : 0;
-        stats.nonManifold += hasAny(edge.classes, mesh::EdgeClass::NonManifold) ? 1 : 0;
-    }
+    const mesh::MeshPtr mesh =
+        mesh::makeMesh(primitive.type, primitive.indices, {positionsToClassify(document, primitive, stats.name)});
+    const std::vector<mesh::ClassifiedEdge> edges = mesh::classifyEdges(*mesh, edgeOptions(choice));
+    countClasses(edges, stats);
     std::vector<unsigned int> lines = mesh::toLines(edges, *choice.classes);
     stats.triangles += mesh::toTriangles(primitive.type, primitive.indices).size() / 3;
-    stats.edges += edges.size();
     stats.written += lines.size() / 2;
     return lines;
 }
@@ -159,8 +147,32 @@ mesh::EdgeClass parseEdgeClasses(const std::string& text) {
     return static_cast<mesh::EdgeClass>(classes);
 }
 
-EdgeLines replaceByEdges(Document document, const EdgeChoice& choice) {
-    EdgeLines result;
+std::shared_ptr<mesh::AttributeBuffer> positionsToClassify(const Document& document, const Primitive& primitive,
+                                                           const std::string& meshName) {
+    const Attribute* const attribute = primitive.findAttribute("POSITION");
+    if (attribute == nullptr) {
+        throw FileError(document.file.string(),
+                        meshName + " has a primitive without positions, whose edges cannot be classified");
+    }
+    return toAttributeBuffer(toFloats(readAccessor(document.asset, attribute->accessor)), "position");
+}
+
+void countClasses(const std::vector<mesh::ClassifiedEdge>& edges, EdgeStats& stats) {
+    stats.edges += edges.size();
+    for (const mesh::ClassifiedEdge& edge : edges) {
+        stats.border += hasAny(edge.classes, mesh::EdgeClass::Border) ? 1 : 0;
+        stats.crease += hasAny(edge.classes, mesh::EdgeClass::Crease) ? 1 : 0;
+        stats.seam += hasAny(edge.classes, mesh::EdgeClass::Seam) ? 1 : 0;
+        stats.nonManifold += hasAny(edge.classes, mesh::EdgeClass::NonManifold) ? 1 : 0;
+    }
+}
+
+mesh::EdgeOptions edgeOptions(const EdgeChoice& choice) {
+    return {.creaseAngle = static_cast<float>(choice.creaseAngle * std::numbers::pi / 180)};
+}
+
+EdgeFile replaceByEdges(Document document, const EdgeChoice& choice) {
+    EdgeFile result;
     std::vector<IndexEdit> edits;
     std::vector<EditedPrimitive> edited;
     std::vector<EditedPrimitive> written;

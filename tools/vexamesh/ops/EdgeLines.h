@@ -3,9 +3,11 @@
 #include "io/Document.h"
 #include "ops/ReadBack.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+#include <vexa/mesh/AttributeBuffer.h>
 #include <vexa/mesh/Edges.h>
 
 namespace vexa::tool {
@@ -20,9 +22,10 @@ struct EdgeStats {
     std::size_t seam = 0;
     std::size_t nonManifold = 0;
     std::size_t written = 0;
+    std::size_t silhouettes = 0; ///< edges that are visible from some sides only
 };
 
-struct EdgeLines {
+struct EdgeFile {
     Bytes file; ///< binary glTF
     std::vector<EdgeStats> meshes;
     FindFault findFault;
@@ -35,6 +38,18 @@ struct EdgeChoice {
     double creaseAngle = 30;                     ///< in degrees
 };
 
+/// The positions of a primitive as floats, under the name "position".
+///
+/// \throw FileError it has none
+std::shared_ptr<mesh::AttributeBuffer> positionsToClassify(const Document& document, const Primitive& primitive,
+                                                           const std::string& meshName);
+
+/// Adds the edges of each class to those of a mesh.
+void countClasses(const std::vector<mesh::ClassifiedEdge>& edges, EdgeStats& stats);
+
+/// The crease angle in radians.
+mesh::EdgeOptions edgeOptions(const EdgeChoice& choice);
+
 /// The classes in a list such as "border,crease".
 ///
 /// \throw UsageError there is another word in it
@@ -45,6 +60,6 @@ mesh::EdgeClass parseEdgeClasses(const std::string& text);
 ///
 /// \throw FileError the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension, or
 ///                  edges of primitives without positions are to be classified
-EdgeLines replaceByEdges(Document document, const EdgeChoice& choice);
+EdgeFile replaceByEdges(Document document, const EdgeChoice& choice);
 
 } // namespace vexa::tool

@@ -79,6 +79,14 @@ TEST(ExtensionReferences, OfKnownExtensionsAreAccessors) {
     EXPECT_FALSE(references.unknown);
 }
 
+TEST(ExtensionReferences, OfEdgeVisibilityAreAccessors) {
+    const auto references = collectExtensionReferences(Json::parse(
+        R"({"meshes":[{"primitives":[{"extensions":{"EXT_mesh_primitive_edge_visibility":{"visibility":3,"material":9,
+            "silhouetteNormals":5,"lineStrings":[{"indices":7,"material":8}]}}}]}]})"));
+    EXPECT_THAT(references.accessors, ElementsAre(3, 5, 7));
+    EXPECT_FALSE(references.unknown);
+}
+
 TEST(ExtensionReferences, OfUnknownExtensionsMayBeAnyNumber) {
     const auto references = collectExtensionReferences(Json::parse(
         R"({"extensions":{"ACME_a":{"x":[4,{"y":7}],"z":-1}},"materials":[{"extensions":{"ACME_b":{"buffer":2}}}]})"));

@@ -17,6 +17,7 @@ constexpr std::array supported = {std::string_view("AGI_articulations"),
                                   std::string_view("EXT_lights_ies"),
                                   std::string_view("EXT_lights_image_based"),
                                   std::string_view(instancingExtension),
+                                  std::string_view(edgeVisibilityExtension),
                                   std::string_view(restartGroupExtension),
                                   std::string_view("EXT_meshopt_compression"),
                                   std::string_view("EXT_texture_avif"),
@@ -109,6 +110,19 @@ void forEachKnownReference(const std::string& name, Value& content, const Visit&
     if (name == instancingExtension && content.is_object() && content.contains("attributes")) {
         for (auto& accessor : content["attributes"]) {
             visitNumber(accessor);
+        }
+    } else if (name == edgeVisibilityExtension && content.is_object()) {
+        for (const char* member : {"visibility", "silhouetteNormals", "silhouetteMates"}) {
+            if (content.contains(member)) {
+                visitNumber(content[member]);
+            }
+        }
+        if (content.contains("lineStrings")) {
+            for (auto& lines : content["lineStrings"]) {
+                if (lines.is_object() && lines.contains("indices")) {
+                    visitNumber(lines["indices"]);
+                }
+            }
         }
     } else if (name == "CESIUM_primitive_outline" && content.is_object() && content.contains("indices")) {
         visitNumber(content["indices"]);

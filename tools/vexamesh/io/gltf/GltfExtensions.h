@@ -9,6 +9,7 @@
 
 namespace vexa::tool {
 
+constexpr const char* edgeVisibilityExtension = "EXT_mesh_primitive_edge_visibility";
 constexpr const char* instancingExtension = "EXT_mesh_gpu_instancing";
 constexpr const char* lightsExtension = "KHR_lights_punctual";
 constexpr const char* quantizationExtension = "KHR_mesh_quantization";
