@@ -61,11 +61,20 @@ std::vector<std::string> namesOf(const std::string& name) {
     return comma == std::string::npos ? std::vector{name} : std::vector{name.substr(0, comma), name.substr(comma + 1)};
 }
 
+/// Describes an option as the help text does.
+///
+/// \param flag a description that lacks these words
+void describe(VerbInfo& info, const std::string& name, const CLI::Option& option, FlagInfo flag) {
+    flag.names = namesOf(name);
+    flag.help = option.get_description();
+    flag.label = name;
+    flag.form = CLI::Formatter().make_option_opts(&option);
+    info.flags.push_back(std::move(flag));
+}
+
 template <typename Value>
 CLI::Option& addOption(CLI::App& app, VerbInfo& info, const std::string& name, Value& value, const std::string& help,
                        const FlagForm& form) {
-    const bool takesDirectory = form.typeName != nullptr && std::string(form.typeName) == "DIR";
-    info.flags.push_back({namesOf(name), help, true, takesDirectory, form.choices});
     CLI::Option* option = app.add_option(name, value, help)->required(form.isRequired);
     if (form.typeName != nullptr) {
         option->type_name(form.typeName);
@@ -85,29 +94,30 @@ CLI::Option& addOption(CLI::App& app, VerbInfo& info, const std::string& name, V
     if (form.showsDefault) {
         option->capture_default_str();
     }
+    const bool takesDirectory = form.typeName != nullptr && std::string(form.typeName) == "DIR";
+    describe(info, name, *option, {.takesValue = true, .takesDirectory = takesDirectory, .choices = form.choices});
     return *option;
 }
 
 } // namespace
 
 void Flags::add(const std::string& name, bool& value, const std::string& help) {
-    info_->flags.push_back({namesOf(name), help});
-    app_->add_flag(name, value, help);
+    describe(*info_, name, *app_->add_flag(name, value, help), {});
 }
 
 void Flags::add(const std::string& name, OptionalNumber& value, const std::string& help) {
-    info_->flags.push_back({namesOf(name), help, false, false, {}, true});
-    app_->add_option_function<std::string>(
-            name,
-            [&value, name](const std::string& text) {
-                value.isGiven = true;
-                value.number = parseNumber(text);
-                if (text != withoutNumber && !value.number) {
-                    throw CLI::ValidationError(name, "\"" + text + "\" is not a number of at least 0");
-                }
-            },
-            help)
-        ->type_name("[NUMBER]");
+    CLI::Option* option = app_->add_option_function<std::string>(
+        name,
+        [&value, name](const std::string& text) {
+            value.isGiven = true;
+            value.number = parseNumber(text);
+            if (text != withoutNumber && !value.number) {
+                throw CLI::ValidationError(name, "\"" + text + "\" is not a number of at least 0");
+            }
+        },
+        help);
+    option->type_name("[NUMBER]");
+    describe(*info_, name, *option, {.mayTakeNumber = true});
 }
 
 void Flags::add(const std::string& name, std::string& value, const std::string& help, const FlagForm& form) {
@@ -148,32 +158,44 @@ std::vector<std::pair<std::string, std::string>> Flags::inOrder() const {
 }
 
 CommandLine::CommandLine(const std::string& description, const std::string& footer, const std::string& version)
-    : app_(std::make_unique<CLI::App>(description, "vexamesh")), common_(std::make_unique<VerbInfo>()) {
+    : app_(std::make_unique<CLI::App>(description, "vexamesh")),
+      program_(std::make_unique<VerbInfo>(VerbInfo{"vexamesh", description, {}, footer, " [OPTIONS] SUBCOMMAND"})) {
     app_->footer(footer);
-    app_->set_version_flag("--version", version);
     app_->require_subcommand(1);
     app_->fallthrough();
-    common_->flags = {{{"-h", "--help"}, "Print this help message and exit"},
-                      {{"--version"}, "Display program version information and exit"}};
+    describe(*program_, "-h,--help", *app_->get_help_ptr(), {});
+    describe(*program_, "--version", *app_->set_version_flag("--version", version), {});
 }
 
 CommandLine::~CommandLine() = default;
 
 Flags CommandLine::flags() {
-    return {*app_, *common_};
+    return {*app_, *program_};
 }
 
 Flags CommandLine::addVerb(const std::string& name, const std::string& help, const std::string& footer) {
     verbs_.push_back(app_->add_subcommand(name, help));
     verbs_.back()->footer(footer);
-    infos_.push_back(std::make_unique<VerbInfo>(VerbInfo{name, help}));
+    infos_.push_back(std::make_unique<VerbInfo>(VerbInfo{name, help, {}, footer}));
     return {*verbs_.back(), *infos_.back()};
+}
+
+Flags CommandLine::addHiddenVerb(const std::string& name, const std::string& help) {
+    Flags flags = addVerb(name, help, "");
+    verbs_.back()->group("");
+    return flags;
 }
 
 std::vector<VerbInfo> CommandLine::verbs() const {
     std::vector<VerbInfo> verbs;
-    for (const std::unique_ptr<VerbInfo>& info : infos_) {
-        verbs.push_back(*info);
+    for (std::size_t i = 0; i < verbs_.size(); ++i) {
+        if (verbs_[i]->get_group().empty()) {
+            continue;
+        }
+        verbs.push_back(*infos_[i]);
+        const std::string usage = CLI::Formatter().make_usage(verbs_[i], "");
+        const std::size_t begin = usage.find(':') + 1;
+        verbs.back().usage = usage.substr(begin, usage.find('\n') - begin);
     }
     return verbs;
 }
@@ -183,12 +205,12 @@ std::string CommandLine::explain(const std::string& fault) const {
     const auto verb = std::find_if(verbs_.begin(), verbs_.end(), [](const CLI::App* app) { return app->parsed(); });
     std::vector<std::string> known;
     if (verb == verbs_.end()) {
-        for (const std::unique_ptr<VerbInfo>& info : infos_) {
-            known.push_back(info->name);
+        for (const VerbInfo& info : verbs()) {
+            known.push_back(info.name);
         }
     } else {
         const VerbInfo& info = *infos_[static_cast<std::size_t>(verb - verbs_.begin())];
-        for (const VerbInfo* source : {&info, static_cast<const VerbInfo*>(common_.get())}) {
+        for (const VerbInfo* source : {&info, static_cast<const VerbInfo*>(program_.get())}) {
             for (const FlagInfo& flag : source->flags) {
                 known.insert(known.end(), flag.names.begin(), flag.names.end());
             }

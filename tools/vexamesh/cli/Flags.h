@@ -33,21 +33,25 @@ struct OptionalNumber {
     std::optional<double> number; ///< at least 0
 };
 
-/// A flag or an argument, for completions.
+/// A flag or an argument, for completions and manual pages.
 struct FlagInfo {
-    std::vector<std::string> names; ///< "-o", "--output"; none for an argument
-    std::string help;
+    std::vector<std::string> names = {}; ///< "-o", "--output"; none for an argument
+    std::string help = {};
     bool takesValue = false;
     bool takesDirectory = false; ///< as its value
     std::vector<std::string> choices = {};
     bool mayTakeNumber = false;
+    std::string label = {}; ///< as the help text names it: "-o,--output", "IN"
+    std::string form = {};  ///< the words of the help text between label and help: " N=1", " TEXT REQUIRED"
 };
 
-/// A verb, for completions.
+/// A verb, or the program, for completions and manual pages.
 struct VerbInfo {
     std::string name;
     std::string help;
     std::vector<FlagInfo> flags = {};
+    std::string footer = {}; ///< of its help text
+    std::string usage = {};  ///< what follows its name: " [OPTIONS] IN..."
 };
 
 /// How a flag or argument is read and described.
@@ -103,23 +107,26 @@ public:
 
     [[nodiscard]] Flags addVerb(const std::string& name, const std::string& help, const std::string& footer);
 
+    /// Adds a verb that no help text, completion or manual page mentions.
+    [[nodiscard]] Flags addHiddenVerb(const std::string& name, const std::string& help);
+
     /// Fills the variables of the flags. Prints the help text or the version if asked for.
     ///
-    /// \return position of the verb in the order of `addVerb`; nothing when only a text was asked for
+    /// \return position of the verb in the order in which they were added; nothing when only a text was asked for
     /// \throw UsageError the arguments are wrong
     std::optional<std::size_t> parse(int argc, const char* const* argv, Console& console);
 
-    /// The verbs with their flags, in the order of `addVerb`.
+    /// The verbs with their flags, in the order of `addVerb`, without hidden ones.
     [[nodiscard]] std::vector<VerbInfo> verbs() const;
 
-    /// The flags for every verb.
-    [[nodiscard]] const VerbInfo& common() const { return *common_; }
+    /// The program, with the flags for every verb.
+    [[nodiscard]] const VerbInfo& program() const { return *program_; }
 
 private:
     [[nodiscard]] std::string explain(const std::string& fault) const;
 
     std::unique_ptr<CLI::App> app_;
-    std::unique_ptr<VerbInfo> common_;
+    std::unique_ptr<VerbInfo> program_;
     std::vector<CLI::App*> verbs_;
     std::vector<std::unique_ptr<VerbInfo>> infos_; ///< of the verbs
 };

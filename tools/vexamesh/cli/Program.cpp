@@ -4,7 +4,9 @@
 #include "cli/Completions.h"
 #include "cli/Console.h"
 #include "cli/Flags.h"
+#include "cli/Manual.h"
 #include "io/Document.h"
+#include "io/Files.h"
 #include "io/IsolatedReader.h"
 #include "io/ModelDirectory.h"
 
@@ -52,7 +54,20 @@ Command addCompletions(CommandLine& commandLine, std::vector<Flags>& flags) {
                                         completionExamples));
     flags.back().add("SHELL", *shell, "bash, zsh or fish", {.isRequired = true, .choices = {"bash", "zsh", "fish"}});
     return [shell, &commandLine](Console& console) {
-        console.print(completionScript(*shell, commandLine.verbs(), commandLine.common().flags));
+        console.print(completionScript(*shell, commandLine.verbs(), commandLine.program().flags));
+        return EXIT_DONE;
+    };
+}
+
+/// The verb that the build calls for the files to install.
+Command addManual(CommandLine& commandLine, std::vector<Flags>& flags) {
+    auto directory = std::make_shared<std::string>();
+    flags.push_back(commandLine.addHiddenVerb("manual", "Writes the manual pages into a directory."));
+    flags.back().add("DIR", *directory, "Where to write them", {.isRequired = true, .typeName = "DIR"});
+    return [directory, &commandLine](Console&) {
+        for (const auto& [name, page] : manualPages(commandLine.program(), commandLine.verbs(), VEXAMESH_VERSION)) {
+            writeFile(std::filesystem::path(*directory) / name, Bytes(page.begin(), page.end()));
+        }
         return EXIT_DONE;
     };
 }
@@ -73,12 +88,13 @@ int parseAndRun(const std::vector<Verb>& verbs, int argc, const char* const* arg
     common.add("--strict", isStrict, "Refuse files that hold data which glTF cannot hold, instead of warning");
     std::vector<Flags> flags;
     std::vector<Command> commands;
-    flags.reserve(verbs.size() + 1);
+    flags.reserve(verbs.size() + 2);
     for (const Verb& verb : verbs) {
         flags.push_back(commandLine.addVerb(verb.name, verb.help, verb.footer));
         commands.push_back(verb.addFlags(flags.back()));
     }
     commands.push_back(addCompletions(commandLine, flags));
+    commands.push_back(addManual(commandLine, flags));
     const auto chosen = commandLine.parse(argc, argv, console);
     setParseLimits(limits);
     for (const std::string& directory : outside) {

@@ -114,8 +114,9 @@ Command addFlags(Flags& flags) {
               {.typeName = "DIR"});
     flags.add("--to", arguments->format, "Format of the files in the directory",
               {.showsDefault = true, .typeName = "FORMAT", .choices = {"glb", "gltf"}});
-    flags.add("--jobs", arguments->jobs, "Files that are processed at the same time",
-              {.showsDefault = true, .min = 1, .max = 1024});
+    flags.add("--jobs", arguments->jobs,
+              "Files that are processed at the same time (default: as many as the processor runs at once)",
+              {.typeName = "N", .min = 1, .max = 1024});
     flags.add("--skip-existing", arguments->skipExisting, "Skip files that the directory already has");
     arguments->cut.addTo(flags);
     flags.add("--index-bits", arguments->indexBits,
