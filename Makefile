@@ -18,7 +18,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench bench-compare bench-python fuzz reliability python docs format lint install clean
+.PHONY: help deps demo test bench bench-compare bench-python fuzz reliability python docs format lint install dist clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-13s %s\n", $$1, $$2 }' Makefile
@@ -99,6 +99,12 @@ install: ## build and install to PREFIX (/usr/local), below DESTDIR if set
 	cmake --build --preset install -j $(JOBS)
 	cmake --install build/install
 	@[ -n "$(DESTDIR)" ] || [ "$$(id -u)" != 0 ] || ldconfig
+
+dist: ## write a source archive that builds offline to build/dist
+	$(INSTALL_DEPENDENCIES) library tool
+	cmake --preset install
+	cmake --build --preset install --target vexameshReportScript
+	sh cmake/dist.sh build/install/tools/vexamesh/report/web/out build/dist
 
 clean: ## remove the build directory
 	rm -rf build
