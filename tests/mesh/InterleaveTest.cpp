@@ -20,6 +20,7 @@
 #include <memory>
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -182,6 +183,66 @@ TEST(InterleavedMesh, IsTransformedAsPackedBuffersAreToTheBit) {
             }
         }
     }
+}
+
+/// Places attributes of these names, as normals those that begin with an n.
+AttributeTransformationMap mapOf(const std::vector<std::string>& names) {
+    AttributeTransformationMap classic;
+    createClassicTransformation(classic, vexa::test::variousMatrices()[4]);
+    AttributeTransformationMap map;
+    for (const std::string& name : names) {
+        map[name] = classic[name[0] == 'n' ? "normal" : "position"];
+    }
+    return map;
+}
+
+TEST(InterleavedMesh, WithManyAttributesIsTransformedAttributeByAttribute) {
+    const std::vector<std::string> names{"p0", "n1", "p2", "n3", "p4", "n5", "p6"};
+    AttributeBuffers packed;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        packed.push_back(vectors(names[i], 600, static_cast<std::uint32_t>(i)));
+    }
+    AttributeBuffers mixed = interleave(packed);
+    mixed[3] = makeAttribute("n3", toElements<Vec3>(*packed[3]));
+    mixed.push_back(mixed[0]);
+    packed.push_back(packed[0]);
+    MeshPtr expected = makeMesh(POINTS, nullptr, packed);
+    MeshPtr actual = makeMesh(POINTS, nullptr, mixed);
+    const AttributeTransformationMap map = mapOf({"p0", "n1", "p2", "n3", "n5", "p6"});
+    transformMesh(expected, map);
+    transformMesh(actual, map);
+    for (const std::string& name : names) {
+        EXPECT_EQ(exactElements(*actual->getAttributeBuffer(name)), exactElements(*expected->getAttributeBuffer(name)))
+            << name;
+    }
+}
+
+TEST(InterleavedMesh, IsTransformedUpToAnAttributeThatIsMissing) {
+    const auto interleaved = interleave({vectors("p", 300, 1), vectors("n", 300, 2)});
+    MeshPtr mesh = makeMesh(POINTS, nullptr, interleaved);
+    mesh->addAttributeBuffer(nullptr);
+    MeshPtr expected = copyMesh(*makeMesh(POINTS, nullptr, interleaved));
+    const AttributeTransformationMap map = mapOf({"p", "n"});
+    transformMesh(expected, map);
+    EXPECT_THROW(transformMesh(mesh, map), std::logic_error);
+    for (const char* const name : {"p", "n"}) {
+        EXPECT_EQ(exactElements(*mesh->getAttributeBuffer(name)), exactElements(*expected->getAttributeBuffer(name)));
+    }
+}
+
+TEST(InterleavedMesh, IsUpToDateWhenACallersFunctionIsCalled) {
+    const auto interleaved = interleave({zeros("p", 3), zeros("n", 3), zeros("own", 3)});
+    MeshPtr mesh = makeMesh(POINTS, nullptr, interleaved);
+    AttributeTransformationMap map = mapOf({"p", "n"});
+    glm::mat4 shift(1.0F);
+    shift[3] = {1, 2, 3, 1};
+    AttributeTransformationMap classic;
+    createClassicTransformation(classic, shift);
+    map["p"] = classic["position"];
+    std::vector<glm::vec3> seen;
+    map["own"] = [&](void*) { seen.push_back(toElements<glm::vec3>(*interleaved[0])[2]); };
+    transformMesh(mesh, map);
+    EXPECT_THAT(seen, ElementsAre(glm::vec3(1, 2, 3), glm::vec3(1, 2, 3), glm::vec3(1, 2, 3)));
 }
 
 TEST(InterleavedMesh, HasTheBoundsOfPackedBuffersToTheBit) {

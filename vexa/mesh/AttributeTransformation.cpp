@@ -2,7 +2,6 @@
 
 #include "vexa/mesh/detail/elements/ElementTransformation.h"
 #include "vexa/mesh/detail/elements/Kernels.h"
-#include "vexa/mesh/detail/elements/MeshBuffers.h"
 
 #include <cstring>
 #include <iostream>
@@ -22,15 +21,9 @@ void transformAttrib(std::shared_ptr<AttributeBuffer>& buffer, AttributeTransfor
 }
 
 void transformMesh(MeshPtr& mesh, const AttributeTransformationMap& map) {
+    // A function may reset the caller's pointer.
     const MeshPtr held = mesh;
-    const unsigned long count = held->getNumAttributeBuffers();
-    for (unsigned long i = 0; i < count; ++i) {
-        std::shared_ptr<AttributeBuffer> buffer = detail::requireAttributeBuffer(*held, i);
-        const auto entry = map.find(buffer->getAttributeName());
-        if (entry != map.end()) {
-            transformAttrib(buffer, entry->second);
-        }
-    }
+    detail::transformMeshElements(*held, map);
 }
 
 void transformAttributes(std::shared_ptr<AttributeBuffer> source, std::shared_ptr<AttributeBuffer> target,

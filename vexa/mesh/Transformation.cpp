@@ -198,9 +198,15 @@ void placeMesh(Mesh& mesh, const glm::mat4& matrix, const TransformationOptions&
     if (isMirroring(matrix) && (type == TRIANGLES || type == TRIANGLE_STRIP || type == TRIANGLE_FAN)) {
         flipWinding(mesh);
     }
+    detail::ElementChanges changes;
     for (const std::shared_ptr<AttributeBuffer>& buffer : buffers) {
-        applyTransformation(*buffer, map.at(buffer->getAttributeName()));
+        const AttributeTransformationFunction& f = map.at(buffer->getAttributeName());
+        if (!changes.add(*buffer, f)) {
+            changes.flush();
+            applyTransformation(*buffer, f);
+        }
     }
+    changes.flush();
 }
 
 void flipWinding(PrimitiveType type, std::vector<unsigned int>& indices) {
@@ -229,14 +235,7 @@ void applyTransformation(AttributeBuffer& buffer, const AttributeTransformationF
 }
 
 void applyTransformations(Mesh& mesh, const AttributeTransformationMap& map) {
-    const unsigned long count = mesh.getNumAttributeBuffers();
-    for (unsigned long i = 0; i < count; ++i) {
-        const std::shared_ptr<AttributeBuffer> buffer = detail::requireAttributeBuffer(mesh, i);
-        const auto entry = map.find(buffer->getAttributeName());
-        if (entry != map.end()) {
-            applyTransformation(*buffer, entry->second);
-        }
-    }
+    detail::transformMeshElements(mesh, map);
 }
 
 AttributeTransformationFunction createVec3ElementFunction(std::function<glm::vec3(const glm::vec3&)> f) {

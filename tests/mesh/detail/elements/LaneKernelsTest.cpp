@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -48,6 +50,7 @@ std::string describe(const std::vector<float>& floats) {
 }
 
 constexpr unsigned long maxCount = 37;
+constexpr unsigned long vectorSize = 3 * sizeof(float);
 
 /// Every kernel's results for 0 to 36 elements, which is several registers of any width and every rest.
 std::vector<std::string> results(const LaneKernels& kernels) {
@@ -60,9 +63,9 @@ std::vector<std::string> results(const LaneKernels& kernels) {
         const UnalignedFloats vectors(3 * count);
         for (const std::vector<float>& matrix : matrices) {
             std::vector<float> target(3 * count, -1);
-            kernels.transformPositions(vectors.data(), target.data(), count, matrix.data());
+            kernels.transformPositions(vectors.data(), target.data(), count, matrix.data(), vectorSize);
             texts.push_back("positions " + describe(target));
-            kernels.transformNormals(vectors.data(), target.data(), count, matrix.data());
+            kernels.transformNormals(vectors.data(), target.data(), count, matrix.data(), vectorSize);
             texts.push_back("normals " + describe(target));
             std::vector<float> min(3, 1e30F);
             std::vector<float> max(3, -1e30F);
@@ -116,12 +119,54 @@ TEST(LaneKernels, OfSse2DoNotDependOnThePlaceOfAnElement) {
     const float matrix[16] = {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 10, 0, 1, 1, 1, 2};
     std::vector<float> together(3 * maxCount);
     std::vector<float> single(3 * maxCount);
-    sse2Kernels.transformPositions(vectors.data(), together.data(), maxCount, matrix);
+    sse2Kernels.transformPositions(vectors.data(), together.data(), maxCount, matrix, vectorSize);
     for (unsigned long i = 0; i < maxCount; ++i) {
         const auto* const source = static_cast<const unsigned char*>(vectors.data()) + i * 3 * sizeof(float);
-        sse2Kernels.transformPositions(source, &single[3 * i], 1, matrix);
+        sse2Kernels.transformPositions(source, &single[3 * i], 1, matrix, vectorSize);
     }
     EXPECT_EQ(describe(together), describe(single));
+}
+
+/// The vectors that a kernel makes of some at distances of a stride; those between them must stay as they are.
+std::vector<float> transformStrided(vexa::mesh::detail::TransformKernel kernel, const UnalignedFloats& vectors,
+                                    unsigned long count, const float* matrix, unsigned long stride) {
+    Bytes interleaved(count * stride, 7);
+    const auto* const source = static_cast<const unsigned char*>(vectors.data());
+    for (unsigned long i = 0; i < count; ++i) {
+        std::memcpy(&interleaved[i * stride], source + i * vectorSize, vectorSize);
+    }
+    if (count != 0) {
+        // Without the bytes after the last vector, so that a checker sees them touched.
+        Bytes exact(interleaved.begin(), interleaved.end() - static_cast<std::ptrdiff_t>(stride - vectorSize));
+        kernel(exact.data(), exact.data(), count, matrix, stride);
+        std::copy(exact.begin(), exact.end(), interleaved.begin());
+    }
+    std::vector<float> result(3 * count);
+    for (unsigned long i = 0; i < count; ++i) {
+        std::memcpy(&result[3 * i], &interleaved[i * stride], vectorSize);
+        for (unsigned long between = vectorSize; between < stride; ++between) {
+            EXPECT_EQ(interleaved[i * stride + between], 7) << "after vector " << i;
+        }
+    }
+    return result;
+}
+
+void expectStridesToMakeNoDifference(const LaneKernels& kernels) {
+    const float matrix[16] = {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 10, 0, 1, 1, 1, 2};
+    for (const auto kernel : {kernels.transformPositions, kernels.transformNormals, kernels.transformDirections,
+                              kernels.transformUnitDirections}) {
+        for (unsigned long count = 0; count < maxCount; ++count) {
+            const UnalignedFloats vectors(3 * count);
+            const std::string packed = describe(transformStrided(kernel, vectors, count, matrix, vectorSize));
+            for (const unsigned long stride : {13UL, 16UL, 24UL, 36UL}) {
+                EXPECT_EQ(describe(transformStrided(kernel, vectors, count, matrix, stride)), packed) << stride;
+            }
+        }
+    }
+}
+
+TEST(LaneKernels, OfSse2HaveTheSameResultsAtAnyStride) {
+    expectStridesToMakeNoDifference(sse2Kernels);
 }
 
 #ifdef VEXA_AVX2
@@ -138,6 +183,10 @@ protected:
 
 TEST_F(LaneKernelsOfAvx2, HaveTheResultsOfSse2ToTheBit) {
     EXPECT_EQ(results(avx2Kernels), results(sse2Kernels));
+}
+
+TEST_F(LaneKernelsOfAvx2, HaveTheSameResultsAtAnyStride) {
+    expectStridesToMakeNoDifference(avx2Kernels);
 }
 
 TEST_F(LaneKernelsOfAvx2, FindTheSameIntegersAboveALimit) {

@@ -2,13 +2,15 @@
 
 #include "vexa/mesh/NormalQuantization.h"
 #include "vexa/mesh/detail/DefaultAttributeBuffer.h"
+#include "vexa/mesh/detail/DefaultMesh.h"
 #include "vexa/mesh/detail/elements/ElementCopy.h"
+#include "vexa/mesh/detail/elements/MeshBuffers.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
-#include "vexa/mesh/detail/elements/StridedCopy.h"
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <typeinfo>
 #include <xmmintrin.h>
 
@@ -38,14 +40,14 @@ bool isOwnFunction(const AttributeTransformationFunction& f, unsigned long eleme
 }
 
 void applyOwnFunction(const AttributeTransformationFunction& f, const unsigned char* source, unsigned char* target,
-                      unsigned long count, unsigned long elementSizeInBytes) {
+                      unsigned long count, unsigned long elementSizeInBytes, unsigned long stride) {
     if (const auto* position = f.target<PositionTransformation>()) {
-        transformPositions(source, target, count, position->matrix);
+        transformPositions(source, target, count, position->matrix, stride);
     } else if (const auto* normal = f.target<NormalTransformation>()) {
-        normal->apply(source, target, count);
+        normal->apply(source, target, count, stride);
     } else if (const auto* tangent = f.target<TangentTransformation>()) {
-        tangent->apply(source, target, count, elementSizeInBytes);
-    } else if (count != 0) {
+        tangent->apply(source, target, count, elementSizeInBytes, stride);
+    } else if (count != 0 && source != target) {
         std::memmove(target, source, count * elementSizeInBytes);
     }
 }
@@ -58,7 +60,7 @@ bool transformInBulk(const PackedElements& source, const PackedElements& target,
         !areSameOrApart(source.bytes, sizeInBytes, begin, sizeInBytes)) {
         return false;
     }
-    applyOwnFunction(f, source.bytes, begin, count, target.elementSizeInBytes);
+    applyOwnFunction(f, source.bytes, begin, count, target.elementSizeInBytes, target.elementSizeInBytes);
     return true;
 }
 
@@ -78,38 +80,25 @@ bool appendInBulk(const PackedElements& source, const PackedElements& target,
     unsigned char block[blockCount * vec4Size];
     for (unsigned long begin = 0; begin < source.elementCount; begin += blockCount) {
         const unsigned long count = std::min(blockCount, source.elementCount - begin);
-        applyOwnFunction(f, source.element(begin), block, count, source.elementSizeInBytes);
+        applyOwnFunction(f, source.element(begin), block, count, source.elementSizeInBytes, source.elementSizeInBytes);
         target.storage->append(block, count * source.elementSizeInBytes);
     }
     return true;
 }
 
-/// Transforms interleaved elements in place, in blocks that are packed for it.
-template <unsigned long Size>
-void transformStrided(unsigned char* elements, unsigned long stride, unsigned long count,
-                      const AttributeTransformationFunction& f) {
-    constexpr unsigned long blockCount = 256;
-    unsigned char block[blockCount * Size];
-    for (unsigned long begin = 0; begin < count; begin += blockCount) {
-        const unsigned long blockSize = std::min(blockCount, count - begin);
-        unsigned char* const first = elements + begin * stride;
-        copyStrided<Size>(first, stride, block, Size, blockSize);
-        applyOwnFunction(f, block, block, blockSize, Size);
-        copyStrided<Size>(block, Size, first, stride, blockSize);
-    }
+/// The elements of a buffer that one of the library's own functions can change in place.
+std::optional<InterleavedElements> findChangeable(AttributeBuffer& buffer, const AttributeTransformationFunction& f) {
+    const auto elements = findInterleavedElements(buffer);
+    return elements && isOwnFunction(f, elements->elementSizeInBytes) ? elements : std::nullopt;
 }
 
-bool transformInterleaved(AttributeBuffer& buffer, unsigned long count, const AttributeTransformationFunction& f) {
-    const auto elements = findInterleavedElements(buffer);
-    if (!elements || isLeaveElement(f) || !isOwnFunction(f, elements->elementSizeInBytes)) {
-        return false;
+/// \param elements as found by findChangeable
+void changeElements(const InterleavedElements& elements, unsigned long begin, unsigned long count,
+                    const AttributeTransformationFunction& f) {
+    if (count != 0) {
+        unsigned char* const first = elements.bytes + begin * elements.strideInBytes;
+        applyOwnFunction(f, first, first, count, elements.elementSizeInBytes, elements.strideInBytes);
     }
-    if (elements->elementSizeInBytes == vec3Size) {
-        transformStrided<vec3Size>(elements->bytes, elements->strideInBytes, count, f);
-    } else {
-        transformStrided<vec4Size>(elements->bytes, elements->strideInBytes, count, f);
-    }
-    return true;
 }
 
 /// The kernels that pack normals round once where the scalar functions round twice, which is the same only to nearest.
@@ -209,38 +198,35 @@ void reachElements(AttributeBuffer& source, AttributeBuffer& target, const Walk&
 
 void leaveElement(void* /*element*/) {}
 
-void NormalTransformation::apply(const void* source, void* target, unsigned long count) const {
+void NormalTransformation::apply(const void* source, void* target, unsigned long count, unsigned long stride) const {
     switch (length) {
     case NormalLength::Unit:
-        return transformUnitDirections(source, target, count, matrix);
+        return transformUnitDirections(source, target, count, matrix, stride);
     case NormalLength::L1:
-        return transformNormals(source, target, count, matrix);
+        return transformNormals(source, target, count, matrix, stride);
     case NormalLength::Keep:
-        return transformDirections(source, target, count, matrix);
+        return transformDirections(source, target, count, matrix, stride);
     }
 }
 
 void TangentTransformation::apply(const void* source, void* target, unsigned long count,
-                                  unsigned long elementSizeInBytes) const {
+                                  unsigned long elementSizeInBytes, unsigned long stride) const {
     const auto turn = length == NormalLength::Keep ? transformDirections : transformUnitDirections;
     if (elementSizeInBytes == vec3Size) {
-        return turn(source, target, count, matrix);
+        return turn(source, target, count, matrix, stride);
     }
     const auto* from = static_cast<const unsigned char*>(source);
     auto* to = static_cast<unsigned char*>(target);
     constexpr unsigned long blockCount = 256;
-    unsigned char block[blockCount * vec3Size];
     for (unsigned long begin = 0; begin < count; begin += blockCount) {
-        const unsigned long blockSize = std::min(blockCount, count - begin);
-        copyStrided<vec3Size>(from + begin * vec4Size, vec4Size, block, vec3Size, blockSize);
-        turn(block, block, blockSize, matrix);
-        for (unsigned long i = 0; i < blockSize; ++i) {
+        const unsigned long end = std::min(begin + blockCount, count);
+        turn(from + begin * stride, to + begin * stride, end - begin, matrix, stride);
+        for (unsigned long i = begin; i < end; ++i) {
             float sign = 0;
-            std::memcpy(&sign, from + (begin + i) * vec4Size + vec3Size, sizeof sign);
+            std::memcpy(&sign, from + i * stride + vec3Size, sizeof sign);
             sign = isMirroring ? -sign : sign;
-            std::memcpy(to + (begin + i) * vec4Size + vec3Size, &sign, sizeof sign);
+            std::memcpy(to + i * stride + vec3Size, &sign, sizeof sign);
         }
-        copyStrided<vec3Size>(block, vec3Size, to + begin * vec4Size, vec4Size, blockSize);
     }
 }
 
@@ -263,8 +249,11 @@ void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigne
     if (sourceElements && targetElements && transformInBulk(*sourceElements, *targetElements, targetBegin, count, f)) {
         return;
     }
-    if (&source == &target && targetBegin == 0 && transformInterleaved(source, count, f)) {
-        return;
+    if (&source == &target && targetBegin == 0) {
+        if (const auto elements = findChangeable(source, f)) {
+            changeElements(*elements, 0, count, f);
+            return;
+        }
     }
     const ElementCopy element(scratchSize(source, target));
     reachElements(source, target, [&](const auto& from, const auto& to) {
@@ -274,6 +263,60 @@ void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigne
             to.set(targetBegin + i, element.get());
         }
     });
+}
+
+bool ElementChanges::add(AttributeBuffer& buffer, const AttributeTransformationFunction& f) {
+    const auto elements = findChangeable(buffer, f);
+    if (!elements) {
+        return false;
+    }
+    const InterleavedElements& others = rows_[0].elements;
+    if (size_ == rows_.size() ||
+        (size_ != 0 && (others.storage != elements->storage || others.strideInBytes != elements->strideInBytes))) {
+        flush();
+    }
+    rows_[size_++] = {*elements, buffer.getElementCount(), &f};
+    return true;
+}
+
+void ElementChanges::flush() {
+    // A block stays near until the last attribute in it is changed.
+    const unsigned long blockCount = size_ == 1 ? rows_[0].count : 256;
+    unsigned long most = 0;
+    for (std::size_t i = 0; i < size_; ++i) {
+        most = std::max(most, rows_[i].count);
+    }
+    for (unsigned long begin = 0; begin < most; begin += blockCount) {
+        for (std::size_t i = 0; i < size_; ++i) {
+            const Row& row = rows_[i];
+            changeElements(row.elements, begin, std::min(blockCount, row.count - std::min(begin, row.count)), *row.f);
+        }
+    }
+    size_ = 0;
+}
+
+void transformMeshElements(Mesh& mesh, const AttributeTransformationMap& map) {
+    const bool isOwn = typeid(mesh) == typeid(DefaultMesh);
+    const unsigned long count = mesh.getNumAttributeBuffers();
+    // Flushed before anything is called that is not the library's own, or throws.
+    ElementChanges changes;
+    for (unsigned long i = 0; i < count; ++i) {
+        if (!isOwn || !mesh.getAttributeBuffer(i)) {
+            changes.flush();
+        }
+        const std::shared_ptr<AttributeBuffer> buffer = requireAttributeBuffer(mesh, i);
+        if (!findInterleavedElements(*buffer)) {
+            changes.flush();
+        }
+        const auto entry = map.find(buffer->getAttributeName());
+        if (entry != map.end() && !changes.add(*buffer, entry->second)) {
+            changes.flush();
+            // The function may change the map.
+            const AttributeTransformationFunction f = entry->second;
+            transformElements(*buffer, *buffer, 0, buffer->getElementCount(), f);
+        }
+    }
+    changes.flush();
 }
 
 void appendElements(AttributeBuffer& source, AttributeBuffer& target, unsigned long targetCount,

@@ -2,8 +2,13 @@
 
 #include "vexa/mesh/AttributeBuffer.h"
 #include "vexa/mesh/AttributeTransformation.h"
+#include "vexa/mesh/Mesh.h"
 #include "vexa/mesh/Transformation.h"
 #include "vexa/mesh/detail/elements/Kernels.h"
+#include "vexa/mesh/detail/elements/PackedElements.h"
+
+#include <array>
+#include <cstddef>
 
 /// The library's own element functions, and the loops over elements that recognise them.
 ///
@@ -21,8 +26,8 @@ struct PositionTransformation {
 struct NormalTransformation {
     NormalMatrix matrix;
     NormalLength length;
-    void apply(const void* source, void* target, unsigned long count) const;
-    void operator()(void* element) const { apply(element, element, 1); }
+    void apply(const void* source, void* target, unsigned long count, unsigned long stride) const;
+    void operator()(void* element) const { apply(element, element, 1, packedStride); }
 };
 
 /// "tangent" of createTransformation, for elements of three or four floats.
@@ -30,8 +35,9 @@ struct TangentTransformation {
     NormalMatrix matrix;
     NormalLength length;
     bool isMirroring; ///< changes the sign of the fourth float
-    void apply(const void* source, void* target, unsigned long count, unsigned long elementSizeInBytes) const;
-    void operator()(void* element) const { apply(element, element, 1, 4 * sizeof(float)); }
+    void apply(const void* source, void* target, unsigned long count, unsigned long elementSizeInBytes,
+               unsigned long stride) const;
+    void operator()(void* element) const { apply(element, element, 1, 4 * sizeof(float), 4 * sizeof(float)); }
 };
 
 /// Does nothing.
@@ -53,6 +59,34 @@ struct NormalUnpacking {
 /// Throws whatever the function or the interface throws; the preceding elements are then stored.
 void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigned long targetBegin, unsigned long count,
                        const AttributeTransformationFunction& f);
+
+/// Changes of elements in place, made together where buffers are neighbours in one interleaved storage: it is then walked
+/// once. Only the library's own functions on its own buffers, so that the delay cannot be observed; nothing allocates.
+class ElementChanges {
+public:
+    /// Adds the elements of a buffer. The changes so far are made if they are of another storage.
+    ///
+    /// \param buffer, f must stay until the next call of flush
+    /// \return whether this is possible; nothing is done otherwise
+    bool add(AttributeBuffer& buffer, const AttributeTransformationFunction& f);
+
+    /// Makes the changes.
+    void flush();
+
+private:
+    struct Row {
+        InterleavedElements elements{};
+        unsigned long count = 0;
+        const AttributeTransformationFunction* f = nullptr;
+    };
+    std::array<Row, 4> rows_;
+    std::size_t size_ = 0;
+};
+
+/// transformElements in place for each attribute of a mesh whose name is in a map, in order.
+///
+/// \throw std::logic_error "Attribute buffer is empty", after the preceding attributes; and whatever a function throws
+void transformMeshElements(Mesh& mesh, const AttributeTransformationMap& map);
 
 /// Appends f(element) to the target for each element of the source, in order.
 ///

@@ -49,24 +49,28 @@ Bounds boundPosition(const void* position, const glm::mat4& m) {
     return {q, q};
 }
 
-void transformPositions(const void* source, void* target, unsigned long count, const glm::mat4& m) {
-    laneKernels().transformPositions(source, target, count, &m[0][0]);
+void transformPositions(const void* source, void* target, unsigned long count, const glm::mat4& m,
+                        unsigned long stride) {
+    laneKernels().transformPositions(source, target, count, &m[0][0], stride);
 }
 
-void transformNormals(const void* source, void* target, unsigned long count, const NormalMatrix& matrix) {
-    laneKernels().transformNormals(source, target, count, matrix[0].data());
+void transformNormals(const void* source, void* target, unsigned long count, const NormalMatrix& matrix,
+                      unsigned long stride) {
+    laneKernels().transformNormals(source, target, count, matrix[0].data(), stride);
 }
 
 NormalMatrix linearPart(const glm::mat4& m) {
     return {{{m[0][0], m[1][0], m[2][0]}, {m[0][1], m[1][1], m[2][1]}, {m[0][2], m[1][2], m[2][2]}}};
 }
 
-void transformDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix) {
-    laneKernels().transformDirections(source, target, count, matrix[0].data());
+void transformDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix,
+                         unsigned long stride) {
+    laneKernels().transformDirections(source, target, count, matrix[0].data(), stride);
 }
 
-void transformUnitDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix) {
-    laneKernels().transformUnitDirections(source, target, count, matrix[0].data());
+void transformUnitDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix,
+                             unsigned long stride) {
+    laneKernels().transformUnitDirections(source, target, count, matrix[0].data(), stride);
 }
 
 void extendBounds(Bounds& bounds, const void* positions, unsigned long count, const glm::mat4& m) {

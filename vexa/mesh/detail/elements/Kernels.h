@@ -16,6 +16,10 @@ namespace vexa::mesh::detail {
 /// The nine floats of a normal matrix by rows.
 using NormalMatrix = std::array<std::array<float, 3>, 3>;
 
+/// The distance in bytes between vectors without gaps. Other strides apply to source and target; what is between the
+/// vectors is neither read nor written.
+constexpr unsigned long packedStride = 3 * sizeof(float);
+
 /// The matrix that turns normals along with points: see createClassicTransformation.
 NormalMatrix calcNormalMatrix(const glm::mat4& m);
 
@@ -23,20 +27,24 @@ NormalMatrix calcNormalMatrix(const glm::mat4& m);
 glm::vec3 transformVector(const glm::mat4& m, const glm::vec3& v, float w);
 
 /// m * (p, 1) divided by its w; the order is that of transformVector.
-void transformPositions(const void* source, void* target, unsigned long count, const glm::mat4& m);
+void transformPositions(const void* source, void* target, unsigned long count, const glm::mat4& m,
+                        unsigned long stride = packedStride);
 
 /// t = N * n, each row summed left to right, divided by |t.x| + |t.y| + |t.z| unless that is below 1e-9 or NaN.
-void transformNormals(const void* source, void* target, unsigned long count, const NormalMatrix& matrix);
+void transformNormals(const void* source, void* target, unsigned long count, const NormalMatrix& matrix,
+                      unsigned long stride = packedStride);
 
 /// The upper left 3 by 3 part of a placement.
 NormalMatrix linearPart(const glm::mat4& m);
 
 /// t = matrix * v, each row summed left to right.
-void transformDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix);
+void transformDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix,
+                         unsigned long stride = packedStride);
 
 /// The same, with t divided by its length unless it is zero. Vectors whose squared length no float can hold, too small
 /// or too large, are as precise as others.
-void transformUnitDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix);
+void transformUnitDirections(const void* source, void* target, unsigned long count, const NormalMatrix& matrix,
+                             unsigned long stride = packedStride);
 
 struct Bounds {
     glm::vec3 min;

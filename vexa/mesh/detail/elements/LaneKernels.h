@@ -11,13 +11,17 @@ struct OctahedralKernels {
     void (*decode)(const void* codes, void* normals, unsigned long count);
 };
 
+/// Transforms vectors at distances of `stride` bytes in source and target.
+using TransformKernel = void (*)(const void* source, void* target, unsigned long count, const float* matrix,
+                                 unsigned long stride);
+
 /// The bulk functions of Kernels.h for one kind of processor. Matrices are 16 floats by columns, normal matrices 9 by
 /// rows.
 struct LaneKernels {
-    void (*transformPositions)(const void* source, void* target, unsigned long count, const float* matrix);
-    void (*transformNormals)(const void* source, void* target, unsigned long count, const float* normalMatrix);
-    void (*transformDirections)(const void* source, void* target, unsigned long count, const float* matrix);
-    void (*transformUnitDirections)(const void* source, void* target, unsigned long count, const float* matrix);
+    TransformKernel transformPositions;
+    TransformKernel transformNormals;
+    TransformKernel transformDirections;
+    TransformKernel transformUnitDirections;
     void (*extendBounds)(float* min, float* max, const void* positions, unsigned long count, const float* matrix);
     void (*packNormals)(const void* normals, void* bytes, unsigned long count);
     void (*unpackNormals)(const void* bytes, void* normals, unsigned long count);

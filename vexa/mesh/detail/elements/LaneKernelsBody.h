@@ -40,6 +40,53 @@ void forEachBlock(const void* source, void* target, unsigned long count, const S
     }
 }
 
+/// Vectors without gaps between them.
+struct PackedVectors {
+    static constexpr unsigned long blockSize = blockOfVectors;
+    static VectorLanes load(const unsigned char* vectors) { return loadVectors(vectors); }
+    static void store(unsigned char* vectors, const VectorLanes& lanes) { storeVectors(vectors, lanes); }
+};
+
+/// Vectors at distances of a stride.
+struct StridedVectors {
+    unsigned long stride;
+    unsigned long blockSize;
+
+    explicit StridedVectors(unsigned long strideInBytes) : stride(strideInBytes), blockSize(laneCount * stride) {}
+    VectorLanes load(const unsigned char* vectors) const { return loadVectors(vectors, stride); }
+    void store(unsigned char* vectors, const VectorLanes& lanes) const { storeVectors(vectors, stride, lanes); }
+};
+
+/// Calls `step(layout, source, target, blockCount)` for vectors at distances of a stride, as forEachBlock does.
+template <typename Step>
+void forEachBlockOfVectors(const void* source, void* target, unsigned long count, unsigned long stride,
+                           const Step& step) {
+    if (stride == vectorSize) {
+        forEachBlock<vectorSize, vectorSize>(
+            source, target, count, [&](const unsigned char* from, unsigned char* to, unsigned long blockCount) {
+                step(PackedVectors(), from, to, blockCount);
+            });
+        return;
+    }
+    const auto* from = static_cast<const unsigned char*>(source);
+    auto* to = static_cast<unsigned char*>(target);
+    const unsigned long done = count - count % laneCount;
+    if (done != 0) {
+        step(StridedVectors(stride), from, to, done / laneCount);
+    }
+    if (done != count) {
+        unsigned char block[blockOfVectors];
+        for (unsigned long i = 0; i < laneCount; ++i) {
+            const unsigned long index = done + i < count ? done + i : count - 1;
+            std::memcpy(block + i * vectorSize, from + index * stride, vectorSize);
+        }
+        step(StridedVectors(vectorSize), block, block, 1);
+        for (unsigned long i = done; i < count; ++i) {
+            std::memcpy(to + i * stride, block + (i - done) * vectorSize, vectorSize);
+        }
+    }
+}
+
 /// One row of a matrix, each entry in all lanes.
 struct MatrixRow {
     FloatLanes x;
@@ -65,21 +112,22 @@ struct AffineRows {
     [[nodiscard]] VectorLanes times(const VectorLanes& v) const { return {x.times(v), y.times(v), z.times(v)}; }
 };
 
-[[gnu::noinline]] void placeBlocks(const unsigned char* source, unsigned char* target, unsigned long blockCount,
-                                   const float* matrix) {
+template <typename Layout>
+[[gnu::noinline]] void placeBlocks(const Layout& layout, const unsigned char* source, unsigned char* target,
+                                   unsigned long blockCount, const float* matrix) {
     const AffineRows rows(matrix);
     const MatrixRow last(matrix, 3);
     const FloatLanes one = allLanes(1.0F);
     constexpr int allEqual = (1 << laneCount) - 1;
     for (unsigned long i = 0; i < blockCount; ++i) {
-        const VectorLanes p = loadVectors(source + i * blockOfVectors);
+        const VectorLanes p = layout.load(source + i * layout.blockSize);
         VectorLanes q = rows.times(p);
         const FloatLanes w = last.times(p);
         // A division by 1 changes no bit, and w is 1 for every placement without perspective.
         if (laneMask(areEqual(w, one)) != allEqual) {
             q = {q.x / w, q.y / w, q.z / w};
         }
-        storeVectors(target + i * blockOfVectors, q);
+        layout.store(target + i * layout.blockSize, q);
     }
 }
 
@@ -116,18 +164,18 @@ inline VectorLanes withUnitLength(const VectorLanes& v) {
 }
 
 /// Turns vectors by a 3 by 3 matrix, and gives each the length that `scaled(vector)` returns it with.
-template <typename Scaled>
-[[gnu::noinline]] void turnBlocks(const unsigned char* source, unsigned char* target, unsigned long blockCount,
-                                  const float* matrix, const Scaled& scaled) {
+template <typename Layout, typename Scaled>
+[[gnu::noinline]] void turnBlocks(const Layout& layout, const unsigned char* source, unsigned char* target,
+                                  unsigned long blockCount, const float* matrix, const Scaled& scaled) {
     FloatLanes m[9];
     for (int i = 0; i < 9; ++i) {
         m[i] = allLanes(matrix[i]);
     }
     for (unsigned long i = 0; i < blockCount; ++i) {
-        const VectorLanes n = loadVectors(source + i * blockOfVectors);
+        const VectorLanes n = layout.load(source + i * layout.blockSize);
         const VectorLanes t{(m[0] * n.x + m[1] * n.y) + m[2] * n.z, (m[3] * n.x + m[4] * n.y) + m[5] * n.z,
                             (m[6] * n.x + m[7] * n.y) + m[8] * n.z};
-        storeVectors(target + i * blockOfVectors, scaled(t));
+        layout.store(target + i * layout.blockSize, scaled(t));
     }
 }
 
@@ -253,31 +301,34 @@ inline FloatLanes fromByteRange(FloatLanes bytes) {
     }
 }
 
-void transformPositions(const void* source, void* target, unsigned long count, const float* matrix) {
-    forEachBlock<vectorSize, vectorSize>(
-        source, target, count, [matrix](const unsigned char* from, unsigned char* to, unsigned long blockCount) {
-            placeBlocks(from, to, blockCount, matrix);
-        });
+void transformPositions(const void* source, void* target, unsigned long count, const float* matrix,
+                        unsigned long stride) {
+    forEachBlockOfVectors(source, target, count, stride,
+                          [matrix](const auto& layout, const unsigned char* from, unsigned char* to,
+                                   unsigned long blockCount) { placeBlocks(layout, from, to, blockCount, matrix); });
 }
 
 template <typename Scaled>
-void turnVectors(const void* source, void* target, unsigned long count, const float* matrix, const Scaled& scaled) {
-    forEachBlock<vectorSize, vectorSize>(source, target, count,
-                                         [&](const unsigned char* from, unsigned char* to, unsigned long blockCount) {
-                                             turnBlocks(from, to, blockCount, matrix, scaled);
-                                         });
+void turnVectors(const void* source, void* target, unsigned long count, const float* matrix, unsigned long stride,
+                 const Scaled& scaled) {
+    forEachBlockOfVectors(source, target, count, stride,
+                          [&](const auto& layout, const unsigned char* from, unsigned char* to,
+                              unsigned long blockCount) { turnBlocks(layout, from, to, blockCount, matrix, scaled); });
 }
 
-void transformNormals(const void* source, void* target, unsigned long count, const float* normalMatrix) {
-    turnVectors(source, target, count, normalMatrix, [](const VectorLanes& v) { return withUnitSum(v); });
+void transformNormals(const void* source, void* target, unsigned long count, const float* normalMatrix,
+                      unsigned long stride) {
+    turnVectors(source, target, count, normalMatrix, stride, [](const VectorLanes& v) { return withUnitSum(v); });
 }
 
-void transformDirections(const void* source, void* target, unsigned long count, const float* matrix) {
-    turnVectors(source, target, count, matrix, [](const VectorLanes& v) { return v; });
+void transformDirections(const void* source, void* target, unsigned long count, const float* matrix,
+                         unsigned long stride) {
+    turnVectors(source, target, count, matrix, stride, [](const VectorLanes& v) { return v; });
 }
 
-void transformUnitDirections(const void* source, void* target, unsigned long count, const float* matrix) {
-    turnVectors(source, target, count, matrix, [](const VectorLanes& v) { return withUnitLength(v); });
+void transformUnitDirections(const void* source, void* target, unsigned long count, const float* matrix,
+                             unsigned long stride) {
+    turnVectors(source, target, count, matrix, stride, [](const VectorLanes& v) { return withUnitLength(v); });
 }
 
 void packNormals(const void* normals, void* bytes, unsigned long count) {

@@ -18,6 +18,34 @@ inline void storeFour(unsigned char* floats, __m128 lanes) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(floats), _mm_castps_si128(lanes));
 }
 
+/// Two pairs of floats, at a distance of a stride.
+inline __m128 loadTwoPairs(const unsigned char* pairs, unsigned long stride) {
+    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pairs));
+    const __m128i second = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pairs + stride));
+    return _mm_castsi128_ps(_mm_unpacklo_epi64(first, second));
+}
+inline void storeTwoPairs(unsigned char* pairs, unsigned long stride, __m128 lanes) {
+    const __m128i both = _mm_castps_si128(lanes);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(pairs), both);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(pairs + stride), _mm_unpackhi_epi64(both, both));
+}
+
+/// Four floats, at distances of a stride.
+inline __m128 loadFourSingles(const unsigned char* floats, unsigned long stride) {
+    float lanes[4];
+    for (unsigned long i = 0; i < 4; ++i) {
+        std::memcpy(&lanes[i], floats + i * stride, sizeof lanes[i]);
+    }
+    return _mm_setr_ps(lanes[0], lanes[1], lanes[2], lanes[3]);
+}
+inline void storeFourSingles(unsigned char* floats, unsigned long stride, __m128 lanes) {
+    float values[4];
+    _mm_storeu_ps(values, lanes);
+    for (unsigned long i = 0; i < 4; ++i) {
+        std::memcpy(floats + i * stride, &values[i], sizeof values[i]);
+    }
+}
+
 #ifdef __AVX2__
 using FloatLanes = __m256;
 constexpr unsigned long laneCount = 8;
@@ -74,6 +102,24 @@ inline FloatLanes loadQuarter(const unsigned char* vectors, unsigned long byte) 
 inline void storeQuarter(unsigned char* vectors, unsigned long byte, FloatLanes lanes) {
     storeFour(vectors + byte, _mm256_castps256_ps128(lanes));
     storeFour(vectors + 48 + byte, _mm256_extractf128_ps(lanes, 1));
+}
+inline FloatLanes loadPairs(const unsigned char* pairs, unsigned long stride) {
+    return _mm256_set_m128(loadTwoPairs(pairs + 4 * stride, stride), loadTwoPairs(pairs, stride));
+}
+inline void storePairs(unsigned char* pairs, unsigned long stride, FloatLanes lanes) {
+    storeTwoPairs(pairs, stride, _mm256_castps256_ps128(lanes));
+    storeTwoPairs(pairs + 4 * stride, stride, _mm256_extractf128_ps(lanes, 1));
+}
+inline FloatLanes loadSingles(const unsigned char* floats, unsigned long stride) {
+    return _mm256_set_m128(loadFourSingles(floats + 4 * stride, stride), loadFourSingles(floats, stride));
+}
+inline void storeSingles(unsigned char* floats, unsigned long stride, FloatLanes lanes) {
+    storeFourSingles(floats, stride, _mm256_castps256_ps128(lanes));
+    storeFourSingles(floats + 4 * stride, stride, _mm256_extractf128_ps(lanes, 1));
+}
+template <bool High>
+FloatLanes interleave(FloatLanes a, FloatLanes b) {
+    return High ? _mm256_unpackhi_ps(a, b) : _mm256_unpacklo_ps(a, b);
 }
 
 /// a + b + c, summed in double and rounded.
@@ -178,6 +224,22 @@ inline FloatLanes loadQuarter(const unsigned char* vectors, unsigned long byte) 
 inline void storeQuarter(unsigned char* vectors, unsigned long byte, FloatLanes lanes) {
     storeFour(vectors + byte, lanes);
 }
+inline FloatLanes loadPairs(const unsigned char* pairs, unsigned long stride) {
+    return loadTwoPairs(pairs, stride);
+}
+inline void storePairs(unsigned char* pairs, unsigned long stride, FloatLanes lanes) {
+    storeTwoPairs(pairs, stride, lanes);
+}
+inline FloatLanes loadSingles(const unsigned char* floats, unsigned long stride) {
+    return loadFourSingles(floats, stride);
+}
+inline void storeSingles(unsigned char* floats, unsigned long stride, FloatLanes lanes) {
+    storeFourSingles(floats, stride, lanes);
+}
+template <bool High>
+FloatLanes interleave(FloatLanes a, FloatLanes b) {
+    return High ? _mm_unpackhi_ps(a, b) : _mm_unpacklo_ps(a, b);
+}
 
 /// a + b + c, summed in double and rounded.
 inline FloatLanes sumInDouble(FloatLanes a, FloatLanes b, FloatLanes c) {
@@ -267,6 +329,21 @@ inline void storeVectors(unsigned char* vectors, const VectorLanes& v) {
     storeQuarter(vectors, 0, shuffle<_MM_SHUFFLE(2, 0, 2, 0)>(xy, zx));
     storeQuarter(vectors, 16, shuffle<_MM_SHUFFLE(3, 1, 2, 0)>(yz, xy));
     storeQuarter(vectors, 32, shuffle<_MM_SHUFFLE(3, 1, 3, 1)>(zx, yz));
+}
+
+/// Reads vectors of three floats at distances of a stride. The comments show the lower four lanes.
+inline VectorLanes loadVectors(const unsigned char* vectors, unsigned long stride) {
+    const FloatLanes lower = loadPairs(vectors, stride);              // x0 y0 x1 y1
+    const FloatLanes upper = loadPairs(vectors + 2 * stride, stride); // x2 y2 x3 y3
+    return {shuffle<_MM_SHUFFLE(2, 0, 2, 0)>(lower, upper), shuffle<_MM_SHUFFLE(3, 1, 3, 1)>(lower, upper),
+            loadSingles(vectors + 2 * sizeof(float), stride)};
+}
+
+/// Writes vectors of three floats at distances of a stride, and nothing between them.
+inline void storeVectors(unsigned char* vectors, unsigned long stride, const VectorLanes& v) {
+    storePairs(vectors, stride, interleave<false>(v.x, v.y));
+    storePairs(vectors + 2 * stride, stride, interleave<true>(v.x, v.y));
+    storeSingles(vectors + 2 * sizeof(float), stride, v.z);
 }
 
 } // namespace

@@ -93,7 +93,7 @@ std::optional<InterleavedElements> findInterleavedElements(AttributeBuffer& buff
         return std::nullopt;
     }
     auto* const bytes = static_cast<unsigned char*>(data->getData());
-    return InterleavedElements{bytes == nullptr ? nullptr : bytes + offset, size, stride};
+    return InterleavedElements{data, bytes == nullptr ? nullptr : bytes + offset, size, stride};
 }
 
 bool areSameOrApart(const unsigned char* first, unsigned long firstSizeInBytes, const unsigned char* second,

@@ -42,6 +42,7 @@ std::optional<PackedIndices> findStoredIndices(IndexBuffer& buffer);
 
 /// Elements at equal distances in a storage, which may hold others between them. Valid until the buffer is resized.
 struct InterleavedElements {
+    const BufferData* storage;
     unsigned char* bytes; ///< of the first element; null while there are none
     unsigned long elementSizeInBytes;
     unsigned long strideInBytes; ///< at least the size
