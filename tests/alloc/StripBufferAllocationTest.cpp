@@ -1,3 +1,4 @@
+#include "alloc/EveryAllocation.h"
 #include "alloc/FailingNew.h"
 #include "support/Meshes.h"
 
@@ -13,21 +14,10 @@ using namespace vexa::mesh;
 using vexa::test::FailingNew;
 using vexa::test::liveAllocations;
 
-/// Lets one allocation after the other fail until none is left to fail.
 void failEveryAllocation(const meshes::Indices& mesh, const StripBufferOptions& options) {
-    for (std::size_t n = 0;; ++n) {
-        const std::size_t before = liveAllocations();
-        const FailingNew failing(n, FailingNew::Mode::Once);
-        try {
-            buildStripBuffer(mesh, options);
-        } catch (const std::bad_alloc&) {
-        }
-        ASSERT_EQ(liveAllocations(), before) << "allocation " << n;
-        if (!failing.hasFailed()) {
-            ASSERT_GT(n, 10U);
-            return;
-        }
-    }
+    const auto build = [&] { buildStripBuffer(mesh, options); };
+    vexa::test::failEveryAllocation(
+        build, [] {}, 10);
 }
 
 TEST(StripBufferAllocation, FailureAtAnyPointLeavesNothingBehind) {

@@ -1,25 +1,33 @@
-#include "alloc/FailingNew.h"
+#include "alloc/EveryAllocation.h"
 #include "support/Meshes.h"
 
+#include <vexa/mesh/AttributeTransformation.h>
 #include <vexa/mesh/Edges.h>
 #include <vexa/mesh/Faults.h>
+#include <vexa/mesh/Interleave.h>
+#include <vexa/mesh/MakeMesh.h>
 #include <vexa/mesh/Merge.h>
+#include <vexa/mesh/MeshConcatenation.h>
 #include <vexa/mesh/Normals.h>
+#include <vexa/mesh/Statistics.h>
+#include <vexa/mesh/StripBuffer.h>
 #include <vexa/mesh/Transformation.h>
 #include <vexa/mesh/Views.h>
 #include <vexa/mesh/Weld.h>
 
+#include <algorithm>
+#include <cstring>
 #include <glm/gtc/matrix_transform.hpp>
 #include <gtest/gtest.h>
-
-#include <functional>
 #include <new>
+#include <span>
+#include <utility>
+#include <vector>
 
 namespace {
 
 using namespace vexa::mesh;
-using vexa::test::FailingNew;
-using vexa::test::liveAllocations;
+using vexa::test::failEveryAllocation;
 
 MeshPtr sampleMesh(PrimitiveType type) {
     std::vector<glm::vec3> positions(60);
@@ -31,47 +39,79 @@ MeshPtr sampleMesh(PrimitiveType type) {
                      makeAttribute<glm::vec4>("tangent", 60)});
 }
 
-/// Lets one allocation after the other fail until none is left to fail, and checks after each that nothing has changed.
-void failEveryAllocation(const std::function<void()>& operation, const std::function<void()>& expectNothingChanged) {
-    for (std::size_t n = 0;; ++n) {
-        const std::size_t before = liveAllocations();
-        bool hasThrown = false;
-        bool hasFailed = false;
-        {
-            const FailingNew failing(n, FailingNew::Mode::Once);
-            try {
-                operation();
-            } catch (const std::bad_alloc&) {
-                hasThrown = true;
-            }
-            hasFailed = failing.hasFailed();
-        }
-        if (!hasFailed) {
-            ASSERT_GT(n, 1U);
-            return;
-        }
-        ASSERT_EQ(liveAllocations(), before) << "allocation " << n;
-        // The standard library's stable sort manages with less memory.
-        if (hasThrown) {
-            expectNothingChanged();
-        }
-    }
-}
-
 TEST(WholeMeshAllocation, FailureWhileMakingNewMeshesLeavesNothingBehind) {
     const MeshPtr list = sampleMesh(TRIANGLES);
     const MeshPtr strip = sampleMesh(TRIANGLE_STRIP);
-    const auto nothing = [] {};
-    failEveryAllocation([&] { weld(*list); }, nothing);
-    failEveryAllocation([&] { weld(*list, {.tolerance = 1, .compare = {"position"}}); }, nothing);
-    failEveryAllocation([&] { computeNormals(*list, {.creaseAngle = 0.5F}); }, nothing);
-    failEveryAllocation([&] { classifyEdges(*strip); }, nothing);
-    failEveryAllocation([&] { buildEdges(meshes::book(70)); }, nothing);
-    failEveryAllocation([&] { findFaults(*list); }, nothing);
-    failEveryAllocation([&] { splitMesh(*list, {.maxTriangles = 7}); }, nothing);
+    failEveryAllocation([&] { weld(*list); });
+    failEveryAllocation([&] { weld(*list, {.tolerance = 1, .compare = {"position"}}); });
+    failEveryAllocation([&] { computeNormals(*list, {.creaseAngle = 0.5F}); });
+    failEveryAllocation([&] { classifyEdges(*strip); });
+    failEveryAllocation([&] { buildEdges(meshes::book(70)); });
+    failEveryAllocation([&] { findFaults(*list); });
+    failEveryAllocation([&] { splitMesh(*list, {.maxTriangles = 7}); });
     const std::vector<MeshInstance> instances{{strip}, {strip, glm::scale(glm::mat4(1.0F), glm::vec3(-1, 1, 1))}};
-    failEveryAllocation([&] { mergeMeshes(instances, {.join = StripJoin::Degenerate}); }, nothing);
-    failEveryAllocation([&] { mergedRanges(instances); }, nothing);
+    failEveryAllocation([&] { mergeMeshes(instances, {.join = StripJoin::Degenerate}); });
+    failEveryAllocation([&] { mergedRanges(instances); });
+    failEveryAllocation([&] { extractRange(*strip, {.vertexCount = 60, .indexCount = 9}); });
+    failEveryAllocation([&] { Mesh::createEmptyMesh(list); });
+    failEveryAllocation([&] { AttributeBuffer::createDefault(FLOAT, 7, "an attribute with a long name"); });
+    failEveryAllocation([&] { toLines(classifyEdges(*strip), EdgeClass::Border); });
+    failEveryAllocation([&] { buildStrips(meshes::sphere(12, 8)); });
+    failEveryAllocation([&] { computeStats(*strip); });
+    failEveryAllocation([&] {
+        std::vector<float> weights(60);
+        makeInterleaved(std::as_bytes(std::span(weights)), 12,
+                        std::vector<VertexAttribute>{attributeAt<glm::vec3>("position", 0)});
+    });
+}
+
+TEST(WholeMeshAllocation, FailureToFlipWindingsChangesNothing) {
+    for (const PrimitiveType type : {TRIANGLES, TRIANGLE_STRIP, TRIANGLE_FAN}) {
+        const MeshPtr mesh = sampleMesh(type);
+        const std::vector<unsigned int> before = toIndices(*mesh->getIndexBuffer());
+        // The first winding that is flipped without a failure ends the loop.
+        failEveryAllocation([&] { flipWinding(*mesh); }, [&] { ASSERT_EQ(toIndices(*mesh->getIndexBuffer()), before); },
+                            1);
+    }
+}
+
+TEST(WholeMeshAllocation, FailureToTransformChangesNothing) {
+    const auto positions = makeAttribute("position", std::vector<glm::vec3>{{1, 2, 3}, {4, 5, 6}});
+    const auto isUnchanged = [&] { ASSERT_EQ(elementsOf<glm::vec3>(*positions)[1], glm::vec3(4, 5, 6)); };
+    const auto toOrigin = [](void* element) { *static_cast<glm::vec3*>(element) = {}; };
+    auto buffer = positions;
+    failEveryAllocation([&] { transformAttrib(buffer, toOrigin); }, isUnchanged, 1);
+    const auto target = makeAttribute("position", std::vector<glm::vec3>{{1, 2, 3}, {4, 5, 6}});
+    const auto targetIsUnchanged = [&] { ASSERT_EQ(elementsOf<glm::vec3>(*target)[1], glm::vec3(4, 5, 6)); };
+    const auto copy = [](const void* from, void* to) { std::memcpy(to, from, sizeof(glm::vec3)); };
+    failEveryAllocation([&] { transformAttributes(positions, target, copy); }, targetIsUnchanged, 1);
+    const auto entriesOf = [](auto create) {
+        return [create] {
+            AttributeTransformationMap map;
+            create(map, glm::mat4(2.0F));
+        };
+    };
+    failEveryAllocation(entriesOf(createClassicTransformation));
+    failEveryAllocation(entriesOf([](auto& map, const glm::mat4& matrix) { createTransformation(map, matrix); }));
+}
+
+TEST(WholeMeshAllocation, FailureToAppendKeepsTheElementsOfTheTarget) {
+    const MeshPtr source = sampleMesh(TRIANGLES);
+    bool areKept = true;
+    failEveryAllocation([&] {
+        MeshPtr target = copyMesh(*source);
+        try {
+            concatMeshes(target, source, {});
+        } catch (const std::bad_alloc&) {
+            for (unsigned long i = 0; i < 3; ++i) {
+                const auto before = bytesOf(std::as_const(*source->getAttributeBuffer(i)));
+                const auto now = bytesOf(std::as_const(*target->getAttributeBuffer(i)));
+                areKept &= now.size() >= before.size() && std::equal(before.begin(), before.end(), now.begin());
+            }
+            throw;
+        }
+    });
+    EXPECT_TRUE(areKept);
 }
 
 TEST(WholeMeshAllocation, FailureWhilePlacingChangesNothing) {
