@@ -57,3 +57,5 @@ file(RELATIVE_PATH VEXA_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CM
 string(REGEX REPLACE "/$" "" VEXA_PC_TO_PREFIX ${VEXA_PC_TO_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vexaMesh.pc.in ${PROJECT_BINARY_DIR}/cmake/vexaMesh.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/cmake/vexaMesh.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+include(${PROJECT_SOURCE_DIR}/cmake/Spdx.cmake)
