@@ -36,9 +36,9 @@ if(PROJECT_IS_TOP_LEVEL)
     endif()
 endif()
 
-if(NOT VEXA_LOGGING AND (VEXA_BUILD_TOOL OR VEXA_BUILD_TESTS OR VEXA_BUILD_BENCH OR VEXA_BUILD_FUZZ OR VEXA_LOGGING_TARGET))
-    message(FATAL_ERROR "VEXA_LOGGING=OFF is for the library alone: configure with -DVEXA_BUILD_TOOL=OFF "
-        "-DVEXA_BUILD_TESTS=OFF and without benchmark, fuzz targets and VEXA_LOGGING_TARGET")
+if(NOT VEXA_LOGGING AND (VEXA_BUILD_TOOL OR VEXA_BUILD_BENCH OR VEXA_BUILD_FUZZ OR VEXA_LOGGING_TARGET))
+    message(FATAL_ERROR "VEXA_LOGGING=OFF is for the library and its suites alone: configure with "
+        "-DVEXA_BUILD_TOOL=OFF and without benchmark, fuzz targets and VEXA_LOGGING_TARGET")
 endif()
 
 # Sets C++20, warnings and hidden symbols for a target.

@@ -4,9 +4,9 @@
 
 #include "support/Buffers.h"
 #include "support/Floats.h"
+#include "support/LogCapture.h"
 #include "support/Meshes.h"
 
-#include <boost/log/core.hpp>
 #include <vexa/mesh/AttributeBufferDump.h>
 #include <vexa/mesh/AttributeTransformation.h>
 #include <vexa/mesh/HalfEdgeGraph.h>
@@ -251,7 +251,7 @@ std::string lines() {
 } // namespace
 
 int main(int argc, char** argv) {
-    boost::log::core::get()->set_logging_enabled(false);
+    const vexa::test::LogCapture quiet(vexa::test::Severity::Fatal);
     const std::size_t count = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 1;
     std::vector<std::string> texts(std::max<std::size_t>(count, 1));
     std::vector<std::thread> threads;

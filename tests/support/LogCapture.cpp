@@ -1,5 +1,7 @@
 #include "support/LogCapture.h"
 
+#ifndef VEXA_NO_LOGGING
+
 #include <boost/log/attributes/value_extraction.hpp>
 #include <boost/log/core.hpp>
 #include <boost/log/sinks/basic_sink_backend.hpp>
@@ -69,29 +71,54 @@ public:
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
+    [[nodiscard]] std::vector<LogRecord> records() const { return backend->records(); }
+    void clear() { backend->clear(); }
+
+private:
     using Sink = sinks::synchronous_sink<Backend>;
     const boost::shared_ptr<Backend> backend;
     const boost::shared_ptr<Sink> sink;
 };
+
+} // namespace vexa::test
+
+#else
+
+namespace vexa::test {
+
+/// Collects nothing: a library built without logging writes no records.
+class LogCapture::Impl {
+public:
+    Impl(Severity, std::size_t) {}
+
+    [[nodiscard]] static std::vector<LogRecord> records() { return {}; }
+    static void clear() {}
+};
+
+} // namespace vexa::test
+
+#endif
+
+namespace vexa::test {
 
 LogCapture::LogCapture(Severity minimum, std::size_t throwAt) : impl_(std::make_unique<Impl>(minimum, throwAt)) {}
 
 LogCapture::~LogCapture() = default;
 
 std::vector<LogRecord> LogCapture::records() const {
-    return impl_->backend->records();
+    return impl_->records();
 }
 
 std::vector<std::string> LogCapture::messages() const {
     std::vector<std::string> messages;
-    for (LogRecord& record : impl_->backend->records()) {
+    for (LogRecord& record : impl_->records()) {
         messages.push_back(std::move(record.message));
     }
     return messages;
 }
 
 void LogCapture::clear() {
-    impl_->backend->clear();
+    impl_->clear();
 }
 
 } // namespace vexa::test

@@ -1,9 +1,14 @@
 #pragma once
 
 #include <cstring>
-#include <immintrin.h>
 
-// Floats side by side in registers: eight with AVX2, else four (SSE2, which every x86-64 has).
+#ifdef __SSE2__
+#include <immintrin.h>
+#else
+#include "vexa/mesh/detail/elements/PlainLanes.h"
+#endif
+
+// Floats side by side in registers: eight with AVX2, else four (SSE2, which every x86-64 has; plain code elsewhere).
 //
 // The sources that include this are compiled for different processors, so nothing here may be seen by another source:
 // everything is in an unnamed namespace, and no inline function or template of another header is used. The operators
@@ -11,6 +16,7 @@
 namespace vexa::mesh::detail {
 namespace {
 
+#ifdef __SSE2__
 inline __m128 loadFour(const unsigned char* floats) {
     return _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(floats)));
 }
@@ -287,6 +293,12 @@ void loadIntegerPairs(const unsigned char* pairs, FloatLanes& first, FloatLanes&
     second = _mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(both, 32 - 2 * Bits), 32 - Bits));
 }
 #endif
+#endif
+
+/// The selection of `shuffle`: two lanes of its first operand, then two of its second, from the last to the first.
+constexpr int lanesFrom(int fourth, int third, int second, int first) {
+    return fourth << 6 | third << 4 | second << 2 | first;
+}
 
 /// Unsigned integers side by side, as many as fill a register.
 template <typename Unsigned>
@@ -312,23 +324,23 @@ constexpr unsigned long vectorSize = 3 * sizeof(float);
 
 /// Reads vectors of three floats, of any alignment. The comments show the lower four lanes.
 inline VectorLanes loadVectors(const unsigned char* vectors) {
-    const FloatLanes a = loadQuarter(vectors, 0);                 // x0 y0 z0 x1
-    const FloatLanes b = loadQuarter(vectors, 16);                // y1 z1 x2 y2
-    const FloatLanes c = loadQuarter(vectors, 32);                // z2 x3 y3 z3
-    const FloatLanes yz = shuffle<_MM_SHUFFLE(1, 0, 2, 1)>(a, b); // y0 z0 y1 z1
-    const FloatLanes xy = shuffle<_MM_SHUFFLE(2, 1, 3, 2)>(b, c); // x2 y2 x3 y3
-    return {shuffle<_MM_SHUFFLE(2, 0, 3, 0)>(a, xy), shuffle<_MM_SHUFFLE(3, 1, 2, 0)>(yz, xy),
-            shuffle<_MM_SHUFFLE(3, 0, 3, 1)>(yz, c)};
+    const FloatLanes a = loadQuarter(vectors, 0);               // x0 y0 z0 x1
+    const FloatLanes b = loadQuarter(vectors, 16);              // y1 z1 x2 y2
+    const FloatLanes c = loadQuarter(vectors, 32);              // z2 x3 y3 z3
+    const FloatLanes yz = shuffle<lanesFrom(1, 0, 2, 1)>(a, b); // y0 z0 y1 z1
+    const FloatLanes xy = shuffle<lanesFrom(2, 1, 3, 2)>(b, c); // x2 y2 x3 y3
+    return {shuffle<lanesFrom(2, 0, 3, 0)>(a, xy), shuffle<lanesFrom(3, 1, 2, 0)>(yz, xy),
+            shuffle<lanesFrom(3, 0, 3, 1)>(yz, c)};
 }
 
 /// Writes vectors of three floats, of any alignment.
 inline void storeVectors(unsigned char* vectors, const VectorLanes& v) {
-    const FloatLanes xy = shuffle<_MM_SHUFFLE(2, 0, 2, 0)>(v.x, v.y); // x0 x2 y0 y2
-    const FloatLanes yz = shuffle<_MM_SHUFFLE(3, 1, 3, 1)>(v.y, v.z); // y1 y3 z1 z3
-    const FloatLanes zx = shuffle<_MM_SHUFFLE(3, 1, 2, 0)>(v.z, v.x); // z0 z2 x1 x3
-    storeQuarter(vectors, 0, shuffle<_MM_SHUFFLE(2, 0, 2, 0)>(xy, zx));
-    storeQuarter(vectors, 16, shuffle<_MM_SHUFFLE(3, 1, 2, 0)>(yz, xy));
-    storeQuarter(vectors, 32, shuffle<_MM_SHUFFLE(3, 1, 3, 1)>(zx, yz));
+    const FloatLanes xy = shuffle<lanesFrom(2, 0, 2, 0)>(v.x, v.y); // x0 x2 y0 y2
+    const FloatLanes yz = shuffle<lanesFrom(3, 1, 3, 1)>(v.y, v.z); // y1 y3 z1 z3
+    const FloatLanes zx = shuffle<lanesFrom(3, 1, 2, 0)>(v.z, v.x); // z0 z2 x1 x3
+    storeQuarter(vectors, 0, shuffle<lanesFrom(2, 0, 2, 0)>(xy, zx));
+    storeQuarter(vectors, 16, shuffle<lanesFrom(3, 1, 2, 0)>(yz, xy));
+    storeQuarter(vectors, 32, shuffle<lanesFrom(3, 1, 3, 1)>(zx, yz));
 }
 
 /// Reads vectors of three floats at distances of a stride. The comments show the lower four lanes.

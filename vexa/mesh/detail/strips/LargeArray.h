@@ -7,8 +7,6 @@
 #include <new>
 #include <type_traits>
 
-#include <sys/mman.h>
-
 namespace vexa::mesh::detail {
 
 /// An uninitialised array that asks for huge pages when it is large: it is read and written all over, and with pages of
@@ -31,13 +29,7 @@ private:
         if (size < hugePageSize) {
             return static_cast<T*>(::operator new(size));
         }
-        void* const data =
-            mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (data == MAP_FAILED) {
-            throw std::bad_alloc();
-        }
-        adviseHugePages(data, size);
-        return static_cast<T*>(data);
+        return static_cast<T*>(mapMemory(size));
     }
 
     struct Free {
@@ -46,7 +38,7 @@ private:
             if (size < hugePageSize) {
                 ::operator delete(data);
             } else {
-                munmap(data, size);
+                unmapMemory(data, size);
             }
         }
     };
