@@ -142,6 +142,9 @@ TEST(AddTrianglesWithoutMemory, LeavesALargeGraphUnchangedWhenLittleIsAdded) {
 }
 
 TEST(AddTrianglesWithoutMemory, LeavesTheGraphUnchangedForTheLargestVertexIndex) {
+    if (sizeof(void*) == 4) {
+        GTEST_SKIP() << "so many vertices are more than a vector can hold, whatever the memory";
+    }
     FilledGraph graph(meshes::strip(3));
     const std::string before = describe(graph);
     const Indices mesh = {0, 1, 4294967294U};

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
 #include <functional>
 #include <pthread.h>
@@ -23,8 +24,15 @@ using meshes::Indices;
 using vexa::test::LogCapture;
 using vexa::test::Severity;
 
-constexpr unsigned int million = vexa::test::isSlowBuild ? 10000 : 1000000;
-constexpr unsigned int half = million / 2;
+/// A million, or as many as VEXA_MILLIONS asks for.
+unsigned int readMillion() {
+    const char* const wanted = std::getenv("VEXA_MILLIONS");
+    const auto millions = wanted != nullptr ? static_cast<unsigned int>(std::strtoul(wanted, nullptr, 10)) : 1;
+    return millions * (vexa::test::isSlowBuild ? 10000 : 1000000);
+}
+
+const unsigned int million = readMillion();
+const unsigned int half = million / 2;
 
 struct Call {
     std::function<void()> function;

@@ -352,7 +352,7 @@ void appendPlain(const Plan& plan, const Source& source, const detail::PackedInd
     constexpr std::size_t blockSize = 1023; // whole triangles
     unsigned char block[blockSize * sizeof(unsigned int)];
     for (std::size_t begin = 0; begin < from->elementCount; begin += blockSize) {
-        const std::size_t count = std::min(blockSize, from->elementCount - begin);
+        const std::size_t count = std::min<std::size_t>(blockSize, from->elementCount - begin);
         if (!detail::areIndicesBelow(from->element(begin), from->type, count, source.range.vertexCount)) {
             plan.checkPlain(source);
         }

@@ -1,6 +1,7 @@
 #include "vexa/mesh/detail/VectorBufferData.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 
 namespace vexa::mesh::detail {
@@ -27,7 +28,7 @@ void VectorBufferData::reserveFurther(unsigned long sizeInBytes) {
         throw std::length_error("Buffer size exceeds the largest of a vector");
     }
     if (size + sizeInBytes > bytes_.capacity()) {
-        bytes_.reserve(std::min(size + std::max(size, sizeInBytes), bytes_.max_size()));
+        bytes_.reserve(std::min<std::size_t>(size + std::max(size, sizeInBytes), bytes_.max_size()));
     }
 }
 

@@ -99,6 +99,9 @@ TEST(PairInOrder, GivesNothingForMoreTrianglesThanAllowed) {
 }
 
 TEST(PairInOrder, GivesNothingForMoreTrianglesThanIdsCanName) {
+    if (sizeof(void*) == 4) {
+        GTEST_SKIP() << "no list is that long";
+    }
     // Addresses without memory: the count alone must decide.
     const std::size_t indexCount = 3 * (CompactGraph::maxCount + 1);
     const std::size_t bytes = indexCount * sizeof(unsigned int);

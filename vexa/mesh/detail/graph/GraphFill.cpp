@@ -166,10 +166,14 @@ private:
     /// triangle / capacity, as the upper half of a product with 2^64 / capacity, rounded up: exact for numbers of 32
     /// bits (Lemire, Kaser, Kurz: Faster remainder by direct computation, 2019). The inverse of 1 does not fit.
     [[nodiscard]] std::uint64_t divide(detail::TriangleId triangle) const {
+#ifdef __SIZEOF_INT128__
         __extension__ using Product = unsigned __int128;
         const Product product = Product{triangle} * inverse_;
         // cppcheck-suppress shiftTooManyBits  // it mistakes the product for a number of 64 bits
         return inverse_ == 0 ? triangle : static_cast<std::uint64_t>(product >> 64);
+#else
+        return triangle / capacity_;
+#endif
     }
 
     std::uint64_t capacity_;
