@@ -226,10 +226,25 @@ void addOperationGoals(const Results& results, std::vector<Goal>& goals) {
         {"isValid, to reading the indices", "operations/index check", names::validate, names::read, 1.7},
         {"indices appended, to copying", "operations/appended indices", names::append, names::copied, 1.4},
         {"attributes appended, to copying", "operations/appended attributes", names::append, names::copied, 1.1},
+        {"trianglesOf, to a loop by hand", "bulk/triangles of strips", names::walk, names::walkByHand, 1.5},
+        {"interleaved attributes transformed, to packed ones", "bulk/interleaved", names::interleavedMesh,
+         names::packedMesh, 2.0},
+        {"interleaved attributes placed, to packed ones", "meshes/placing", names::placeInterleaved, names::placePacked,
+         2.0},
+        {"8-bit codes, to packing", "bulk/codec", names::encode8, names::pack, 1.0},
+        {"16-bit codes, to packing", "bulk/codec", names::encode16, names::pack, 1.0},
+        {"8-bit codes decoded, to unpacking", "bulk/codec", names::decode8, names::unpack, 1.0},
+        {"16-bit codes decoded, to unpacking", "bulk/codec", names::decode16, names::unpack, 1.0},
+        {"a thousand meshes merged, to copying", "meshes/merging", names::merge, names::copied, 1.3},
     };
     for (const Bound& bound : bounds) {
         goals.push_back({bound.text, bound.limit, results.ratio(bound.measurement, bound.contender, bound.reference)});
     }
+}
+
+void addWholeMeshGoals(const Results& results, std::vector<Goal>& goals) {
+    const Value faults = nanosecondsPerElement(results, "meshes/faults", names::faults);
+    goals.push_back({"findFaults on 10 M triangles, seconds", 1.0, faults ? Value(*faults / 100) : std::nullopt});
 }
 
 void addMemoryGoals(const Results& results, std::vector<Goal>& goals) {
@@ -250,6 +265,7 @@ std::vector<Goal> evaluateGoals(const Results& results) {
     addBufferGoals(results, goals);
     addGraphGoals(results, goals);
     addOperationGoals(results, goals);
+    addWholeMeshGoals(results, goals);
     addMemoryGoals(results, goals);
     return goals;
 }

@@ -107,7 +107,7 @@ std::vector<bench::Case> chooseCases(const Options& options, const std::vector<b
     for (const auto& area :
          {bench::aloneCases(models), bench::stripCases(models), bench::passCases(models), bench::boundCases(models),
           bench::adjacencyCases(models), bench::edgeCases(models), bench::weldCases(models), bench::operationCases(),
-          bench::bulkCases(), bench::growthCases()}) {
+          bench::bulkCases(), bench::wholeMeshCases(models), bench::growthCases()}) {
         all.insert(all.end(), area.begin(), area.end());
     }
     const std::regex filter(options.filter);

@@ -42,7 +42,7 @@ Comparison compareAssignment() {
             false,
             rounds,
             {contenderOf(
-                 "assign, vectors", elementCount, [=] { assign(*buffer, *vectors); },
+                 names::assignVectors, elementCount, [=] { assign(*buffer, *vectors); },
                  [=] {
                      return Output{0, 0, elementsOf<glm::vec3>(*buffer).back() == vectors->back() ? "" : "wrong"};
                  }),
@@ -108,8 +108,8 @@ Comparison compareWalks() {
             false,
             false,
             rounds,
-            {contenderOf("trianglesOf", elementCount, walk, inspect),
-             contenderOf("loop by hand", elementCount, walkPlainly, inspect, Role::Limit)}};
+            {contenderOf(names::walk, elementCount, walk, inspect),
+             contenderOf(names::walkByHand, elementCount, walkPlainly, inspect, Role::Limit)}};
 }
 
 template <int Bits>
@@ -130,10 +130,8 @@ Comparison compareCodec() {
     const NormalsPtr normals = makeNormals(elementCount);
     const auto plain = makeAttribute("normal", *normals);
     const auto packed = makeAttribute<glm::u8vec2>("normal", elementCount);
-    std::vector<Contender> contenders =
-        codecContenders<8>(normals, "OctahedralCodec<8>::encode", "OctahedralCodec<8>::decode");
-    for (Contender& contender :
-         codecContenders<16>(normals, "OctahedralCodec<16>::encode", "OctahedralCodec<16>::decode")) {
+    std::vector<Contender> contenders = codecContenders<8>(normals, names::encode8, names::decode8);
+    for (Contender& contender : codecContenders<16>(normals, names::encode16, names::decode16)) {
         contenders.push_back(std::move(contender));
     }
     contenders.push_back(
@@ -155,8 +153,8 @@ Comparison compareInterleaved() {
             false,
             false,
             rounds,
-            {contenderOf("transformMesh, interleaved", elementCount, [=] { transformMesh(*interleaved, map); }, {}),
-             contenderOf("transformMesh, packed", elementCount, [=] { transformMesh(*packed, map); }, {})}};
+            {contenderOf(names::interleavedMesh, elementCount, [=] { transformMesh(*interleaved, map); }, {}),
+             contenderOf(names::packedMesh, elementCount, [=] { transformMesh(*packed, map); }, {})}};
 }
 
 } // namespace

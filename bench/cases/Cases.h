@@ -40,6 +40,9 @@ std::vector<Case> operationCases();
 /// Views, the codec and interleaved storage, on ten million elements.
 std::vector<Case> bulkCases();
 
+/// Merging, placing, faults and statistics of whole meshes.
+std::vector<Case> wholeMeshCases(const std::vector<ModelPtr>& realModels);
+
 /// Names of contenders and models that the goals refer to.
 namespace names {
 
@@ -69,6 +72,11 @@ inline constexpr const char* edges = "calcEgdeLines";
 inline constexpr const char* fillEdges = "addTriangles, calcEgdeLines";
 inline constexpr const char* buildEdges = "buildEdges";
 inline constexpr const char* weld = "weld";
+inline constexpr const char* merge = "mergeMeshes";
+inline constexpr const char* placeInterleaved = "placeMesh, interleaved";
+inline constexpr const char* placePacked = "placeMesh, packed";
+inline constexpr const char* faults = "findFaults";
+inline constexpr const char* stats = "computeStats";
 inline constexpr const char* bound = "minIndexCount";
 inline constexpr const char* tenSmall = "10 passes, grid of 70 k";
 inline constexpr const char* tenLarge = "10 passes, grid of 2 M";
@@ -83,6 +91,16 @@ inline constexpr const char* append = "concatMeshes";
 inline constexpr const char* ownBuffer = "library's own buffer";
 inline constexpr const char* derivedBuffer = "class derived from the library's";
 inline constexpr const char* foreignBuffer = "class of the caller's own";
+
+inline constexpr const char* assignVectors = "assign, vectors";
+inline constexpr const char* walk = "trianglesOf";
+inline constexpr const char* walkByHand = "loop by hand";
+inline constexpr const char* encode8 = "OctahedralCodec<8>::encode";
+inline constexpr const char* encode16 = "OctahedralCodec<16>::encode";
+inline constexpr const char* decode8 = "OctahedralCodec<8>::decode";
+inline constexpr const char* decode16 = "OctahedralCodec<16>::decode";
+inline constexpr const char* interleavedMesh = "transformMesh, interleaved";
+inline constexpr const char* packedMesh = "transformMesh, packed";
 
 inline constexpr const char* scaled = "limit: scale in place";
 inline constexpr const char* read = "limit: read";

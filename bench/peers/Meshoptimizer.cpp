@@ -80,6 +80,22 @@ Contender meshoptimizerStrips(const ModelPtr& model) {
     return contender;
 }
 
+std::uint64_t meshoptimizerMisses(const Model& model) {
+    return meshopt_analyzeVertexCache(model.triangles.data(), model.triangles.size(), model.vertexCount(), 16, 0, 0)
+        .vertices_transformed;
+}
+
+Contender meshoptimizerAnalysis(const ModelPtr& model) {
+    const auto misses = std::make_shared<std::uint64_t>();
+    Contender contender;
+    contender.name = "meshoptimizer";
+    contender.role = Role::Peer;
+    contender.elements = static_cast<double>(model->triangleCount());
+    contender.prepare = [] {};
+    contender.run = [model, misses] { *misses = meshoptimizerMisses(*model); };
+    return contender;
+}
+
 Contender meshoptimizerRemap(const ModelPtr& model) {
     const auto corners = std::make_shared<const std::vector<glm::vec3>>(looseCorners(*model));
     const auto remap = std::make_shared<std::vector<unsigned int>>();

@@ -4,6 +4,7 @@
 #include "Models.h"
 #include "Normals.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,6 +24,11 @@ Contender meshoptimizerStrips(const ModelPtr& model);
 
 /// Numbers the distinct corners of the model's triangles, each of which has corners of its own: without making a mesh.
 Contender meshoptimizerRemap(const ModelPtr& model);
+
+/// Simulates a first-in first-out cache of 16 vertices over the model's triangles.
+Contender meshoptimizerAnalysis(const ModelPtr& model);
+/// The misses that it counts.
+std::uint64_t meshoptimizerMisses(const Model& model);
 
 /// The 8-bit octahedral filter, from and to the layouts that it expects: four floats, four signed bytes.
 Contender meshoptimizerPacking(const NormalsPtr& normals);

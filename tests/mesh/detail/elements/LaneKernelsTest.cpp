@@ -11,6 +11,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -80,6 +81,16 @@ std::vector<std::string> results(const LaneKernels& kernels) {
         std::vector<float> unpacked(3 * count);
         kernels.unpackNormals(packed.data(), unpacked.data(), count);
         texts.push_back("unpacked " + describe(unpacked));
+        for (const auto& [octahedral, size] :
+             {std::pair(kernels.octahedral8, 2UL), std::pair(kernels.octahedral12, 3UL),
+              std::pair(kernels.octahedral16, 4UL)}) {
+            Bytes codes(size * count);
+            octahedral.encode(vectors.data(), codes.data(), count);
+            texts.push_back("codes " + std::string(codes.begin(), codes.end()));
+            std::vector<float> decoded(3 * count);
+            octahedral.decode(codes.data(), decoded.data(), count);
+            texts.push_back("decoded " + describe(decoded));
+        }
     }
     return texts;
 }

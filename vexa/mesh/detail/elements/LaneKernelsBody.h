@@ -142,10 +142,6 @@ inline VectorLanes withUnitSum(const VectorLanes& v) {
     return divided(v, select(areAtLeast(norm, allLanes(smallestNorm)), norm, allLanes(1.0F)));
 }
 
-inline FloatLanes squareOf(const VectorLanes& v) {
-    return (v.x * v.x + v.y * v.y) + v.z * v.z;
-}
-
 /// v divided by its length.
 inline VectorLanes withUnitLength(const VectorLanes& v) {
     const FloatLanes one = allLanes(1.0F);

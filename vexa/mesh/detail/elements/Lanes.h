@@ -80,6 +80,9 @@ inline FloatLanes areBelow(FloatLanes a, FloatLanes b) {
 inline FloatLanes bothBits(FloatLanes a, FloatLanes b) {
     return _mm256_and_ps(a, b);
 }
+inline FloatLanes eitherBits(FloatLanes a, FloatLanes b) {
+    return _mm256_or_ps(a, b);
+}
 inline FloatLanes bitsBut(FloatLanes a, FloatLanes b) {
     return _mm256_andnot_ps(b, a);
 }
@@ -146,6 +149,15 @@ inline void storeBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes se
     _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), packed);
 }
 
+/// The same for whole numbers from -128 to 127.
+inline void storeSignedBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes second) {
+    const __m256i low = _mm256_and_si256(_mm256_cvttps_epi32(first), _mm256_set1_epi32(255));
+    const __m256i high = _mm256_srli_epi32(_mm256_slli_epi32(_mm256_cvttps_epi32(second), 24), 16);
+    const __m256i pairs = _mm256_or_si256(low, high);
+    const __m128i packed = _mm_packus_epi32(_mm256_castsi256_si128(pairs), _mm256_extracti128_si256(pairs, 1));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), packed);
+}
+
 /// Reads pairs of bytes as floats.
 inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLanes& second) {
     const __m256i pairs = _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)));
@@ -202,6 +214,9 @@ inline FloatLanes areBelow(FloatLanes a, FloatLanes b) {
 }
 inline FloatLanes bothBits(FloatLanes a, FloatLanes b) {
     return _mm_and_ps(a, b);
+}
+inline FloatLanes eitherBits(FloatLanes a, FloatLanes b) {
+    return _mm_or_ps(a, b);
 }
 inline FloatLanes bitsBut(FloatLanes a, FloatLanes b) {
     return _mm_andnot_ps(b, a);
@@ -261,6 +276,15 @@ inline void storeBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes se
     // Sign-extended, 16 bits come through the saturating pack as they are.
     const __m128i extended = _mm_srai_epi32(_mm_slli_epi32(pairs, 16), 16);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm_packs_epi32(extended, extended));
+}
+
+/// The same for whole numbers from -128 to 127.
+inline void storeSignedBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes second) {
+    const __m128i low = _mm_and_si128(_mm_cvttps_epi32(first), _mm_set1_epi32(255));
+    // Sign-extended, 16 bits come through the saturating pack as they are.
+    const __m128i high = _mm_srai_epi32(_mm_slli_epi32(_mm_cvttps_epi32(second), 24), 16);
+    const __m128i pairs = _mm_or_si128(low, high);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm_packs_epi32(pairs, pairs));
 }
 
 /// Reads pairs of bytes as floats.

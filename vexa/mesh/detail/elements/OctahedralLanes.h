@@ -21,82 +21,126 @@ inline VectorLanes unfold(FloatLanes first, FloatLanes second, FloatLanes radius
     return {first - withSignOf(depth, first), second - withSignOf(depth, second), z};
 }
 
-inline FloatLanes dot(const VectorLanes& a, const VectorLanes& b) {
-    return (a.x * b.x + a.y * b.y) + a.z * b.z;
-}
-
-/// A candidate for the code of a vector in the octant of positive coordinates, which is the point (first, second, radius
-/// - first - second). The squared sine of the angle between them is a quotient, but for the length of the vector.
-struct Candidate {
-    FloatLanes first;
-    FloatLanes second;
-    FloatLanes numerator;
-    FloatLanes denominator;
-};
-
-/// \param cross the cross product of the point and the vector: precise for small angles, where a dot product is not
-inline Candidate judge(const VectorLanes& cross, FloatLanes first, FloatLanes second, FloatLanes radius) {
-    const VectorLanes point{first, second, (radius - first) - second};
-    return {first, second, dot(cross, cross), dot(point, point)};
-}
-
-/// The better of two candidates; not one beyond the octant.
-inline Candidate betterOf(const Candidate& a, const Candidate& b, FloatLanes radius) {
-    const FloatLanes isBetter = bothBits(areBelow(b.numerator * a.denominator, a.numerator * b.denominator),
-                                         areAtLeast(radius, b.first + b.second));
-    return {select(isBetter, b.first, a.first), select(isBetter, b.second, a.second),
-            select(isBetter, b.numerator, a.numerator), select(isBetter, b.denominator, a.denominator)};
+inline FloatLanes squareOf(const VectorLanes& v) {
+    return (v.x * v.x + v.y * v.y) + v.z * v.z;
 }
 
 inline VectorLanes sum(const VectorLanes& a, const VectorLanes& b) {
     return {a.x + b.x, a.y + b.y, a.z + b.z};
 }
 
+inline FloatLanes norm(const VectorLanes& v) {
+    return (absolute(v.x) + absolute(v.y)) + absolute(v.z);
+}
+
+inline FloatLanes areWithin(FloatLanes a, float lowest, float highest) {
+    return bothBits(areAtLeast(a, allLanes(lowest)), areAtLeast(allLanes(highest), a));
+}
+
 /// Multiplied by a power of two, no vector is too short or too long to be squared. One that is zero, infinite or NaN
 /// becomes (0, 0, 1).
 inline VectorLanes normaliseMagnitude(const VectorLanes& vectors) {
-    const auto normOf = [](const VectorLanes& v) { return (absolute(v.x) + absolute(v.y)) + absolute(v.z); };
+    constexpr int all = (1 << laneCount) - 1;
+    const FloatLanes length = norm(vectors);
+    // Nearly always. Those between these bounds and the ones below stay as they are, too.
+    if (laneMask(areWithin(length, 0x1p-40F, 0x1p40F)) == all) {
+        return vectors;
+    }
     const FloatLanes one = allLanes(1.0F);
-    const FloatLanes norm = normOf(vectors);
-    const FloatLanes factor = select(areBelow(norm, allLanes(0x1p-40F)), allLanes(0x1p100F),
-                                     select(areBelow(allLanes(0x1p40F), norm), allLanes(0x1p-100F), one));
+    const FloatLanes factor = select(areBelow(length, allLanes(0x1p-40F)), allLanes(0x1p100F),
+                                     select(areBelow(allLanes(0x1p40F), length), allLanes(0x1p-100F), one));
     const VectorLanes n{vectors.x * factor, vectors.y * factor, vectors.z * factor};
-    const FloatLanes scaledNorm = normOf(n);
-    const FloatLanes isVector =
-        bothBits(areAtLeast(scaledNorm, allLanes(0x1p-60F)), areAtLeast(allLanes(0x1p60F), scaledNorm));
+    const FloatLanes isVector = areWithin(norm(n), 0x1p-60F, 0x1p60F);
     return {bothBits(n.x, isVector), bothBits(n.y, isVector), select(isVector, n.z, one)};
 }
 
-/// The best two coordinates for each vector.
-inline void encodeLanes(const VectorLanes& vectors, FloatLanes radius, FloatLanes& first, FloatLanes& second) {
-    const VectorLanes n = normaliseMagnitude(vectors);
-    const VectorLanes v{absolute(n.x), absolute(n.y), absolute(n.z)};
-    const FloatLanes scale = radius / ((v.x + v.y) + v.z);
-    const FloatLanes firstBelow = truncate(v.x * scale);
-    const FloatLanes secondBelow = truncate(v.y * scale);
+/// The squared distances of four neighbouring points of the octahedron from its centre: of (first, second, third) and with
+/// 1 added to first, to second, to both, and taken from third.
+template <int Bits>
+void squareDistances(FloatLanes first, FloatLanes second, FloatLanes third, FloatLanes squares[4]) {
     const FloatLanes one = allLanes(1.0F);
-    const FloatLanes firstAbove = firstBelow + one;
-    const FloatLanes secondAbove = secondBelow + one;
-    const FloatLanes third = (radius - firstBelow) - secondBelow;
-    // The cross products of neighbouring points differ by those of (1, 0, -1) and (0, 1, -1).
-    const VectorLanes cross{secondBelow * v.z - third * v.y, third * v.x - firstBelow * v.z,
-                            firstBelow * v.y - secondBelow * v.x};
-    const VectorLanes crossOfFirst = sum(cross, {v.y, allLanes(0.0F) - (v.x + v.z), v.y});
-    const VectorLanes step{v.y + v.z, allLanes(0.0F) - v.x, allLanes(0.0F) - v.x};
-    Candidate best = judge(cross, firstBelow, secondBelow, radius);
-    best = betterOf(best, judge(crossOfFirst, firstAbove, secondBelow, radius), radius);
-    best = betterOf(best, judge(sum(cross, step), firstBelow, secondAbove, radius), radius);
-    best = betterOf(best, judge(sum(crossOfFirst, step), firstAbove, secondAbove, radius), radius);
-    // The lower half is folded over the upper one.
-    const FloatLanes isLower = areBelow(n.z, allLanes(0.0F));
-    first = withSignOf(select(isLower, radius - best.second, best.first), n.x);
-    second = withSignOf(select(isLower, radius - best.first, best.second), n.y);
+    squares[0] = squareOf({first, second, third});
+    if constexpr (Bits <= 12) {
+        // Whole numbers below 2^24: exact in any order.
+        const FloatLanes two = one + one;
+        const FloatLanes byFirst = (first - third) * two + two;
+        const FloatLanes bySecond = (second - third) * two + two;
+        squares[1] = squares[0] + byFirst;
+        squares[2] = squares[0] + bySecond;
+        squares[3] = squares[1] + (bySecond + two);
+    } else {
+        const FloatLanes next = third - one;
+        squares[1] = squareOf({first + one, second, next});
+        squares[2] = squareOf({first, second + one, next});
+        squares[3] = squareOf({first + one, second + one, next - one});
+    }
 }
+
+/// Vectors on their way to codes. The steps are made for several registers in turn, because each is a long chain of
+/// operations that wait for one another.
+template <int Bits>
+struct Encoding {
+    VectorLanes n;
+    FloatLanes first;
+    FloatLanes second;
+    FloatLanes third;
+    FloatLanes numerators[4];
+
+    /// Finds the point of the octahedron below the vectors, in the octant of positive coordinates.
+    void locate(const VectorLanes& vectors, FloatLanes radius) {
+        n = normaliseMagnitude(vectors);
+        const VectorLanes v{absolute(n.x), absolute(n.y), absolute(n.z)};
+        const FloatLanes scale = radius / ((v.x + v.y) + v.z);
+        first = truncate(v.x * scale);
+        second = truncate(v.y * scale);
+        third = (radius - first) - second;
+    }
+
+    /// Measures the angles to the four points around the vectors. The squared sine of the angle to a vector is the square of their cross
+    /// product by that of the distance of the point, but for the length of the vector; a dot product would not be precise
+    /// for small angles. The cross products of neighbouring points differ by those of (1, 0, -1) and (0, 1, -1).
+    void judge() {
+        const VectorLanes v{absolute(n.x), absolute(n.y), absolute(n.z)};
+        const VectorLanes cross{second * v.z - third * v.y, third * v.x - first * v.z, first * v.y - second * v.x};
+        const VectorLanes crossOfFirst = sum(cross, {v.y, allLanes(0.0F) - (v.x + v.z), v.y});
+        const VectorLanes step{v.y + v.z, allLanes(0.0F) - v.x, allLanes(0.0F) - v.x};
+        numerators[0] = squareOf(cross);
+        numerators[1] = squareOf(crossOfFirst);
+        numerators[2] = squareOf(sum(cross, step));
+        numerators[3] = squareOf(sum(crossOfFirst, step));
+    }
+
+    /// Takes the better of each pair of neighbours, and of these two; none beyond the octant.
+    void choose(FloatLanes radius) {
+        const FloatLanes one = allLanes(1.0F);
+        FloatLanes denominators[4];
+        squareDistances<Bits>(first, second, third, denominators);
+        const auto isBetter = [](FloatLanes numerator, FloatLanes denominator, FloatLanes otherNumerator,
+                                 FloatLanes otherDenominator) {
+            return areBelow(numerator * otherDenominator, otherNumerator * denominator);
+        };
+        const FloatLanes isInside = areAtLeast(third, one);
+        const FloatLanes low =
+            bothBits(isBetter(numerators[1], denominators[1], numerators[0], denominators[0]), isInside);
+        const FloatLanes high = bothBits(isBetter(numerators[3], denominators[3], numerators[2], denominators[2]),
+                                         areAtLeast(third, one + one));
+        const FloatLanes isSecond = bothBits(
+            isBetter(select(high, numerators[3], numerators[2]), select(high, denominators[3], denominators[2]),
+                     select(low, numerators[1], numerators[0]), select(low, denominators[1], denominators[0])),
+            isInside);
+        const FloatLanes bestFirst = first + bothBits(select(isSecond, high, low), one);
+        const FloatLanes bestSecond = second + bothBits(isSecond, one);
+        // The lower half is folded over the upper one.
+        const FloatLanes isLower = areBelow(n.z, allLanes(0.0F));
+        first = withSignOf(select(isLower, radius - bestSecond, bestFirst), n.x);
+        second = withSignOf(select(isLower, radius - bestFirst, bestSecond), n.y);
+    }
+};
 
 inline VectorLanes decodeLanes(FloatLanes first, FloatLanes second, FloatLanes radius) {
     const FloatLanes lowest = allLanes(0.0F) - radius;
     const VectorLanes p = unfold(maximum(first, lowest), maximum(second, lowest), radius);
-    const FloatLanes length = squareRoot(dot(p, p));
+    const FloatLanes length = squareRoot(squareOf(p));
     return {p.x / length, p.y / length, p.z / length};
 }
 
@@ -109,8 +153,7 @@ struct OctahedralCodes<8> {
     static constexpr unsigned long size = 2;
 
     static void store(unsigned char* codes, FloatLanes first, FloatLanes second) {
-        const auto toByte = [](FloatLanes a) { return a + bothBits(areBelow(a, allLanes(0.0F)), allLanes(256.0F)); };
-        storeBytePairs(codes, toByte(first), toByte(second));
+        storeSignedBytePairs(codes, first, second);
     }
     static void load(const unsigned char* codes, FloatLanes& first, FloatLanes& second) {
         loadBytePairs(codes, first, second);
@@ -160,11 +203,21 @@ constexpr float octahedronRadius = static_cast<float>((1 << (Bits - 1)) - 1);
 template <int Bits>
 [[gnu::noinline]] void encodeBlocks(const unsigned char* normals, unsigned char* codes, unsigned long blockCount) {
     const FloatLanes radius = allLanes(octahedronRadius<Bits>);
-    for (unsigned long i = 0; i < blockCount; ++i) {
-        FloatLanes first;
-        FloatLanes second;
-        encodeLanes(loadVectors(normals + i * laneCount * vectorSize), radius, first, second);
-        OctahedralCodes<Bits>::store(codes + i * laneCount * OctahedralCodes<Bits>::size, first, second);
+    constexpr unsigned long together = 4;
+    Encoding<Bits> steps[together];
+    for (unsigned long i = 0; i < blockCount; i += together) {
+        const unsigned long count = blockCount - i < together ? blockCount - i : together;
+        for (unsigned long k = 0; k < count; ++k) {
+            steps[k].locate(loadVectors(normals + (i + k) * laneCount * vectorSize), radius);
+        }
+        for (unsigned long k = 0; k < count; ++k) {
+            steps[k].judge();
+        }
+        for (unsigned long k = 0; k < count; ++k) {
+            steps[k].choose(radius);
+            OctahedralCodes<Bits>::store(codes + (i + k) * laneCount * OctahedralCodes<Bits>::size, steps[k].first,
+                                         steps[k].second);
+        }
     }
 }
 
