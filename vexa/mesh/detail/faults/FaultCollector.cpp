@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <utility>
 
 namespace vexa::mesh::detail {
@@ -27,8 +28,14 @@ std::string countedText(std::uint64_t count, const std::string& one, const std::
 
 std::string numberText(double value) {
     std::array<char, 32> digits{};
+#ifdef __cpp_lib_to_chars
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<float>(value)).ptr;
     return {digits.data(), end};
+#else
+    // Older standard libraries of LLVM have it for integers only.
+    std::snprintf(digits.data(), digits.size(), "%.9g", static_cast<double>(static_cast<float>(value)));
+    return digits.data();
+#endif
 }
 
 } // namespace vexa::mesh::detail

@@ -22,7 +22,7 @@ struct WaitingStrip {
 class DegenerateJoin {
 public:
     void add(const WrittenStrip& strip) {
-        strips_.push_back({indices_.size() & 0x3fffffffffff, strip.startsOdd, strip.fitsEither});
+        strips_.push_back({std::uint64_t{indices_.size()} & 0x3fffffffffff, strip.startsOdd, strip.fitsEither});
         indices_.insert(indices_.end(), strip.indices.begin(), strip.indices.end());
     }
     std::vector<unsigned int> join(const Poll& poll);

@@ -108,7 +108,9 @@ struct Cell {
 std::uint64_t hashOf(const Cell& cell) {
     std::uint64_t hash = cell.kind;
     for (const double value : cell.place) {
-        hash = combined(hash, std::bit_cast<std::uint64_t>(value));
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, &value, sizeof bits);
+        hash = combined(hash, bits);
     }
     return hash;
 }
