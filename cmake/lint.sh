@@ -5,7 +5,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-all='vexa logging tools python tests examples bench fuzz docs'
+all='vexa logging tools python npm tests examples bench fuzz docs'
 command=${1:-check}
 [ $# -eq 0 ] || shift
 tidied=${*:-$all}
