@@ -108,6 +108,19 @@ TEST(Merger, TurnsTangentsAndFlipsTheirSignWhereMirrored) {
     EXPECT_THAT(elementOf<4>(group, "TANGENT", 2), ElementsAre(0, 1, 0, 1));
 }
 
+TEST(Merger, TurnsNormalsAlikeAtAnyScale) {
+    for (const double scale : {1.0, 1e-3, 1e-12}) {
+        GltfModel model = triangleModel();
+        model.primitive(0)["attributes"]["NORMAL"] = model.addPositions({0.6F, 0, 0.8F, 0, 0, 1, 0, 1, 0});
+        Merger merger;
+        merger.add(documentOf(model), glm::scale(glm::dmat4(1), glm::dvec3(scale, scale, scale / 2)));
+        // Proportional to (0.6, 0, 1.6).
+        const auto normal = elementOf<3>(merger.groups()[0], "normal", 0);
+        EXPECT_NEAR(normal[0] / normal[2], 0.375, 1e-6) << scale;
+        EXPECT_GT(normal[2], 0) << scale;
+    }
+}
+
 TEST(Merger, MakesListsOfStripsAndFans) {
     Merger merger;
     merger.add(documentOf(modelOf({0, 1, 2, 3}, 5)), inPlace);

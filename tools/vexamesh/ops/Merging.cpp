@@ -11,13 +11,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <glm/matrix.hpp>
 #include <limits>
 #include <numeric>
 #include <set>
-#include <vexa/mesh/AttributeTransformation.h>
 #include <vexa/mesh/MeshConcatenation.h>
 #include <vexa/mesh/Strips.h>
+#include <vexa/mesh/Transformation.h>
 
 namespace vexa::tool {
 
@@ -52,38 +51,12 @@ std::vector<unsigned int> plainIndices(const Primitive& primitive, mesh::Primiti
     }
 }
 
-void turnWinding(std::vector<unsigned int>& triangles) {
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        std::swap(triangles[i + 1], triangles[i + 2]);
-    }
-}
-
 void appendIndices(mesh::IndexBuffer& buffer, const std::vector<unsigned int>& indices, unsigned long firstVertex) {
     const unsigned long count = buffer.getElementCount();
     buffer.resize(count + indices.size());
     for (std::size_t i = 0; i < indices.size(); ++i) {
         buffer.setElement(count + i, firstVertex + indices[i]);
     }
-}
-
-bool mirrors(const glm::dmat4& matrix) {
-    return glm::determinant(glm::dmat3(matrix)) < 0;
-}
-
-/// What a placement does to tangents: three floats that turn with the surface, and a sign that mirroring changes.
-mesh::AttributeTransformationFunction tangentTransformation(const glm::dmat4& matrix) {
-    const glm::dmat3 linear(matrix);
-    return [linear, turnsSign = mirrors(matrix)](void* element) {
-        std::array<float, 4> tangent{};
-        std::memcpy(tangent.data(), element, sizeof tangent);
-        const glm::dvec3 turned = linear * glm::dvec3(tangent[0], tangent[1], tangent[2]);
-        const double length = std::hypot(turned.x, turned.y, turned.z);
-        for (int i = 0; i < 3 && length > 0; ++i) {
-            tangent[static_cast<std::size_t>(i)] = static_cast<float>(turned[i] / length);
-        }
-        tangent[3] = turnsSign ? -tangent[3] : tangent[3];
-        std::memcpy(element, tangent.data(), sizeof tangent);
-    };
 }
 
 bool isSkinning(const std::string& name) {
@@ -215,8 +188,8 @@ Json withoutPlaces(Json json) {
 
 mesh::AttributeTransformationMap transformationsBy(const glm::dmat4& matrix) {
     mesh::AttributeTransformationMap transformations;
-    mesh::createClassicTransformation(transformations, glm::mat4(matrix));
-    transformations["TANGENT"] = tangentTransformation(matrix);
+    mesh::createTransformation(transformations, glm::mat4(matrix));
+    transformations["TANGENT"] = transformations["tangent"];
     return transformations;
 }
 
@@ -261,8 +234,8 @@ bool Merger::addPrimitive(const Document& document, const MeshInstance& instance
     if (indices.empty()) {
         return true;
     }
-    if (mirrors(instance.matrix) && type == mesh::TRIANGLES) {
-        turnWinding(indices);
+    if (mesh::isMirroring(glm::mat4(instance.matrix)) && type == mesh::TRIANGLES) {
+        mesh::flipWinding(type, indices);
     }
     VertexKey key;
     for (const Attribute& attribute : sortedAttributes(primitive)) {
@@ -376,7 +349,7 @@ Bytes Merger::finish() {
     for (const MergedGroup& group : groups_) {
         const auto normals = group.mesh->getAttributeBuffer("normal");
         if (normals != nullptr && normalized.insert(normals.get()).second) {
-            // Appending leaves them with absolute values that add up to 1.
+            // Some may be without a direction.
             normalize(*normals);
         }
         try {

@@ -4,8 +4,10 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <vexa/mesh/AttributeBuffer.h>
 #include <vexa/mesh/IndexBuffer.h>
+#include <vexa/mesh/Views.h>
 
 namespace vexa::tool {
 
@@ -35,10 +37,7 @@ std::shared_ptr<mesh::IndexBuffer> toIndexBuffer(const Primitive& primitive) {
         return nullptr;
     }
     auto buffer = mesh::IndexBuffer::createDefault(primitive.indexType);
-    buffer->resize(primitive.indices.size());
-    for (std::size_t i = 0; i < primitive.indices.size(); ++i) {
-        buffer->setElement(i, primitive.indices[i]);
-    }
+    mesh::assign(*buffer, primitive.indices);
     return buffer;
 }
 
@@ -55,10 +54,7 @@ std::string gltfName(const std::string& libraryName) {
 std::shared_ptr<mesh::AttributeBuffer> toAttributeBuffer(const AccessorData& values, const std::string& name) {
     auto buffer = mesh::AttributeBuffer::createDefault(values.componentType, values.components, name);
     buffer->resize(values.count);
-    const std::size_t size = values.elementSize();
-    for (std::size_t i = 0; i < values.count; ++i) {
-        buffer->setElement(i, values.bytes.data() + i * size);
-    }
+    std::ranges::copy(std::as_bytes(std::span(values.bytes)), mesh::bytesOf(*buffer).begin());
     return buffer;
 }
 
