@@ -187,6 +187,14 @@ TEST(StripBuffer, RefusesATimeThatIsNone) {
               "buildStripBuffer: -1.000000 microseconds per triangle are not a time; give 0 or more");
 }
 
+TEST(StripBuffer, TakesAnnealingOfNoTime) {
+    const Indices mesh = meshes::sphere(6, 5);
+    const auto lengthAt = [&mesh](unsigned effort) {
+        return buildStripBuffer(mesh, {.effort = effort, .microsecondsPerTriangle = 0}).size();
+    };
+    EXPECT_LE(lengthAt(4), lengthAt(3));
+}
+
 TEST(StripBuffer, DependsOnTheSeedFromEffort3On) {
     const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(40, 30), 3), 7);
     const auto build = [&mesh](unsigned effort, std::uint32_t seed) {

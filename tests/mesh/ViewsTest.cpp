@@ -108,6 +108,8 @@ TEST(ElementsOf, RefusesGapsWhichStridedElementsOfSteps) {
     const auto buffer = attributeAt(data, 2, 16, 4);
     EXPECT_THAT(messageOf([&] { elementsOf<glm::vec2>(*buffer); }),
                 HasSubstr("stride of 16 bytes for elements of 8; use stridedElementsOf"));
+    EXPECT_THAT(messageOf([&] { elementsOf<glm::vec3>(*buffer); }),
+                HasSubstr("elements of 2 x float, not of 3 x float")); // of two faults, the one to correct first
     const auto elements = stridedElementsOf<glm::vec2>(*buffer);
     EXPECT_THAT(std::vector<glm::vec2>(elements.begin(), elements.end()),
                 ElementsAre(glm::vec2(1, 2), glm::vec2(5, 6)));

@@ -11,7 +11,7 @@ for compiler in g++ clang++; do
         for avx2 in ON OFF; do
             build=$1/$compiler$level-$avx2
             cmake -S "$root" -B "$build" -G Ninja -D CMAKE_CXX_COMPILER=$compiler -D CMAKE_BUILD_TYPE=None \
-                -D CMAKE_CXX_FLAGS=$level -D VEXA_AVX2=$avx2 -D VEXA_BUILD_TOOL=OFF -D VEXA_BUILD_EXAMPLES=OFF >"$1/log" &&
+                -D CMAKE_CXX_FLAGS=$level -D VEXA_AVX2=$avx2 -D VEXA_LOGGING=OFF -D VEXA_BUILD_TOOL=OFF -D VEXA_BUILD_EXAMPLES=OFF >"$1/log" &&
                 cmake --build "$build" -j "${JOBS:-2}" --target outputHashes >"$1/log" || {
                 cat "$1/log" >&2
                 exit 1

@@ -37,6 +37,8 @@ class Check(NamedTuple):
 
 
 SCRIPTS = 'tests/reliability'
+# The tests of failing allocations replace `new`, which Valgrind would replace again.
+VALGRIND = 'valgrind -q --soname-synonyms=somalloc=nouserintercepts --error-exitcode=9 --leak-check=full'
 INSTALL = 'sh tests/package/install.sh . build/package build/package/prefix ON'
 CHECKS = [
     Check('coverage', 'Lines and branches of `vexa/mesh` that its suites run, without those of exceptions',
@@ -55,9 +57,9 @@ CHECKS = [
           'not in `make test`'),
     Check('tsan', 'ThreadSanitizer: the suites of the library', 'ctest --preset tsan -j 2', ('tsan',),
           'not in `make test`'),
-    Check('valgrind', 'Memory errors and leaks under Valgrind: tests of allocation failure',
-          'valgrind -q --error-exitcode=9 --leak-check=full build/release/tests/allocationTests', ('release',),
-          'not in `make test`'),
+    Check('valgrind', 'Memory errors and leaks under Valgrind: laws, kernels and graphs, and all failing allocations',
+          f"{VALGRIND} build/release/tests/meshTests --gtest_filter='Laws*:LaneKernels*:HalfEdgeGraph*' && "
+          f'{VALGRIND} build/release/tests/allocationTests', ('release',), 'not in `make test`'),
     Check('fuzz', 'Fuzz targets, each from its seeds for 30 minutes',
           'sh fuzz/run.sh build/fuzz/fuzz 1800', ('fuzz',), 'not in `make test`'),
     Check('differential', 'Comparison with the plain reference: every ordered triple of triangles over 5 vertices, and '
