@@ -52,6 +52,9 @@ TEST(WholeMeshAllocation, FailureWhileMakingNewMeshesLeavesNothingBehind) {
     const std::vector<MeshInstance> instances{{strip}, {strip, glm::scale(glm::mat4(1.0F), glm::vec3(-1, 1, 1))}};
     failEveryAllocation([&] { mergeMeshes(instances, {.join = StripJoin::Degenerate}); });
     failEveryAllocation([&] { mergedRanges(instances); });
+    const MeshPtr large =
+        makeMesh(POINTS, nullptr, {makeAttribute<glm::vec3>("position", 20000), makeAttribute<glm::vec2>("uv", 20000)});
+    failEveryAllocation([&] { mergeMeshes(std::vector<MeshInstance>{{large}, {large}}, {.threads = 3}); });
     failEveryAllocation([&] { extractRange(*strip, {.vertexCount = 60, .indexCount = 9}); });
     failEveryAllocation([&] { Mesh::createEmptyMesh(list); });
     failEveryAllocation([&] { AttributeBuffer::createDefault(FLOAT, 7, "an attribute with a long name"); });

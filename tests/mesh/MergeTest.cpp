@@ -220,6 +220,42 @@ bool isEqual(const Mesh& a, const Mesh& b) {
     return true;
 }
 
+/// Instances of enough vertices for eight threads: one mesh as it is, one mirrored, one without normals.
+std::vector<MeshInstance> largeInstances(PrimitiveType type) {
+    constexpr unsigned int count = 12000;
+    const auto normals = makeAttribute("normal", std::vector<glm::vec3>(count, glm::vec3(0.6F, 0, 0.8F)));
+    const auto ids = makeAttribute("id", std::vector<std::uint8_t>(count, 7));
+    const Indices indices = meshes::soup(count, 9000, 1);
+    const MeshPtr whole = makeMesh(type, indices, {positions(count), normals, ids});
+    const MeshPtr bare = makeMesh(type, indices, {positions(count, 5), ids});
+    return {{whole}, {whole, mirror()}, {bare, glm::scale(glm::mat4(1.0F), glm::vec3(2))}};
+}
+
+TEST(MergeMeshes, GivesTheSameInAnyNumberOfThreads) {
+    for (const PrimitiveType type : {TRIANGLES, TRIANGLE_STRIP}) {
+        const auto instances = largeInstances(type);
+        MergeOptions options{.missing = MissingAttribute::FillWithZeros};
+        const MeshPtr alone = mergeMeshes(instances, options);
+        for (const unsigned threads : {0U, 2U, 3U, 8U}) {
+            options.threads = threads;
+            EXPECT_TRUE(isEqual(*mergeMeshes(instances, options), *alone)) << type << ", " << threads << " threads";
+        }
+    }
+}
+
+TEST(MergeMeshes, ReportsTheSameFaultInAnyNumberOfThreads) {
+    auto instances = largeInstances(TRIANGLES);
+    const MeshPtr wrong = copyMesh(*instances[1].mesh);
+    wrong->getIndexBuffer()->setElement(600, 12000);
+    instances[1].mesh = wrong;
+    for (const unsigned threads : {1U, 2U, 8U}) {
+        EXPECT_EQ(messageOf([&] {
+                      mergeMeshes(instances, {.missing = MissingAttribute::FillWithZeros, .threads = threads});
+                  }),
+                  "mergeMeshes: instance 1: index 12000 at 600 is out of range: the mesh has 12000 vertices");
+    }
+}
+
 TEST(ExtractRange, GivesBackEveryMergedMesh) {
     for (const StripJoin join : {StripJoin::Restart, StripJoin::Degenerate}) {
         for (const PrimitiveType type : {TRIANGLES, TRIANGLE_STRIP, TRIANGLE_FAN, LINES}) {

@@ -9,6 +9,7 @@
 #include "vexa/mesh/detail/elements/Kernels.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
 #include "vexa/mesh/detail/strips/HugePages.h"
+#include "vexa/mesh/detail/strips/WorkTeam.h"
 #include "vexa/mesh/detail/vertices/AttributeElements.h"
 
 #include <algorithm>
@@ -393,38 +394,27 @@ std::shared_ptr<IndexBuffer> mergeIndices(const Plan& plan) {
     return buffer;
 }
 
-/// The functions that place the attributes of an instance.
-AttributeTransformationMap transformationsOf(const Source& source, const MeshInstance& instance,
-                                             const MergeOptions& options) {
-    AttributeTransformationMap map;
-    if (source.isPlaced) {
-        createTransformation(map, instance.placement, options.transformation);
-    }
-    return map;
-}
-
-AttributeBuffers mergeAttributes(const Plan& plan, std::span<const MeshInstance> instances,
-                                 const MergeOptions& options) {
-    AttributeBuffers result;
-    for (const AttributeLayout& layout : plan.layout()) {
-        result.push_back(AttributeBuffer::createDefault(layout.type, layout.componentCount, layout.name));
-        if (const auto packed = detail::findPackedElements(*result.back())) {
-            reserve(*packed, plan.vertexCount());
-        }
+/// \param number of the attribute in the layout
+std::shared_ptr<AttributeBuffer> mergeAttribute(const Plan& plan, std::span<const MeshInstance> instances,
+                                                const MergeOptions& options, std::size_t number) {
+    const AttributeLayout& layout = plan.layout()[number];
+    auto result = AttributeBuffer::createDefault(layout.type, layout.componentCount, layout.name);
+    if (const auto packed = detail::findPackedElements(*result)) {
+        reserve(*packed, plan.vertexCount());
     }
     for (std::size_t i = 0; i < instances.size(); ++i) {
         const Source& source = plan.sources()[i];
-        const AttributeTransformationMap map = transformationsOf(source, instances[i], options);
         const MeshRange& range = source.range;
-        for (std::size_t a = 0; a < result.size(); ++a) {
-            if (a >= source.attributes.size() || !source.attributes[a]) {
-                result[a]->resize(range.firstVertex + range.vertexCount);
-                continue;
-            }
-            const auto entry = map.find(plan.layout()[a].name);
-            detail::appendElements(*source.attributes[a], *result[a], range.firstVertex, range.vertexCount,
-                                   entry != map.end() ? entry->second : detail::leaveElement);
+        if (number >= source.attributes.size() || !source.attributes[number]) {
+            result->resize(range.firstVertex + range.vertexCount);
+            continue;
         }
+        AttributeTransformationFunction place;
+        if (source.isPlaced) {
+            place = detail::placementOf(layout.name, instances[i].placement, options.transformation);
+        }
+        detail::appendElements(*source.attributes[number], *result, range.firstVertex, range.vertexCount,
+                               place ? place : detail::leaveElement);
     }
     return result;
 }
@@ -433,8 +423,19 @@ AttributeBuffers mergeAttributes(const Plan& plan, std::span<const MeshInstance>
 
 MeshPtr mergeMeshes(std::span<const MeshInstance> instances, const MergeOptions& options) {
     const Plan plan("mergeMeshes", instances, options);
-    const std::shared_ptr<IndexBuffer> indices = mergeIndices(plan);
-    return makeMesh(plan.type(), indices, mergeAttributes(plan, instances, options));
+    std::shared_ptr<IndexBuffer> indices;
+    AttributeBuffers attributes(plan.layout().size());
+    // Each buffer of the result is one thread's work.
+    const auto bufferCount = static_cast<std::uint32_t>(attributes.size() + 1);
+    detail::WorkTeam team(std::min(detail::threadsFor(plan.vertexCount(), options.threads), bufferCount));
+    team.forEach(bufferCount, [&](std::uint32_t buffer, unsigned) {
+        if (buffer == 0) {
+            indices = mergeIndices(plan);
+        } else {
+            attributes[buffer - 1] = mergeAttribute(plan, instances, options, buffer - 1);
+        }
+    });
+    return makeMesh(plan.type(), indices, std::move(attributes));
 }
 
 std::vector<MeshRange> mergedRanges(std::span<const MeshInstance> instances, const MergeOptions& options) {

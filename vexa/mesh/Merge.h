@@ -32,6 +32,7 @@ struct MergeOptions {
     StripJoin join = StripJoin::Restart;      ///< between triangle strips; all other strips, loops and fans use Restart
     MissingAttribute missing = MissingAttribute::Throw;
     TransformationOptions transformation = {}; ///< see `placeMesh`
+    unsigned threads = 1; ///< most threads to work in, the calling one included; 0 for as many as the processor runs
 };
 
 /// The vertices and indices of an instance in a merged mesh.
@@ -48,6 +49,10 @@ struct MeshRange {
 /// has them. Instances whose placement is not the identity are placed as `placeMesh` does: also normals and tangents, and
 /// under a mirroring placement with their winding flipped; all other values are copied bit by bit. Each buffer of the
 /// result is allocated once, and indices are as wide as all vertices together need.
+///
+/// With several threads, each fills one buffer of the result at a time: the indices or an attribute. Buffers of other classes
+/// than the library's must then allow reading them in several threads at once. The result does not depend on the number of
+/// threads; if the system cannot start as many, fewer do the work.
 ///
 /// If all meshes lack indices, so does the result, unless strips have to be separated or a winding flipped.
 ///

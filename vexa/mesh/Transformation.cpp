@@ -175,6 +175,24 @@ void replaceIndices(Mesh& mesh, std::span<const unsigned int> indices) {
 
 } // namespace
 
+namespace detail {
+
+AttributeTransformationFunction placementOf(const std::string& attributeName, const glm::mat4& matrix,
+                                            const TransformationOptions& options) {
+    if (attributeName == "position") {
+        return PositionTransformation{matrix};
+    }
+    if (attributeName == "normal") {
+        return NormalTransformation{normalMatrix(matrix, options.normals), options.normals};
+    }
+    if (attributeName == "tangent") {
+        return TangentTransformation{linearPart(matrix), options.normals, isMirroring(matrix)};
+    }
+    return nullptr;
+}
+
+} // namespace detail
+
 bool isMirroring(const glm::mat4& matrix) {
     return cofactorsOf(matrix).determinant < 0;
 }
@@ -182,10 +200,9 @@ bool isMirroring(const glm::mat4& matrix) {
 void createTransformation(AttributeTransformationMap& map, const glm::mat4& matrix,
                           const TransformationOptions& options) {
     AttributeTransformationMap changed = map;
-    changed["position"] = detail::PositionTransformation{matrix};
-    changed["normal"] = detail::NormalTransformation{normalMatrix(matrix, options.normals), options.normals};
-    changed["tangent"] =
-        detail::TangentTransformation{detail::linearPart(matrix), options.normals, isMirroring(matrix)};
+    for (const char* name : {"position", "normal", "tangent"}) {
+        changed[name] = detail::placementOf(name, matrix, options);
+    }
     map.swap(changed);
 }
 

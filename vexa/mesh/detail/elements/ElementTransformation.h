@@ -9,6 +9,9 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
+#include <glm/mat4x4.hpp>
+#include <string>
 
 /// The library's own element functions, and the loops over elements that recognise them.
 ///
@@ -42,6 +45,10 @@ struct TangentTransformation {
 
 /// Does nothing.
 void leaveElement(void* element);
+
+/// The function with which createTransformation places the attributes of a name; an empty one if it leaves them.
+AttributeTransformationFunction placementOf(const std::string& attributeName, const glm::mat4& matrix,
+                                            const TransformationOptions& options);
 
 /// Wrapped by quantizeNormals.
 struct NormalPacking {
