@@ -14,6 +14,12 @@
 #include <utility>
 #include <vector>
 
+namespace vexa::test {
+
+extern const mesh::detail::LaneKernels plainKernels; ///< defined in PlainKernels.cpp
+
+} // namespace vexa::test
+
 namespace {
 
 using vexa::mesh::detail::LaneKernels;
@@ -115,6 +121,11 @@ std::string limits(const Kernel& kernel) {
 std::vector<std::string> limits(const LaneKernels& kernels) {
     return {limits<unsigned char>(kernels.areBytesUpTo), limits<unsigned short>(kernels.areShortsUpTo),
             limits<unsigned int>(kernels.areIntsUpTo)};
+}
+
+TEST(LaneKernels, OfPlainCodeHaveTheResultsOfSse2) {
+    EXPECT_EQ(results(vexa::test::plainKernels), results(sse2Kernels));
+    EXPECT_EQ(limits(vexa::test::plainKernels), limits(sse2Kernels));
 }
 
 TEST(LaneKernels, OfSse2FindAnyIntegerAboveALimit) {

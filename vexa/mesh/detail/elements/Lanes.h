@@ -371,7 +371,7 @@ inline void storeVectors(unsigned char* vectors, const VectorLanes& v) {
 inline VectorLanes loadVectors(const unsigned char* vectors, unsigned long stride) {
     const FloatLanes lower = loadPairs(vectors, stride);              // x0 y0 x1 y1
     const FloatLanes upper = loadPairs(vectors + 2 * stride, stride); // x2 y2 x3 y3
-    return {shuffle<_MM_SHUFFLE(2, 0, 2, 0)>(lower, upper), shuffle<_MM_SHUFFLE(3, 1, 3, 1)>(lower, upper),
+    return {shuffle<lanesFrom(2, 0, 2, 0)>(lower, upper), shuffle<lanesFrom(3, 1, 3, 1)>(lower, upper),
             loadSingles(vectors + 2 * sizeof(float), stride)};
 }
 

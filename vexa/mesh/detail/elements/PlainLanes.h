@@ -30,6 +30,9 @@ inline FloatLanes areBelow(FloatLanes a, FloatLanes b) {
 inline FloatLanes bothBits(FloatLanes a, FloatLanes b) {
     return reinterpret_cast<FloatLanes>(reinterpret_cast<IntLanes>(a) & reinterpret_cast<IntLanes>(b));
 }
+inline FloatLanes eitherBits(FloatLanes a, FloatLanes b) {
+    return reinterpret_cast<FloatLanes>(reinterpret_cast<IntLanes>(a) | reinterpret_cast<IntLanes>(b));
+}
 inline FloatLanes bitsBut(FloatLanes a, FloatLanes b) {
     return reinterpret_cast<FloatLanes>(reinterpret_cast<IntLanes>(a) & ~reinterpret_cast<IntLanes>(b));
 }
@@ -37,8 +40,7 @@ inline FloatLanes flipBits(FloatLanes a, FloatLanes b) {
     return reinterpret_cast<FloatLanes>(reinterpret_cast<IntLanes>(a) ^ reinterpret_cast<IntLanes>(b));
 }
 inline FloatLanes select(FloatLanes mask, FloatLanes then, FloatLanes otherwise) {
-    return reinterpret_cast<FloatLanes>(reinterpret_cast<IntLanes>(bothBits(then, mask)) |
-                                        reinterpret_cast<IntLanes>(bitsBut(otherwise, mask)));
+    return eitherBits(bothBits(then, mask), bitsBut(otherwise, mask));
 }
 // As the instructions of SSE: the second operand if either is NaN or both are zeros.
 inline FloatLanes minimum(FloatLanes a, FloatLanes b) {
@@ -69,6 +71,35 @@ inline void storeQuarter(unsigned char* vectors, unsigned long byte, FloatLanes 
     std::memcpy(vectors + byte, &lanes, sizeof lanes);
 }
 
+// Two pairs of floats, or four floats, at distances of a stride.
+inline FloatLanes loadPairs(const unsigned char* pairs, unsigned long stride) {
+    FloatLanes lanes;
+    std::memcpy(&lanes, pairs, 8);
+    std::memcpy(reinterpret_cast<unsigned char*>(&lanes) + 8, pairs + stride, 8);
+    return lanes;
+}
+inline void storePairs(unsigned char* pairs, unsigned long stride, FloatLanes lanes) {
+    std::memcpy(pairs, &lanes, 8);
+    std::memcpy(pairs + stride, reinterpret_cast<unsigned char*>(&lanes) + 8, 8);
+}
+inline FloatLanes loadSingles(const unsigned char* floats, unsigned long stride) {
+    float singles[laneCount];
+    for (unsigned long i = 0; i < laneCount; ++i) {
+        std::memcpy(&singles[i], floats + i * stride, sizeof(float));
+    }
+    return FloatLanes{singles[0], singles[1], singles[2], singles[3]};
+}
+inline void storeSingles(unsigned char* floats, unsigned long stride, FloatLanes lanes) {
+    for (unsigned long i = 0; i < laneCount; ++i) {
+        const float single = lanes[i];
+        std::memcpy(floats + i * stride, &single, sizeof single);
+    }
+}
+template <bool High>
+FloatLanes interleave(FloatLanes a, FloatLanes b) {
+    return High ? FloatLanes{a[2], b[2], a[3], b[3]} : FloatLanes{a[0], b[0], a[1], b[1]};
+}
+
 /// a + b + c, summed in double and rounded.
 inline FloatLanes sumInDouble(FloatLanes a, FloatLanes b, FloatLanes c) {
     FloatLanes sums;
@@ -94,6 +125,16 @@ inline void storeBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes se
     for (unsigned long i = 0; i < laneCount; ++i) {
         bytes[2 * i] = static_cast<unsigned char>(first[i]);
         bytes[2 * i + 1] = static_cast<unsigned char>(second[i]);
+    }
+}
+
+/// The same for whole numbers from -128 to 127.
+inline void storeSignedBytePairs(unsigned char* bytes, FloatLanes first, FloatLanes second) {
+    const IntLanes firsts = toIntegers(first);
+    const IntLanes seconds = toIntegers(second);
+    for (unsigned long i = 0; i < laneCount; ++i) {
+        bytes[2 * i] = static_cast<unsigned char>(firsts[i]);
+        bytes[2 * i + 1] = static_cast<unsigned char>(seconds[i]);
     }
 }
 
