@@ -46,7 +46,7 @@ export async function open(browser, file, options = {}) {
 
 /// A screenshot of the view without the texts on it.
 export async function pictureOf(page) {
-    const hiding = await page.addStyleTag({ content: '.view-label, .tip, .still-note { visibility: hidden }' });
+    const hiding = await page.addStyleTag({ content: '.view-label, .tip, .still-note, #wipe, [data-layout="wipe"]::after { visibility: hidden }' });
     await settled(page);
     const picture = await page.locator('#stage').screenshot();
     await hiding.evaluate((style) => style.remove());

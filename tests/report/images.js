@@ -28,6 +28,36 @@ export function inspect(png, isWanted = '() => false') {
     }, [png.toString('base64'), isWanted]);
 }
 
+/// How long a film is, and the share of its first and its last frame that is not in its most frequent colour.
+export function filmOf(webm) {
+    return bench.evaluate(async (data) => {
+        const blob = await (await fetch(`data:video/webm;base64,${data}`)).blob();
+        const video = document.createElement('video');
+        video.src = URL.createObjectURL(blob);
+        video.muted = true;
+        const covered = () => {
+            const context = new OffscreenCanvas(video.videoWidth, video.videoHeight).getContext('2d');
+            context.drawImage(video, 0, 0);
+            const { data: pixels } = context.getImageData(0, 0, video.videoWidth, video.videoHeight);
+            const counts = new Map();
+            for (let i = 0; i < pixels.length; i += 4) {
+                const colour = (pixels[i] >> 3 << 10) | (pixels[i + 1] >> 3 << 5) | pixels[i + 2] >> 3;
+                counts.set(colour, (counts.get(colour) ?? 0) + 1);
+            }
+            return 1 - Math.max(...counts.values()) / (pixels.length / 4);
+        };
+        const showing = (time) => new Promise((done) => {
+            video.addEventListener('seeked', done, { once: true });
+            video.currentTime = time;
+        });
+        await new Promise((done) => video.addEventListener('loadeddata', done, { once: true }));
+        const first = covered();
+        // A recording has no length until its end is looked for.
+        await showing(1e6);
+        return { seconds: video.currentTime, first, last: covered() };
+    }, webm.toString('base64'));
+}
+
 /// The difference of two screenshots: 0 for equal ones, 1 for black and white. Both are scaled down first, so that
 /// single pixels of edges and letters do not count.
 export function distance(one, other) {

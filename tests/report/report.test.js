@@ -1,10 +1,11 @@
 // The behaviour of a report in a browser.
 
 import assert from 'node:assert/strict';
+import { readFile } from 'node:fs/promises';
 import { after, before, describe, test } from 'node:test';
 import { launch, open, pictureOf, settled } from './browser.js';
-import { distance, inspect, lookWith } from './images.js';
-import { models, report, threeWings, twoStrips } from './reports.js';
+import { distance, filmOf, inspect, lookWith } from './images.js';
+import { models, placedTwice, report, threeWings, twoStrips, wideGrid } from './reports.js';
 
 const isRed = '(r, g, b) => r > 170 && g < 70 && b < 70';
 const alike = 0.001;
@@ -142,12 +143,45 @@ for (const webGl of [true, false]) {
             assert.match(await page.locator('#replay-text').textContent(), /^10 of 10/);
         });
 
-        test('one view takes the whole width', async () => {
+        test('a slider divides one view into before and after', async () => {
             await page.locator('#side').click();
-            assert.equal(await page.locator('#stage').getAttribute('data-layout'), 'one');
-            assert.equal(await page.locator('#label-before').isVisible(), false);
-            assert.ok((await inspect(await pictureOf(page))).covered > 0.01);
+            assert.equal(await page.locator('#stage').getAttribute('data-layout'), 'wipe');
+            const shot = async (share) => {
+                await page.locator('#wipe').fill(String(1000 * share));
+                return await pictureOf(page);
+            };
+            const [before, half, after] = [await shot(1), await shot(0.5), await shot(0)];
+            const isRamp = '(r, g, b) => r > 200 && g > 180 && b < 120';
+            assert.ok((await inspect(before)).covered > 0.01);
+            assert.ok((await distance(png(before), png(after))) > 4 * alike);
+            assert.ok((await distance(png(before), png(half))) > alike / 5);
+            assert.ok((await distance(png(half), png(after))) > alike / 5);
+            assert.ok((await inspect(before, isRamp)).wanted > 0, 'the order of the input has its own colours');
+            await page.locator('#canvas').focus();
+            await page.keyboard.press(']');
+            assert.equal(await page.locator('#wipe').inputValue(), '50');
             await page.locator('#side').click();
+            assert.equal(await page.locator('#stage').getAttribute('data-layout'), 'beside');
+            assert.equal(await page.locator('#wipe').isVisible(), false);
+        });
+
+        test('the picture can be saved at twice its size', async () => {
+            const [download] = await Promise.all([page.waitForEvent('download'), page.locator('#save-picture').click()]);
+            assert.equal(download.suggestedFilename(), 'two-strips.png');
+            const data = await readFile(await download.path());
+            const box = await page.locator('#stage').boundingBox();
+            assert.deepEqual([data.readUInt32BE(16), data.readUInt32BE(20)], [2 * box.width, 2 * box.height].map(Math.round));
+            assert.ok((await inspect(data)).covered > 0.03);
+            assert.ok((await distance(png(data), png(await page.locator('#stage').screenshot()))) < 0.01);
+        });
+
+        test('the replay can be saved as a film', async () => {
+            const [download] = await Promise.all([page.waitForEvent('download'), page.locator('#save-replay').click()]);
+            assert.equal(download.suggestedFilename(), 'two-strips.webm');
+            const film = await filmOf(await readFile(await download.path()));
+            assert.ok(film.seconds > 6, `${film.seconds} s`);
+            assert.ok(film.last > film.first + 0.02, `covered: ${film.first} to ${film.last}`);
+            assert.equal(await page.locator('#save-replay').getAttribute('aria-pressed'), 'false');
         });
 
         test('strips can be coloured by their length', async () => {
@@ -202,6 +236,81 @@ describe('a report', () => {
         await page.close();
     });
 
+    for (const webGl of [true, false]) {
+        test(`draws a mesh in each of its places, ${webGl ? 'with' : 'without'} WebGL`, async () => {
+            const other = await launch({ webGl });
+            const page = await open(other, report(placedTwice()).file);
+            await page.locator('#edges').evaluate((button) => button.click());
+            const box = await page.locator('#canvas').boundingBox();
+            const names = [];
+            for (const share of [0.6, 0.9]) {
+                let found = '';
+                for (let row = 0; row < 20 && found === ''; ++row) {
+                    await page.mouse.move(box.x + box.width * share, box.y + box.height * (0.3 + 0.02 * row));
+                    await settled(page);
+                    found = await page.locator('#tip').isVisible() ? await infoOf(page) : '';
+                }
+                names.push(found.split(' · ')[0]);
+            }
+            assert.deepEqual(names, ['Strip 1', 'Strip 1']);
+            const clip = { ...box, x: box.x + box.width * 0.73, width: box.width * 0.04 };
+            await page.mouse.move(box.x + 5, box.y + 5);
+            await settled(page);
+            assert.equal((await inspect(await page.screenshot({ clip }))).covered, 0, 'nothing between the places');
+            await other.close();
+        });
+    }
+
+    test('shows groups of strips from afar and single strips close by', async () => {
+        const page = await open(browser, report(wideGrid()).file);
+        const level = async () => Number(await page.locator('#canvas').getAttribute('data-level'));
+        const first = await level();
+        await page.locator('#canvas').focus();
+        const afar = await inspect(await pictureOf(page));
+        for (let i = 0; i < 24; ++i) {
+            await page.keyboard.press('-');
+        }
+        await settled(page);
+        assert.ok((await level()) > first, `level ${await level()} after ${first}`);
+        assert.match(await page.locator('#legend-text').textContent(), /^a group of neighbouring strips/);
+        for (let i = 0; i < 48; ++i) {
+            await page.keyboard.press('+');
+        }
+        await settled(page);
+        assert.equal(await level(), 0);
+        assert.match(await page.locator('#legend-text').textContent(), /^a strip or a fan/);
+        assert.ok(afar.colours > 1);
+        await page.close();
+    });
+
+    test('shows the strips of other efforts beside these', async () => {
+        const page = await open(browser, report(wideGrid(), '--compare', '0', '--effort', '3').file);
+        const names = await page.locator('#left option').allTextContents();
+        assert.equal(names.length, 3);
+        assert.match(names[0], /^Before/);
+        assert.match(names[1], /^After: [\d,]+ strip/);
+        assert.match(names[2], /^Effort 0: [\d,]+ strips/);
+        const before = await pictureOf(page);
+        await page.locator('#left').selectOption({ index: 2 });
+        assert.equal(await page.locator('#label-left').textContent(), names[2]);
+        assert.ok((await distance(png(before), png(await pictureOf(page)))) > alike);
+        const box = await page.locator('#canvas').boundingBox();
+        await page.mouse.move(box.x + box.width / 4, box.y + box.height / 2);
+        await settled(page);
+        assert.match(await infoOf(page), /^(Strip|Left over)/);
+        assert.ok((await distance(png(before), png(await pictureOf(page)))) > 0.01, 'the rest turns grey in both views');
+        assert.deepEqual(page.unwanted, []);
+        await page.close();
+    });
+
+    test('cuts no table off', async () => {
+        const page = await open(browser, report(`${models}/OBJ/spider.obj`).file, { viewport: { width: 1200, height: 900 } });
+        const tables = await page.locator('.scroll').evaluateAll((list) => list.map((scroll) => [scroll.ariaLabel, scroll.scrollWidth - scroll.clientWidth]));
+        assert.ok(tables.length >= 3);
+        assert.deepEqual(tables.filter(([, hidden]) => hidden > 0), []);
+        await page.close();
+    });
+
     test('draws the sides of triangles as a wireframe', async () => {
         const page = await open(browser, report(`${models}/OBJ/spider.obj`).file);
         const before = await pictureOf(page);
@@ -229,7 +338,7 @@ describe('a report', () => {
         const { total } = facts;
         assert.deepEqual(numbers, [
             total.indicesBefore, total.indicesAfter, total.primitivesBefore, total.primitivesAfter, total.bytesBefore,
-            total.bytesAfter, facts.file.before.bytes, facts.file.after.bytes, total.strips, total.fans, total.leftOver,
+            total.bytesAfter, facts.report.listBytes, facts.file.after.bytes, total.strips, total.fans, total.leftOver,
         ]);
         assert.deepEqual(JSON.parse(await page.locator('#json').textContent()), facts);
         await page.close();

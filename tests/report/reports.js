@@ -72,6 +72,49 @@ export function twoStrips() {
     return writeObj('two-strips', model.vertices, model.faces);
 }
 
+/// Strips in every direction: a grid of 60 by 60 squares, cut along either diagonal.
+export function wideGrid() {
+    const side = 60;
+    const vertices = [];
+    const faces = [];
+    for (let y = 0; y <= side; ++y) {
+        for (let x = 0; x <= side; ++x) {
+            vertices.push([x, y, Math.sin(x * y)]);
+        }
+    }
+    for (let y = 0; y < side; ++y) {
+        for (let x = 0; x < side; ++x) {
+            const [a, b, c, d] = [0, 1, side + 1, side + 2].map((step) => y * (side + 1) + x + step);
+            faces.push(...((x * 7 + y * 13) % 3 ? [[a, b, c], [c, b, d]] : [[a, b, d], [a, d, c]]));
+        }
+    }
+    return writeObj('grid', vertices, faces);
+}
+
+/// A glTF file of a square that the scene shows in two places.
+export function placedTwice() {
+    const data = Buffer.alloc(4 * 12 + 6 * 2);
+    [0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0].forEach((value, i) => data.writeFloatLE(value, 4 * i));
+    [0, 1, 2, 2, 1, 3].forEach((value, i) => data.writeUInt16LE(value, 48 + 2 * i));
+    const folder = join(directory, `model-${++files}`);
+    mkdirSync(folder);
+    const file = join(folder, 'twice.gltf');
+    writeFileSync(file, JSON.stringify({
+        asset: { version: '2.0' },
+        buffers: [{ byteLength: data.length, uri: `data:application/octet-stream;base64,${data.toString('base64')}` }],
+        bufferViews: [{ buffer: 0, byteLength: 48 }, { buffer: 0, byteOffset: 48, byteLength: 12 }],
+        accessors: [
+            { bufferView: 0, componentType: 5126, count: 4, type: 'VEC3', min: [0, 0, 0], max: [1, 1, 0] },
+            { bufferView: 1, componentType: 5123, count: 6, type: 'SCALAR' },
+        ],
+        meshes: [{ primitives: [{ attributes: { POSITION: 0 }, indices: 1 }] }],
+        nodes: [{ mesh: 0 }, { mesh: 0, translation: [3, 0, 0] }],
+        scenes: [{ nodes: [0, 1] }],
+        scene: 0,
+    }));
+    return file;
+}
+
 /// Three triangles on one edge.
 export function threeWings(meshName) {
     const vertices = [[0, 0, 0], [0, 2, 0], [2, 1, 0], [-2, 1, 0], [0, 1, 2]];

@@ -34,8 +34,13 @@ Picture pictureOf(const std::vector<unsigned int>& triangles, const std::vector<
         positions.insert(positions.end(), {static_cast<float>(i), 0, 0});
     }
     PictureBuilder builder(most);
-    builder.add({"mesh", triangles, parts, std::vector<bool>(triangles.size() / 3), sortedEdges(triangles), positions});
-    return builder.picture();
+    builder.add({"mesh",
+                 triangles,
+                 {{"Strips", parts}},
+                 std::vector<bool>(triangles.size() / 3),
+                 sortedEdges(triangles),
+                 positions});
+    return builder.finish();
 }
 
 Picture gridPicture(const mesh::StripOptions& options = {}, std::size_t most = PictureBuilder::maxTriangles) {
@@ -61,18 +66,18 @@ TEST(Picture, KnowsEachTrianglesPlaceInTheInput) {
     const Picture picture = gridPicture();
     const auto corners = inputCorners(picture);
     for (std::size_t i = 0; i < picture.shownTriangles(); ++i) {
-        const auto input = triangles.begin() + 3 * picture.inputOrder[i];
+        const auto input = triangles.begin() + 3 * picture.drawings[0].order[i];
         const auto built = corners.begin() + static_cast<std::ptrdiff_t>(3 * i);
         EXPECT_TRUE(std::is_permutation(built, built + 3, input)) << i;
     }
-    std::set<std::uint32_t> places(picture.inputOrder.begin(), picture.inputOrder.end());
+    std::set<std::uint32_t> places(picture.drawings[0].order.begin(), picture.drawings[0].order.end());
     EXPECT_EQ(places.size(), triangles.size() / 3);
 }
 
 TEST(Picture, DistinguishesEqualTriangles) {
     const std::vector<unsigned int> triangles{0, 1, 2, 3, 4, 5, 0, 1, 2};
     const Picture picture = pictureOf(triangles, mesh::buildPrimitives(triangles));
-    std::vector<std::uint32_t> order = picture.inputOrder;
+    std::vector<std::uint32_t> order = picture.drawings[0].order;
     std::sort(order.begin(), order.end());
     EXPECT_THAT(order, ElementsAre(0, 1, 2));
 }
@@ -84,18 +89,18 @@ TEST(Picture, PutsPartsInTheOrderOfBuilding) {
                                                   {mesh::TRIANGLE_STRIP, {3, 4, 5}},
                                                   {mesh::TRIANGLES, {9, 10, 11}}});
     EXPECT_THAT(inputCorners(picture), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
-    ASSERT_EQ(picture.parts.size(), 4u);
-    EXPECT_EQ(picture.parts[0].kind, PartKind::Fan);
-    EXPECT_EQ(picture.parts[1].kind, PartKind::Strip);
-    EXPECT_EQ(picture.parts[3].kind, PartKind::LeftOver);
+    ASSERT_EQ(picture.drawings[0].parts.size(), 4u);
+    EXPECT_EQ(picture.drawings[0].parts[0].kind, PartKind::Fan);
+    EXPECT_EQ(picture.drawings[0].parts[1].kind, PartKind::Strip);
+    EXPECT_EQ(picture.drawings[0].parts[3].kind, PartKind::LeftOver);
 }
 
 TEST(Picture, CountsTheSwapsOfAStrip) {
     const std::vector<unsigned int> triangles{0, 1, 2, 2, 1, 3, 1, 4, 3};
     const Picture picture = pictureOf(triangles, {{mesh::TRIANGLE_STRIP, {0, 1, 2, 1, 3, 4}}});
-    ASSERT_EQ(picture.parts.size(), 1u);
-    EXPECT_EQ(picture.parts[0].triangles, 3u);
-    EXPECT_EQ(picture.parts[0].swaps, 1u);
+    ASSERT_EQ(picture.drawings[0].parts.size(), 1u);
+    EXPECT_EQ(picture.drawings[0].parts[0].triangles, 3u);
+    EXPECT_EQ(picture.drawings[0].parts[0].swaps, 1u);
 }
 
 TEST(Picture, GivesNeighboursDifferentColours) {
@@ -104,16 +109,16 @@ TEST(Picture, GivesNeighboursDifferentColours) {
     std::vector<std::uint8_t> colours(triangles.size() / 3);
     std::vector<std::size_t> partOf(triangles.size() / 3);
     std::size_t next = 0;
-    for (std::size_t part = 0; part < picture.parts.size(); ++part) {
-        for (std::uint32_t i = 0; i < picture.parts[part].shown; ++i, ++next) {
-            colours[picture.inputOrder[next]] = picture.parts[part].colour;
-            partOf[picture.inputOrder[next]] = part;
+    for (std::size_t part = 0; part < picture.drawings[0].parts.size(); ++part) {
+        for (std::uint32_t i = 0; i < picture.drawings[0].parts[part].shown; ++i, ++next) {
+            colours[picture.drawings[0].order[next]] = picture.drawings[0].colours[0][part];
+            partOf[picture.drawings[0].order[next]] = part;
         }
     }
     std::size_t between = 0;
     // Leftover triangles are grey, however many there are.
     const auto hasColour = [&](const EdgeUse& use) {
-        return picture.parts[partOf[use.triangle]].kind != PartKind::LeftOver;
+        return picture.drawings[0].parts[partOf[use.triangle]].kind != PartKind::LeftOver;
     };
     forEachEdge(sortedEdges(triangles), [&](const EdgeUse* first, const EdgeUse* last) {
         if (last - first == 2 && hasColour(first[0]) && hasColour(first[1]) &&
@@ -129,11 +134,8 @@ TEST(Picture, UsesEveryColourForManyParts) {
     std::vector<unsigned int> triangles(3 * 60);
     std::iota(triangles.begin(), triangles.end(), 0U);
     const Picture picture = pictureOf(triangles, mesh::buildPrimitives(triangles, {.allStrips = true}));
-    std::set<int> colours;
-    for (const Part& part : picture.parts) {
-        colours.insert(part.colour);
-    }
-    EXPECT_EQ(colours.size(), PictureBuilder::colours);
+    const std::vector<std::uint8_t>& colours = picture.drawings[0].colours[0];
+    EXPECT_EQ(std::set<int>(colours.begin(), colours.end()).size(), PictureBuilder::colours);
 }
 
 TEST(Picture, StopsWhenItIsFull) {
@@ -142,7 +144,7 @@ TEST(Picture, StopsWhenItIsFull) {
     EXPECT_EQ(picture.triangles, 126u);
     std::uint32_t shown = 0;
     std::uint32_t all = 0;
-    for (const Part& part : picture.parts) {
+    for (const Part& part : picture.drawings[0].parts) {
         shown += part.shown;
         all += part.triangles;
     }
@@ -172,14 +174,75 @@ TEST(Picture, NumbersTheVerticesOfSeveralPrimitivesOneAfterTheOther) {
     const std::vector<float> positions{0, 0, 0, 1, 0, 0, 2, 0, 0};
     PictureBuilder builder;
     for (const char* name : {"one", "two"}) {
-        builder.add({name, triangles, parts, {false}, sortedEdges(triangles), positions});
+        builder.add({name, triangles, {{"Strips", parts}}, {false}, sortedEdges(triangles), positions});
     }
-    const Picture& picture = builder.picture();
-    EXPECT_THAT(picture.primitives, ElementsAre("one", "two"));
-    EXPECT_THAT(picture.inputOrder, ElementsAre(0, 1));
+    const Picture picture = builder.finish();
+    ASSERT_EQ(picture.primitives.size(), 2u);
+    EXPECT_EQ(picture.primitives[1].name, "two");
+    EXPECT_EQ(picture.primitives[1].triangles, 1u);
+    EXPECT_EQ(picture.primitives[1].vertices, 3u);
+    const Drawing& drawing = picture.drawings[0];
+    EXPECT_THAT(drawing.order, ElementsAre(0, 1));
     EXPECT_THAT(picture.corners, ElementsAre(0, 1, 2, 3, 4, 5));
-    EXPECT_EQ(picture.parts[1].primitive, 1u);
-    EXPECT_NE(picture.parts[0].colour, picture.parts[1].colour);
+    EXPECT_EQ(drawing.parts[1].primitive, 1u);
+    EXPECT_NE(drawing.colours[0][0], drawing.colours[0][1]);
+}
+
+TEST(Picture, HoldsOtherCutsOfTheSameTriangles) {
+    const auto triangles = gridTriangles(9, 7);
+    const auto strips = mesh::buildPrimitives(triangles);
+    const std::vector<mesh::IndexedPrimitive> list{{mesh::TRIANGLES, triangles}};
+    const std::vector<float> positions(3 * 80);
+    const std::vector<bool> isSplitOff(triangles.size() / 3);
+    const auto pictureWith = [&](std::size_t most) {
+        PictureBuilder builder(most);
+        builder.add(
+            {"mesh", triangles, {{"Strips", strips}, {"List", list}}, isSplitOff, sortedEdges(triangles), positions});
+        return builder.finish();
+    };
+    const Picture picture = pictureWith(1000);
+    ASSERT_EQ(picture.drawings.size(), 2u);
+    EXPECT_EQ(picture.drawings[1].name, "List");
+    EXPECT_EQ(picture.drawings[1].parts.size(), 1u);
+    std::vector<std::uint32_t> inputOrder(triangles.size() / 3);
+    std::iota(inputOrder.begin(), inputOrder.end(), 0U);
+    EXPECT_EQ(picture.drawings[1].order, inputOrder);
+    EXPECT_EQ(pictureWith(50).drawings.size(), 1u) << "only the first can be drawn in part";
+}
+
+TEST(Picture, ColoursGroupsOfPartsAlikeAtHigherLevels) {
+    const auto triangles = gridTriangles(60, 60);
+    const Picture picture = pictureOf(triangles, mesh::buildPrimitives(triangles));
+    const Drawing& drawing = picture.drawings[0];
+    ASSERT_EQ(drawing.colours.size(), PictureBuilder::levels);
+    const auto isOneColour = [](const std::vector<std::uint8_t>& colours) {
+        return std::adjacent_find(colours.begin(), colours.end(), std::not_equal_to<>()) == colours.end();
+    };
+    EXPECT_FALSE(isOneColour(drawing.colours[0]));
+    EXPECT_TRUE(isOneColour(drawing.colours.back())) << "one group holds all 7,200 triangles";
+    for (const std::vector<std::uint8_t>& level : drawing.colours) {
+        EXPECT_EQ(level.size(), drawing.parts.size());
+    }
+}
+
+TEST(Picture, DrawsEveryPlacementUpToTheLimit) {
+    const std::vector<unsigned int> triangles{0, 1, 2};
+    const std::vector<mesh::IndexedPrimitive> parts{{mesh::TRIANGLES, triangles}};
+    PictureBuilder builder;
+    PictureSource source{"mesh", triangles, {{"Strips", parts}}, {false}, sortedEdges(triangles), {}};
+    source.placements.assign(PictureBuilder::maxDrawn + 3, glm::dmat4(1));
+    builder.add(source);
+    const Picture picture = builder.finish();
+    EXPECT_EQ(picture.primitives[0].placements.size(), PictureBuilder::maxDrawn);
+    EXPECT_EQ(picture.hiddenPlacements, 3u);
+}
+
+TEST(Picture, MarksTheTrianglesThatWereSplitOffAmongTheirCopies) {
+    const std::vector<unsigned int> triangles{0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2};
+    const std::vector<mesh::IndexedPrimitive> parts{{mesh::TRIANGLES, triangles}};
+    PictureBuilder builder;
+    builder.add({"mesh", triangles, {{"Strips", parts}}, {false, false, true, true, true}, sortedEdges(triangles), {}});
+    EXPECT_THAT(builder.finish().splitOff, ElementsAre(2, 3, 4));
 }
 
 TEST(Picture, RefusesPartsOfOtherTriangles) {

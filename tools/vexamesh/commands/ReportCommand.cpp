@@ -9,6 +9,10 @@
 #include "io/Files.h"
 #include "report/Html.h"
 #include "report/Page.h"
+#include "report/Preview.h"
+#include "report/View.h"
+
+#include <filesystem>
 
 namespace vexa::tool {
 
@@ -27,35 +31,95 @@ struct ReportArguments {
     CutFlags cut;
     OptionalNumber weld;
     std::size_t maxShown = PictureBuilder::maxTriangles;
+    std::string compare;
+    std::string url;
     bool json = false;
 };
 
+std::vector<unsigned int> parseEfforts(const std::string& text) {
+    std::vector<unsigned int> efforts;
+    for (std::size_t i = 0; i < text.size(); i += 2) {
+        if (text[i] < '0' || text[i] > '3' || (i + 1 < text.size() && text[i + 1] != ',') || i + 2 == text.size()) {
+            throw UsageError("--compare " + text +
+                             ": expected efforts from 0 to 3 with commas between them, as in 0,3");
+        }
+        efforts.push_back(static_cast<unsigned int>(text[i] - '0'));
+    }
+    return efforts;
+}
+
+std::string baseName(const std::string& file) {
+    return std::filesystem::path(file).filename().string();
+}
+
+/// Text of a page, which is made to be shared, without the directory of the file it speaks of.
+std::string withoutDirectory(std::string text, const std::filesystem::path& file) {
+    const std::string directory = (file.parent_path() / "").string();
+    for (std::size_t at = 0; !directory.empty() && (at = text.find(directory, at)) != std::string::npos;) {
+        text.erase(at, directory.size());
+    }
+    return text;
+}
+
+void checkUrl(const std::string& url) {
+    const bool isWeb = url.rfind("https://", 0) == 0 || url.rfind("http://", 0) == 0;
+    if (!url.empty() && (!isWeb || url.find('/', url.find("//") + 2) == std::string::npos)) {
+        throw UsageError("--url " + url +
+                         ": expected the address of a page, as in https://example.org/reports/model.html");
+    }
+}
+
 std::string commandLine(const char* verb, const ReportArguments& arguments, const std::string& output) {
     const OptionalNumber& weld = arguments.weld;
-    return std::string("vexamesh ") + verb + " " + shellWord(arguments.input) + " -o " + shellWord(output) +
+    return std::string("vexamesh ") + verb + " " + shellWord(baseName(arguments.input)) + " -o " + shellWord(output) +
            arguments.cut.text() + (weld.isGiven ? " --weld" : "") +
            (weld.number ? " " + Json(*weld.number).dump() : "");
 }
 
-PageTexts textsFor(const ReportArguments& arguments, const ReportContent& content, const Json& notes) {
+PageTexts textsFor(const ReportArguments& arguments, const ReportContent& content, Json json) {
     const std::filesystem::path input = arguments.input;
     const std::string strips = input.stem().string() + "-strips.glb";
     PageTexts texts;
-    texts.input = arguments.input;
-    texts.command = commandLine("report", arguments, arguments.output);
+    texts.input = baseName(arguments.input);
+    texts.command = commandLine("report", arguments, baseName(arguments.output));
     if (arguments.maxShown != PictureBuilder::maxTriangles) {
         texts.command += " --show " + std::to_string(arguments.maxShown);
     }
+    if (!arguments.compare.empty()) {
+        texts.command += " --compare " + arguments.compare;
+    }
+    if (!arguments.url.empty()) {
+        texts.command += " --url " + shellWord(arguments.url);
+    }
     texts.stripCommand = commandLine("strip", arguments, strips);
-    Json json = reportJson(arguments.input, arguments.output, content);
-    json.update(notes);
-    texts.json = jsonText(json);
+    json["input"] = texts.input;
+    json["output"] = baseName(arguments.output);
+    texts.json = withoutDirectory(jsonText(json), input);
+    for (const std::string& warning : content.warnings) {
+        texts.warnings.push_back(withoutDirectory(warning, input));
+    }
     return texts;
+}
+
+/// Writes the page with its preview picture: within it, or, if its address is known, in a file next to it.
+void writeReport(const ReportArguments& arguments, const ReportContent& content, PageTexts& texts) {
+    const Picture& picture = content.picture;
+    const Bytes png = picture.shownTriangles() == 0 ? Bytes() : drawPreview(picture, homeDirection(picture));
+    if (png.empty() || arguments.url.empty()) {
+        texts.previewAddress = png.empty() ? "" : "data:image/png;base64," + base64(png.data(), png.size());
+        writeFile(arguments.output, writePage(texts, content));
+    } else {
+        const std::filesystem::path page = arguments.output;
+        const std::filesystem::path preview = page.parent_path() / (page.stem().string() + "-preview.png");
+        texts.previewAddress = arguments.url.substr(0, arguments.url.rfind('/') + 1) + preview.filename().string();
+        writeFiles(page, writePage(texts, content), preview, png);
+    }
 }
 
 int runReport(const ReportArguments& arguments, Console& console) {
     checkOutputName(arguments.output, {".html"}, arguments.input);
-    ReportSettings settings{arguments.cut.settings(), arguments.maxShown};
+    checkUrl(arguments.url);
+    ReportSettings settings{arguments.cut.settings(), arguments.maxShown, parseEfforts(arguments.compare)};
     const Session session(console, arguments.weld);
     Document document = session.loadToEdit(arguments.input);
     Progress progress(console);
@@ -63,10 +127,12 @@ int runReport(const ReportArguments& arguments, Console& console) {
     const ReportContent content = collectReport(
         std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
     progress.clear();
-    const PageTexts texts = textsFor(arguments, content, session.notes());
-    session.write(arguments.output, writePage(texts, content));
+    Json json = reportJson(arguments.input, arguments.output, content);
+    json.update(session.notes());
+    PageTexts texts = textsFor(arguments, content, json);
+    writeReport(arguments, content, texts);
     if (arguments.json) {
-        console.print(texts.json);
+        console.print(jsonText(json));
     } else {
         printStripTable(console, arguments.input, arguments.output, content.outcome);
         console.printLine("Open " + arguments.output + " in a browser.");
@@ -84,6 +150,11 @@ Command addFlags(Flags& flags) {
     arguments->cut.addTo(flags);
     flags.add("--show", arguments->maxShown, "Triangles that the 3D view shows at most; the numbers are those of all",
               {.showsDefault = true, .typeName = "COUNT", .min = 1, .max = PictureBuilder::maxTriangles});
+    flags.add("--compare", arguments->compare, "Efforts whose strips the 3D view can show beside these, as in 0,3",
+              {.typeName = "EFFORTS"});
+    flags.add("--url", arguments->url,
+              "Where the page will be published; its preview picture becomes a file next to it, NAME-preview.png",
+              {.typeName = "URL"});
     flags.add("--weld", arguments->weld, weldHelp);
     flags.add("--json", arguments->json, "Print JSON instead of a table");
     return [arguments](Console& console) { return runReport(*arguments, console); };

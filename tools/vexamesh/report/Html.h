@@ -26,9 +26,4 @@ std::string shellWord(const std::string& text);
 
 std::string base64(const unsigned char* data, std::size_t size);
 
-template <typename T>
-std::string base64Of(const std::vector<T>& values) {
-    return base64(reinterpret_cast<const unsigned char*>(values.data()), values.size() * sizeof(T));
-}
-
 } // namespace vexa::tool

@@ -7,8 +7,8 @@
 #include "report/PagePicture.h"
 #include "report/PageTables.h"
 #include "report/Plots.h"
+#include "report/Preview.h"
 
-#include <filesystem>
 #include <sstream>
 
 namespace vexa::tool {
@@ -57,7 +57,7 @@ void writeMetrics(std::ostream& out, const ReportContent& content) {
         << fixedText(indicesPerTriangle(total), 3) << "</strong></dd></div>\n";
     beforeAfter(out, "Primitives", total.primitivesBefore, total.primitivesAfter);
     beforeAfter(out, "Bytes of indices", total.bytesBefore, total.bytesAfter);
-    beforeAfter(out, "Bytes of the file", content.outcome.before.bytes, content.outcome.file.size());
+    beforeAfter(out, "Bytes of a .glb file", content.listBytes, content.outcome.file.size());
     out << "<div class=\"metric\"><dt>Cut into</dt><dd><strong>" << numberHtml(total.strips) << "</strong> "
         << (total.strips == 1 ? "strip" : "strips") << ", <strong>" << numberHtml(total.fans) << "</strong> "
         << (total.fans == 1 ? "fan" : "fans") << ", <strong>" << numberHtml(total.leftOver)
@@ -70,7 +70,25 @@ void writeCommands(std::ostream& out, const PageTexts& texts) {
         << "</code></dd>\n</dl>\n";
 }
 
-void writeHead(std::ostream& out, const std::string& title) {
+/// What other pages show that refer to this one.
+void writeSharing(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportContent& content) {
+    const StripStats& total = content.outcome.total;
+    const auto meta = [&](const char* property, const std::string& value) {
+        out << "<meta property=\"og:" << property << "\" content=\"" << escapeHtml(value) << "\">\n";
+    };
+    meta("type", "website");
+    meta("title", title + " \u2013 vexamesh report");
+    meta("description", groupedText(total.triangles) + " triangles, " + groupedText(total.indicesBefore) +
+                            " indices as " + "a list and " + groupedText(total.indicesAfter) + " as strips");
+    if (!texts.previewAddress.empty()) {
+        meta("image", texts.previewAddress);
+        meta("image:width", std::to_string(previewWidth));
+        meta("image:height", std::to_string(previewHeight));
+        out << "<meta name=\"twitter:card\" content=\"summary_large_image\">\n";
+    }
+}
+
+void writeHead(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportContent& content) {
     // Nothing may be loaded from anywhere, whatever a model's names try.
     out << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
@@ -78,19 +96,17 @@ void writeHead(std::ostream& out, const std::string& title) {
            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; script-src 'unsafe-inline'; "
            "style-src 'unsafe-inline'; img-src data: blob:\">\n"
            "<meta name=\"generator\" content=\"vexamesh " VEXAMESH_VERSION "\">\n"
-           "<link rel=\"icon\" href=\"data:,\">\n<title>"
-        << escapeHtml(title) << " \u2013 vexamesh report</title>\n<style>\n"
+           "<link rel=\"icon\" href=\"data:,\">\n";
+    writeSharing(out, texts, title, content);
+    out << "<title>" << escapeHtml(title) << " \u2013 vexamesh report</title>\n<style>\n"
         << reportStyle() << "</style>\n</head>\n";
 }
 
 void writeTop(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportContent& content) {
-    out << "<header>\n<p class=\"brand\">vexamesh report</p>\n<h1><bdi>" << escapeHtml(title) << "</bdi></h1>\n";
-    if (texts.input != title) {
-        out << "<p class=\"path\"><bdi>" << escapeHtml(texts.input) << "</bdi></p>\n";
-    }
-    out << "</header>\n";
+    out << "<header>\n<p class=\"brand\">vexamesh report</p>\n<h1><bdi>" << escapeHtml(title)
+        << "</bdi></h1>\n</header>\n";
     writeVerdict(out, content.outcome.total);
-    for (const std::string& warning : content.warnings) {
+    for (const std::string& warning : texts.warnings) {
         out << "<p class=\"warning\">" << escapeHtml(warning) << "</p>\n";
     }
     writeMetrics(out, content);
@@ -106,9 +122,9 @@ void writePlots(std::ostream& out, const ReportContent& content) {
 } // namespace
 
 Bytes writePage(const PageTexts& texts, const ReportContent& content) {
-    const std::string title = std::filesystem::path(texts.input).filename().string();
+    const std::string& title = texts.input;
     std::ostringstream out;
-    writeHead(out, title);
+    writeHead(out, texts, title, content);
     out << "<body>\n<main>\n";
     writeTop(out, texts, title, content);
     writePicture(out, content.picture);

@@ -4,15 +4,18 @@
 #include "report/ReportContent.h"
 
 #include <string>
+#include <vector>
 
 namespace vexa::tool {
 
 /// Texts of a page besides its content.
 struct PageTexts {
-    std::string input;
-    std::string command;      ///< that made the report
-    std::string stripCommand; ///< that writes the strips
-    std::string json;         ///< what --json prints
+    std::string input;          ///< name of the file without its directory, as all names in pages, which are shared
+    std::string command;        ///< that made the report
+    std::string stripCommand;   ///< that writes the strips
+    std::string json;           ///< what --json prints
+    std::string previewAddress; ///< of the preview picture; empty if there are no triangles
+    std::vector<std::string> warnings;
 };
 
 /// A report as one HTML page, complete: it loads nothing.

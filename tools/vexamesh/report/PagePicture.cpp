@@ -2,8 +2,12 @@
 
 #include "base/Json.h"
 #include "report/Html.h"
+#include "report/PartColours.h"
+#include "report/PictureData.h"
+#include "report/View.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace vexa::tool {
 
@@ -12,8 +16,10 @@ namespace {
 constexpr const char* stage = R"(<div class="viewer" id="viewer">
 <div class="stage" id="stage">
 <canvas id="canvas" tabindex="0" role="application" aria-label="3D view of the triangles" aria-describedby="keys"></canvas>
-<span class="view-label" id="label-before">Before: the order of the input</span>
-<span class="view-label" id="label-after">After: strips</span>
+<span class="view-label" id="label-left"></span>
+<span class="view-label" id="label-right"></span>
+<label class="hidden" for="wipe">Where the left picture ends and the right one begins</label>
+<input type="range" id="wipe" min="0" max="1000" value="500" hidden>
 <p class="tip" id="tip" hidden></p>
 <p class="still-note" id="still-note" hidden></p>
 </div>
@@ -23,6 +29,12 @@ constexpr const char* stage = R"(<div class="viewer" id="viewer">
 <button type="button" id="edges" aria-pressed="true">Edges</button>
 <button type="button" id="lengths" aria-pressed="false">Lengths</button>
 <button type="button" id="reset">Reset view</button>
+<button type="button" id="save-picture">Save picture</button>
+<button type="button" id="save-replay">Save replay</button>
+<span class="compared" id="compared" hidden>
+<label>Left <select id="left"></select></label>
+<label>Right <select id="right"></select></label>
+</span>
 <span class="replay">
 <button type="button" id="play" aria-pressed="false">Replay</button>
 <label class="hidden" for="replay">Triangles drawn</label>
@@ -39,24 +51,24 @@ constexpr const char* keys = R"(<details class="keys">
 <summary>Keys</summary>
 <p id="keys"><kbd>arrows</kbd> turn, with <kbd>Shift</kbd> move; <kbd>+</kbd> <kbd>&minus;</kbd> zoom;
 <kbd>N</kbd> <kbd>P</kbd> next and previous strip; <kbd>Space</kbd> replay; <kbd>,</kbd> <kbd>.</kbd> a triangle back and on;
-<kbd>S</kbd> side by side; <kbd>W</kbd> wireframe; <kbd>E</kbd> edges; <kbd>L</kbd> colours by strip length; <kbd>0</kbd> reset the view; <kbd>Esc</kbd> let go.
+<kbd>S</kbd> side by side, or one view whose halves <kbd>[</kbd> <kbd>]</kbd> divide; <kbd>W</kbd> wireframe; <kbd>E</kbd> edges; <kbd>L</kbd> colours by strip length; <kbd>0</kbd> reset the view; <kbd>Esc</kbd> let go.
 With a mouse: drag turns, the right button moves, the wheel zooms.</p>
 </details>
 )";
 
-std::size_t countOf(const Picture& picture, PartKind kind) {
-    return static_cast<std::size_t>(
-        std::count_if(picture.parts.begin(), picture.parts.end(), [&](const Part& part) { return part.kind == kind; }));
+bool hasLeftOver(const Picture& picture) {
+    const std::vector<Part>& parts = picture.drawings.front().parts;
+    return std::any_of(parts.begin(), parts.end(), [](const Part& part) { return part.kind == PartKind::LeftOver; });
 }
 
 void writeLegend(std::ostream& out, const Picture& picture) {
-    out << "<ul class=\"legend\">\n<li id=\"legend-strips\"><span class=\"swatch strips\"></span><span>a strip or a "
-           "fan, "
-           "neighbours in different colours</span></li>\n"
+    out << "<ul class=\"legend\">\n<li id=\"legend-strips\"><span class=\"swatch strips\"></span><span "
+           "id=\"legend-text\">"
+           "a strip or a fan, neighbours in different colours</span></li>\n"
            "<li id=\"legend-lengths\" hidden><span class=\"ramp lengths\"></span><span>strips and fans, from the "
            "longest "
            "to single triangles</span></li>\n";
-    if (countOf(picture, PartKind::LeftOver) > 0) {
+    if (hasLeftOver(picture)) {
         out << "<li><span class=\"swatch left-over\"></span><span>left over, in no strip</span></li>\n";
     }
     if (!picture.splitOff.empty()) {
@@ -74,22 +86,13 @@ void writeLegend(std::ostream& out, const Picture& picture) {
     out << "<li><span class=\"ramp\"></span><span>before: first to last triangle of the input</span></li>\n</ul>\n";
 }
 
-void writeData(std::ostream& out, const char* name, const std::string& content) {
-    out << "<script type=\"text/plain\" id=\"data-" << name << "\">" << content << "</script>\n";
-}
-
-/// Six numbers per part, in the order in which the view reads them.
-std::vector<std::uint32_t> partTable(const Picture& picture) {
-    std::vector<std::uint32_t> table;
-    table.reserve(6 * picture.parts.size());
-    for (const Part& part : picture.parts) {
-        if (part.shown == 0) {
-            break;
-        }
-        const std::uint32_t look = static_cast<std::uint32_t>(part.kind) | std::uint32_t{part.colour} << 8;
-        table.insert(table.end(), {part.shown, part.triangles, part.indices, part.swaps, part.primitive, look});
+std::string colourText(std::uint32_t rgb) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text = "#";
+    for (int shift = 20; shift >= 0; shift -= 4) {
+        text += digits[rgb >> shift & 15U];
     }
-    return table;
+    return text;
 }
 
 } // namespace
@@ -100,13 +103,14 @@ void writePicture(std::ostream& out, const Picture& picture) {
         out << "<p class=\"note\">There are no triangles to show.</p>\n</section>\n";
         return;
     }
-    if (picture.shownTriangles() < picture.triangles) {
+    if (!picture.isWhole()) {
         out << "<p class=\"warning\" id=\"part\">The picture shows a part: the first "
             << numberHtml(picture.shownTriangles()) << " of " << numberHtml(picture.triangles)
             << " triangles. All numbers are those of the whole model.</p>\n";
     }
-    if (!picture.isPlaced) {
-        out << "<p class=\"note\">A mesh that the scene shows more than once is drawn where it is first.</p>\n";
+    if (picture.hiddenPlacements > 0) {
+        out << "<p class=\"warning\" id=\"hidden-placements\">The scene shows meshes so often that "
+            << numberHtml(picture.hiddenPlacements) << " of their copies are left out of the picture.</p>\n";
     }
     out << stage;
     writeLegend(out, picture);
@@ -117,16 +121,17 @@ void writePictureData(std::ostream& out, const Picture& picture) {
     if (picture.shownTriangles() == 0) {
         return;
     }
-    const Json facts = {
-        {"primitives", picture.primitives}, {"triangles", picture.triangles}, {"shown", picture.shownTriangles()}};
-    out << "<script type=\"application/json\" id=\"data-facts\">" << escapeScript(compactText(facts)) << "</script>\n";
-    writeData(out, "positions", base64Of(picture.positions));
-    writeData(out, "corners", base64Of(picture.corners));
-    writeData(out, "order", base64Of(picture.inputOrder));
-    writeData(out, "parts", base64Of(partTable(picture)));
-    writeData(out, "split-off", base64Of(picture.splitOff));
-    writeData(out, "border", base64Of(picture.borderEdges));
-    writeData(out, "non-manifold", base64Of(picture.nonManifoldEdges));
+    PictureData data = encodePicture(picture);
+    const glm::dvec3 home = homeDirection(picture);
+    data.facts["home"] = {home.x, home.y, home.z};
+    data.facts["leftOver"] = colourText(leftOverColour);
+    for (const std::uint32_t colour : partPalette) {
+        data.facts["palette"].push_back(colourText(colour));
+    }
+    const Bytes packed = deflate(data.bytes);
+    out << "<script type=\"application/json\" id=\"data-facts\">" << escapeScript(compactText(data.facts))
+        << "</script>\n<script type=\"text/plain\" id=\"data-picture\">" << base64(packed.data(), packed.size())
+        << "</script>\n";
 }
 
 } // namespace vexa::tool

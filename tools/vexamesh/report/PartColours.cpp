@@ -1,6 +1,7 @@
 #include "report/PartColours.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace vexa::tool {
@@ -57,6 +58,40 @@ std::vector<std::uint8_t> colourParts(const std::vector<EdgeUse>& edges, const s
         result[part] = static_cast<std::uint8_t>(best);
     }
     return result;
+}
+
+std::vector<std::uint32_t> groupParts(const std::vector<EdgeUse>& edges, const std::vector<std::uint32_t>& partOf,
+                                      std::size_t parts, std::size_t triangles) {
+    constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+    const std::vector<PartPair> pairs = neighbours(edges, partOf);
+    std::vector<std::size_t> sizes(parts);
+    for (const std::uint32_t part : partOf) {
+        ++sizes[part];
+    }
+    std::vector<std::uint32_t> groups(parts, none);
+    std::uint32_t group = 0;
+    for (std::uint32_t first = 0; first < parts; ++first) {
+        if (groups[first] != none) {
+            continue;
+        }
+        // Breadth first, so that a group is about as wide as it is long.
+        std::vector<std::uint32_t> members{first};
+        std::size_t size = sizes[first];
+        groups[first] = group;
+        for (std::size_t i = 0; i < members.size() && size < triangles; ++i) {
+            auto pair = std::lower_bound(pairs.begin(), pairs.end(), PartPair{members[i], 0});
+            for (; pair != pairs.end() && pair->first == members[i] && size < triangles; ++pair) {
+                const std::uint32_t next = pair->second;
+                if (groups[next] == none && size + sizes[next] < 2 * triangles) {
+                    groups[next] = group;
+                    size += sizes[next];
+                    members.push_back(next);
+                }
+            }
+        }
+        ++group;
+    }
+    return groups;
 }
 
 } // namespace vexa::tool

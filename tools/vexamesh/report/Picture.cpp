@@ -1,7 +1,5 @@
 #include "report/Picture.h"
 
-#include "report/PartColours.h"
-
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -71,51 +69,51 @@ Part describePart(const mesh::IndexedPrimitive& source, std::size_t triangles) {
     return part;
 }
 
-/// A primitive's share of the picture.
+/// A cut of a primitive, decoded.
+struct BuiltTriangles {
+    std::vector<unsigned int> corners; ///< in the order of building
+    std::vector<std::uint32_t> partOf;
+    std::vector<std::uint32_t> inputOf;
+    std::vector<Part> parts;
+};
+
+BuiltTriangles decodeCut(const PictureCut& cut, const std::vector<unsigned int>& input) {
+    BuiltTriangles built;
+    built.corners.reserve(input.size());
+    for (const mesh::IndexedPrimitive* part : inOrderOfBuilding(cut.parts)) {
+        const std::vector<unsigned int> triangles = mesh::toTriangles(part->type, part->indices);
+        built.corners.insert(built.corners.end(), triangles.begin(), triangles.end());
+        built.partOf.resize(built.corners.size() / 3, static_cast<std::uint32_t>(built.parts.size()));
+        built.parts.push_back(describePart(*part, triangles.size() / 3));
+    }
+    built.inputOf = matchTriangles(built.corners, input);
+    return built;
+}
+
+/// Adds a primitive to a picture, with at most `room` of its triangles.
 class Contribution {
 public:
     Contribution(const PictureSource& source, Picture& picture, std::size_t room)
         : source_(source), picture_(picture), room_(room) {}
 
     void add() {
-        decode();
-        inputOf_ = matchTriangles(built_, source_.triangles);
-        shown_ = std::min(room_, built_.size() / 3);
-        colourAndAddParts();
-        addTriangles();
-        addEdges();
-        picture_.triangles += built_.size() / 3;
+        firstVertex_ = picture_.positions.size() / 3;
+        picture_.drawings.resize(source_.cuts.size());
+        for (std::size_t i = 0; i < source_.cuts.size(); ++i) {
+            const BuiltTriangles built = decodeCut(source_.cuts[i], source_.triangles);
+            if (i == 0) {
+                addTriangles(built);
+            }
+            addDrawing(built, source_.cuts[i].name, picture_.drawings[i]);
+        }
+        primitive_.name = source_.name;
+        primitive_.triangles = static_cast<std::uint32_t>(shown_);
+        primitive_.vertices = static_cast<std::uint32_t>(picture_.positions.size() / 3 - firstVertex_);
+        picture_.primitives.push_back(std::move(primitive_));
+        picture_.triangles += source_.triangles.size() / 3;
     }
 
 private:
-    void decode() {
-        built_.reserve(source_.triangles.size());
-        for (const mesh::IndexedPrimitive* part : inOrderOfBuilding(source_.parts)) {
-            const std::vector<unsigned int> triangles = mesh::toTriangles(part->type, part->indices);
-            built_.insert(built_.end(), triangles.begin(), triangles.end());
-            partOf_.resize(built_.size() / 3, static_cast<std::uint32_t>(parts_.size()));
-            parts_.push_back(describePart(*part, triangles.size() / 3));
-        }
-    }
-
-    void colourAndAddParts() {
-        std::vector<std::uint32_t> partOfInput(inputOf_.size());
-        for (std::size_t i = 0; i < inputOf_.size(); ++i) {
-            partOfInput[inputOf_[i]] = partOf_[i];
-        }
-        const auto colours =
-            colourParts(source_.edges, partOfInput, parts_.size(), PictureBuilder::colours, picture_.parts.size());
-        std::size_t room = shown_;
-        for (std::size_t i = 0; i < parts_.size(); ++i) {
-            parts_[i].colour = colours[i];
-            parts_[i].primitive = static_cast<std::uint32_t>(picture_.primitives.size());
-            parts_[i].shown = static_cast<std::uint32_t>(std::min<std::size_t>(room, parts_[i].triangles));
-            room -= parts_[i].shown;
-        }
-        picture_.parts.insert(picture_.parts.end(), parts_.begin(), parts_.end());
-        picture_.primitives.push_back(source_.name);
-    }
-
     std::uint32_t vertexFor(unsigned int index) {
         if (index >= vertexOf_.size()) {
             vertexOf_.resize(std::size_t{index} + 1, notUsed);
@@ -130,23 +128,23 @@ private:
         return vertexOf_[index];
     }
 
-    void addTriangles() {
-        const auto offset = static_cast<std::uint32_t>(picture_.triangles);
+    void addTriangles(const BuiltTriangles& built) {
+        shown_ = std::min(room_, built.inputOf.size());
         for (std::size_t i = 0; i < shown_; ++i) {
-            if (source_.isSplitOff[inputOf_[i]]) {
+            if (source_.isSplitOff[built.inputOf[i]]) {
                 picture_.splitOff.push_back(static_cast<std::uint32_t>(picture_.shownTriangles()));
             }
             for (std::size_t c = 0; c < 3; ++c) {
-                picture_.corners.push_back(vertexFor(built_[3 * i + c]));
+                picture_.corners.push_back(vertexFor(built.corners[3 * i + c]));
             }
-            picture_.inputOrder.push_back(offset + inputOf_[i]);
         }
+        addEdges(built);
     }
 
-    void addEdges() {
-        std::vector<bool> isShown(inputOf_.size());
+    void addEdges(const BuiltTriangles& built) {
+        std::vector<bool> isShown(built.inputOf.size());
         for (std::size_t i = 0; i < shown_; ++i) {
-            isShown[inputOf_[i]] = true;
+            isShown[built.inputOf[i]] = true;
         }
         forEachEdge(source_.edges, [&](const EdgeUse* first, const EdgeUse* last) {
             const auto count = last - first;
@@ -154,20 +152,61 @@ private:
                 return;
             }
             auto& edges = count == 1 ? picture_.borderEdges : picture_.nonManifoldEdges;
+            ++(count == 1 ? primitive_.borderEdges : primitive_.nonManifoldEdges);
             for (const std::uint32_t end : first->ends()) {
                 edges.push_back(vertexFor(end));
             }
         });
     }
 
+    void addDrawing(const BuiltTriangles& built, const std::string& name, Drawing& drawing) const {
+        drawing.name = name;
+        addColours(built, drawing);
+        std::size_t room = shown_;
+        for (Part part : built.parts) {
+            part.primitive = static_cast<std::uint32_t>(picture_.primitives.size());
+            part.shown = static_cast<std::uint32_t>(std::min<std::size_t>(room, part.triangles));
+            room -= part.shown;
+            drawing.parts.push_back(part);
+        }
+        const auto offset = static_cast<std::uint32_t>(picture_.triangles);
+        for (std::size_t i = 0; i < shown_; ++i) {
+            drawing.order.push_back(offset + built.inputOf[i]);
+        }
+    }
+
+    void addColours(const BuiltTriangles& built, Drawing& drawing) const {
+        std::vector<std::uint32_t> groupOf(built.inputOf.size());
+        for (std::size_t i = 0; i < built.inputOf.size(); ++i) {
+            groupOf[built.inputOf[i]] = built.partOf[i];
+        }
+        std::vector<std::uint32_t> groupOfPart(built.parts.size());
+        std::iota(groupOfPart.begin(), groupOfPart.end(), 0U);
+        std::size_t groups = built.parts.size();
+        std::size_t triangles = 16;
+        drawing.colours.resize(PictureBuilder::levels);
+        for (std::vector<std::uint8_t>& level : drawing.colours) {
+            if (&level != &drawing.colours.front()) {
+                triangles *= 4;
+                const std::vector<std::uint32_t> joined = groupParts(source_.edges, groupOf, groups, triangles);
+                const auto join = [&](std::uint32_t group) { return joined[group]; };
+                std::transform(groupOf.begin(), groupOf.end(), groupOf.begin(), join);
+                std::transform(groupOfPart.begin(), groupOfPart.end(), groupOfPart.begin(), join);
+                groups = joined.empty() ? 0 : *std::max_element(joined.begin(), joined.end()) + std::size_t{1};
+            }
+            const std::vector<std::uint8_t> colours =
+                colourParts(source_.edges, groupOf, groups, PictureBuilder::colours, picture_.primitives.size());
+            std::transform(groupOfPart.begin(), groupOfPart.end(), std::back_inserter(level),
+                           [&](std::uint32_t group) { return colours[group]; });
+        }
+    }
+
     const PictureSource& source_;
     Picture& picture_;
+    PicturePrimitive primitive_;
     std::size_t room_;
     std::size_t shown_ = 0;
-    std::vector<unsigned int> built_; ///< triangles in the order of building
-    std::vector<std::uint32_t> partOf_;
-    std::vector<std::uint32_t> inputOf_;
-    std::vector<Part> parts_;
+    std::size_t firstVertex_ = 0;
     std::vector<std::uint32_t> vertexOf_;
 };
 
@@ -176,6 +215,22 @@ private:
 void PictureBuilder::add(const PictureSource& source) {
     const std::size_t shown = picture_.shownTriangles();
     Contribution(source, picture_, most_ - std::min(most_, shown)).add();
+    PicturePrimitive& primitive = picture_.primitives.back();
+    for (const glm::dmat4& placement : source.placements) {
+        if (primitive.placements.empty() || drawn_ + primitive.triangles <= maxDrawn) {
+            primitive.placements.push_back(placement);
+            drawn_ += primitive.triangles;
+        } else {
+            ++picture_.hiddenPlacements;
+        }
+    }
+}
+
+Picture PictureBuilder::finish() {
+    if (!picture_.isWhole() && picture_.drawings.size() > 1) {
+        picture_.drawings.resize(1);
+    }
+    return std::move(picture_);
 }
 
 } // namespace vexa::tool

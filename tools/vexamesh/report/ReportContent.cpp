@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <glm/vec4.hpp>
 #include <map>
 #include <memory>
 #include <set>
@@ -29,58 +28,50 @@ constexpr std::size_t longEffort = 3;
 
 using Positions = std::shared_ptr<const std::vector<float>>;
 
-/// Positions where the scene shows them first.
+/// Positions of primitives, and where the scene shows them.
 class PositionReader {
 public:
-    explicit PositionReader(const Document& document) : document_(document), matrices_(document.meshes.size()) {
+    explicit PositionReader(const Document& document) : document_(document), placements_(document.meshes.size()) {
         for (const MeshInstance& instance : meshInstances(document)) {
-            std::optional<glm::dmat4>& matrix = matrices_.at(instance.mesh);
-            isPlaced_ = isPlaced_ && !matrix;
-            matrix = matrix ? matrix : instance.matrix;
+            placements_.at(instance.mesh).push_back(instance.matrix);
         }
     }
 
-    /// Whether every mesh is shown no more than once.
-    [[nodiscard]] bool isPlaced() const { return isPlaced_; }
+    /// Where a mesh is shown; once, as it is, if the scene leaves it out.
+    [[nodiscard]] std::vector<glm::dmat4> placements(std::size_t mesh) const {
+        return placements_[mesh].empty() ? std::vector<glm::dmat4>{glm::dmat4(1)} : placements_[mesh];
+    }
 
-    /// Three floats per vertex; what is not finite becomes 0, so that it can be drawn.
-    [[nodiscard]] Positions read(std::size_t mesh, const Primitive& primitive) {
+    /// Three floats per vertex; values that are not finite become 0, so that they can be drawn.
+    [[nodiscard]] Positions read(const Primitive& primitive) {
         const Attribute* attribute = primitive.findAttribute("POSITION");
         if (attribute == nullptr) {
             return std::make_shared<std::vector<float>>();
         }
-        Positions& known = known_[{mesh, attribute->accessor}];
+        Positions& known = known_[attribute->accessor];
         if (known == nullptr) {
-            known = std::make_shared<std::vector<float>>(place(mesh, attribute->accessor));
+            known = std::make_shared<std::vector<float>>(readAll(attribute->accessor));
         }
         return known;
     }
 
 private:
-    [[nodiscard]] std::vector<float> place(std::size_t mesh, std::size_t accessor) const {
+    [[nodiscard]] std::vector<float> readAll(std::size_t accessor) const {
         const AccessorData values = toFloats(readAccessor(document_.asset, accessor));
-        const glm::dmat4 matrix = matrices_[mesh].value_or(glm::dmat4(1));
-        std::vector<float> positions;
-        positions.reserve(3 * values.count);
+        std::vector<float> positions(3 * values.count);
         for (std::size_t i = 0; i < values.count; ++i) {
-            glm::dvec4 position(0, 0, 0, 1);
             for (std::size_t c = 0; c < std::min<std::size_t>(values.components, 3); ++c) {
-                position[static_cast<int>(c)] = values.component(i, c);
-            }
-            position = matrix * position;
-            for (int c = 0; c < 3; ++c) {
-                const auto value = static_cast<float>(position[c]);
-                positions.push_back(std::isfinite(value) ? value : 0);
+                const auto value = static_cast<float>(values.component(i, c));
+                positions[3 * i + c] = std::isfinite(value) ? value : 0;
             }
         }
         return positions;
     }
 
     const Document& document_;
-    std::vector<std::optional<glm::dmat4>> matrices_;
-    bool isPlaced_ = true;
-    /// Primitives of one mesh often share their vertices.
-    std::map<std::pair<std::size_t, std::size_t>, Positions> known_;
+    std::vector<std::vector<glm::dmat4>> placements_;
+    /// Primitives often share their vertices.
+    std::map<std::size_t, Positions> known_;
 };
 
 /// A primitive whose strips are not known yet.
@@ -90,6 +81,7 @@ struct Pending {
     std::vector<unsigned int> triangles;
     std::vector<bool> isSplitOff;
     Positions positions;
+    std::vector<glm::dmat4> placements;
 };
 
 class Collector {
@@ -124,11 +116,14 @@ public:
                 }
             }
         }
+        content_.listBytes = writeGlb(document_.asset.json, document_.asset.buffers).size();
         content_.outcome = stripDocument(std::move(document_), settings_.strip, progress);
         content_.fault = readBackStrips(content_.outcome);
         describeCuts();
-        content_.picture = std::move(builder_.picture());
-        content_.picture.isPlaced = reader.isPlaced();
+        content_.picture = builder_.finish();
+        if (!settings_.comparedEfforts.empty() && !content_.picture.isWhole()) {
+            content_.warnings.push_back("the picture shows a part of the triangles, so efforts are not compared in it");
+        }
         return std::move(content_);
     }
 
@@ -161,7 +156,12 @@ private:
         const Primitive& primitive = mesh.primitives[p];
         PrimitiveRow row;
         row.name = primitiveName(mesh, p);
-        Pending pending{m, p, mesh::toTriangles(primitive.type, primitive.indices), {}, reader.read(m, primitive)};
+        Pending pending{m,
+                        p,
+                        mesh::toTriangles(primitive.type, primitive.indices),
+                        {},
+                        reader.read(primitive),
+                        reader.placements(m)};
         pending.isSplitOff =
             reportGraph(primitive, false, [&](const std::string& line) { row.graphLines.push_back(line); });
         if (isTried_) {
@@ -187,13 +187,20 @@ private:
         pending_.push_back(std::move(pending));
     }
 
+    /// How strips are searched for with another effort than that of the report.
+    [[nodiscard]] mesh::StripBufferOptions optionsOf(unsigned int effort) const {
+        mesh::StripBufferOptions options;
+        options.effort = effort;
+        options.join =
+            settings_.strip.joining == Joining::Degenerate ? mesh::StripJoin::Degenerate : mesh::StripJoin::Restart;
+        return options;
+    }
+
     void tryEfforts(const std::vector<unsigned int>& triangles) {
         const Joining joining = settings_.strip.joining;
-        mesh::StripBufferOptions options;
-        options.join = joining == Joining::Degenerate ? mesh::StripJoin::Degenerate : mesh::StripJoin::Restart;
         for (std::size_t effort = 0; effort < content_.efforts.size(); ++effort) {
-            options.effort = static_cast<unsigned>(effort);
-            const std::vector<unsigned int> indices = mesh::buildStripBuffer(triangles, options);
+            const std::vector<unsigned int> indices =
+                mesh::buildStripBuffer(triangles, optionsOf(static_cast<unsigned int>(effort)));
             const auto separators = std::count(indices.begin(), indices.end(), mesh::restartIndex);
             content_.efforts[effort] +=
                 indices.size() - (joining == Joining::None ? static_cast<std::size_t>(separators) : 0);
@@ -222,13 +229,26 @@ private:
                 describePart(part, row);
             }
             if (content_.outcome.total.sameTriangles) {
-                builder_.add({row.name, pending.triangles, cut.parts, pending.isSplitOff,
-                              sortedEdges(pending.triangles), *pending.positions});
+                addToPicture(pending, row.name, cut.parts);
             }
             pending = {};
             ++next;
         }
         content_.outcome.cuts = {};
+    }
+
+    void addToPicture(const Pending& pending, const std::string& name,
+                      const std::vector<mesh::IndexedPrimitive>& parts) {
+        std::vector<std::vector<mesh::IndexedPrimitive>> compared;
+        for (const unsigned int effort : settings_.comparedEfforts) {
+            compared.push_back(mesh::buildStrips(pending.triangles, optionsOf(effort)));
+        }
+        std::vector<PictureCut> cuts{{"Strips", parts}};
+        for (std::size_t i = 0; i < compared.size(); ++i) {
+            cuts.push_back({"Effort " + std::to_string(settings_.comparedEfforts[i]), compared[i]});
+        }
+        builder_.add({name, pending.triangles, std::move(cuts), pending.isSplitOff, sortedEdges(pending.triangles),
+                      *pending.positions, pending.placements});
     }
 
     void describePart(const mesh::IndexedPrimitive& part, PrimitiveRow& row) {
@@ -299,6 +319,7 @@ Json reportJson(const std::string& input, const std::string& output, const Repor
     std::transform(content.primitives.begin(), content.primitives.end(), std::back_inserter(primitives), primitiveJson);
     json["report"] = {{"indicesBeforeJoining", content.cost},
                       {"efforts", content.efforts},
+                      {"listBytes", content.listBytes},
                       {"primitives", std::move(primitives)},
                       {"passes",
                        {{"ofTheseStrips", content.isSearched},

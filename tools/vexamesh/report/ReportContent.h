@@ -61,6 +61,7 @@ struct ReportContent {
     std::int64_t cost = 0;            ///< indices of all parts before they are joined
     std::uint64_t minCost = 0;        ///< no strips can have fewer before they are joined; 0 if there are no passes
     std::vector<std::size_t> efforts; ///< indices by the effort of the search, joined as those of the report
+    std::size_t listBytes = 0;        ///< of a .glb file of the same model with the indices of the input
     Picture picture;
     std::vector<std::string> warnings;
 };
@@ -69,6 +70,7 @@ struct ReportContent {
 struct ReportSettings {
     StripSettings strip;
     std::size_t maxShownTriangles = PictureBuilder::maxTriangles;
+    std::vector<unsigned int> comparedEfforts; ///< whose strips the picture shows beside those of the report
 };
 
 /// Cuts a document into strips and collects what a report shows of that.

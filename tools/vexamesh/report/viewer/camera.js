@@ -1,7 +1,6 @@
 // Where the model is seen from, and the one or two views of it.
 import {Box3, PerspectiveCamera, Spherical, Vector3} from 'three';
 
-const homeDirection = new Vector3(0.62, 0.42, 1).normalize();
 const narrow = 640;
 // How much of a view a model fills.
 const filled = 0.86;
@@ -10,25 +9,38 @@ const filled = 0.86;
 const mostLookedAt = 300000;
 
 // The places that a model is fitted into the view by, and a sphere around it.
-export function boundsOf(corners) {
-    const centre = new Box3().setFromArray(corners).getCenter(new Vector3());
-    const step = Math.max(Math.ceil(corners.length / 3 / mostLookedAt), 1);
+export function boundsOf({batches, corners}) {
+    const total = batches.reduce((sum, {count, places}) => sum + 3 * count * (places?.length ?? 1), 0);
+    const step = Math.max(Math.ceil(total / mostLookedAt), 1);
     const points = [];
-    let radius = 0;
+    const box = new Box3();
     const point = new Vector3();
-    for (let i = 0; i < corners.length; i += 3) {
-        point.fromArray(corners, i).sub(centre);
-        radius = Math.max(radius, point.lengthSq());
-        if ((i / 3) % step === 0) {
-            points.push(point.x, point.y, point.z);
+    for (const {first, count, places} of batches) {
+        for (const m of places ?? [null]) {
+            for (let i = 3 * first; i < 3 * (first + count); ++i) {
+                point.fromArray(corners, 3 * i);
+                if (m !== null) {
+                    const {x, y, z} = point;
+                    point.fromArray([0, 1, 2].map((row) => m[row] * x + m[3 + row] * y + m[6 + row] * z + m[9 + row]));
+                }
+                box.expandByPoint(point);
+                if (i % step === 0) {
+                    points.push(point.x, point.y, point.z);
+                }
+            }
         }
     }
-    return {centre, radius: Math.sqrt(radius) || 1, points: new Float32Array(points)};
+    const centre = box.getCenter(new Vector3());
+    const offset = centre.toArray();
+    const centred = Float32Array.from(points, (value, i) => value - offset[i % 3]);
+    return {centre, radius: box.getSize(point).length() / 2 || 1, points: centred};
 }
 
 export class Eye {
-    constructor(sphere) {
+    // home: where the eye is at first, as seen from the middle of the model
+    constructor(sphere, home) {
         this.sphere = sphere;
+        this.home = new Vector3(...home);
         this.camera = new PerspectiveCamera(35, 1);
         this.target = new Vector3();
         this.reset(1);
@@ -36,9 +48,9 @@ export class Eye {
 
     reset(aspect) {
         this.target.copy(this.sphere.centre);
-        this.camera.position.copy(homeDirection).add(this.target);
+        this.camera.position.copy(this.home).add(this.target);
         this.camera.lookAt(this.target);
-        this.camera.position.copy(homeDirection).multiplyScalar(this.distanceThatShowsAll(aspect)).add(this.target);
+        this.camera.position.copy(this.home).multiplyScalar(this.distanceThatShowsAll(aspect)).add(this.target);
     }
 
     distanceThatShowsAll(aspect) {
@@ -54,6 +66,13 @@ export class Eye {
             distance = Math.max(distance, turned.z + needed);
         }
         return distance;
+    }
+
+    // How many CSS pixels each of so many triangles covers, if half of them face the eye and fill half of its outline.
+    pixelsPerTriangle(view, triangles) {
+        const distance = this.camera.position.distanceTo(this.target);
+        const radius = (view.height / 2) * (this.sphere.radius / distance) / Math.tan((this.camera.fov / 2) * (Math.PI / 180));
+        return (Math.PI * radius * radius) / Math.max(triangles, 1);
     }
 
     // Angles in radians; `zoom` is a factor of the distance.
@@ -87,21 +106,22 @@ export class Eye {
     }
 }
 
-// The rectangles of the views, in CSS pixels from the top left.
-export function layout(width, height, isSideBySide) {
-    if (!isSideBySide) {
-        return [{name: 'after', x: 0, y: 0, width, height}];
-    }
-    if (width < narrow) {
-        const half = Math.floor(height / 2);
+// The rectangles of the two views, in CSS pixels from the top left: beside or below one another, or both in the same
+// place and each clipped at the share `wipe` of the width.
+export function layout(width, height, [left, right], wipe) {
+    if (wipe !== null) {
+        const middle = Math.round(width * wipe);
         return [
-            {name: 'before', x: 0, y: 0, width, height: half},
-            {name: 'after', x: 0, y: half, width, height: height - half},
+            {name: 'left', drawing: left, x: 0, y: 0, width, height, clip: {x: 0, width: middle}},
+            {name: 'right', drawing: right, x: 0, y: 0, width, height, clip: {x: middle, width: width - middle}},
         ];
     }
-    const half = Math.floor(width / 2);
-    return [
-        {name: 'before', x: 0, y: 0, width: half, height},
-        {name: 'after', x: half, y: 0, width: width - half, height},
-    ];
+    const isNarrow = width < narrow;
+    const half = Math.floor((isNarrow ? height : width) / 2);
+    const views = isNarrow
+        ? [{x: 0, y: 0, width, height: half}, {x: 0, y: half, width, height: height - half}]
+        : [{x: 0, y: 0, width: half, height}, {x: half, y: 0, width: width - half, height}];
+    return views.map((view, i) => ({
+        ...view, name: ['left', 'right'][i], drawing: [left, right][i], clip: {x: view.x, width: view.width},
+    }));
 }

@@ -1,6 +1,7 @@
 // Draws with WebGL.
 import {
-    BufferAttribute, BufferGeometry, LineBasicMaterial, LineSegments, Mesh, Scene, WebGLRenderTarget, WebGLRenderer,
+    BufferAttribute, BufferGeometry, DataTexture, InstancedMesh, LineBasicMaterial, LineSegments, Matrix4, Mesh,
+    RedIntegerFormat, Scene, UnsignedIntType, WebGLRenderTarget, WebGLRenderer,
 } from 'three';
 import {LineMaterial} from 'three/addons/lines/LineMaterial.js';
 import {LineSegments2} from 'three/addons/lines/LineSegments2.js';
@@ -31,8 +32,43 @@ function lines(positions, width) {
     return new LineSegments2(geometry, new LineMaterial({linewidth: width}));
 }
 
+// The places of the triangles in a drawing, as texels.
+function rankTexture({ranks}) {
+    const width = Math.min(Math.max(ranks.length, 1), 4096);
+    const texels = new Uint32Array(width * Math.ceil(Math.max(ranks.length, 1) / width));
+    texels.set(ranks);
+    const texture = new DataTexture(texels, width, texels.length / width, RedIntegerFormat, UnsignedIntType);
+    texture.internalFormat = 'R32UI';
+    texture.needsUpdate = true;
+    return texture;
+}
+
+// The corners of the triangles in the order of a drawing.
+function drawingIndex({triangles}) {
+    const index = new Uint32Array(3 * triangles.length);
+    for (let i = 0; i < triangles.length; ++i) {
+        const corner = 3 * triangles[i];
+        index[3 * i] = corner;
+        index[3 * i + 1] = corner + 1;
+        index[3 * i + 2] = corner + 2;
+    }
+    return new BufferAttribute(index, 1);
+}
+
+// The object that draws a batch from a geometry.
+function batchObject({places}, geometry, material) {
+    if (places === null) {
+        return new Mesh(geometry, material);
+    }
+    const object = new InstancedMesh(geometry, material, places.length);
+    places.forEach((m, i) => object.setMatrixAt(i, new Matrix4().set(
+        m[0], m[3], m[6], m[9], m[1], m[4], m[7], m[10], m[2], m[5], m[8], m[11], 0, 0, 0, 1,
+    )));
+    return object;
+}
+
 export class GpuPainter {
-    constructor(canvas, model, colours) {
+    constructor(canvas, model) {
         // The drawing buffer is kept for printing.
         this.renderer = new WebGLRenderer({canvas, antialias: true, alpha: true, preserveDrawingBuffer: true});
         this.renderer.autoClear = false;
@@ -40,26 +76,32 @@ export class GpuPainter {
         this.number = numberMaterial();
         this.target = new WebGLRenderTarget(1, 1);
         this.scene = new Scene();
-        this.addMeshes(model, colours);
+        this.model = model;
+        this.position = new BufferAttribute(model.corners, 3);
+        // Per drawing that was shown, its objects and the texture of its ranks.
+        this.drawings = new Map();
         this.border = this.addLines(model.border, 2.4);
         this.nonManifold = this.addLines(model.nonManifold, 4);
         this.refreshColours();
     }
 
-    addMeshes(model, colours) {
-        const position = new BufferAttribute(model.corners, 3);
-        const after = new BufferGeometry().setAttribute('position', position);
-        after.setAttribute('tint', perCorner(colours.after));
-        const before = new BufferGeometry().setAttribute('position', position);
-        before.setAttribute('tint', perCorner(colours.before));
-        const index = new Uint32Array(3 * model.shown);
-        model.fromInput.forEach((triangle, i) => index.set([3 * triangle, 3 * triangle + 1, 3 * triangle + 2], 3 * i));
-        before.setIndex(new BufferAttribute(index, 1));
-        this.meshes = {before: new Mesh(before, this.surface), after: new Mesh(after, this.surface)};
-        for (const mesh of Object.values(this.meshes)) {
-            mesh.frustumCulled = false;
-            this.scene.add(mesh);
+    // Gives the triangles of a drawing their colours, three bytes each.
+    tint(drawing, colours) {
+        const tint = perCorner(colours);
+        if (!this.drawings.has(drawing)) {
+            const index = drawingIndex(drawing);
+            const objects = this.model.batches.map((batch) => {
+                const geometry = new BufferGeometry().setAttribute('position', this.position).setIndex(index);
+                const object = batchObject(batch, geometry, this.surface);
+                object.frustumCulled = false;
+                object.userData = batch;
+                this.scene.add(object);
+                return object;
+            });
+            this.drawings.set(drawing, {objects, ranks: rankTexture(drawing)});
         }
+        const {objects} = this.drawings.get(drawing);
+        objects.forEach(({geometry}) => geometry.setAttribute('tint', tint));
     }
 
     addLines(positions, width) {
@@ -70,11 +112,6 @@ export class GpuPainter {
         object.isEmpty = positions.length === 0;
         this.scene.add(object);
         return object;
-    }
-
-    // Gives the strips other colours.
-    tint(colours) {
-        this.meshes.after.geometry.setAttribute('tint', perCorner(colours));
     }
 
     refreshColours() {
@@ -89,27 +126,40 @@ export class GpuPainter {
         this.renderer.setSize(width, height, false);
     }
 
+    // Draws at as many pixels per CSS pixel, until the next `resize`.
+    enlarge(ratio) {
+        this.renderer.setPixelRatio(ratio);
+    }
+
     show(view, state) {
-        for (const [name, mesh] of Object.entries(this.meshes)) {
-            mesh.visible = name === view.name;
-            mesh.geometry.setDrawRange(0, 3 * state.count);
+        for (const [drawing, {objects}] of this.drawings) {
+            for (const object of objects) {
+                const {first, count} = object.userData;
+                const shown = Math.min(Math.max(state.count - first, 0), count);
+                object.visible = drawing === view.drawing && shown > 0;
+                object.geometry.setDrawRange(3 * first, 3 * shown);
+            }
         }
         this.border.visible = state.edges && !this.border.isEmpty;
         this.nonManifold.visible = state.edges && !this.nonManifold.isEmpty;
     }
 
     draw(eye, views, state) {
-        this.surface.uniforms.wireframe.value = state.wireframe ? 1 : 0;
-        this.surface.uniforms.selected.value = state.selected ? [state.selected.first, state.selected.shown] : [0, 0];
+        const {uniforms} = this.surface;
+        uniforms.wireframe.value = state.wireframe ? 1 : 0;
+        uniforms.selected.value = state.selected ? [state.selected.first, state.selected.shown] : [0, 0];
+        uniforms.ranks.value = this.drawings.get(state.selectedIn ?? views[0].drawing).ranks;
         this.renderer.setScissorTest(false);
         this.renderer.clear();
         this.renderer.setScissorTest(true);
         for (const view of views) {
-            const bottom = this.height - view.y - view.height;
-            this.renderer.setViewport(view.x, bottom, view.width, view.height);
-            this.renderer.setScissor(view.x, bottom, view.width, view.height);
+            this.renderer.setViewport(view.x, this.height - view.y - view.height, view.width, view.height);
+            const {clip} = view;
+            this.renderer.setScissor(clip.x, this.height - view.y - view.height, clip.width, view.height);
             this.show(view, state);
-            this.renderer.render(this.scene, eye.lookThrough(view));
+            if (clip.width > 0) {
+                this.renderer.render(this.scene, eye.lookThrough(view));
+            }
         }
     }
 

@@ -32,6 +32,8 @@ function actionsOf(viewer) {
         '.': () => replay.step(1),
         ',': () => replay.step(-1),
         's': () => viewer.toggleSideBySide(),
+        '[': () => viewer.moveWipe(-0.05),
+        ']': () => viewer.moveWipe(0.05),
         'w': () => viewer.toggle('wireframe'),
         'e': () => viewer.toggle('edges'),
         'l': () => viewer.toggleLengths(),

@@ -1,7 +1,7 @@
-// The page's data: arrays of numbers as Base64, and the triangles of each part.
+// The page's data: triangles, where they are drawn, and the parts that they are cut into.
 
 const kinds = ['Strip', 'Fan', 'Left over'];
-const partFields = 6;
+export const leftOver = 2;
 
 function decode(text) {
     if (Uint8Array.fromBase64) {
@@ -15,33 +15,115 @@ function decode(text) {
     return bytes;
 }
 
-function read(name, Type) {
-    const element = document.getElementById(`data-${name}`);
-    const values = new Type(decode(element.textContent).buffer);
+async function inflate(bytes) {
+    const stream = new Blob([bytes]).stream().pipeThrough(new DecompressionStream('deflate'));
+    return new Uint8Array(await new Response(stream).arrayBuffer());
+}
+
+// A stream of numbers, as report/PictureData.cpp writes it.
+class Reader {
+    constructor(bytes) {
+        this.bytes = bytes;
+        this.at = 0;
+    }
+
+    get isAtEnd() {
+        return this.at === this.bytes.length;
+    }
+
+    byte() {
+        return this.bytes[this.at++];
+    }
+
+    number() {
+        let value = 0;
+        for (let factor = 1; ; factor *= 128) {
+            const byte = this.byte();
+            value += (byte & 127) * factor;
+            if (byte < 128) {
+                return value;
+            }
+        }
+    }
+
+    signedNumber() {
+        const value = this.number();
+        return value % 2 === 0 ? value / 2 : -(value - 1) / 2 - 1;
+    }
+
+    // Numbers that are written as differences, to the end of the stream.
+    differences() {
+        const values = [];
+        let value = 0;
+        while (!this.isAtEnd) {
+            value += this.signedNumber();
+            values.push(value);
+        }
+        return values;
+    }
+}
+
+async function readStreams(facts) {
+    const element = document.getElementById('data-picture');
+    const bytes = await inflate(decode(element.textContent));
     // A large model's text takes more memory than its numbers.
     element.remove();
-    return values;
-}
-
-function readParts() {
-    const table = read('parts', Uint32Array);
-    const numbers = [0, 0, 0];
-    const parts = [];
-    let first = 0;
-    for (let i = 0; i < table.length; i += partFields) {
-        const [shown, triangles, indices, swaps, primitive, look] = table.subarray(i, i + partFields);
-        const kind = look & 255;
-        parts.push({
-            kind, first, shown, triangles, indices, swaps, primitive,
-            number: ++numbers[kind],
-            colour: look >> 8,
-        });
-        first += shown;
+    const streams = new Map();
+    let begin = 0;
+    for (const [name, size] of facts.streams) {
+        streams.set(name, bytes.subarray(begin, begin + size));
+        begin += size;
     }
-    return parts;
+    return (name) => new Reader(streams.get(name));
 }
 
-// The corners of every triangle, so that each can have a colour of its own.
+// Three vertices per triangle, and three coordinates per vertex.
+function readTriangles(facts, open) {
+    const [links, vertices, residuals] = ['links', 'vertices', 'positions'].map(open);
+    const corners = new Uint32Array(3 * facts.shown);
+    const positions = new Float32Array(3 * facts.primitives.reduce((sum, {vertices: count}) => sum + count, 0));
+    let known = 0;
+    let point = [0, 0, 0];
+    // On the grid of the primitive, which begins at the vertex `first`.
+    let grid = [];
+    const readVertex = (expected) => {
+        const vertex = known - vertices.number();
+        if (vertex === known) {
+            point = expected().map((value) => value + residuals.signedNumber());
+            grid.push(...point);
+            ++known;
+        }
+        return vertex;
+    };
+    let triangle = 0;
+    for (const {triangles, origin, step} of facts.primitives) {
+        const first = known;
+        grid = [];
+        const pointOf = (corner, axis) => grid[3 * (corners[corner] - first) + axis];
+        point = [0, 0, 0];
+        for (const end = triangle + triangles; triangle < end; ++triangle) {
+            const at = 3 * triangle;
+            const link = links.byte();
+            if (link === 3) {
+                for (let i = 0; i < 3; ++i) {
+                    corners[at + i] = readVertex(() => point);
+                }
+            } else {
+                const [a, b, c] = [0, 1, 2].map((i) => at - 3 + ((link + i) % 3));
+                const across = () => [0, 1, 2].map((axis) => pointOf(a, axis) + pointOf(b, axis) - pointOf(c, axis));
+                corners[at] = corners[b];
+                corners[at + 1] = corners[a];
+                corners[at + 2] = readVertex(across);
+            }
+        }
+        for (let i = 0; i < grid.length; ++i) {
+            positions[3 * first + i] = origin[i % 3] + step * grid[i];
+        }
+    }
+    return {corners, positions};
+}
+
+// The corners of every triangle, or the ends of every edge, so that each can have a colour of its own.
 function spread(positions, vertices) {
     const result = new Float32Array(3 * vertices.length);
     for (let i = 0; i < vertices.length; ++i) {
@@ -53,42 +135,158 @@ function spread(positions, vertices) {
     return result;
 }
 
-// Where each triangle of the input stands among those that are drawn, in the order of the input.
-function inInputOrder(order) {
-    const places = order.map((_, i) => i);
-    return places.sort((a, b) => order[a] - order[b]);
-}
-
-export function readModel() {
-    const facts = JSON.parse(document.getElementById('data-facts').textContent);
-    const positions = read('positions', Float32Array);
-    const corners = read('corners', Uint32Array);
-    const order = read('order', Uint32Array);
-    return {
-        ...facts,
-        parts: readParts(),
-        order,
-        fromInput: inInputOrder(order),
-        corners: spread(positions, corners),
-        splitOff: new Set(read('split-off', Uint32Array)),
-        border: spread(positions, read('border', Uint32Array)),
-        nonManifold: spread(positions, read('non-manifold', Uint32Array)),
-    };
-}
-
-// The part that a triangle belongs to.
-export function partOf(model, triangle) {
-    let low = 0;
-    let high = model.parts.length - 1;
-    while (low < high) {
-        const middle = (low + high + 1) >> 1;
-        if (model.parts[middle].first <= triangle) {
-            low = middle;
-        } else {
-            high = middle - 1;
+// Points `from` to `end` of an array, moved by a matrix of four columns and three rows.
+function place(points, from, end, matrix, result = points, at = from) {
+    for (let i = from; i < end; ++i, ++at) {
+        const [x, y, z] = [points[3 * i], points[3 * i + 1], points[3 * i + 2]];
+        for (let row = 0; row < 3; ++row) {
+            result[3 * at + row] = matrix[row] * x + matrix[3 + row] * y + matrix[6 + row] * z + matrix[9 + row];
         }
     }
-    return low;
+}
+
+// Triangles that are drawn together: those of neighbouring primitives that have one place each, in the coordinates of the
+// scene, or those of one primitive, with the matrices of its places.
+function makeBatches(primitives, corners) {
+    const batches = [];
+    let first = 0;
+    for (const {triangles, places} of primitives) {
+        const last = batches.at(-1);
+        if (places.length > 1) {
+            batches.push({first, count: triangles, places});
+        } else {
+            place(corners, 3 * first, 3 * (first + triangles), places[0]);
+            if (last && last.places === null) {
+                last.count += triangles;
+            } else {
+                batches.push({first, count: triangles, places: null});
+            }
+        }
+        first += triangles;
+    }
+    return batches;
+}
+
+// The ends of edges in the scene, once for each place of their primitive.
+function placeEdges(primitives, ends, countOf) {
+    const size = primitives.reduce((sum, primitive) => sum + 2 * countOf(primitive) * primitive.places.length, 0);
+    const result = new Float32Array(3 * size);
+    let from = 0;
+    let at = 0;
+    for (const primitive of primitives) {
+        const count = 2 * countOf(primitive);
+        for (const matrix of primitive.places) {
+            place(ends, from, from + count, matrix, result, at);
+            at += count;
+        }
+        from += count;
+    }
+    return result;
+}
+
+function readParts(reader, colours, count, levels) {
+    const numbers = [0, 0, 0];
+    const parts = [];
+    let first = 0;
+    for (let i = 0; i < count; ++i) {
+        const [shown, triangles, indices, swaps, primitive, kind] = Array.from({length: 6}, () => reader.number());
+        const number = ++numbers[kind];
+        if (shown > 0) {
+            const byLevel = Array.from({length: levels}, (_, level) => colours.bytes[level * count + i]);
+            parts.push({kind, number, first, shown, triangles, indices, swaps, primitive, colours: byLevel});
+        }
+        first += shown;
+    }
+    return parts;
+}
+
+// Numbers the places of the input that are shown, which may leave out some.
+function rankPlaces(order, count) {
+    const ranks = new Uint32Array(count);
+    for (const place of order) {
+        ranks[place] = 1;
+    }
+    let rank = 0;
+    for (let i = 0; i < count; ++i) {
+        rank += ranks[i];
+        ranks[i] = rank - ranks[i];
+    }
+    return ranks;
+}
+
+// A way to draw the triangles one after the other. `triangles[i]` is the one drawn as number i, `ranks` the inverse.
+class Drawing {
+    constructor(name, triangles, parts = null) {
+        this.name = name;
+        this.triangles = triangles;
+        this.parts = parts;
+        this.ranks = new Uint32Array(triangles.length);
+        triangles.forEach((triangle, i) => {
+            this.ranks[triangle] = i;
+        });
+    }
+
+    // The number of the part that a triangle belongs to.
+    partOf(triangle) {
+        return this.partAt(this.ranks[triangle]);
+    }
+
+    // The same for the triangle drawn as number `rank`.
+    partAt(rank) {
+        let low = 0;
+        let high = this.parts.length - 1;
+        while (low < high) {
+            const middle = (low + high + 1) >> 1;
+            if (this.parts[middle].first <= rank) {
+                low = middle;
+            } else {
+                high = middle - 1;
+            }
+        }
+        return low;
+    }
+}
+
+// The drawings by strips, and before them that of the input. The triangles are numbered as the first strips draw them.
+function readDrawings(facts, open, order) {
+    const ranks = rankPlaces(order, facts.triangles);
+    const byInput = new Uint32Array(facts.shown);
+    order.forEach((place, triangle) => {
+        byInput[ranks[place]] = triangle;
+    });
+    const drawings = [new Drawing('Input', byInput)];
+    facts.drawings.forEach(({name, parts: count}, i) => {
+        const parts = readParts(open(`parts-${i}`), open(`colours-${i}`), count, facts.levels);
+        const places = i === 0 ? order : open(`order-${i}`).differences();
+        drawings.push(new Drawing(name, Uint32Array.from(places, (place) => byInput[ranks[place]]), parts));
+    });
+    return drawings;
+}
+
+export async function readModel() {
+    const facts = JSON.parse(document.getElementById('data-facts').textContent);
+    const open = await readStreams(facts);
+    const {corners, positions} = readTriangles(facts, open);
+    const matrices = new Float32Array(open('placements').bytes.slice().buffer);
+    let next = 0;
+    const primitives = facts.primitives.map((primitive) => ({
+        ...primitive,
+        places: Array.from({length: primitive.placements}, () => matrices.subarray(next, next += 12)),
+    }));
+    const spreadCorners = spread(positions, corners);
+    const edges = (name, countOf) => placeEdges(primitives, spread(positions, open(name).differences()), countOf);
+    const order = Uint32Array.from(open('order-0').differences());
+    return {
+        ...facts,
+        primitives,
+        batches: makeBatches(primitives, spreadCorners),
+        corners: spreadCorners,
+        order,
+        drawings: readDrawings(facts, open, order),
+        splitOff: new Set(open('split-off').differences()),
+        border: edges('border', ({border}) => border),
+        nonManifold: edges('non-manifold', ({nonManifold}) => nonManifold),
+    };
 }
 
 const number = new Intl.NumberFormat('en');
@@ -102,22 +300,33 @@ function counted(count, noun) {
 }
 
 export function partName(part) {
-    return part.kind === 2 ? kinds[2] : `${kinds[part.kind]} ${format(part.number)}`;
+    return part.kind === leftOver ? kinds[leftOver] : `${kinds[part.kind]} ${format(part.number)}`;
 }
 
-// The description of a part, and of one of its triangles if one is given.
-export function describe(model, index, triangle = -1) {
-    const part = model.parts[index];
+// What a view of a drawing is called.
+export function drawingName(drawing) {
+    if (drawing.parts === null) {
+        return 'Before: the order of the input';
+    }
+    const [strips, fans] = [0, 1].map((kind) => drawing.parts.filter((part) => part.kind === kind).length);
+    const texts = [counted(strips, 'strip'), ...(fans > 0 ? [counted(fans, 'fan')] : [])];
+    return `${drawing.name === 'Strips' ? 'After' : drawing.name}: ${texts.join(', ')}`;
+}
+
+// The description of a part of a drawing, and of one of its triangles if one is given.
+export function describe(model, drawing, index, triangle = -1) {
+    const part = drawing.parts[index];
     const texts = [partName(part), counted(part.triangles, 'triangle')];
     if (part.kind === 0) {
         texts.push(counted(part.swaps, 'swap'));
     }
     texts.push(part.indices === 1 ? '1 index' : `${format(part.indices)} indices`);
     if (model.primitives.length > 1) {
-        texts.push(model.primitives[part.primitive]);
+        texts.push(model.primitives[part.primitive].name);
     }
     if (triangle >= 0) {
-        texts.push(`triangle ${format(triangle - part.first + 1)} of it, ${format(model.order[triangle] + 1)} of the input`);
+        const rank = drawing.ranks[triangle] - part.first;
+        texts.push(`triangle ${format(rank + 1)} of it, ${format(model.order[triangle] + 1)} of the input`);
         if (model.splitOff.has(triangle)) {
             texts.push('split off by the half-edge graph');
         }

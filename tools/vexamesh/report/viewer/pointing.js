@@ -1,5 +1,5 @@
 // Which part is pointed at, or chosen with the keys, and what the page says of it.
-import {describe, partOf} from './model.js';
+import {describe} from './model.js';
 
 const tip = document.getElementById('tip');
 const info = document.getElementById('info');
@@ -9,14 +9,17 @@ export class Selection {
     constructor(viewer) {
         this.viewer = viewer;
         this.index = -1;
+        this.drawing = null;
     }
 
-    show(index, triangle = -1) {
+    show(index, triangle = -1, drawing = this.viewer.stripDrawing) {
         const {model, state} = this.viewer;
-        const isOther = index !== this.index;
+        const isOther = index !== this.index || drawing !== this.drawing;
         this.index = index;
-        state.selected = index < 0 ? null : model.parts[index];
-        const [name, ...rest] = index < 0 ? [hint] : describe(model, index, triangle);
+        this.drawing = drawing;
+        state.selected = index < 0 ? null : drawing.parts[index];
+        state.selectedIn = drawing;
+        const [name, ...rest] = index < 0 ? [hint] : describe(model, drawing, index, triangle);
         info.replaceChildren(name);
         if (index >= 0) {
             const strong = document.createElement('strong');
@@ -30,15 +33,16 @@ export class Selection {
     }
 
     step(by) {
-        const {length} = this.viewer.model.parts;
+        const drawing = this.viewer.stripDrawing;
+        const {length} = drawing.parts;
         const from = this.index < 0 && by < 0 ? 0 : this.index;
         this.hideTip();
-        this.show((from + by + length) % length);
+        this.show((from + by + length) % length, -1, drawing);
     }
 
     // Beside the pointer, within the picture.
     showTip(x, y, triangle) {
-        const [name, ...rest] = describe(this.viewer.model, this.index, triangle);
+        const [name, ...rest] = describe(this.viewer.model, this.drawing, this.index, triangle);
         const strong = document.createElement('strong');
         strong.textContent = name;
         tip.replaceChildren(strong, document.createElement('br'), rest.slice(0, 2).join(' · '));
@@ -76,7 +80,9 @@ export function listenToPointer(viewer) {
         if (triangle < 0) {
             selection.clear();
         } else {
-            selection.show(partOf(viewer.model, triangle), triangle);
+            // The order of the input has no parts of its own.
+            const drawing = view.drawing.parts === null ? viewer.stripDrawing : view.drawing;
+            selection.show(drawing.partOf(triangle), triangle, drawing);
             selection.showTip(x, y, triangle);
         }
     };

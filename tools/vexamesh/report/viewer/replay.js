@@ -1,5 +1,5 @@
 // Draws the first triangles only: the strips in the order in which they were built, the input in its own.
-import {format, partName, partOf} from './model.js';
+import {format, partName} from './model.js';
 
 const seconds = 12;
 
@@ -23,7 +23,9 @@ export class Replay {
         const {model, state} = this.viewer;
         state.count = Math.min(Math.max(Math.round(count), 0), model.shown);
         this.slider.value = state.count;
-        const part = state.count > 0 && state.count < model.shown ? model.parts[partOf(model, state.count - 1)] : null;
+        const {stripDrawing} = this.viewer;
+        const isPartial = state.count > 0 && state.count < model.shown;
+        const part = isPartial ? stripDrawing.parts[stripDrawing.partAt(state.count - 1)] : null;
         this.text.textContent = `${format(state.count)} of ${format(model.shown)}${part ? ` · ${partName(part)}` : ''}`;
         this.slider.setAttribute('aria-valuetext', this.text.textContent);
         this.viewer.redraw();
@@ -37,10 +39,15 @@ export class Replay {
     toggle() {
         if (this.frame) {
             this.stop();
-            return;
+        } else {
+            const {model, state} = this.viewer;
+            this.play(state.count === model.shown ? 0 : state.count);
         }
-        const {model, state} = this.viewer;
-        const from = state.count === model.shown ? 0 : state.count;
+    }
+
+    // Draws more and more triangles; `onEnd` is called when all are drawn, or when something else stops it.
+    play(from, onEnd = () => {}) {
+        const {model} = this.viewer;
         const begin = performance.now();
         const advance = (now) => {
             const count = from + ((now - begin) / 1000 / seconds) * model.shown;
@@ -51,6 +58,8 @@ export class Replay {
                 this.stop();
             }
         };
+        this.stop();
+        this.onEnd = onEnd;
         this.button.setAttribute('aria-pressed', 'true');
         this.button.textContent = 'Pause';
         this.frame = requestAnimationFrame(advance);
@@ -61,5 +70,8 @@ export class Replay {
         this.frame = undefined;
         this.button.setAttribute('aria-pressed', 'false');
         this.button.textContent = 'Replay';
+        const {onEnd} = this;
+        this.onEnd = undefined;
+        onEnd?.();
     }
 }

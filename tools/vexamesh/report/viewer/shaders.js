@@ -1,5 +1,6 @@
 // Triangles in flat colours. The number of a triangle is that of its first corner, divided by three: corners are not
-// shared, so that no attribute is needed for it, nor for the distance from its sides.
+// shared, so that no attribute is needed for it, nor for the distance from its sides. A texture holds its place in the
+// drawing in which a part is selected.
 import {GLSL3, ShaderMaterial} from 'three';
 
 const vertex = `
@@ -9,7 +10,12 @@ out vec3 vSeen;
 out vec3 vCorner;
 flat out int vTriangle;
 void main() {
+    // Batches with one place are in the coordinates of the scene.
+#ifdef USE_INSTANCING
+    vec4 seen = modelViewMatrix * instanceMatrix * vec4(position, 1.0);
+#else
     vec4 seen = modelViewMatrix * vec4(position, 1.0);
+#endif
     int corner = gl_VertexID % 3;
     vTriangle = gl_VertexID / 3;
     vCorner = vec3(corner == 0, corner == 1, corner == 2);
@@ -21,6 +27,7 @@ void main() {
 const surface = `
 uniform float wireframe;
 uniform ivec2 selected;
+uniform highp usampler2D ranks;
 in vec3 vTint;
 in vec3 vSeen;
 in vec3 vCorner;
@@ -31,7 +38,9 @@ void main() {
     float light = 0.66 + 0.34 * abs(normal.z) + 0.07 * normal.y - 0.04 * normal.x;
     vec3 colour = vTint * light;
     if (selected.y > 0) {
-        bool isSelected = vTriangle >= selected.x && vTriangle < selected.x + selected.y;
+        int width = textureSize(ranks, 0).x;
+        int rank = int(texelFetch(ranks, ivec2(vTriangle % width, vTriangle / width), 0).x);
+        bool isSelected = rank >= selected.x && rank < selected.x + selected.y;
         float grey = dot(colour, vec3(0.3, 0.59, 0.11));
         colour = isSelected ? colour * 1.06 : mix(colour, vec3(mix(grey, 0.62, 0.55)), 0.72);
     }
@@ -55,7 +64,7 @@ export function surfaceMaterial() {
     return new ShaderMaterial({
         ...shared,
         fragmentShader: surface,
-        uniforms: {wireframe: {value: 0}, selected: {value: [0, 0]}},
+        uniforms: {wireframe: {value: 0}, selected: {value: [0, 0]}, ranks: {value: null}},
         // Lines on edges stay in front of the triangles that they belong to.
         polygonOffset: true,
         polygonOffsetFactor: 1,

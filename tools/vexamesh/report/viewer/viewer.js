@@ -2,12 +2,13 @@
 import {MOUSE, TOUCH} from 'three';
 import {OrbitControls} from 'three/addons/controls/OrbitControls.js';
 import {boundsOf, Eye, layout} from './camera.js';
-import {lengthColours, orderColours, stripColours} from './colours.js';
+import {drawingColours, levelFor} from './colours.js';
 import {GpuPainter} from './gpu.js';
 import {listenToKeys} from './keyboard.js';
-import {readModel} from './model.js';
+import {drawingName, readModel} from './model.js';
 import {listenToPointer, Selection} from './pointing.js';
 import {Replay} from './replay.js';
+import {canSaveReplay, savePicture, saveReplay} from './save.js';
 import {SoftwarePainter} from './software.js';
 
 // Without WebGL more triangles than these take too long to follow the pointer.
@@ -22,21 +23,30 @@ function hasGpu() {
 }
 
 class Viewer {
-    constructor() {
-        this.model = readModel();
+    constructor(model) {
+        this.model = model;
         this.canvas = element('canvas');
-        this.state = {count: this.model.shown, wireframe: false, edges: true, lengths: false, selected: null};
-        this.isSideBySide = true;
-        const colours = {after: stripColours(this.model), before: orderColours(this.model)};
+        this.state = {count: model.shown, wireframe: false, edges: true, selected: null, selectedIn: null};
+        this.look = {lengths: false, level: -1};
+        // What the left and the right view draw; the first drawing is the input.
+        this.shown = [model.drawings[0], model.drawings[1]];
+        // Where the left view ends and the right one begins, as a share of the width, if both are in the same place.
+        this.wipe = null;
         const isGpu = hasGpu();
-        this.painter = new (isGpu ? GpuPainter : SoftwarePainter)(this.canvas, this.model, colours);
-        this.isStill = !isGpu && this.model.shown > mostTurnedWithoutGpu;
+        this.painter = new (isGpu ? GpuPainter : SoftwarePainter)(this.canvas, model);
+        this.drawnTriangles = model.batches.reduce((sum, {count, places}) => sum + count * (places?.length ?? 1), 0);
+        this.isStill = !isGpu && this.drawnTriangles > mostTurnedWithoutGpu;
         if (!isGpu) {
             this.explainMissingGpu();
         }
-        this.eye = new Eye(boundsOf(this.model.corners));
+        this.eye = new Eye(boundsOf(model), model.home);
         this.resize();
         this.reset();
+    }
+
+    // The strips that keys step through and the replay names: those on the right, unless that is the input.
+    get stripDrawing() {
+        return [...this.shown].reverse().find(({parts}) => parts !== null) ?? this.model.drawings[1];
     }
 
     explainMissingGpu() {
@@ -64,9 +74,14 @@ class Viewer {
             edges: () => this.toggle('edges'),
             lengths: () => this.toggleLengths(),
             reset: () => this.reset(),
+            'save-picture': () => savePicture(this),
+            'save-replay': () => this.saveReplay(),
         })) {
             element(id).addEventListener('click', action);
         }
+        element('save-replay').hidden = !canSaveReplay || this.isStill;
+        element('wipe').addEventListener('input', ({target}) => this.setWipe(target.value / target.max));
+        this.offerDrawings();
         new ResizeObserver(() => this.resize()).observe(element('stage'));
         this.followStyle();
         this.drawNow();
@@ -96,11 +111,28 @@ class Viewer {
     }
 
     get views() {
-        return layout(this.width, this.height, this.isSideBySide);
+        return layout(this.width, this.height, this.shown, this.wipe);
     }
 
     viewAt(x, y) {
-        return this.views.find((view) => x >= view.x && x < view.x + view.width && y >= view.y && y < view.y + view.height);
+        return this.views.find(({clip, y: top, height}) => x >= clip.x && x < clip.x + clip.width && y >= top && y < top + height);
+    }
+
+    // If there are several strips to compare, lets each view show any of them.
+    offerDrawings() {
+        element('compared').hidden = this.model.drawings.length < 3;
+        ['left', 'right'].forEach((side, i) => {
+            const select = element(side);
+            select.replaceChildren(...this.model.drawings.map((drawing) => new Option(drawingName(drawing))));
+            select.selectedIndex = i;
+            select.addEventListener('change', () => {
+                this.selection.clear();
+                this.shown[i] = this.model.drawings[select.selectedIndex];
+                this.tint();
+                this.placeLabels();
+                this.redraw();
+            });
+        });
     }
 
     resize() {
@@ -114,11 +146,16 @@ class Viewer {
     }
 
     placeLabels() {
-        element('label-before').hidden = !this.isSideBySide;
-        for (const view of this.views) {
-            Object.assign(element(`label-${view.name}`).style, {left: `${view.x}px`, top: `${view.y}px`});
+        const views = this.views;
+        for (const {name, drawing, x, y} of views) {
+            const label = element(`label-${name}`);
+            label.textContent = drawingName(drawing);
+            const isAtRight = this.wipe !== null && name === 'right';
+            Object.assign(label.style, {left: isAtRight ? 'auto' : `${x}px`, right: isAtRight ? '0' : 'auto', top: `${y}px`});
         }
-        element('stage').dataset.layout = this.views.length === 1 ? 'one' : this.views[1].x > 0 ? 'beside' : 'below';
+        const stage = element('stage');
+        stage.dataset.layout = this.wipe !== null ? 'wipe' : views[1].x > 0 ? 'beside' : 'below';
+        stage.style.setProperty('--wipe', `${100 * (this.wipe ?? 0.5)}%`);
     }
 
     toggle(name) {
@@ -128,17 +165,60 @@ class Viewer {
     }
 
     toggleLengths() {
-        this.toggle('lengths');
-        this.painter.tint((this.state.lengths ? lengthColours : stripColours)(this.model));
-        element('legend-strips').hidden = this.state.lengths;
-        element('legend-lengths').hidden = !this.state.lengths;
+        this.look.lengths = !this.look.lengths;
+        element('lengths').setAttribute('aria-pressed', this.look.lengths);
+        this.tint();
+        element('legend-strips').hidden = this.look.lengths;
+        element('legend-lengths').hidden = !this.look.lengths;
+        this.redraw();
     }
 
     toggleSideBySide() {
-        this.isSideBySide = !this.isSideBySide;
-        element('side').setAttribute('aria-pressed', this.isSideBySide);
+        this.setWipe(this.wipe === null ? Number(element('wipe').value) / Number(element('wipe').max) : null);
+    }
+
+    moveWipe(by) {
+        if (this.wipe !== null) {
+            this.setWipe(Math.min(Math.max(this.wipe + by, 0), 1));
+        }
+    }
+
+    // A share of the width, or null for two views.
+    setWipe(wipe) {
+        this.wipe = wipe;
+        const slider = element('wipe');
+        slider.hidden = wipe === null;
+        slider.value = (wipe ?? 0.5) * slider.max;
+        element('side').setAttribute('aria-pressed', wipe === null);
         this.placeLabels();
         this.redraw();
+    }
+
+    saveReplay() {
+        if (this.onDrawn) {
+            this.replay.stop();
+        } else {
+            saveReplay(this, element('save-replay'));
+        }
+    }
+
+    tint() {
+        for (const drawing of new Set(this.shown)) {
+            this.painter.tint(drawing, drawingColours(this.model, drawing, this.look));
+        }
+    }
+
+    // Where strips are too small to be told apart, groups of them share a colour.
+    chooseLevel() {
+        const level = levelFor(this.model, this.stripDrawing, this.eye.pixelsPerTriangle(this.views[0], this.drawnTriangles));
+        if (level !== this.look.level) {
+            this.look.level = level;
+            this.canvas.dataset.level = level;
+            element('legend-text').textContent = level === 0
+                ? 'a strip or a fan, neighbours in different colours'
+                : 'a group of neighbouring strips; closer, each strip has a colour';
+            this.tint();
+        }
     }
 
     reset() {
@@ -154,10 +234,18 @@ class Viewer {
     drawNow() {
         cancelAnimationFrame(this.pending);
         this.pending = undefined;
+        this.chooseLevel();
         this.painter.draw(this.eye, this.views, this.state);
+        this.onDrawn?.();
     }
 }
 
-export function startViewer() {
-    new Viewer().start();
+export async function startViewer() {
+    if (typeof DecompressionStream === 'undefined') {
+        const note = element('still-note');
+        note.textContent = 'This browser is too old to unpack the picture.';
+        note.hidden = false;
+        return;
+    }
+    new Viewer(await readModel()).start();
 }
