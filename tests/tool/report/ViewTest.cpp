@@ -27,7 +27,9 @@ Picture pictureOf(const std::vector<unsigned int>& triangles, const std::vector<
 const std::vector<float> corners{0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
 
 TEST(HomeDirection, IsInFrontAndAboveForClosedModels) {
-    const glm::dvec3 direction = homeDirection(pictureOf({0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3}, corners));
+    const std::vector<float> octahedron{1, 0, 0, 0, 1, 0, 0, 0, 1, -1, 0, 0, 0, -1, 0, 0, 0, -1};
+    const glm::dvec3 direction =
+        homeDirection(pictureOf({0, 1, 2, 1, 3, 2, 3, 4, 2, 4, 0, 2, 1, 0, 5, 3, 1, 5, 4, 3, 5, 0, 4, 5}, octahedron));
     EXPECT_GT(direction.z, 0.7);
     EXPECT_GT(direction.y, 0);
     EXPECT_NEAR(glm::length(direction), 1, 1e-12);
@@ -37,6 +39,22 @@ TEST(HomeDirection, IsWhereAnOpenSurfaceShowsItsFront) {
     EXPECT_GT(homeDirection(pictureOf({0, 1, 2}, corners)).z, 0);
     EXPECT_LT(homeDirection(pictureOf({0, 2, 1}, corners)).z, 0);
     EXPECT_LT(homeDirection(pictureOf({0, 1, 3}, corners)).y, 0) << "a surface that faces down";
+}
+
+TEST(HomeDirection, IsOnTheSideOfTheDetails) {
+    // A closed model from z = -1 to z = 1, with nine more triangles at one end.
+    const auto directionFor = [](float end) {
+        std::vector<float> positions{-1, 0, -end, 1, 0, -end, 0, 1, -end, 0, 0, end};
+        std::vector<unsigned int> triangles{0, 2, 1, 0, 1, 3, 0, 3, 2, 1, 2, 3};
+        for (unsigned int i = 0; i < 9; ++i) {
+            positions.insert(positions.end(), {0, 0.01F * static_cast<float>(i), end});
+            triangles.insert(triangles.end(), {3, 4 + i, 4 + (i + 1) % 9});
+        }
+        return homeDirection(pictureOf(triangles, positions));
+    };
+    EXPECT_GT(directionFor(1).z, 0.7);
+    EXPECT_LT(directionFor(-1).z, -0.7);
+    EXPECT_GT(directionFor(-1).y, 0);
 }
 
 TEST(HomeDirection, IsTheUsualOneWithoutAnyArea) {

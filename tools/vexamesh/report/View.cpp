@@ -1,8 +1,12 @@
 #include "report/View.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <glm/common.hpp>
 #include <glm/geometric.hpp>
+#include <limits>
 
 namespace vexa::tool {
 
@@ -12,7 +16,7 @@ namespace {
 /// models; 0.5 if there is no area.
 class FrontShare {
 public:
-    explicit FrontShare(const glm::dvec3& direction) : direction_(direction) {}
+    explicit FrontShare(const glm::dvec3& direction) : direction_(glm::normalize(direction)) {}
 
     void add(const glm::dvec3& normal) {
         const double area = glm::dot(normal, direction_);
@@ -28,27 +32,53 @@ private:
     double all_ = 0;
 };
 
+/// On which side of a model its triangles are small and many.
+class DetailSide {
+public:
+    void add(const glm::dvec3* corners) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            low_ = glm::min(low_, corners[c]);
+            high_ = glm::max(high_, corners[c]);
+            sum_ += corners[c];
+            ++count_;
+        }
+    }
+    /// From the middle of the model to the mean of its corners, as a share of its extent.
+    [[nodiscard]] glm::dvec3 offset() const {
+        const glm::dvec3 size = high_ - low_;
+        const double extent = std::max({size.x, size.y, size.z});
+        const glm::dvec3 offset = sum_ / static_cast<double>(count_) - 0.5 * (low_ + high_);
+        return extent > 0 && std::isfinite(extent) ? offset / extent : glm::dvec3(0);
+    }
+
+private:
+    glm::dvec3 low_ = glm::dvec3(std::numeric_limits<double>::max());
+    glm::dvec3 high_ = glm::dvec3(std::numeric_limits<double>::lowest());
+    glm::dvec3 sum_ = glm::dvec3(0);
+    std::size_t count_ = 0;
+};
+
 } // namespace
 
 glm::dvec3 homeDirection(const Picture& picture) {
-    // How much more of the front another direction must show. The first one is where glTF has the front.
-    constexpr double clearly = 0.1;
-    const auto from = [](double x, double y, double z) { return FrontShare(glm::normalize(glm::dvec3(x, y, z))); };
-    std::array shares{from(0.62, 0.42, 1),  from(-0.62, 0.42, 1),  from(1, 0.42, -0.62),
-                      from(-1, 0.42, 0.62), from(-0.62, 0.42, -1), from(0.62, -0.42, 1)};
+    // How much better than the first direction, which is where glTF has the front, another one must be.
+    constexpr double clearly = 0.06;
+    std::array shares{FrontShare({0.62, 0.42, 1}), FrontShare({-0.62, 0.42, 1}), FrontShare({0.62, 0.42, -1}),
+                      FrontShare({-0.62, 0.42, -1}), FrontShare({0.62, -0.42, 1})};
+    DetailSide detail;
     forEachDrawnTriangle(picture, [&](std::size_t, const glm::dvec3* corners) {
         const glm::dvec3 normal = glm::cross(corners[1] - corners[0], corners[2] - corners[0]);
         for (FrontShare& share : shares) {
             share.add(normal);
         }
+        detail.add(corners);
     });
-    const FrontShare* best = &shares[0];
-    for (const FrontShare& share : shares) {
-        if (share.value() > best->value() + clearly) {
-            best = &share;
-        }
-    }
-    return best->direction();
+    // Faces have more triangles than backs.
+    const glm::dvec3 level = detail.offset() * glm::dvec3(1, 0, 1);
+    const auto merit = [&](const FrontShare& share) { return share.value() + glm::dot(level, share.direction()); };
+    const FrontShare* const best = std::max_element(
+        shares.begin(), shares.end(), [&](const FrontShare& a, const FrontShare& b) { return merit(a) < merit(b); });
+    return merit(*best) > merit(shares.front()) + clearly ? best->direction() : shares.front().direction();
 }
 
 } // namespace vexa::tool

@@ -8,7 +8,8 @@
 namespace vexa::tool {
 
 /// The direction in which a picture's first view looks from, as seen from the model's centre: from the front right and
-/// above, unless the model then shows mostly the back of its triangles, as open surfaces may.
+/// above, unless the model then shows mostly the back of its triangles, as open surfaces may, or has its details on
+/// another side, as models do whose front is not where glTF has it.
 ///
 /// \return of length 1
 glm::dvec3 homeDirection(const Picture& picture);
