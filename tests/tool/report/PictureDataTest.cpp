@@ -2,6 +2,8 @@
 
 #include "report/PictureData.h"
 
+#include "support/Pictures.h"
+
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,14 +48,7 @@ std::vector<std::int64_t> signedNumbers(const Bytes& bytes) {
 
 PictureData dataOf(const std::vector<unsigned int>& triangles, const std::vector<mesh::IndexedPrimitive>& parts,
                    const std::vector<float>& positions) {
-    PictureBuilder builder;
-    builder.add({"mesh",
-                 triangles,
-                 {{"Strips", parts}},
-                 std::vector<bool>(triangles.size() / 3),
-                 sortedEdges(triangles),
-                 positions});
-    return encodePicture(builder.finish());
+    return encodePicture(tool_test::pictureOf(triangles, parts, positions));
 }
 
 const std::vector<unsigned int> square{0, 1, 2, 2, 1, 3};

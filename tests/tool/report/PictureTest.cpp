@@ -2,6 +2,8 @@
 
 #include "report/Picture.h"
 
+#include "support/Pictures.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -33,14 +35,7 @@ Picture pictureOf(const std::vector<unsigned int>& triangles, const std::vector<
     for (unsigned int i = 0; i <= *std::max_element(triangles.begin(), triangles.end()); ++i) {
         positions.insert(positions.end(), {static_cast<float>(i), 0, 0});
     }
-    PictureBuilder builder(most);
-    builder.add({"mesh",
-                 triangles,
-                 {{"Strips", parts}},
-                 std::vector<bool>(triangles.size() / 3),
-                 sortedEdges(triangles),
-                 positions});
-    return builder.finish();
+    return tool_test::pictureOf(triangles, parts, positions, most);
 }
 
 Picture gridPicture(const mesh::StripOptions& options = {}, std::size_t most = PictureBuilder::maxTriangles) {

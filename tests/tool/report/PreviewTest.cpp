@@ -3,6 +3,7 @@
 #include "report/Preview.h"
 
 #include "report/View.h"
+#include "support/Pictures.h"
 
 #include <gtest/gtest.h>
 #include <png.h>
@@ -33,13 +34,11 @@ Image decode(const Bytes& file) {
     return image;
 }
 
-/// Two squares beside one another, the right one further back and hidden by the left one's size.
+/// The preview of two triangles, each a strip, from the front.
 Image previewOf(const std::vector<unsigned int>& triangles, const std::vector<float>& positions) {
     const std::vector<mesh::IndexedPrimitive> parts{{mesh::TRIANGLE_STRIP, {triangles[0], triangles[1], triangles[2]}},
                                                     {mesh::TRIANGLE_STRIP, {triangles[3], triangles[4], triangles[5]}}};
-    PictureBuilder builder;
-    builder.add({"mesh", triangles, {{"Strips", parts}}, {false, false}, sortedEdges(triangles), positions});
-    return decode(drawPreview(builder.finish(), glm::dvec3(0, 0, 1)));
+    return decode(drawPreview(tool_test::pictureOf(triangles, parts, positions), glm::dvec3(0, 0, 1)));
 }
 
 constexpr std::array<int, 3> background{0xf4, 0xf5, 0xf7};

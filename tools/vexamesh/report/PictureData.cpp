@@ -1,7 +1,5 @@
 #include "report/PictureData.h"
 
-#include "base/Errors.h"
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -66,7 +64,8 @@ struct Grid {
     [[nodiscard]] Point round(const float* position) const {
         Point point{};
         for (std::size_t c = 0; c < 3; ++c) {
-            point[c] = step == 0 ? 0 : std::llround((double{position[c]} - origin[c]) / step);
+            const double coordinate = position[c];
+            point[c] = step == 0 ? 0 : std::llround((coordinate - origin[c]) / step);
         }
         return point;
     }
