@@ -84,6 +84,7 @@ class Viewer {
         this.offerDrawings();
         new ResizeObserver(() => this.resize()).observe(element('stage'));
         this.followStyle();
+        this.isStarted = true;
         this.drawNow();
         this.canvas.dataset.ready = 'true';
     }
@@ -141,7 +142,9 @@ class Viewer {
             [this.width, this.height] = [clientWidth, clientHeight];
             this.painter.resize(clientWidth, clientHeight);
             this.placeLabels();
-            this.drawNow();
+            if (this.isStarted) {
+                this.drawNow();
+            }
         }
     }
 
@@ -228,6 +231,9 @@ class Viewer {
     }
 
     redraw() {
+        if (!this.isStarted) {
+            return;
+        }
         this.pending ??= requestAnimationFrame(() => this.drawNow());
     }
 
