@@ -13,15 +13,24 @@ export CCACHE_NOHASHDIR ?= 1
 export CCACHE_SLOPPINESS ?= pch_defines,time_macros,include_file_mtime,include_file_ctime
 endif
 
+# The Python package in build/python-bench/python.
+define BUILD_PYTHON_BENCH
+cmake -G Ninja -S . -B build/python-bench -D CMAKE_BUILD_TYPE=Release -D BUILD_SHARED_LIBS=OFF -D VEXA_LOGGING=OFF \
+    -D VEXA_BUILD_TOOL=OFF -D VEXA_BUILD_TESTS=OFF -D VEXA_BUILD_EXAMPLES=OFF -D VEXA_BUILD_PYTHON=ON \
+    -D Python_EXECUTABLE=$(PYTHON)
+cmake --build build/python-bench -j $(JOBS) --target vexameshPython stripOnce
+cp python/vexamesh/*.py build/python-bench/python/vexamesh
+endef
+
 INSTALL_DEPENDENCIES = @sh cmake/install-dependencies.sh
 BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench bench-compare bench-python fuzz reliability python docs format lint install dist clean
+.PHONY: help deps demo test bench bench-compare bench-python bench-collection fuzz reliability python docs format lint install dist clean
 
 help: ## list these commands
-	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-13s %s\n", $$1, $$2 }' Makefile
+	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-17s %s\n", $$1, $$2 }' Makefile
 
 deps: ## install every package that the project needs (cmake/dependencies.txt)
 	$(INSTALL_DEPENDENCIES)
@@ -69,16 +78,20 @@ python: ## build the Python package: a wheel in build/python
 	$(INSTALL_DEPENDENCIES) library python
 	$(PYTHON) -m pip wheel --no-index --no-build-isolation --no-deps --wheel-dir build/python .
 
-bench-python: ## time the Python package alongside C++ and NumPy
+bench-python: ## time the Python package alongside C++, meshoptimizer and NumPy
 	$(INSTALL_DEPENDENCIES) library python bench
 	sh bench/models/fetch.sh build/bench/models
-	cmake -G Ninja -S . -B build/python-bench -D CMAKE_BUILD_TYPE=Release -D BUILD_SHARED_LIBS=OFF -D VEXA_LOGGING=OFF \
-	    -D VEXA_BUILD_TOOL=OFF -D VEXA_BUILD_TESTS=OFF -D VEXA_BUILD_EXAMPLES=OFF -D VEXA_BUILD_PYTHON=ON \
-	    -D Python_EXECUTABLE=$(PYTHON)
-	cmake --build build/python-bench -j $(JOBS) --target vexameshPython stripOnce
-	cp python/vexamesh/*.py build/python-bench/python/vexamesh
+	$(BUILD_PYTHON_BENCH)
 	PYTHONPATH=build/python-bench/python $(PYTHON) python/bench/compare.py build/python-bench/python/stripOnce \
 	    build/bench/models/dragon.off
+
+bench-collection: ## time what collections of files cost on a cluster, apart from the search (FILES, 20000)
+	$(INSTALL_DEPENDENCIES) library tool python tests
+	cmake --preset release -D VEXA_BUILD_TESTS=OFF
+	cmake --build --preset release -j $(JOBS) --target vexamesh
+	$(BUILD_PYTHON_BENCH)
+	VEXAMESH_TOOL=build/release/tools/vexamesh/vexamesh PYTHONPATH=build/python-bench/python \
+	    $(PYTHON) python/bench/collection.py $(FILES)
 
 docs: ## generate the reference of the public headers in build/docs/html
 	$(INSTALL_DEPENDENCIES) docs

@@ -103,7 +103,7 @@ def test_wrong_collections_are_refused_before_anything_is_written(client, collec
         strip_collection([models / "00.obj", tmp_path / "00.obj"], out, client)
     with pytest.raises(ValueError, match="no file that matches"):
         strip_collection([models / "*.stl"], out, client)
-    with pytest.raises(ValueError, match=".jsonl or .parquet"):
+    with pytest.raises(ValueError, match="the table is a .jsonl file"):
         strip_collection(models, out, client, table=tmp_path / "table.csv")
     assert not out.exists()
     io.strip_file(models / "00.obj", tmp_path / "own.glb")

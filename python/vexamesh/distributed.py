@@ -49,13 +49,13 @@ def strip_collection(
     :param skip_existing: leave out files whose outputs are there
     :param retries: how often a task is done again after its worker was lost
     :param on_file: called in this process with the row of each file as it ends, in the order of ending
-    :param table: also write the rows to this file: .jsonl, one JSON object a line; or .parquet, which needs pyarrow
+    :param table: also write the rows to this .jsonl file, one JSON object a line
     :param options: those of :func:`vexamesh.io.strip_file`
     :return: a row for each file, in the order of the inputs: ``input``, ``output``, ``status`` ("done", "skipped" or
         "failed"), ``error`` and, of those done, ``triangles``, ``indices_before``, ``indices_after``, ``bytes_before``,
         ``bytes_after``, ``left_out`` and ``worker``
     :raise ValueError: two inputs would have the same output, an input would be its own output, a pattern matches no
-        file, or the table is of another type; nothing has been written then
+        file, or the table is another kind of file; nothing has been written then
     """
     files = _find_files(inputs)
     directory = Path(output_directory)
@@ -197,24 +197,12 @@ def _table_writer(table: Optional[io.PathLike]) -> Callable[[List[Row]], None]:
     if table is None:
         return lambda rows: None
     path = Path(table)
-    partial = path.with_name(path.name + ".part")
-    if path.suffix == ".jsonl":
+    if path.suffix != ".jsonl":
+        raise ValueError(f"{path}: the table is a .jsonl file")
 
-        def write(rows: List[Row]) -> None:
-            partial.write_text("".join(json.dumps(row) + "\n" for row in rows), encoding="utf-8")
-            partial.replace(path)
+    def write(rows: List[Row]) -> None:
+        partial = path.with_name(path.name + ".part")
+        partial.write_text("".join(json.dumps(row) + "\n" for row in rows), encoding="utf-8")
+        partial.replace(path)
 
-    elif path.suffix == ".parquet":
-        try:
-            import pyarrow
-            import pyarrow.parquet
-        except ImportError:
-            raise ValueError(f"{path}: Parquet needs the package pyarrow; install it, or name a .jsonl file") from None
-
-        def write(rows: List[Row]) -> None:
-            pyarrow.parquet.write_table(pyarrow.Table.from_pylist(rows), partial)
-            partial.replace(path)
-
-    else:
-        raise ValueError(f"{path}: the table is a .jsonl or .parquet file")
     return write
