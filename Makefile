@@ -27,7 +27,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench bench-compare bench-python bench-collection fuzz reliability python docs format lint install dist clean
+.PHONY: help deps demo test bench bench-compare bench-python bench-collection fuzz reliability python npm docs format lint install dist packages packages-check clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-17s %s\n", $$1, $$2 }' Makefile
@@ -93,6 +93,10 @@ bench-collection: ## time what collections of files cost on a cluster, apart fro
 	VEXAMESH_TOOL=build/release/tools/vexamesh/vexamesh PYTHONPATH=build/python-bench/python \
 	    $(PYTHON) python/bench/collection.py $(FILES)
 
+npm: ## build the npm package: an archive in build/npm-package
+	$(INSTALL_DEPENDENCIES) library npm
+	JOBS=$(JOBS) sh npm/build.sh build/npm-package
+
 docs: ## generate the reference of the public headers in build/docs/html
 	$(INSTALL_DEPENDENCIES) docs
 	@mkdir -p build
@@ -118,6 +122,15 @@ dist: ## write a source archive that builds offline to build/dist
 	cmake --preset install
 	cmake --build --preset install --target vexameshReportScript
 	sh cmake/dist.sh build/install/tools/vexamesh/report/web/out build/dist
+
+packages: dist ## build the Debian packages from the source archive, check and try them out: build/packages
+	$(INSTALL_DEPENDENCIES) library tool python packages
+	sh packaging/debian/build.sh build/dist/vexamesh-*.tar.gz build/packages
+	sh packaging/debian/tryOut.sh build/packages build/packages/tried
+
+packages-check: ## install the packages in a clean Debian, use and remove them; needs root and fetches that Debian
+	$(INSTALL_DEPENDENCIES) packages
+	sh packaging/debian/check.sh build/packages build/packages-check || [ $$? = 77 ]
 
 clean: ## remove the build directory
 	rm -rf build

@@ -4,7 +4,8 @@
 set -eu
 outside=$(dirname "$0")/outside
 build=$1/pkg-config$(basename "$2")
-export PKG_CONFIG_PATH="$2/lib/pkgconfig"
+PKG_CONFIG_PATH=$2/lib/pkgconfig:$2/lib/$("$CXX" -print-multiarch)/pkgconfig
+export PKG_CONFIG_PATH
 shift 2
 
 mkdir -p "$build"
