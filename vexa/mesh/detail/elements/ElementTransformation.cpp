@@ -12,7 +12,12 @@
 #include <memory>
 #include <optional>
 #include <typeinfo>
+
+#ifdef __SSE2__
 #include <xmmintrin.h>
+#else
+#include <cfenv>
+#endif
 
 namespace vexa::mesh::detail {
 
@@ -103,7 +108,11 @@ void changeElements(const InterleavedElements& elements, unsigned long begin, un
 
 /// The kernels that pack normals round once where the scalar functions round twice, which is the same only to nearest.
 bool roundsToNearest() {
-    return _MM_GET_ROUNDING_MODE() == _MM_ROUND_NEAREST;
+#ifdef __SSE2__
+    return _MM_GET_ROUNDING_MODE() == _MM_ROUND_NEAREST; // std::fegetround may ask another unit of an x86
+#else
+    return std::fegetround() == FE_TONEAREST;
+#endif
 }
 
 bool transformPairsInBulk(const PackedElements& source, const PackedElements& target, unsigned long count,
