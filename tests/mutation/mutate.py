@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Breaks the library's sources, one small change at a time, and checks that a test fails.
 
-usage: mutate.py [--count N] [--seed N] [--only REGEX] [--build DIRECTORY]
+usage: mutate.py [--count N] [--seed N] [--only REGEX] [--build DIRECTORY] [--recorded]
 
 Each change (a mutant) is compiled into a copy of the tree, then the library's suites run, quick tests first. Mutants are
 drawn at random with a fixed seed. Results are appended to DIRECTORY/results.jsonl, so that an interrupted run continues
@@ -235,6 +235,7 @@ def main():
     parser.add_argument('--only', default='', help='of sources whose name matches')
     parser.add_argument('--jobs', type=int, default=2)
     parser.add_argument('--build', type=Path, default=ROOT / 'build/mutation')
+    parser.add_argument('--recorded', action='store_true', help='print the figure of what ran so far')
     parser.add_argument('--list', action='store_true', help='print the mutants without building any')
     options = parser.parse_args()
 
@@ -251,13 +252,15 @@ def main():
     if record.exists():
         for line in record.read_text().splitlines():
             entry = json.loads(line)
-            if entry['outcome'] != 'survived' or key(entry) in known:
+            if options.recorded or entry['outcome'] != 'survived' or key(entry) in known:
                 done[place(entry)] = entry['outcome']
 
     build = None
     outcomes = []
     for mutant in mutants:
         if sum(outcome != 'does not compile' for _, outcome in outcomes) == options.count:
+            break
+        if place(mutant) not in done and options.recorded:
             break
         if place(mutant) not in done:
             build = build or Build(options.build, options.jobs)

@@ -32,7 +32,7 @@ bigEndian)
     options='-D VEXA_AVX2=OFF -D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR=s390x'
     ;;
 libcxx)
-    compiler=clang++ flags=-stdlib=libc++ link=-stdlib=libc++ options= shared=ON
+    compiler=clang++ flags=-stdlib=libc++ link=-stdlib=libc++ options='-D CMAKE_C_COMPILER=clang' shared=ON
     ;;
 windows)
     compiler=x86_64-w64-mingw32-g++-posix flags= link=-static options='-D CMAKE_SYSTEM_NAME=Windows' run=wine

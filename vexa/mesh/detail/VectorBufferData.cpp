@@ -37,7 +37,12 @@ void VectorBufferData::append(const unsigned char* bytes, unsigned long sizeInBy
 }
 
 void VectorBufferData::assign(const unsigned char* bytes, unsigned long sizeInBytes) {
-    bytes_.assign(bytes, bytes + sizeInBytes);
+    if (sizeInBytes > bytes_.capacity()) {
+        // Some libraries' vectors free their memory before they ask for more, and would lose their bytes without any.
+        bytes_ = std::vector<unsigned char>(bytes, bytes + sizeInBytes);
+    } else {
+        bytes_.assign(bytes, bytes + sizeInBytes);
+    }
 }
 
 } // namespace vexa::mesh::detail
