@@ -28,6 +28,9 @@ TEST(StripBufferAllocation, FailureAtAnyPointLeavesNothingBehind) {
 }
 
 TEST(StripBufferAllocation, FailureWhileAnnealingLeavesNothingBehind) {
+#if defined(_LIBCPP_VERSION) && _LIBCPP_VERSION < 16000
+    GTEST_SKIP() << "this libc++ loses the memory of a vector whose elements cannot be copied";
+#endif
     failEveryAllocation(meshes::octahedron(), {.effort = 3});
 }
 
