@@ -36,6 +36,9 @@ class Reader {
     }
 
     number() {
+        if (this.bytes[this.at] < 128) {
+            return this.bytes[this.at++];
+        }
         let value = 0;
         for (let factor = 1; ; factor *= 128) {
             const byte = this.byte();
@@ -53,13 +56,15 @@ class Reader {
 
     // Numbers that are written as differences, to the end of the stream.
     differences() {
-        const values = [];
+        // None takes less than a byte.
+        const values = new Uint32Array(this.bytes.length);
+        let count = 0;
         let value = 0;
         while (!this.isAtEnd) {
             value += this.signedNumber();
-            values.push(value);
+            values[count++] = value;
         }
-        return values;
+        return values.subarray(0, count);
     }
 }
 
@@ -82,15 +87,17 @@ function readTriangles(facts, open) {
     const [links, vertices, residuals] = ['links', 'vertices', 'positions'].map(open);
     const corners = new Uint32Array(3 * facts.shown);
     const positions = new Float32Array(3 * facts.primitives.reduce((sum, {vertices: count}) => sum + count, 0));
+    // On the grid of the primitive that has 16 bits.
+    const grid = new Int32Array(positions.length);
     let known = 0;
-    let point = [0, 0, 0];
-    // On the grid of the primitive, which begins at the vertex `first`.
-    let grid = [];
-    const readVertex = (expected) => {
+    // A vertex is new or counted backwards; a new one is a step away from a + b - c, which are places in the grid.
+    const readVertex = (a, b, c) => {
         const vertex = known - vertices.number();
         if (vertex === known) {
-            point = expected().map((value) => value + residuals.signedNumber());
-            grid.push(...point);
+            for (let axis = 0; axis < 3; ++axis) {
+                const expected = a < 0 ? 0 : grid[a + axis] + grid[b + axis] - grid[c + axis];
+                grid[3 * known + axis] = expected + residuals.signedNumber();
+            }
             ++known;
         }
         return vertex;
@@ -98,26 +105,25 @@ function readTriangles(facts, open) {
     let triangle = 0;
     for (const {triangles, origin, step} of facts.primitives) {
         const first = known;
-        grid = [];
-        const pointOf = (corner, axis) => grid[3 * (corners[corner] - first) + axis];
-        point = [0, 0, 0];
         for (const end = triangle + triangles; triangle < end; ++triangle) {
             const at = 3 * triangle;
             const link = links.byte();
             if (link === 3) {
                 for (let i = 0; i < 3; ++i) {
-                    corners[at + i] = readVertex(() => point);
+                    const last = known > first ? 3 * (known - 1) : -1;
+                    corners[at + i] = readVertex(last, last, last);
                 }
             } else {
-                const [a, b, c] = [0, 1, 2].map((i) => at - 3 + ((link + i) % 3));
-                const across = () => [0, 1, 2].map((axis) => pointOf(a, axis) + pointOf(b, axis) - pointOf(c, axis));
-                corners[at] = corners[b];
-                corners[at + 1] = corners[a];
-                corners[at + 2] = readVertex(across);
+                const a = corners[at - 3 + link];
+                const b = corners[at - 3 + ((link + 1) % 3)];
+                const c = corners[at - 3 + ((link + 2) % 3)];
+                corners[at] = b;
+                corners[at + 1] = a;
+                corners[at + 2] = readVertex(3 * a, 3 * b, 3 * c);
             }
         }
-        for (let i = 0; i < grid.length; ++i) {
-            positions[3 * first + i] = origin[i % 3] + step * grid[i];
+        for (let i = 3 * first; i < 3 * known; ++i) {
+            positions[i] = origin[i % 3] + step * grid[i];
         }
     }
     return {corners, positions};
@@ -258,7 +264,7 @@ function readDrawings(facts, open, order) {
     facts.drawings.forEach(({name, parts: count}, i) => {
         const parts = readParts(open(`parts-${i}`), open(`colours-${i}`), count, facts.levels);
         const places = i === 0 ? order : open(`order-${i}`).differences();
-        drawings.push(new Drawing(name, Uint32Array.from(places, (place) => byInput[ranks[place]]), parts));
+        drawings.push(new Drawing(name, places.map((place) => byInput[ranks[place]]), parts));
     });
     return drawings;
 }
@@ -275,7 +281,7 @@ export async function readModel() {
     }));
     const spreadCorners = spread(positions, corners);
     const edges = (name, countOf) => placeEdges(primitives, spread(positions, open(name).differences()), countOf);
-    const order = Uint32Array.from(open('order-0').differences());
+    const order = open('order-0').differences();
     return {
         ...facts,
         primitives,
