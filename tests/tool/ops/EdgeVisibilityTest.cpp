@@ -1,4 +1,6 @@
 #include "ops/EdgeVisibility.h"
+
+#include "base/Errors.h"
 #include "support/Documents.h"
 #include "support/SmallModels.h"
 
@@ -134,6 +136,38 @@ TEST(MarkEdges, FindsDamageToTheMarks) {
     json["nodes"][0]["name"] = "other";
     EXPECT_THAT(file.findFault(vexa::tool::writeGlb(json, output.asset.buffers)),
                 testing::HasSubstr("besides the marks"));
+}
+
+TEST(MarkEdges, IgnoresWhatFollowsTheLastWholeTriangle) {
+    for (const std::vector<unsigned int>& triangles :
+         {std::vector<unsigned int>{0, 1, 2, 3}, std::vector<unsigned int>{0, 1, 2, 3, 1}}) {
+        EXPECT_EQ(marksOf(tangleOf(triangles, 4), allClasses).marks, (std::vector<unsigned int>{2, 2, 2, 0}));
+    }
+    const vexa::tool::EdgeFile file = markEdges(documentOf(tangleOf({0, 1}, 2)), {.classes = allClasses});
+    EXPECT_EQ(file.meshes[0].triangles, 0u);
+    EXPECT_EQ(file.findFault(file.file), "");
+}
+
+TEST(MarkEdges, WalksFansAsGltfDoes) {
+    GltfModel model = tangleOf({0, 1, 2, 3}, 4);
+    model.primitive(0)["mode"] = 6;
+    // The triangles are 1 2 0 and 2 3 0. Their common edge 2-0 is smooth; all others are borders.
+    EXPECT_EQ(marksOf(model, EdgeClass::Border).marks[0], 2u);
+    EXPECT_EQ(marksOf(model, EdgeClass::Border).marks[2], 2u);
+    EXPECT_NE(marksOf(model, EdgeClass::Border).marks[1], 2u) << "2-0 of the first triangle";
+    EXPECT_NE(marksOf(model, EdgeClass::Border).marks[5], 2u) << "0-2 of the second one";
+}
+
+TEST(MarkEdges, RefusesGroupsOfStrips) {
+    GltfModel model = tangleOf({0, 1, 2}, 3);
+    model.json["meshes"][0]["extensions"]["EXT_mesh_primitive_restart"] = {
+        {"primitiveGroups", {{{"primitives", {0}}, {"indices", 1}}}}};
+    try {
+        markEdges(documentOf(model), {.classes = allClasses});
+        ADD_FAILURE() << "accepted";
+    } catch (const vexa::tool::FileError& error) {
+        EXPECT_NE(std::string(error.what()).find("`vexamesh unstrip`"), std::string::npos) << error.what();
+    }
 }
 
 TEST(MarkEdges, RefusesPrimitivesWithoutPositions) {

@@ -286,6 +286,25 @@ TEST(MergerFinish, WritesOnePrimitivePerGroupIntoOneMesh) {
     EXPECT_EQ(document.meshes[0].primitives[1].type, mesh::LINES);
 }
 
+TEST(MergerFinish, KeepsTangentsThatThePlacementFlattens) {
+    GltfModel model = triangleModel();
+    const std::vector<float> normals{0, 0, 1, 0, 0, 1, 0, 0, 1};
+    const std::vector<float> tangents{1, 0, 0, 1, 1, 0, 0, -1, 0, 1, 0, 1};
+    model.primitive(0)["attributes"]["NORMAL"] = model.addAccessor(normals, 5126, "VEC3");
+    model.primitive(0)["attributes"]["TANGENT"] = model.addAccessor(tangents, 5126, "VEC4");
+    Merger merger;
+    merger.add(documentOf(model), glm::scale(inPlace, glm::dvec3(0, 1, 1)));
+    merger.finish();
+    const MergedGroup& group = merger.groups()[0];
+    for (unsigned long i = 0; i < 3; ++i) {
+        const auto tangent = elementOf<4>(group, "TANGENT", i);
+        const auto normal = elementOf<3>(group, "normal", i);
+        EXPECT_FLOAT_EQ(tangent[0] * tangent[0] + tangent[1] * tangent[1] + tangent[2] * tangent[2], 1) << i;
+        EXPECT_NEAR(tangent[0] * normal[0] + tangent[1] * normal[1] + tangent[2] * normal[2], 0, 1e-6) << i;
+        EXPECT_EQ(tangent[3], tangents[4 * i + 3]) << i;
+    }
+}
+
 TEST(MergerFinish, GivesNormalsUnitLength) {
     GltfModel model = triangleModel();
     model.primitive(0)["attributes"]["NORMAL"] = model.addPositions({0.6F, 0, 0.8F, 0, 0, 1, 0, 0, 0});

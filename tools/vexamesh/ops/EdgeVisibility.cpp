@@ -41,7 +41,9 @@ struct Marks {
 /// The corners of all triangles of a primitive in the order that glTF gives them, collapsed ones included.
 std::vector<unsigned int> cornersOf(const Primitive& primitive) {
     if (primitive.type == mesh::TRIANGLES) {
-        return primitive.indices;
+        const auto begin = primitive.indices.begin();
+        // What follows the last whole triangle draws nothing.
+        return {begin, begin + static_cast<std::ptrdiff_t>(primitive.indices.size() / 3 * 3)};
     }
     std::vector<unsigned int> corners;
     forEachRun(primitive.indices, [&](auto begin, auto end) {
@@ -275,6 +277,12 @@ EdgeFile markEdges(Document document, const EdgeChoice& choice) {
     for (std::size_t m = 0; m < document.meshes.size(); ++m) {
         EdgeStats stats;
         stats.name = document.meshes[m].name;
+        if (!restartGroupAccessors(document.asset.json["meshes"][m]).empty()) {
+            throw FileError(document.file.string(),
+                            stats.name +
+                                " holds groups of strips, whose edges would all count as borders: make lists of "
+                                "them first, with `vexamesh unstrip`");
+        }
         for (std::size_t p = 0; p < document.meshes[m].primitives.size(); ++p) {
             const Primitive& primitive = document.meshes[m].primitives[p];
             if (!hasTriangles(primitive)) {
@@ -325,7 +333,7 @@ std::vector<std::string> removeEdgeMarks(Document& document) {
     document.asset.model = std::move(reloaded.asset.model);
     document.meshes = std::move(reloaded.meshes);
     return {"the edge visibility (" + std::string(edgeVisibilityExtension) + ") of " + counted(count, "primitive") +
-            ", which belongs to the old order of the triangles"};
+            ", which applies only to the triangles of the input in their order"};
 }
 
 } // namespace vexa::tool

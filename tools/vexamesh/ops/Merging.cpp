@@ -352,6 +352,10 @@ Bytes Merger::finish() {
             // Some may be without a direction.
             normalize(*normals);
         }
+        const auto tangents = group.mesh->getAttributeBuffer("TANGENT");
+        if (tangents != nullptr && normalized.insert(tangents.get()).second) {
+            restoreTangents(*tangents, normals.get());
+        }
         try {
             group.mesh->isValid();
         } catch (const std::logic_error& error) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <glm/geometric.hpp>
+#include <glm/vec3.hpp>
 #include <limits>
 #include <span>
 #include <vexa/mesh/AttributeBuffer.h>
@@ -104,6 +106,26 @@ void normalize(mesh::AttributeBuffer& normals) {
             normal = {0, 0, 1};
         }
         normals.setElement(i, normal.data());
+    }
+}
+
+void restoreTangents(mesh::AttributeBuffer& tangents, mesh::AttributeBuffer* normals) {
+    std::array<float, 4> tangent{};
+    for (std::size_t i = 0; i < tangents.getElementCount(); ++i) {
+        tangents.getElement(i, tangent.data());
+        if (tangent[0] != 0 || tangent[1] != 0 || tangent[2] != 0) {
+            continue;
+        }
+        glm::vec3 direction(1, 0, 0);
+        if (normals != nullptr) {
+            glm::vec3 normal;
+            normals->getElement(i, &normal[0]);
+            // Across the axis that is furthest from the normal, so that the product is not short.
+            const glm::vec3 axis = std::abs(normal.x) < 0.6F ? glm::vec3(1, 0, 0) : glm::vec3(0, 1, 0);
+            direction = glm::normalize(axis - glm::dot(axis, normal) * normal);
+        }
+        tangent = {direction.x, direction.y, direction.z, tangent[3]};
+        tangents.setElement(i, tangent.data());
     }
 }
 

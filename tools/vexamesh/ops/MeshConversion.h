@@ -28,6 +28,12 @@ AccessorData toFloats(const AccessorData& values);
 /// Scales each element of a buffer of three floats to unit length. Elements without a direction become (0, 0, 1).
 void normalize(mesh::AttributeBuffer& normals);
 
+/// Gives each tangent, the first three of four floats, a direction: one without becomes a unit vector across the normal
+/// of its vertex, or along x if there are no normals.
+///
+/// \param normals three floats of length 1 per tangent; may be null
+void restoreTangents(mesh::AttributeBuffer& tangents, mesh::AttributeBuffer* normals);
+
 /// The name of a primitive in reports: "mesh 2, primitive 1", or just the mesh's name if it has only one.
 std::string primitiveName(const Mesh& mesh, std::size_t index);
 
