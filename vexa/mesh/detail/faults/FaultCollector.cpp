@@ -1,12 +1,40 @@
 #include "vexa/mesh/detail/faults/FaultCollector.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cstdio>
+#include <cmath>
+#include <ios>
+#include <locale>
+#include <sstream>
 #include <utility>
 
 namespace vexa::mesh::detail {
+namespace {
+
+// Older standard libraries of LLVM have std::to_chars for integers only.
+std::string shortestText(float number, std::ios_base::fmtflags notation) {
+    constexpr std::streamsize maxPrecision = 54; // 45 zeros and 9 digits
+    std::stringstream stream;
+    stream.exceptions(std::ios_base::badbit); // passes on std::bad_alloc, which streams swallow
+    stream.imbue(std::locale::classic());
+    stream.setf(notation, std::ios_base::floatfield);
+    for (std::streamsize precision = 0; precision <= maxPrecision; ++precision) {
+        stream.clear();
+        stream.str({});
+        stream.precision(precision);
+        stream << number;
+        std::string text = stream.str();
+        float readBack = 0;
+        stream >> readBack;
+        // Some libraries also fail to read a denormal number, but give it. One that is too large becomes the greatest.
+        const bool isTooLarge = stream.fail() && std::abs(readBack) > 1;
+        if (readBack == number && !isTooLarge) {
+            return text;
+        }
+    }
+    return stream.str(); // not a number, or infinite
+}
+
+} // namespace
 
 void FaultCollector::add(FaultCode code, FaultSeverity severity, const FaultSites& sites, const std::string& text,
                          const std::string& attribute) {
@@ -27,15 +55,10 @@ std::string countedText(std::uint64_t count, const std::string& one, const std::
 }
 
 std::string numberText(double value) {
-    std::array<char, 32> digits{};
-#ifdef __cpp_lib_to_chars
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<float>(value)).ptr;
-    return {digits.data(), end};
-#else
-    // Older standard libraries of LLVM have it for integers only.
-    std::snprintf(digits.data(), digits.size(), "%.9g", static_cast<double>(static_cast<float>(value)));
-    return digits.data();
-#endif
+    const auto number = static_cast<float>(value);
+    const std::string plain = shortestText(number, std::ios_base::fixed);
+    const std::string withExponent = shortestText(number, std::ios_base::scientific);
+    return plain.size() <= withExponent.size() ? plain : withExponent;
 }
 
 } // namespace vexa::mesh::detail

@@ -55,7 +55,8 @@ private:
 
 /// "1 edge has", "2 edges have"
 std::string countedText(std::uint64_t count, const std::string& one, const std::string& many);
-/// The shortest text of a number as a float.
+/// A number as a float, rounded to the fewest digits that read back as the same float: plain or with an exponent,
+/// whichever is shorter. The same in every locale and with every standard library.
 std::string numberText(double value);
 
 } // namespace vexa::mesh::detail
