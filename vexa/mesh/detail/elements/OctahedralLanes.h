@@ -96,9 +96,10 @@ struct Encoding {
         third = (radius - first) - second;
     }
 
-    /// Measures the angles to the four points around the vectors. The squared sine of the angle to a vector is the square of their cross
-    /// product by that of the distance of the point, but for the length of the vector; a dot product would not be precise
-    /// for small angles. The cross products of neighbouring points differ by those of (1, 0, -1) and (0, 1, -1).
+    /// Measures the angles to the four points around the vectors. The squared sine of the angle to a vector is the square
+    /// of their cross product divided by that of the distance of the point, but for the length of the vector; a dot
+    /// product would not be precise for small angles. The cross products of neighbouring points differ by those of
+    /// (1, 0, -1) and (0, 1, -1).
     void judge() {
         const VectorLanes v{absolute(n.x), absolute(n.y), absolute(n.z)};
         const VectorLanes cross{second * v.z - third * v.y, third * v.x - first * v.z, first * v.y - second * v.x};

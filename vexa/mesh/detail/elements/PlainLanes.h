@@ -3,7 +3,8 @@
 #include <cstring>
 
 // Four floats side by side, in plain code, for processors without SSE2. Lanes.h, which includes this, says what must not
-// be used here. Results are those of the SSE2 functions of the same names to the bit, but for the bits of NaNs.
+// be used here. Results are those of the SSE2 functions of the same names, to the bit but for NaNs, if the processor
+// rounds every operation on floats to a float (FLT_EVAL_METHOD is 0). The x87 unit of old x86 processors does not.
 namespace vexa::mesh::detail {
 namespace {
 
