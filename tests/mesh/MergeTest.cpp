@@ -1,5 +1,6 @@
 #include <vexa/mesh/Merge.h>
 
+#include <vexa/mesh/Interleave.h>
 #include <vexa/mesh/Triangles.h>
 #include <vexa/mesh/Views.h>
 
@@ -12,7 +13,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <numeric>
+#include <span>
 #include <stdexcept>
 
 namespace {
@@ -220,7 +225,23 @@ bool isEqual(const Mesh& a, const Mesh& b) {
     return true;
 }
 
-/// Instances of enough vertices for eight threads: one mesh as it is, one mirrored, one without normals.
+/// Positions and ids of one storage.
+AttributeBuffers interleavedAttributes(unsigned int count) {
+    struct Vertex {
+        glm::vec3 position;
+        std::array<std::uint8_t, 4> id;
+    };
+    std::vector<Vertex> vertices;
+    for (unsigned int i = 0; i < count; ++i) {
+        vertices.push_back({{9 + static_cast<float>(i), 1, 2}, {static_cast<std::uint8_t>(i % 251)}});
+    }
+    return makeInterleaved(
+        std::as_bytes(std::span(vertices)), sizeof(Vertex),
+        std::array{attributeAt<glm::vec3>("position", 0), attributeAt<std::uint8_t>("id", offsetof(Vertex, id))});
+}
+
+/// Instances of enough vertices for eight threads: one mesh as it is and mirrored, one without normals, one of
+/// interleaved attributes as it is and mirrored.
 std::vector<MeshInstance> largeInstances(PrimitiveType type) {
     constexpr unsigned int count = 12000;
     const auto normals = makeAttribute("normal", std::vector<glm::vec3>(count, glm::vec3(0.6F, 0, 0.8F)));
@@ -228,7 +249,9 @@ std::vector<MeshInstance> largeInstances(PrimitiveType type) {
     const Indices indices = meshes::soup(count, 9000, 1);
     const MeshPtr whole = makeMesh(type, indices, {positions(count), normals, ids});
     const MeshPtr bare = makeMesh(type, indices, {positions(count, 5), ids});
-    return {{whole}, {whole, mirror()}, {bare, glm::scale(glm::mat4(1.0F), glm::vec3(2))}};
+    const MeshPtr interleaved = makeMesh(type, indices, interleavedAttributes(count));
+    const glm::mat4 twice = glm::scale(glm::mat4(1.0F), glm::vec3(2));
+    return {{whole}, {whole, mirror()}, {bare, twice}, {interleaved}, {interleaved, mirror()}};
 }
 
 TEST(MergeMeshes, GivesTheSameInAnyNumberOfThreads) {
