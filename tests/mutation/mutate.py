@@ -18,6 +18,7 @@ import shutil
 import signal
 import subprocess
 import sys
+from collections import Counter
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -105,12 +106,14 @@ def all_mutants(only):
         if path.suffix == '.h' and 'detail' not in path.parts:
             continue
         in_comment = False
+        occurrences = Counter()
         for number, line in enumerate(path.read_text().splitlines(), 1):
+            occurrences[line.strip()] += 1
             in_comment = in_comment or line.lstrip().startswith('/*')
             if not in_comment and not SKIPPED.search(line):
                 for operator, changed in mutants_of_line(line):
                     mutants.append({'file': name, 'line': number, 'operator': operator, 'from': line.strip(),
-                                    'to': changed.strip(), 'text': changed})
+                                    'occurrence': occurrences[line.strip()], 'to': changed.strip(), 'text': changed})
             in_comment = in_comment and '*/' not in line
     return mutants
 
@@ -221,11 +224,12 @@ class Build:
 
 
 def key(mutant):
-    return mutant['file'], mutant['from'], mutant['to']
+    """Names a mutant even if lines above it come or go. Lines of the same text in a file are counted from 1."""
+    return mutant['file'], mutant['from'], mutant.get('occurrence'), mutant['to']
 
 
 def place(mutant):
-    return mutant['line'], *key(mutant)
+    return mutant['line'], mutant['file'], mutant['from'], mutant['to']
 
 
 def main():
