@@ -1,5 +1,5 @@
 // The edges that CesiumJS draws of marked triangles, without a browser: it decodes the marks on the processor, and the
-// buffers that it would give to WebGL tell which edges there are.
+// buffers that it would give to WebGL show which edges it draws.
 
 import ShaderBuilder from '@cesium/engine/Source/Renderer/ShaderBuilder.js';
 import EdgeVisibilityPipelineStage from '@cesium/engine/Source/Scene/Model/EdgeVisibilityPipelineStage.js';
