@@ -54,7 +54,9 @@ export function filmOf(webm) {
         const first = covered();
         // A recording has no length until its end is looked for.
         await showing(1e6);
-        return { seconds: video.currentTime, first, last: covered() };
+        const seconds = video.currentTime;
+        await showing(Math.max(seconds - 0.1, 0));
+        return { seconds, first, last: covered() };
     }, webm.toString('base64'));
 }
 

@@ -102,11 +102,31 @@ TEST_F(ReportCommand, KeepsTheDirectoriesOfThisMachineToItself) {
     EXPECT_THAT(page, HasSubstr("vexamesh report in.glb -o report.html --compare 0"));
 }
 
+TEST_F(ReportCommand, KeepsAbsolutePathsInWarningsToItself) {
+    std::filesystem::create_directories(directory / "models");
+    const std::string model = (directory / "models" / "square.obj").string();
+    writeText(model, "mtllib /home/somebody/secret/wood.mtl\no models/metamodels/x\nv 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                     "usemtl a\nf 1 2 3\n");
+    const ProcessResult result = runForked({"report", model, "-o", out});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.err, HasSubstr("/home/somebody/secret/wood.mtl"));
+    page = readText(out);
+    EXPECT_THAT(page, HasSubstr("wood.mtl"));
+    EXPECT_THAT(page, Not(HasSubstr("somebody")));
+    EXPECT_THAT(page, HasSubstr("models/metamodels/x")) << "a name, not a path";
+}
+
+TEST_F(ReportCommand, EncodesTheAddressOfThePreviewPicture) {
+    out = (directory / "my report.html").string();
+    report(gridModel(1, 1), {"--url", "https://example.org/a/page.html?x=/y#z/"});
+    EXPECT_THAT(page, HasSubstr("content=\"https://example.org/a/my%20report-preview.png\""));
+}
+
 TEST_F(ReportCommand, EmbedsAPreviewPicture) {
     report(gridModel(2, 2));
     EXPECT_THAT(page, HasSubstr("<meta property=\"og:image\" content=\"data:image/png;base64,iVBORw0KGgo"));
     EXPECT_THAT(page, HasSubstr("<meta property=\"og:title\" content=\"in.glb"));
-    EXPECT_THAT(page, HasSubstr("8 triangles, 24 indices as a list"));
+    EXPECT_THAT(page, HasSubstr("8 triangles: 24 indices before"));
     EXPECT_THAT(directory.files(), UnorderedElementsAre("in.glb", "report.html"));
 }
 
@@ -118,7 +138,7 @@ TEST_F(ReportCommand, WritesThePreviewPictureNextToAPageWithAnAddress) {
     EXPECT_THAT(page, HasSubstr(" --url https://example.org/reports/page.html</code>"));
 }
 
-TEST_F(ReportCommand, RefusesAnAddressThatIsNoPage) {
+TEST_F(ReportCommand, RefusesAnInvalidPageAddress) {
     gridModel(1, 1).writeGlb(in);
     for (const char* url : {"example.org/reports/", "https://example.org", "file:///tmp/page.html"}) {
         const ProcessResult result = runForked({"report", in, "-o", out, "--url", url});

@@ -91,7 +91,7 @@ TEST(PictureData, ListsPartsAndTheOrderOfTheInput) {
     EXPECT_THAT(signedNumbers(streams["order-0"]), ElementsAre(0, 1));
     EXPECT_EQ(streams["colours-0"].size(), 2 * PictureBuilder::levels);
     EXPECT_EQ(signedNumbers(streams["border"]).size(), 12u);
-    EXPECT_EQ(streams["placements"].size(), 12 * sizeof(float));
+    EXPECT_EQ(streams["placements"].size(), 12 * sizeof(double));
 }
 
 TEST(Deflate, CanBeInflated) {

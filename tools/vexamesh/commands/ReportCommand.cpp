@@ -12,7 +12,9 @@
 #include "report/Preview.h"
 #include "report/View.h"
 
+#include <cctype>
 #include <filesystem>
+#include <string_view>
 
 namespace vexa::tool {
 
@@ -52,13 +54,44 @@ std::string baseName(const std::string& file) {
     return std::filesystem::path(file).filename().string();
 }
 
-/// Text of a page, which is made to be shared, without the directory of the file it speaks of.
-std::string withoutDirectory(std::string text, const std::filesystem::path& file) {
-    const std::string directory = (file.parent_path() / "").string();
-    for (std::size_t at = 0; !directory.empty() && (at = text.find(directory, at)) != std::string::npos;) {
-        text.erase(at, directory.size());
+/// A text of a page, which is made to be shared, without the directory of the input file, and with the names of files in
+/// place of absolute paths.
+std::string withoutDirectories(const std::string& text, const std::filesystem::path& input) {
+    constexpr std::string_view beforePaths = " \"'(:=";
+    const std::string directory = input.has_parent_path() ? input.parent_path().string() + "/" : "";
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const bool isStart = at == 0 || beforePaths.find(text[at - 1]) != std::string_view::npos;
+        if (isStart && !directory.empty() && text.compare(at, directory.size(), directory) == 0) {
+            at += directory.size();
+        } else if (isStart && text[at] == '/') {
+            const std::size_t end = std::min(text.find_first_of(" \"',;:()", at + 1), text.size());
+            const std::size_t name = text.rfind('/', end - 1) + 1;
+            result += text.substr(name, end - name);
+            at = end;
+        } else {
+            result += text[at++];
+        }
     }
-    return text;
+    return result;
+}
+
+/// The address of a file in the directory of a page.
+std::string addressNextTo(const std::string& url, const std::string& name) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    const std::string page = url.substr(0, url.find_first_of("?#"));
+    std::string address = page.substr(0, page.rfind('/') + 1);
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) != 0 || std::string_view("-_.~").find(c) != std::string_view::npos) {
+            address += c;
+        } else {
+            address += '%';
+            address += digits[byte >> 4];
+            address += digits[byte & 15U];
+        }
+    }
+    return address;
 }
 
 void checkUrl(const std::string& url) {
@@ -94,9 +127,13 @@ PageTexts textsFor(const ReportArguments& arguments, const ReportContent& conten
     texts.stripCommand = commandLine("strip", arguments, strips);
     json["input"] = texts.input;
     json["output"] = baseName(arguments.output);
-    texts.json = withoutDirectory(jsonText(json), input);
+    for (Json& line : json["leftOut"]) {
+        line = withoutDirectories(line.get<std::string>(), input);
+    }
+    texts.json = jsonText(json);
+    texts.address = arguments.url;
     for (const std::string& warning : content.warnings) {
-        texts.warnings.push_back(withoutDirectory(warning, input));
+        texts.warnings.push_back(withoutDirectories(warning, input));
     }
     return texts;
 }
@@ -111,7 +148,7 @@ void writeReport(const ReportArguments& arguments, const ReportContent& content,
     } else {
         const std::filesystem::path page = arguments.output;
         const std::filesystem::path preview = page.parent_path() / (page.stem().string() + "-preview.png");
-        texts.previewAddress = arguments.url.substr(0, arguments.url.rfind('/') + 1) + preview.filename().string();
+        texts.previewAddress = addressNextTo(arguments.url, preview.filename().string());
         writeFiles(page, writePage(texts, content), preview, png);
     }
 }

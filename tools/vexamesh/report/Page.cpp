@@ -36,7 +36,7 @@ void writeVerdict(std::ostream& out, const StripStats& total) {
         << "<p><strong>Same triangles: " << (total.sameTriangles ? "yes" : "no") << "</strong><br>";
     if (total.sameTriangles) {
         out << "Read back, the strips draw the " << numberHtml(total.triangles)
-            << " oriented triangles of the input, each as often.";
+            << " oriented triangles of the input, each the same number of times.";
     } else {
         out << "Read back, the strips do not draw the triangles of the input: nothing should be written from them.";
     }
@@ -70,7 +70,7 @@ void writeCommands(std::ostream& out, const PageTexts& texts) {
         << "</code></dd>\n</dl>\n";
 }
 
-/// What other pages show that refer to this one.
+/// For the previews of this page on others.
 void writeSharing(std::ostream& out, const PageTexts& texts, const std::string& title, const ReportContent& content) {
     const StripStats& total = content.outcome.total;
     const auto meta = [&](const char* property, const std::string& value) {
@@ -78,13 +78,17 @@ void writeSharing(std::ostream& out, const PageTexts& texts, const std::string& 
     };
     meta("type", "website");
     meta("title", title + " \u2013 vexamesh report");
-    meta("description", groupedText(total.triangles) + " triangles, " + groupedText(total.indicesBefore) +
-                            " indices as " + "a list and " + groupedText(total.indicesAfter) + " as strips");
+    meta("description", groupedText(total.triangles) + " triangles: " + groupedText(total.indicesBefore) +
+                            " indices before, " + groupedText(total.indicesAfter) + " as strips");
     if (!texts.previewAddress.empty()) {
         meta("image", texts.previewAddress);
         meta("image:width", std::to_string(previewWidth));
         meta("image:height", std::to_string(previewHeight));
-        out << "<meta name=\"twitter:card\" content=\"summary_large_image\">\n";
+        meta("image:alt", "The model, its strips in different colours");
+        if (!texts.address.empty()) {
+            meta("url", texts.address);
+            out << "<meta name=\"twitter:card\" content=\"summary_large_image\">\n";
+        }
     }
 }
 

@@ -14,6 +14,7 @@ struct PageTexts {
     std::string command;        ///< that made the report
     std::string stripCommand;   ///< that writes the strips
     std::string json;           ///< what --json prints
+    std::string address;        ///< of the page; empty if it is not known
     std::string previewAddress; ///< of the preview picture; empty if there are no triangles
     std::vector<std::string> warnings;
 };

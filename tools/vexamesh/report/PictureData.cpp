@@ -25,9 +25,9 @@ public:
     void signedNumber(std::int64_t value) {
         number(static_cast<std::uint64_t>(value < 0 ? ~value : value) << 1 | (value < 0 ? 1U : 0U));
     }
-    void real(float value) {
-        const auto bits = std::bit_cast<std::uint32_t>(value);
-        for (unsigned int shift = 0; shift < 32; shift += 8) {
+    void real(double value) {
+        const auto bits = std::bit_cast<std::uint64_t>(value);
+        for (unsigned int shift = 0; shift < 64; shift += 8) {
             byte(static_cast<unsigned char>(bits >> shift));
         }
     }
@@ -59,6 +59,7 @@ using Point = std::array<std::int64_t, 3>;
 /// The grid of a primitive's positions.
 struct Grid {
     std::array<double, 3> origin{};
+    std::array<double, 3> size{}; ///< in steps
     double step = 0;
 
     [[nodiscard]] Point round(const float* position) const {
@@ -74,18 +75,21 @@ struct Grid {
 Grid gridOf(const float* begin, std::size_t vertices) {
     constexpr double steps = std::numeric_limits<std::uint16_t>::max();
     Grid grid;
+    std::array<double, 3> high{};
     double extent = 0;
     for (std::size_t c = 0; c < 3 && vertices > 0; ++c) {
-        float low = begin[c];
-        float high = begin[c];
+        grid.origin[c] = high[c] = begin[c];
         for (std::size_t i = 1; i < vertices; ++i) {
-            low = std::min(low, begin[3 * i + c]);
-            high = std::max(high, begin[3 * i + c]);
+            const double value = begin[3 * i + c];
+            grid.origin[c] = std::min(grid.origin[c], value);
+            high[c] = std::max(high[c], value);
         }
-        grid.origin[c] = low;
-        extent = std::max(extent, double{high} - double{low});
+        extent = std::max(extent, high[c] - grid.origin[c]);
     }
     grid.step = extent / steps;
+    for (std::size_t c = 0; c < 3 && extent > 0; ++c) {
+        grid.size[c] = (high[c] - grid.origin[c]) / grid.step;
+    }
     return grid;
 }
 
@@ -101,6 +105,7 @@ public:
             grid_ = gridOf(picture_.positions.data() + 3 * points_.size(), primitive.vertices);
             primitives[i]["origin"] = grid_.origin;
             primitives[i]["step"] = grid_.step;
+            primitives[i]["size"] = grid_.size;
             isFirst_ = true;
             for (const std::size_t end = triangle + primitive.triangles; triangle < end; ++triangle) {
                 addTriangle(picture_.corners.data() + 3 * triangle);
@@ -204,7 +209,7 @@ Stream placementTable(const Picture& picture) {
         for (const glm::dmat4& placement : primitive.placements) {
             for (int column = 0; column < 4; ++column) {
                 for (int row = 0; row < 3; ++row) {
-                    const auto value = static_cast<float>(placement[column][row]);
+                    const double value = placement[column][row];
                     stream.real(std::isfinite(value) ? value : 0);
                 }
             }

@@ -72,6 +72,8 @@ export class GpuPainter {
         // The drawing buffer is kept for printing.
         this.renderer = new WebGLRenderer({canvas, antialias: true, alpha: true, preserveDrawingBuffer: true});
         this.renderer.autoClear = false;
+        // Otherwise black before the first view is drawn.
+        this.renderer.setClearColor(0x000000, 0);
         this.surface = surfaceMaterial();
         this.number = numberMaterial();
         this.target = new WebGLRenderTarget(1, 1);
@@ -140,7 +142,8 @@ export class GpuPainter {
                 object.geometry.setDrawRange(3 * first, 3 * shown);
             }
         }
-        this.border.visible = state.edges && !this.border.isEmpty;
+        // From afar they would hide the strips.
+        this.border.visible = state.edges && state.level === 0 && !this.border.isEmpty;
         this.nonManifold.visible = state.edges && !this.nonManifold.isEmpty;
     }
 

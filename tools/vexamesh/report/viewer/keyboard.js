@@ -34,6 +34,8 @@ function actionsOf(viewer) {
         's': () => viewer.toggleSideBySide(),
         '[': () => viewer.moveWipe(-0.05),
         ']': () => viewer.moveWipe(0.05),
+        '<': () => viewer.moveWipe(-0.05),
+        '>': () => viewer.moveWipe(0.05),
         'w': () => viewer.toggle('wireframe'),
         'e': () => viewer.toggle('edges'),
         'l': () => viewer.toggleLengths(),

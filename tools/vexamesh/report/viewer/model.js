@@ -71,8 +71,6 @@ class Reader {
 async function readStreams(facts) {
     const element = document.getElementById('data-picture');
     const bytes = await inflate(decode(element.textContent));
-    // A large model's text takes more memory than its numbers.
-    element.remove();
     const streams = new Map();
     let begin = 0;
     for (const [name, size] of facts.streams) {
@@ -86,9 +84,8 @@ async function readStreams(facts) {
 function readTriangles(facts, open) {
     const [links, vertices, residuals] = ['links', 'vertices', 'positions'].map(open);
     const corners = new Uint32Array(3 * facts.shown);
-    const positions = new Float32Array(3 * facts.primitives.reduce((sum, {vertices: count}) => sum + count, 0));
-    // On the grid of the primitive that has 16 bits.
-    const grid = new Int32Array(positions.length);
+    // On the primitive's own grid, which has 16 bits.
+    const grid = new Int32Array(3 * facts.primitives.reduce((sum, {vertices: count}) => sum + count, 0));
     let known = 0;
     // A vertex is new or counted backwards; a new one is a step away from a + b - c, which are places in the grid.
     const readVertex = (a, b, c) => {
@@ -103,7 +100,7 @@ function readTriangles(facts, open) {
         return vertex;
     };
     let triangle = 0;
-    for (const {triangles, origin, step} of facts.primitives) {
+    for (const {triangles} of facts.primitives) {
         const first = known;
         for (const end = triangle + triangles; triangle < end; ++triangle) {
             const at = 3 * triangle;
@@ -122,11 +119,52 @@ function readTriangles(facts, open) {
                 corners[at + 2] = readVertex(3 * a, 3 * b, 3 * c);
             }
         }
-        for (let i = 3 * first; i < 3 * known; ++i) {
-            positions[i] = origin[i % 3] + step * grid[i];
+    }
+    return {corners, positions: Float32Array.from(grid)};
+}
+
+// Matrices of four columns and three rows: where `inner` and then `outer` take a point.
+function multiply(outer, inner) {
+    const result = new Float64Array(12);
+    for (let column = 0; column < 4; ++column) {
+        for (let row = 0; row < 3; ++row) {
+            let sum = column === 3 ? outer[9 + row] : 0;
+            for (let i = 0; i < 3; ++i) {
+                sum += outer[3 * i + row] * inner[3 * column + i];
+            }
+            result[3 * column + row] = sum;
         }
     }
-    return {corners, positions};
+    return result;
+}
+
+const scaling = (scale, [x, y, z]) => [scale, 0, 0, 0, scale, 0, 0, 0, scale, x, y, z];
+
+// Where each primitive is drawn: matrices from its grid to a scene of about unit size around the origin, so that the
+// numbers of the picture are neither large nor small whatever those of the model are.
+function readPlaces(primitives, values) {
+    let next = 0;
+    const places = primitives.map(({placements, origin, step}) => Array.from({length: placements}, () => {
+        const matrix = values.subarray(next, next += 12);
+        return multiply(matrix, scaling(step, origin));
+    }));
+    const low = [Infinity, Infinity, Infinity];
+    const high = [-Infinity, -Infinity, -Infinity];
+    primitives.forEach(({size}, i) => {
+        for (const matrix of places[i]) {
+            for (let axis = 0; axis < 3; ++axis) {
+                for (let corner = 0; corner < 8; ++corner) {
+                    const value = [0, 1, 2].reduce((sum, j) => sum + (corner >> j & 1 ? matrix[3 * j + axis] * size[j] : 0), matrix[9 + axis]);
+                    low[axis] = Math.min(low[axis], value);
+                    high[axis] = Math.max(high[axis], value);
+                }
+            }
+        }
+    });
+    const scale = 2 / Math.max(...high.map((value, axis) => value - low[axis])) || 1;
+    const usable = Number.isFinite(scale) ? scale : 1;
+    const centre = high.map((value, axis) => -usable * (value / 2 + low[axis] / 2));
+    return places.map((matrices) => matrices.map((matrix) => multiply(scaling(usable, centre), matrix)));
 }
 
 // The corners of every triangle, or the ends of every edge, so that each can have a colour of its own.
@@ -203,7 +241,7 @@ function readParts(reader, colours, count, levels) {
         }
         first += shown;
     }
-    return parts;
+    return {parts, totals: numbers};
 }
 
 // Numbers the places of the input that are shown, which may leave out some.
@@ -220,10 +258,12 @@ function rankPlaces(order, count) {
     return ranks;
 }
 
-// A way to draw the triangles one after the other. `triangles[i]` is the one drawn as number i, `ranks` the inverse.
+// An order in which to draw the triangles. `triangles[i]` is the one drawn as number i, `ranks` the inverse.
 class Drawing {
-    constructor(name, triangles, parts = null) {
+    // totals: numbers of strips and fans of the whole model, of which the picture may show a part
+    constructor(name, triangles, parts = null, totals = []) {
         this.name = name;
+        this.totals = totals;
         this.triangles = triangles;
         this.parts = parts;
         this.ranks = new Uint32Array(triangles.length);
@@ -262,9 +302,9 @@ function readDrawings(facts, open, order) {
     });
     const drawings = [new Drawing('Input', byInput)];
     facts.drawings.forEach(({name, parts: count}, i) => {
-        const parts = readParts(open(`parts-${i}`), open(`colours-${i}`), count, facts.levels);
+        const {parts, totals} = readParts(open(`parts-${i}`), open(`colours-${i}`), count, facts.levels);
         const places = i === 0 ? order : open(`order-${i}`).differences();
-        drawings.push(new Drawing(name, places.map((place) => byInput[ranks[place]]), parts));
+        drawings.push(new Drawing(name, places.map((place) => byInput[ranks[place]]), parts, totals));
     });
     return drawings;
 }
@@ -273,12 +313,8 @@ export async function readModel() {
     const facts = JSON.parse(document.getElementById('data-facts').textContent);
     const open = await readStreams(facts);
     const {corners, positions} = readTriangles(facts, open);
-    const matrices = new Float32Array(open('placements').bytes.slice().buffer);
-    let next = 0;
-    const primitives = facts.primitives.map((primitive) => ({
-        ...primitive,
-        places: Array.from({length: primitive.placements}, () => matrices.subarray(next, next += 12)),
-    }));
+    const places = readPlaces(facts.primitives, new Float64Array(open('placements').bytes.slice().buffer));
+    const primitives = facts.primitives.map((primitive, i) => ({...primitive, places: places[i]}));
     const spreadCorners = spread(positions, corners);
     const edges = (name, countOf) => placeEdges(primitives, spread(positions, open(name).differences()), countOf);
     const order = open('order-0').differences();
@@ -309,13 +345,17 @@ export function partName(part) {
     return part.kind === leftOver ? kinds[leftOver] : `${kinds[part.kind]} ${format(part.number)}`;
 }
 
-// What a view of a drawing is called.
+// The title of a view.
 export function drawingName(drawing) {
     if (drawing.parts === null) {
         return 'Before: the order of the input';
     }
-    const [strips, fans] = [0, 1].map((kind) => drawing.parts.filter((part) => part.kind === kind).length);
-    const texts = [counted(strips, 'strip'), ...(fans > 0 ? [counted(fans, 'fan')] : [])];
+    const [strips, fans] = [0, 1].map((kind) => {
+        const shown = drawing.parts.filter((part) => part.kind === kind).length;
+        const text = counted(drawing.totals[kind], ['strip', 'fan'][kind]);
+        return shown < drawing.totals[kind] ? `${format(shown)} of ${text}` : text;
+    });
+    const texts = [strips, ...(drawing.totals[1] > 0 ? [fans] : [])];
     return `${drawing.name === 'Strips' ? 'After' : drawing.name}: ${texts.join(', ')}`;
 }
 

@@ -26,7 +26,7 @@ export class Selection {
             strong.textContent = name;
             info.replaceChildren(strong, ` · ${rest.join(' · ')}`);
         }
-        // A still picture takes too long to draw for showing what is pointed at.
+        // Redrawing a still picture is too slow for hovering.
         if (isOther && !this.viewer.isStill) {
             this.viewer.redraw();
         }

@@ -6,7 +6,7 @@ const framesPerSecond = 30;
 // Names files after the model.
 function fileName(extension) {
     const [title] = document.title.split(' – ');
-    return `${title.replace(/\.[^.]*$/, '').replace(/[^\w.-]+/g, '-') || 'model'}.${extension}`;
+    return `${title.replace(/\.[^.]*$/, '').replace(/[^\p{L}\p{N}_.-]+/gu, '-') || 'model'}.${extension}`;
 }
 
 function download(blob, name) {
@@ -24,6 +24,7 @@ function compose(viewer, canvas, ratio) {
     context.fillStyle = getComputedStyle(stage).backgroundColor;
     context.fillRect(0, 0, canvas.width, canvas.height);
     context.drawImage(viewer.canvas, 0, 0, canvas.width, canvas.height);
+    drawDivider(viewer, context, ratio);
     context.font = `${13 * ratio}px system-ui, sans-serif`;
     context.textBaseline = 'top';
     for (const {name, x, y} of viewer.views) {
@@ -32,6 +33,18 @@ function compose(viewer, canvas, ratio) {
         const left = name === 'right' && viewer.wipe !== null ? viewer.width - 20 - label.offsetWidth : x;
         context.fillStyle = style.color;
         context.fillText(label.textContent, (left + 19) * ratio, (y + 12) * ratio);
+    }
+}
+
+// The line between the views.
+function drawDivider({views: [, right], wipe}, context, ratio) {
+    const style = getComputedStyle(document.documentElement);
+    context.fillStyle = style.getPropertyValue(wipe === null ? '--line' : '--accent');
+    const [x, y] = [(wipe === null ? right.x : right.clip.x) * ratio, right.y * ratio];
+    if (y > 0) {
+        context.fillRect(0, y, context.canvas.width, ratio);
+    } else {
+        context.fillRect(x - ratio / 2, 0, ratio, context.canvas.height);
     }
 }
 
@@ -61,9 +74,9 @@ export function saveReplay(viewer, button) {
     const pieces = [];
     recorder.addEventListener('dataavailable', ({data}) => pieces.push(data));
     recorder.addEventListener('stop', () => download(new Blob(pieces, {type: 'video/webm'}), fileName('webm')));
+    recorder.start();
     viewer.onDrawn = () => compose(viewer, canvas, 1);
     button.setAttribute('aria-pressed', 'true');
-    recorder.start();
     viewer.replay.play(0, () => {
         viewer.drawNow();
         viewer.onDrawn = undefined;

@@ -1,4 +1,4 @@
-// The picture: one eye, one or two views, drawn whenever something has changed.
+// The picture: one eye and two views, drawn whenever something has changed.
 import {MOUSE, TOUCH} from 'three';
 import {OrbitControls} from 'three/addons/controls/OrbitControls.js';
 import {boundsOf, Eye, layout} from './camera.js';
@@ -52,8 +52,8 @@ class Viewer {
     explainMissingGpu() {
         const note = element('still-note');
         note.textContent = this.isStill
-            ? 'There is no WebGL here: this is a still picture.'
-            : 'There is no WebGL here: the picture is drawn without it, more slowly.';
+            ? 'WebGL is not available: this is a still picture.'
+            : 'WebGL is not available: the picture is drawn without it, more slowly.';
         note.hidden = false;
         for (const id of ['wireframe', 'edges']) {
             element(id).hidden = true;
@@ -131,7 +131,7 @@ class Viewer {
                 this.shown[i] = this.model.drawings[select.selectedIndex];
                 this.tint();
                 this.placeLabels();
-                this.redraw();
+                this.replay.show(this.state.count);
             });
         });
     }
@@ -177,7 +177,8 @@ class Viewer {
     }
 
     toggleSideBySide() {
-        this.setWipe(this.wipe === null ? Number(element('wipe').value) / Number(element('wipe').max) : null);
+        const {value, max} = element('wipe');
+        this.setWipe(this.wipe === null ? value / max : null);
     }
 
     moveWipe(by) {
@@ -191,7 +192,8 @@ class Viewer {
         this.wipe = wipe;
         const slider = element('wipe');
         slider.hidden = wipe === null;
-        slider.value = (wipe ?? 0.5) * slider.max;
+        // Switched off, it keeps its place.
+        slider.value = wipe === null ? slider.value : wipe * slider.max;
         element('side').setAttribute('aria-pressed', wipe === null);
         this.placeLabels();
         this.redraw();
@@ -216,6 +218,7 @@ class Viewer {
         const level = levelFor(this.model, this.stripDrawing, this.eye.pixelsPerTriangle(this.views[0], this.drawnTriangles));
         if (level !== this.look.level) {
             this.look.level = level;
+            this.state.level = level;
             this.canvas.dataset.level = level;
             element('legend-text').textContent = level === 0
                 ? 'a strip or a fan, neighbours in different colours'
