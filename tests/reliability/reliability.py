@@ -99,7 +99,7 @@ CHECKS = [
     Check('libc++', 'The same with clang++ and libc++ (1)',
           f'sh {SCRIPTS}/elsewhere.sh libcxx build/libcxx allocationTests outputHashes', (), 'not in `make test`'),
 ]
-# Wanted, but there is no check for it yet.
+# Wanted, but not checked yet.
 MISSING = [
     'Limits beyond a million: 17 million triangles in one bucket, buffers beyond 4 GiB, a hub of 10 million, 16 open '
     'files, a memory limit of twice the file.',

@@ -52,7 +52,7 @@ export function filmOf(webm) {
         });
         await new Promise((done) => video.addEventListener('loadeddata', done, { once: true }));
         const first = covered();
-        // A recording has no length until its end is looked for.
+        // The length of a recording is unknown until its end is looked for.
         await showing(1e6);
         const seconds = video.currentTime;
         await showing(Math.max(seconds - 0.1, 0));

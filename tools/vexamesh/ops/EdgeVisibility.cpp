@@ -42,7 +42,7 @@ struct Marks {
 std::vector<unsigned int> cornersOf(const Primitive& primitive) {
     if (primitive.type == mesh::TRIANGLES) {
         const auto begin = primitive.indices.begin();
-        // What follows the last whole triangle draws nothing.
+        // Indices after the last whole triangle draw nothing.
         return {begin, begin + static_cast<std::ptrdiff_t>(primitive.indices.size() / 3 * 3)};
     }
     std::vector<unsigned int> corners;

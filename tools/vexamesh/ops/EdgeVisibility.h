@@ -13,7 +13,7 @@ namespace vexa::tool {
 /// hidden. Everything else stays as it is.
 ///
 /// \param choice with classes
-/// \throw FileError the result would be larger than 4 GiB, or a primitive of triangles has no positions
+/// \throw FileError the result would be larger than 4 GiB, or a primitive of triangles lacks positions
 EdgeFile markEdges(Document document, const EdgeChoice& choice);
 
 /// Removes such marks from a document whose triangles are about to change: they belong to the triangles by their order.

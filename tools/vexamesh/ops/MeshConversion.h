@@ -29,7 +29,7 @@ AccessorData toFloats(const AccessorData& values);
 void normalize(mesh::AttributeBuffer& normals);
 
 /// Gives each tangent, the first three of four floats, a direction: one without becomes a unit vector across the normal
-/// of its vertex, or along x if there are no normals.
+/// of its vertex, or along x where normals are missing.
 ///
 /// \param normals three floats of length 1 per tangent; may be null
 void restoreTangents(mesh::AttributeBuffer& tangents, mesh::AttributeBuffer* normals);

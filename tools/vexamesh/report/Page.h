@@ -15,7 +15,7 @@ struct PageTexts {
     std::string stripCommand;   ///< that writes the strips
     std::string json;           ///< what --json prints
     std::string address;        ///< of the page; empty if it is not known
-    std::string previewAddress; ///< of the preview picture; empty if there are no triangles
+    std::string previewAddress; ///< of the preview picture; empty without triangles
     std::vector<std::string> warnings;
 };
 

@@ -13,7 +13,7 @@ namespace vexa::tool {
 namespace {
 
 /// How much of the area that faces a direction or its opposite shows its front, from 0 to 1, half of it for closed
-/// models; 0.5 if there is no area.
+/// models; 0.5 without any area.
 class FrontShare {
 public:
     explicit FrontShare(const glm::dvec3& direction) : direction_(glm::normalize(direction)) {}

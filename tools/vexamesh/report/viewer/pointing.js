@@ -80,7 +80,7 @@ export function listenToPointer(viewer) {
         if (triangle < 0) {
             selection.clear();
         } else {
-            // The order of the input has no parts of its own.
+            // The order of the input is not cut into parts.
             const drawing = view.drawing.parts === null ? viewer.stripDrawing : view.drawing;
             selection.show(drawing.partOf(triangle), triangle, drawing);
             selection.showTip(x, y, triangle);

@@ -28,7 +28,7 @@ class Viewer {
         this.canvas = element('canvas');
         this.state = {count: model.shown, wireframe: false, edges: true, selected: null, selectedIn: null};
         this.look = {lengths: false, level: -1};
-        // What the left and the right view draw; the first drawing is the input.
+        // The drawings of the left and the right view; the first of all drawings is the input.
         this.shown = [model.drawings[0], model.drawings[1]];
         // Where the left view ends and the right one begins, as a share of the width, if both are in the same place.
         this.wipe = null;
