@@ -28,7 +28,9 @@ struct UpwardEdge {
 /// The upward half-edges of a mesh by their lower vertex, each list in the order of the triangles.
 class UpwardEdges {
 public:
-    UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, const Poll& poll);
+    /// \param graph gets its triangles, without links: writing them while others are read takes no time of its own
+    UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, CompactGraph& graph,
+                const Poll& poll);
 
     /// Removes the earliest remaining half-edge from `from` to `to`; `noHalfEdge` if there is none.
     HalfEdgeId take(std::uint32_t from, std::uint32_t to) {
@@ -73,12 +75,14 @@ private:
     std::vector<std::uint32_t> taken_; ///< for the first edge to each vertex in a long list, how many were removed
 };
 
-/// Calls `visit(halfEdge, from, to)` for every half-edge of every triangle that is not collapsed, in order, and
-/// `announce(vertex)` for each of its vertices some triangles before.
-template <class Announce, class Visit>
-void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, Announce announce, Visit visit) {
+/// Calls `enter(triangle)` for every triangle, `visit(halfEdge, from, to)` for every half-edge of those that are not
+/// collapsed, in order, and `announce(vertex)` for each of its vertices some triangles before.
+template <class Enter, class Announce, class Visit>
+void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, Enter enter, Announce announce,
+                     Visit visit) {
     constexpr std::size_t ahead = 16 * 3;
     forEachPolled(static_cast<TriangleId>(triangles.size() / 3), poll, [&](TriangleId triangle) {
+        enter(triangle);
         const std::size_t i = std::size_t{3} * triangle;
         if (i + ahead < triangles.size()) {
             announce(triangles[i + ahead]);
@@ -96,11 +100,20 @@ void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, 
     });
 }
 
-UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, const Poll& poll)
+template <class Announce, class Visit>
+void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, Announce announce, Visit visit) {
+    forEachHalfEdge(
+        triangles, poll, [](TriangleId) {}, announce, visit);
+}
+
+UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, CompactGraph& graph,
+                         const Poll& poll)
     : ends_(vertexCount) {
     const auto prefetchEnd = [this](std::uint32_t vertex) { __builtin_prefetch(&ends_[vertex], 1); };
-    forEachHalfEdge(triangles, poll, prefetchEnd,
-                    [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
+    const CompactTriangle alone{{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
+    forEachHalfEdge(
+        triangles, poll, [&](TriangleId triangle) { graph[triangle] = alone; }, prefetchEnd,
+        [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
     const std::uint32_t edgeCount = std::accumulate(ends_.begin(), ends_.end(), std::uint32_t{0});
     std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
     edges_ = LargeArray<UpwardEdge>(edgeCount);
@@ -194,14 +207,6 @@ void linkAndMark(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     link(graph, a, b);
 }
 
-/// A graph of the triangles without any links.
-CompactGraph withoutLinks(std::size_t count, const Poll& poll) {
-    CompactGraph graph(count);
-    const CompactTriangle alone{{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
-    forEachPolled(graph.count(), poll, [&](TriangleId id) { graph[id] = alone; });
-    return graph;
-}
-
 /// Unlinks a half-edge and its twin, if it has one.
 void unlink(CompactGraph& graph, HalfEdgeId halfEdge) {
     CompactTriangle& one = graph[triangleOf(halfEdge)];
@@ -239,8 +244,8 @@ private:
 /// Links the half-edges of edges that have at most two. Where there are more, links are arbitrary and the edge is
 /// marked.
 CompactGraph pairUpToTwo(const DenseIndices& dense, MarkedEdges& overfull) {
-    CompactGraph graph = withoutLinks(dense.indices().size() / 3, {});
-    UpwardEdges upward(dense.indices(), dense.vertexCount(), {});
+    CompactGraph graph(dense.indices().size() / 3);
+    UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, {});
     std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
     const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
     forEachHalfEdge(dense.indices(), {}, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
@@ -325,9 +330,9 @@ private:
 } // namespace
 
 CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll) {
-    CompactGraph graph = withoutLinks(triangles.size() / 3, poll);
+    CompactGraph graph(triangles.size() / 3);
     const DenseIndices dense(triangles);
-    UpwardEdges upward(dense.indices(), dense.vertexCount(), poll);
+    UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, poll);
     const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
     forEachHalfEdge(dense.indices(), poll, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
         if (from > to) {
