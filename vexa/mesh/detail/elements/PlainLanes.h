@@ -103,7 +103,7 @@ FloatLanes interleave(FloatLanes a, FloatLanes b) {
 
 /// a + b + c, summed in double and rounded.
 inline FloatLanes sumInDouble(FloatLanes a, FloatLanes b, FloatLanes c) {
-    FloatLanes sums;
+    FloatLanes sums{};
     for (unsigned long i = 0; i < laneCount; ++i) {
         sums[i] =
             static_cast<float>((static_cast<double>(a[i]) + static_cast<double>(b[i])) + static_cast<double>(c[i]));
@@ -113,9 +113,10 @@ inline FloatLanes sumInDouble(FloatLanes a, FloatLanes b, FloatLanes c) {
 
 /// Rounded towards zero; the lowest integer for a float that does not fit or is NaN.
 inline IntLanes toIntegers(FloatLanes lanes) {
-    IntLanes integers;
+    constexpr float limit = 2147483648.0F;
+    IntLanes integers{};
     for (unsigned long i = 0; i < laneCount; ++i) {
-        const bool fits = lanes[i] >= -0x1p31F && lanes[i] < 0x1p31F;
+        const bool fits = lanes[i] >= -limit && lanes[i] < limit;
         integers[i] = fits ? static_cast<int>(lanes[i]) : -0x7fffffff - 1;
     }
     return integers;
@@ -150,7 +151,7 @@ inline void loadBytePairs(const unsigned char* bytes, FloatLanes& first, FloatLa
 /// Rounds towards zero. The lanes fit 32-bit integers.
 inline FloatLanes truncate(FloatLanes a) {
     const IntLanes integers = toIntegers(a);
-    FloatLanes lanes;
+    FloatLanes lanes{};
     for (unsigned long i = 0; i < laneCount; ++i) {
         lanes[i] = static_cast<float>(integers[i]);
     }
