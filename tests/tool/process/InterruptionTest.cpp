@@ -2,6 +2,7 @@
 
 #include "process/Interruption.h"
 #include "io/Files.h"
+#include "process/Batch.h"
 #include "support/Paths.h"
 #include "support/SmallModels.h"
 #include "support/ToolProcess.h"
@@ -139,6 +140,69 @@ public:
     TemporaryDirectory directory;
     fs::path printed = directory / "printed";
 };
+
+/// \return how a forked process that does this ended, as `waitpid` tells it
+int statusOf(const std::function<void()>& work) {
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        ::setpgid(0, 0);
+        std::signal(SIGINT, SIG_DFL);
+        vexa::tool::endCleanlyWhenInterrupted();
+        work();
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return status;
+}
+
+TEST(DeferredInterruption, LeavesAReportedSignalToTheCaller) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const int status = statusOf([signal] {
+            int reported = 0;
+            {
+                vexa::tool::DeferredInterruption interruption;
+                std::raise(signal);
+                reported = interruption.signal();
+                std::raise(SIGINT);
+                std::raise(SIGTERM);
+                reported = interruption.signal() == reported ? reported : 0;
+            }
+            ::_exit(reported);
+        });
+        EXPECT_TRUE(WIFEXITED(status));
+        EXPECT_EQ(WEXITSTATUS(status), signal);
+    }
+}
+
+TEST(DeferredInterruption, EndsTheProcessByASignalThatNobodyWasToldOf) {
+    const int status = statusOf([] {
+        const vexa::tool::DeferredInterruption interruption;
+        std::raise(SIGTERM);
+    });
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGTERM);
+}
+
+TEST(RunBatch, IsInterruptedWhetherTheSignalOrTheEndOfAProcessComesFirst) {
+    for (int i = 0; i < 50; ++i) {
+        const int status = statusOf([] {
+            const vexa::tool::BatchRun run = vexa::tool::runBatch(
+                {{"a", ""}, {"b", ""}}, 1,
+                [](const vexa::tool::BatchItem&) {
+                    ::kill(0, SIGINT);
+                    return vexa::tool::BatchResult();
+                },
+                [](std::size_t) {});
+            const bool isRight = run.signal == SIGINT &&
+                                 run.results[0].state == vexa::tool::BatchResult::State::Interrupted &&
+                                 run.results[1].state == vexa::tool::BatchResult::State::NotStarted;
+            ::_exit(isRight ? 0 : 1);
+        });
+        ASSERT_TRUE(WIFEXITED(status));
+        ASSERT_EQ(WEXITSTATUS(status), 0);
+    }
+}
 
 TEST(RemoveWhenInterrupted, RemovesEveryFileThatIsNamed) {
     const TemporaryDirectory directory;

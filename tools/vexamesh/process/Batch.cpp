@@ -81,7 +81,8 @@ public:
         }
         for (std::size_t i = 0; i < inputs.size(); ++i) {
             if (inputs[i].revents != 0) {
-                finish(items[i]);
+                // A signal to the whole group may have ended the process already.
+                finish(items[i], interruption.signal() != 0);
             }
         }
     }
@@ -100,7 +101,7 @@ public:
     std::vector<BatchResult> takeResults() { return std::move(results_); }
 
 private:
-    void finish(std::size_t item, bool isInterrupted = false) {
+    void finish(std::size_t item, bool isInterrupted) {
         try {
             results_[item] = receiveResult(*running_.at(item));
         } catch (const ProcessError& error) {

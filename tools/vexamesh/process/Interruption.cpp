@@ -77,27 +77,26 @@ DeferredInterruption::DeferredInterruption() {
 }
 
 DeferredInterruption::~DeferredInterruption() {
-    isDeferred = false;
+    // The caller still has to report the one that it was told of, which another delivery must not prevent.
+    isDeferred = noted != 0;
     ::sigprocmask(SIG_SETMASK, &before_, nullptr);
+    isDeferred = false;
 }
 
 bool DeferredInterruption::wait(std::vector<pollfd>& descriptors) {
     return ::ppoll(descriptors.data(), descriptors.size(), nullptr, &before_) >= 0;
 }
 
-int DeferredInterruption::signal() const { // NOLINT(readability-convert-member-functions-to-static)
-    if (noted != 0) {
-        return noted;
-    }
+int DeferredInterruption::signal() { // NOLINT(readability-convert-member-functions-to-static)
     // `ppoll` delivers none as long as a descriptor is ready.
     sigset_t pending;
     ::sigpending(&pending);
     for (const int signal : interruptions) {
-        if (::sigismember(&pending, signal) == 1) {
-            return signal;
+        if (noted == 0 && ::sigismember(&pending, signal) == 1) {
+            noted = signal;
         }
     }
-    return 0;
+    return noted;
 }
 
 void DeferredInterruption::leaveToParent() {

@@ -25,7 +25,8 @@ public:
     DeferredInterruption();
     DeferredInterruption(const DeferredInterruption&) = delete;
     DeferredInterruption& operator=(const DeferredInterruption&) = delete;
-    /// Signals end the process again from here on. One that was noted is forgotten: read `signal` before.
+    /// Signals end the process again from here on. If `signal` has returned one, it is the caller's to act on, and any
+    /// further ones that are waiting are dropped.
     ~DeferredInterruption();
 
     /// Waits until a descriptor is ready or a signal arrives, as `poll` without a time limit. The only place where a
@@ -35,7 +36,7 @@ public:
     bool wait(std::vector<pollfd>& descriptors);
 
     /// The first signal that has arrived; 0 if there was none.
-    [[nodiscard]] int signal() const;
+    [[nodiscard]] int signal();
 
     /// In a forked process: signals end it, as in any other.
     static void leaveToParent();
