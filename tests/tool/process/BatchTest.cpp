@@ -1,9 +1,15 @@
 #include "process/Batch.h"
 
+#include "support/ToolProcess.h"
+
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <string>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -31,6 +37,35 @@ TEST(RunBatch, RunsEveryItemAndKeepsTheirOrder) {
     }
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_EQ(told.back(), 20u);
+}
+
+TEST(RunBatch, BeginsWithLargeFilesIfSeveralAtATime) {
+    const tool_test::TemporaryDirectory directory;
+    std::vector<BatchItem> items;
+    for (const std::size_t size : {std::size_t{1}, std::size_t{1000}, std::size_t{100000}}) {
+        const std::string file = (directory / std::to_string(size)).string();
+        std::ofstream(file) << std::string(size, ' ');
+        items.push_back({file, ""});
+    }
+    const std::filesystem::path log = directory / "log";
+    const auto lastOf = [&](std::size_t jobs) {
+        std::filesystem::remove(log);
+        vexa::tool::runBatch(
+            items, jobs,
+            [&](const BatchItem& item) {
+                std::ofstream(log, std::ios::app) << item.input << '\n' << std::flush;
+                return BatchResult();
+            },
+            [](std::size_t) {});
+        std::string last;
+        std::ifstream lines(log);
+        for (std::string line; std::getline(lines, line);) {
+            last = line;
+        }
+        return last;
+    };
+    EXPECT_EQ(lastOf(2), items.front().input);
+    EXPECT_EQ(lastOf(1), items.back().input);
 }
 
 TEST(RunBatch, ACrashFailsOnlyItsItem) {

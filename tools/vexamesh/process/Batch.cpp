@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <poll.h>
 
 namespace vexa::tool {
@@ -124,6 +126,23 @@ private:
     std::vector<BatchResult> results_;
 };
 
+/// The order in which to begin: with several processes at a time, large files come first, so that the last one to end is
+/// not a large one that began late.
+std::vector<std::size_t> startOrder(const std::vector<BatchItem>& items, std::size_t jobs) {
+    std::vector<std::size_t> order(items.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    if (jobs > 1) {
+        std::vector<std::uintmax_t> sizes;
+        for (const BatchItem& item : items) {
+            std::error_code error;
+            const std::uintmax_t size = fs::file_size(item.input, error);
+            sizes.push_back(error ? 0 : size);
+        }
+        std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return sizes[a] > sizes[b]; });
+    }
+    return order;
+}
+
 /// The file that a path leads to, as far as it leads anywhere.
 fs::path resolved(const fs::path& path) {
     std::error_code error;
@@ -163,10 +182,11 @@ std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const
 BatchRun runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
                   const std::function<BatchResult(const BatchItem&)>& work,
                   const std::function<void(std::size_t)>& finished) {
+    const std::vector<std::size_t> order = startOrder(items, jobs);
     Pool pool(items, work);
     DeferredInterruption interruption;
     for (std::size_t next = 0; (next < items.size() || pool.running() > 0) && interruption.signal() == 0;) {
-        while (next < items.size() && pool.running() < jobs && pool.start(next)) {
+        while (next < items.size() && pool.running() < jobs && pool.start(order[next])) {
             ++next;
         }
         finished(next - pool.running());

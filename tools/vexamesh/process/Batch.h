@@ -44,8 +44,8 @@ struct BatchRun {
 std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const std::filesystem::path& directory,
                                    const std::string& extension);
 
-/// Runs `work` for each item in a process of its own, `jobs` at a time. A failure does not stop the others. SIGINT,
-/// SIGTERM and SIGHUP do: the processes are ended, and what is done so far is returned.
+/// Runs `work` for each item in a process of its own, `jobs` at a time, with more than one the large inputs first. A failure
+/// does not stop the others. SIGINT, SIGTERM and SIGHUP do: the processes are ended, and what is done so far is returned.
 ///
 /// \param finished is called after each item with the number of finished items
 BatchRun runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
