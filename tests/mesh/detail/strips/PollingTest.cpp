@@ -7,6 +7,7 @@
 #include <vexa/mesh/detail/strips/PatchOrder.h>
 #include <vexa/mesh/detail/strips/Polling.h>
 #include <vexa/mesh/detail/strips/StripPartition.h>
+#include <vexa/mesh/detail/strips/bound/CostSplit.h>
 #include <vexa/mesh/detail/strips/stars/Stars.h>
 
 #include <cstdint>
@@ -30,6 +31,24 @@ TEST(ForEachPolled, WorksWithoutAPoll) {
     std::uint32_t visited = 0;
     forEachPolled(7, {}, [&](std::uint32_t) { ++visited; });
     EXPECT_EQ(visited, 7U);
+}
+
+TEST(ForEachWhile, StopsWhenItIsTold) {
+    std::uint32_t asked = 0;
+    std::uint32_t visited = 0;
+    const auto visit = [&](std::uint32_t i) { EXPECT_EQ(i, visited++); };
+    EXPECT_FALSE(forEachWhile(
+        3 * pollInterval, [&] { return ++asked < 3; }, visit));
+    EXPECT_EQ(visited, 2 * pollInterval);
+}
+
+TEST(ForEachWhile, TellsThatEverythingWasVisited) {
+    std::uint32_t visited = 0;
+    const auto visit = [&](std::uint32_t) { ++visited; };
+    EXPECT_TRUE(forEachWhile(
+        pollInterval, [] { return true; }, visit));
+    EXPECT_TRUE(forEachWhile(5, {}, visit));
+    EXPECT_EQ(visited, pollInterval + 5);
 }
 
 TEST(WorkMeter, PollsWhenEnoughIsDone) {
@@ -73,6 +92,26 @@ TEST(Polling, HappensInEveryStepOfALargeMesh) {
     expectPolls("patches");
     const Stars stars(partition, groups, poll);
     expectPolls("stars");
+    std::vector<HalfEdgeId> corners;
+    const auto goesOn = [&polls] { return ++polls != 0; };
+    const StarLayout layout = listStars(partition, groups, corners, goesOn);
+    EXPECT_EQ(layout.starCount(), 201U * 201U);
+    EXPECT_GE(polls, 3 * (triangles / pollInterval)) << "preparing, grouping and listing";
+    polls = 0;
+    const EdgeCosts costs(6);
+    const CostSplit<MinPlusMatrix> split(layout, costs, alone, poll);
+    EXPECT_GE(polls, 2 * (triangles / pollInterval)) << "first costs";
+}
+
+TEST(Polling, EndsTheListingOfStarsEarly) {
+    const meshes::Indices mesh = meshes::grid(200, 200);
+    const CompactGraph graph = pairEdges(mesh);
+    const StripPartition partition(graph, mesh, {}, {});
+    WorkTeam alone;
+    const PatchGroups groups(partition, 4096, alone, {});
+    std::vector<HalfEdgeId> corners;
+    const StarLayout layout = listStars(partition, groups, corners, [] { return false; });
+    EXPECT_EQ(layout.starCount(), 0U);
 }
 
 } // namespace

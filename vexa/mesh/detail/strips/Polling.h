@@ -29,17 +29,33 @@ private:
     std::uint64_t done_ = 0;
 };
 
-/// Calls `visit(i)` for every number below `count`, and `poll` now and then.
+/// Asked every few thousand triangles by work that need not be finished; may be empty.
+using GoesOn = std::function<bool()>;
+
+/// Calls `visit(i)` for every number below `count` as long as `goesOn` returns true, which is asked now and then.
+///
+/// \return false if some were left out
 template <class Visit>
-void forEachPolled(std::uint32_t count, const Poll& poll, Visit visit) {
+bool forEachWhile(std::uint32_t count, const GoesOn& goesOn, Visit visit) {
     for (std::uint32_t i = 0; i < count;) {
-        if (poll) {
-            poll();
+        if (goesOn && !goesOn()) {
+            return false;
         }
         for (const std::uint32_t end = i + std::min(count - i, pollInterval); i < end; ++i) {
             visit(i);
         }
     }
+    return true;
+}
+
+/// Calls `visit(i)` for every number below `count`, and `poll` now and then.
+template <class Visit>
+void forEachPolled(std::uint32_t count, const Poll& poll, Visit visit) {
+    const auto goesOn = [&poll] {
+        poll();
+        return true;
+    };
+    forEachWhile(count, poll ? GoesOn(goesOn) : GoesOn(), visit);
 }
 
 } // namespace vexa::mesh::detail

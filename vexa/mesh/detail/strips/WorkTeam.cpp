@@ -36,7 +36,7 @@ void WorkTeam::dismiss() {
     }
 }
 
-bool WorkTeam::forEach(std::uint32_t count, const Work& work, const std::function<bool()>& goesOn) {
+bool WorkTeam::forEach(std::uint32_t count, const Work& work, const GoesOn& goesOn) {
     if (threads_.empty() || count < 2) {
         return forEachAlone(count, work, goesOn);
     }
@@ -70,7 +70,7 @@ bool WorkTeam::forEach(std::uint32_t count, const Work& work, const std::functio
     return !loop.isCut;
 }
 
-bool WorkTeam::forEachAlone(std::uint32_t count, const Work& work, const std::function<bool()>& goesOn) {
+bool WorkTeam::forEachAlone(std::uint32_t count, const Work& work, const GoesOn& goesOn) {
     for (std::uint32_t i = 0; i < count; ++i) {
         if (goesOn && !goesOn()) {
             return false;

@@ -37,7 +37,7 @@ public:
     ///               that have not begun
     /// \return false if calls were left out
     /// \throw whatever a call throws, once none is running any more; those that have not begun are left out
-    bool forEach(std::uint32_t count, const Work& work, const std::function<bool()>& goesOn = {});
+    bool forEach(std::uint32_t count, const Work& work, const GoesOn& goesOn = {});
 
 private:
     friend class SideTask;
@@ -51,7 +51,7 @@ private:
         std::exception_ptr error = nullptr;
     };
 
-    bool forEachAlone(std::uint32_t count, const Work& work, const std::function<bool()>& goesOn);
+    bool forEachAlone(std::uint32_t count, const Work& work, const GoesOn& goesOn);
     void serve(unsigned member);
     void call(std::unique_lock<std::mutex>& lock, Loop& loop, unsigned member);
     static void cut(Loop& loop);

@@ -42,21 +42,23 @@ ExactTable exactCosts(const EdgeCosts& costs, const CostTable& kept, StarEntry::
 }
 
 template <class Matrix>
-CostSplit<Matrix>::CostSplit(const StarLayout& layout, const EdgeCosts& costs, WorkTeam& team)
-    : layout_(layout), tables_(layout.tableCount()), inner_(costs.inner), borderFirst_(costs.borderFirst),
-      borderLast_(costs.borderLast), free_(costs.free), team_(team), scratch_(team.size()) {
+CostSplit<Matrix>::CostSplit(const StarLayout& layout, const EdgeCosts& costs, WorkTeam& team, const Poll& poll)
+    : layout_(layout), inner_(costs.inner), borderFirst_(costs.borderFirst), borderLast_(costs.borderLast),
+      free_(costs.free), team_(team), scratch_(team.size()) {
     for (Scratch& scratch : scratch_) {
         scratch.own.resize(layout.maxStarSize());
         scratch.after.resize(layout.maxStarSize());
     }
-    for (std::uint32_t i = 0; i < layout.starCount(); ++i) {
+    tables_.reserve(layout.tableCount());
+    forEachPolled(layout.tableCount(), poll, [this](std::uint32_t) { tables_.emplace_back(); });
+    forEachPolled(layout.starCount(), poll, [&](std::uint32_t i) {
         const std::span<const StarEntry> star = layout.star(i);
         for (const StarEntry& entry : star) {
             if (!entry.isKept()) {
                 tables_[entry.table()] = seenFromOtherEnd(wholeCosts(costs, entry.share(), &entry == star.data()));
             }
         }
-    }
+    });
 }
 
 template <class Matrix>

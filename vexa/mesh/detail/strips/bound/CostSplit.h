@@ -22,7 +22,7 @@ public:
     using Observer = std::function<bool(double)>;
 
     /// Gives every edge wholly to the first of its stars. Keeps references to the layout and the team.
-    CostSplit(const StarLayout& layout, const EdgeCosts& costs, WorkTeam& team);
+    CostSplit(const StarLayout& layout, const EdgeCosts& costs, WorkTeam& team, const Poll& poll = {});
 
     /// Goes over all stars, first to last and back. Each hands what it can do without to those that come later: the least
     /// cost of any star does not fall, but for rounding.

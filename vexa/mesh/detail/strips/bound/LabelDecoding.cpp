@@ -119,9 +119,12 @@ private:
 bool labelBySplittingCosts(StripPartition& partition, const PatchGroups& groups, std::int16_t endCost, unsigned sweeps,
                            WorkTeam& team, StripMonitor& monitor) {
     std::vector<HalfEdgeId> corners;
-    const StarLayout layout = listStars(partition, groups, corners);
+    const StarLayout layout = listStars(partition, groups, corners, [&monitor] { return monitor.poll(0, 1); });
+    if (monitor.isStopped()) {
+        return false;
+    }
     const EdgeCosts costs(endCost);
-    Split split(layout, costs, team);
+    Split split(layout, costs, team, monitor.poller());
     if (!split.sweepMany(sweeps, [&](double part) { return monitor.poll(part, 1); })) {
         return false;
     }

@@ -121,7 +121,7 @@ private:
 
 /// Calls `visit(triangle)` for the triangles in the order in which stars are to be listed.
 template <class Visit>
-void forEachInOrder(const CompactGraph& graph, Visit visit) {
+void forEachInOrder(const CompactGraph& graph, const GoesOn& /*goesOn*/, Visit visit) {
     if (isScattered(graph, scatteredPercent)) {
         for (const TriangleId id : patchOrder(graph)) {
             visit(id);
@@ -134,18 +134,19 @@ void forEachInOrder(const CompactGraph& graph, Visit visit) {
 }
 
 template <class Visit>
-void forEachInOrder(const StripPartition& partition, Visit visit) {
-    for (TriangleId id = 0; id < partition.count(); ++id) {
+void forEachInOrder(const StripPartition& partition, const GoesOn& goesOn, Visit visit) {
+    forEachWhile(partition.count(), goesOn, [&](TriangleId id) {
         if (!partition.isCollapsed(id)) {
             visit(id);
         }
-    }
+    });
 }
 
 template <class Sides, class Adjacency>
-GroupedCorners groupCorners(const Sides& sides, const Adjacency& adjacency, const PatchGroups& groups) {
+GroupedCorners groupCorners(const Sides& sides, const Adjacency& adjacency, const PatchGroups& groups,
+                            const GoesOn& goesOn) {
     CornerGrouping grouping(sides, groups);
-    forEachInOrder(adjacency, [&](TriangleId triangle) { grouping.add(triangle); });
+    forEachInOrder(adjacency, goesOn, [&](TriangleId triangle) { grouping.add(triangle); });
     return grouping.finish();
 }
 
@@ -155,8 +156,10 @@ GroupedCorners groupCorners(const Sides& sides, const Adjacency& adjacency, cons
 template <class Sides>
 class StarListing {
 public:
-    explicit StarListing(const Sides& sides) : sides_(sides), tables_(std::size_t{4} * sides.count()) {
-        std::fill_n(tables_.get(), std::size_t{4} * sides.count(), noTable);
+    StarListing(const Sides& sides, const GoesOn& goesOn)
+        : sides_(sides), goesOn_(goesOn), tables_(std::size_t{4} * sides.count()) {
+        forEachWhile(sides.count(), goesOn_,
+                     [this](TriangleId id) { std::fill_n(&tables_[halfEdgeOf(id, 0)], 4, noTable); });
         // An edge has two entries, of its two triangles or of the one at a border.
         layout_.entries_.reserve(std::size_t{3} * sides.count() + countOpenSides());
         layout_.ends_.reserve(sides.count() / 2 + 16);
@@ -171,9 +174,8 @@ public:
     void noteCornersIn(std::vector<HalfEdgeId>& corners) { corners_ = &corners; }
 
     StarLayout run(GroupedCorners grouped, const PatchGroups& groups) {
-        for (const HalfEdgeId corner : grouped.corners) {
-            listAround(corner);
-        }
+        forEachWhile(static_cast<std::uint32_t>(grouped.corners.size()), goesOn_,
+                     [&](std::uint32_t star) { listAround(grouped.corners[star]); });
         layout_.groupEnds_ = std::move(grouped.ends);
         for (std::uint32_t level = 0; level <= PatchGroups::levels; ++level) {
             layout_.levelBegins_[level] = groups.begin(level);
@@ -184,11 +186,11 @@ public:
 private:
     [[nodiscard]] std::size_t countOpenSides() const {
         std::size_t count = 0;
-        for (TriangleId id = 0; id < sides_.count(); ++id) {
+        forEachWhile(sides_.count(), goesOn_, [&](TriangleId id) {
             for (std::uint32_t place = 0; place < 3; ++place) {
                 count += sides_.isOutside(sides_.twin(halfEdgeOf(id, place))) ? 1 : 0;
             }
-        }
+        });
         return count;
     }
 
@@ -256,6 +258,7 @@ private:
     }
 
     Sides sides_;
+    const GoesOn& goesOn_;
     LargeArray<std::uint32_t> tables_; ///< by half-edge, the number that the first star of an edge has given its table
     const Parts* parts_ = nullptr;
     std::vector<HalfEdgeId>* corners_ = nullptr;
@@ -263,7 +266,7 @@ private:
 };
 
 bool StarLayout::forEachRun(WorkTeam& team, bool isForth, const std::function<void(StarRun, unsigned)>& visit,
-                            const std::function<bool()>& goesOn) const {
+                            const GoesOn& goesOn) const {
     if (!isForth && !visitRest(isForth, visit, goesOn)) {
         return false;
     }
@@ -283,7 +286,7 @@ bool StarLayout::forEachRun(WorkTeam& team, bool isForth, const std::function<vo
 
 /// The stars of no level, in the owner's thread.
 bool StarLayout::visitRest(bool isForth, const std::function<void(StarRun, unsigned)>& visit,
-                           const std::function<bool()>& goesOn) const {
+                           const GoesOn& goesOn) const {
     constexpr std::uint32_t block = 4096;
     const std::uint32_t rest = levelBegins_[PatchGroups::levels];
     const StarRun all{rest == 0 ? 0 : groupEnds_[rest - 1], groupEnds_[rest]};
@@ -308,16 +311,18 @@ StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team) {
     const Parts parts(*graph, joined);
     const std::uint32_t groupCount = parts.countGroups(triangles);
     PatchGroups groups(*graph, patchSize, team, {});
-    GroupedCorners grouped = groupCorners(GraphSides{*graph}, *graph, groups);
+    const GoesOn always;
+    GroupedCorners grouped = groupCorners(GraphSides{*graph}, *graph, groups, always);
     groups.release();
-    StarListing listing(GraphSides{*graph});
+    StarListing listing(GraphSides{*graph}, always);
     listing.notePartsOf(parts, groupCount);
     return listing.run(std::move(grouped), groups);
 }
 
-StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners) {
-    GroupedCorners grouped = groupCorners(PartitionSides{partition}, partition, groups);
-    StarListing listing(PartitionSides{partition});
+StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners,
+                     const GoesOn& goesOn) {
+    GroupedCorners grouped = groupCorners(PartitionSides{partition}, partition, groups, goesOn);
+    StarListing listing(PartitionSides{partition}, goesOn);
     listing.noteCornersIn(corners);
     return listing.run(std::move(grouped), groups);
 }

@@ -71,14 +71,13 @@ public:
     /// \param goesOn see `WorkTeam::forEach`
     /// \return false if runs were left out
     bool forEachRun(WorkTeam& team, bool isForth, const std::function<void(StarRun, unsigned)>& visit,
-                    const std::function<bool()>& goesOn) const;
+                    const GoesOn& goesOn) const;
 
 private:
     template <class Sides>
     friend class StarListing;
 
-    bool visitRest(bool isForth, const std::function<void(StarRun, unsigned)>& visit,
-                   const std::function<bool()>& goesOn) const;
+    bool visitRest(bool isForth, const std::function<void(StarRun, unsigned)>& visit, const GoesOn& goesOn) const;
 
     struct End {
         std::uint32_t entry : 31; ///< after the star's last one
@@ -109,6 +108,8 @@ StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team);
 ///
 /// \param corners receives for every star the half-edge that leaves its vertex in the triangle before the first entry;
 ///                in an open star, where the outside is before it, the one in the triangle after it
-StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners);
+/// \param goesOn  the result is of no use once it has returned false
+StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners,
+                     const GoesOn& goesOn);
 
 } // namespace vexa::mesh::detail
