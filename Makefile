@@ -27,7 +27,7 @@ BUILD = cmake --preset $(1) && cmake --build --preset $(1) -j $(JOBS)
 RUN_TESTS = ctest --preset $(1) -j $(JOBS)
 
 .DEFAULT_GOAL := help
-.PHONY: help deps demo test bench bench-compare bench-python bench-collection fuzz reliability python npm docs format lint install dist packages packages-check clean
+.PHONY: help deps demo test bench bench-compare bench-python bench-collection fuzz reliability python npm docs site format lint install dist packages packages-check clean
 
 help: ## list these commands
 	@awk -F ':.*## ' '/^[a-z-]+:.*## / { printf "make %-17s %s\n", $$1, $$2 }' Makefile
@@ -101,6 +101,13 @@ docs: ## generate the reference of the public headers in build/docs/html
 	$(INSTALL_DEPENDENCIES) docs
 	@mkdir -p build
 	doxygen docs/Doxyfile
+
+site: docs ## build the site in build/site: guides, reference, figures and a gallery of reports, with links checked
+	$(INSTALL_DEPENDENCIES) library tool site
+	cmake --preset release -D VEXA_BUILD_TESTS=OFF
+	cmake --build --preset release -j $(JOBS) --target vexamesh
+	sh bench/models/fetch.sh build/bench/models
+	$(PYTHON) docs/site/build.py build/release/tools/vexamesh/vexamesh build/bench/models build/docs/html build/site
 
 format: ## reformat every source with clang-format
 	$(INSTALL_DEPENDENCIES) lint

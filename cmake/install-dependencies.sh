@@ -2,17 +2,17 @@
 # Installs the Debian packages in dependencies.txt that the named parts need and that are missing. npm packages are
 # fetched by the builds and tests that use them, from the lock file next to their package.json.
 # usage: install-dependencies.sh [PART...]   (none means all)
-# PART: library, tool, tests, python, lint, bench, fuzz, docs, npm, packages or reliability
+# PART: library, tool, tests, python, lint, bench, fuzz, docs, site, npm, packages or reliability
 set -eu
 
 list=$(dirname "$0")/dependencies.txt
-wanted=" ${*:-library tool tests python lint bench fuzz docs npm packages reliability} "
+wanted=" ${*:-library tool tests python lint bench fuzz docs site npm packages reliability} "
 for part in $wanted; do
     case "$part" in
-    library | tool | tests | python | lint | bench | fuzz | docs | npm | packages | reliability) ;;
+    library | tool | tests | python | lint | bench | fuzz | docs | site | npm | packages | reliability) ;;
     *)
-        echo "install-dependencies.sh: unknown part '$part' (library, tool, tests, python, lint, bench, fuzz, docs, npm," \
-            "packages, reliability)" >&2
+        echo "install-dependencies.sh: unknown part '$part' (library, tool, tests, python, lint, bench, fuzz, docs, site," \
+            "npm, packages, reliability)" >&2
         exit 2
         ;;
     esac
