@@ -261,6 +261,26 @@ describe('a report', () => {
         });
     }
 
+    test('shows the whole model in views of every shape', async () => {
+        const page = await open(browser, report(twoStrips()).file, { viewport: { width: 390, height: 844 } });
+        await page.locator('#edges').evaluate((button) => button.click());
+        const coveredAt = async (from, to) => {
+            await settled(page);
+            await page.locator('#stage').scrollIntoViewIfNeeded();
+            const { x, y, width, height } = await page.locator('#canvas').boundingBox();
+            const clip = { x: x + from * width, y: y + 0.3 * height, width: (to - from) * width, height: 0.4 * height };
+            return (await inspect(await page.screenshot({ clip }))).covered;
+        };
+        await page.locator('#side').click();
+        for (const width of [390, 1280, 500]) {
+            await page.setViewportSize({ width, height: 844 });
+            assert.ok((await coveredAt(0.1, 0.4)) > 0.01, `the model at ${width}`);
+            assert.equal(await coveredAt(0, 0.03), 0, `beside it at ${width}`);
+            assert.equal(await coveredAt(0.97, 1), 0, `beside it at ${width}`);
+        }
+        await page.close();
+    });
+
     test('shows groups of strips from afar and single strips close by', async () => {
         const page = await open(browser, report(wideGrid()).file);
         const level = async () => Number(await page.locator('#canvas').getAttribute('data-level'));

@@ -68,6 +68,12 @@ export class Eye {
         return distance;
     }
 
+    // Fills as much of a view of another shape as of the one before.
+    refit(from, to) {
+        const factor = this.distanceThatShowsAll(to) / this.distanceThatShowsAll(from);
+        this.camera.position.sub(this.target).multiplyScalar(factor).add(this.target);
+    }
+
     // How many CSS pixels each of so many triangles covers, if half of them face the eye and fill half of its outline.
     pixelsPerTriangle(view, triangles) {
         const distance = this.camera.position.distanceTo(this.target);

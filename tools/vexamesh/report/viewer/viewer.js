@@ -141,6 +141,7 @@ class Viewer {
         if (clientWidth > 0 && clientHeight > 0 && (clientWidth !== this.width || clientHeight !== this.height)) {
             [this.width, this.height] = [clientWidth, clientHeight];
             this.painter.resize(clientWidth, clientHeight);
+            this.refit();
             this.placeLabels();
             if (this.isStarted) {
                 this.drawNow();
@@ -195,8 +196,18 @@ class Viewer {
         // Switched off, it keeps its place.
         slider.value = wipe === null ? slider.value : wipe * slider.max;
         element('side').setAttribute('aria-pressed', wipe === null);
+        this.refit();
         this.placeLabels();
         this.redraw();
+    }
+
+    refit() {
+        const [{width, height}] = this.views;
+        const aspect = width / height;
+        if (this.isStarted && aspect !== this.aspect) {
+            this.eye.refit(this.aspect, aspect);
+        }
+        this.aspect = aspect;
     }
 
     saveReplay() {
