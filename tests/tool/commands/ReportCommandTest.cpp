@@ -191,6 +191,17 @@ TEST_F(ReportCommand, DrawsAMeshWhereverTheSceneShowsIt) {
     EXPECT_THAT(page, HasSubstr("\"placements\":2"));
 }
 
+TEST_F(ReportCommand, DrawsAMeshWithASkinOnceWhereverItsNodesAre) {
+    GltfModel model = gridModel(1, 1);
+    const Json node{{"mesh", 0}, {"skin", 0}, {"translation", {5, 0, 0}}};
+    model.json["skins"] = {{{"joints", {2}}}};
+    model.json["nodes"] = {node, node, Json::object()};
+    model.json["scenes"] = {{{"nodes", {0, 1, 2}}}};
+    model.json["scene"] = 0;
+    report(model);
+    EXPECT_THAT(page, HasSubstr("\"placements\":1"));
+}
+
 TEST_F(ReportCommand, QuotesTheCommandForAShell) {
     in = (directory / "it's one.glb").string();
     report(gridModel(1, 1), {"--fans", "6"});

@@ -6,6 +6,7 @@
 #include "ops/MeshConversion.h"
 #include "ops/Packing.h"
 #include "ops/Placement.h"
+#include "ops/Skins.h"
 #include "ops/Triangles.h"
 
 #include <algorithm>
@@ -31,22 +32,30 @@ using Positions = std::shared_ptr<const std::vector<float>>;
 /// Positions of primitives, and where the scene shows them.
 class PositionReader {
 public:
-    explicit PositionReader(const Document& document) : document_(document), placements_(document.meshes.size()) {
+    explicit PositionReader(const Document& document)
+        : document_(document), skins_(document), placements_(document.meshes.size()) {
         for (const MeshInstance& instance : meshInstances(document)) {
             placements_.at(instance.mesh).push_back(instance.matrix);
         }
     }
 
-    /// Where a mesh is shown; once, as it is, if the scene leaves it out.
+    /// Where a mesh is shown; once, as it is, if the scene leaves it out, or if a skin has placed its vertices.
     [[nodiscard]] std::vector<glm::dmat4> placements(std::size_t mesh) const {
-        return placements_[mesh].empty() ? std::vector<glm::dmat4>{glm::dmat4(1)} : placements_[mesh];
+        return placements_[mesh].empty() || skins_.skinOf(mesh) ? std::vector<glm::dmat4>{glm::dmat4(1)}
+                                                                : placements_[mesh];
     }
 
     /// Three floats per vertex; values that are not finite become 0, so that they can be drawn.
-    [[nodiscard]] Positions read(const Primitive& primitive) {
+    [[nodiscard]] Positions read(std::size_t mesh, const Primitive& primitive) {
         const Attribute* attribute = primitive.findAttribute("POSITION");
         if (attribute == nullptr) {
             return std::make_shared<std::vector<float>>();
+        }
+        if (const auto skin = skins_.skinOf(mesh)) {
+            std::vector<float> positions = readAll(attribute->accessor);
+            skins_.place(*skin, primitive, positions);
+            makeFinite(positions);
+            return std::make_shared<std::vector<float>>(std::move(positions));
         }
         Positions& known = known_[attribute->accessor];
         if (known == nullptr) {
@@ -61,14 +70,21 @@ private:
         std::vector<float> positions(3 * values.count);
         for (std::size_t i = 0; i < values.count; ++i) {
             for (std::size_t c = 0; c < std::min<std::size_t>(values.components, 3); ++c) {
-                const auto value = static_cast<float>(values.component(i, c));
-                positions[3 * i + c] = std::isfinite(value) ? value : 0;
+                positions[3 * i + c] = static_cast<float>(values.component(i, c));
             }
         }
+        makeFinite(positions);
         return positions;
     }
 
+    static void makeFinite(std::vector<float>& positions) {
+        for (float& value : positions) {
+            value = std::isfinite(value) ? value : 0;
+        }
+    }
+
     const Document& document_;
+    Skins skins_;
     std::vector<std::vector<glm::dmat4>> placements_;
     /// Primitives often share their vertices.
     std::map<std::size_t, Positions> known_;
@@ -160,7 +176,7 @@ private:
                         p,
                         mesh::toTriangles(primitive.type, primitive.indices),
                         {},
-                        reader.read(primitive),
+                        reader.read(m, primitive),
                         reader.placements(m)};
         pending.isSplitOff =
             reportGraph(primitive, false, [&](const std::string& line) { row.graphLines.push_back(line); });
