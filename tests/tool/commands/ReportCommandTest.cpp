@@ -138,6 +138,22 @@ TEST_F(ReportCommand, WritesThePreviewPictureNextToAPageWithAnAddress) {
     EXPECT_THAT(page, HasSubstr(" --url https://example.org/reports/page.html</code>"));
 }
 
+TEST_F(ReportCommand, ReplacesAPreviewPictureOnlyWithItsPage) {
+    gridModel(1, 1).writeGlb(in);
+    writeText(directory / "report-preview.png", "a picture of something else");
+    const std::vector<std::string> arguments{"report", in,      "-o",
+                                             out,      "--url", "https://example.org/reports/report.html"};
+    const ProcessResult refused = runForked(arguments);
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_THAT(refused.err,
+                HasSubstr("report-preview.png, where the preview picture of " + out + " would be, exists"));
+    EXPECT_EQ(readText(directory / "report-preview.png"), "a picture of something else");
+    EXPECT_THAT(directory.files(), UnorderedElementsAre("in.glb", "report-preview.png"));
+    writeText(out, "an earlier report");
+    EXPECT_EQ(runForked(arguments).exitCode, 0);
+    EXPECT_THAT(readText(directory / "report-preview.png"), StartsWith("\x89PNG"));
+}
+
 TEST_F(ReportCommand, RefusesAnInvalidPageAddress) {
     gridModel(1, 1).writeGlb(in);
     for (const char* url : {"example.org/reports/", "https://example.org", "file:///tmp/page.html"}) {

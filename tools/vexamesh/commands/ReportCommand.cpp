@@ -138,6 +138,21 @@ PageTexts textsFor(const ReportArguments& arguments, const ReportContent& conten
     return texts;
 }
 
+std::filesystem::path previewNextTo(const std::filesystem::path& page) {
+    return page.parent_path() / (page.stem().string() + "-preview.png");
+}
+
+/// Without its page, the file may belong to something else.
+void checkPreview(const ReportArguments& arguments) {
+    const std::filesystem::path preview = previewNextTo(arguments.output);
+    std::error_code error;
+    if (!arguments.url.empty() && std::filesystem::exists(preview, error) &&
+        !std::filesystem::exists(arguments.output, error)) {
+        throw UsageError(preview.string() + ", where the preview picture of " + arguments.output +
+                         " would be, exists; choose another name, or remove it if nothing else needs it");
+    }
+}
+
 /// Writes the page with its preview picture: within it, or, if its address is known, in a file next to it.
 void writeReport(const ReportArguments& arguments, const ReportContent& content, PageTexts& texts) {
     const Picture& picture = content.picture;
@@ -147,7 +162,7 @@ void writeReport(const ReportArguments& arguments, const ReportContent& content,
         writeFile(arguments.output, writePage(texts, content));
     } else {
         const std::filesystem::path page = arguments.output;
-        const std::filesystem::path preview = page.parent_path() / (page.stem().string() + "-preview.png");
+        const std::filesystem::path preview = previewNextTo(page);
         texts.previewAddress = addressNextTo(arguments.url, preview.filename().string());
         writeFiles(page, writePage(texts, content), preview, png);
     }
@@ -156,6 +171,7 @@ void writeReport(const ReportArguments& arguments, const ReportContent& content,
 int runReport(const ReportArguments& arguments, Console& console) {
     checkOutputName(arguments.output, {".html"}, arguments.input);
     checkUrl(arguments.url);
+    checkPreview(arguments);
     ReportSettings settings{arguments.cut.settings(), arguments.maxShown, parseEfforts(arguments.compare)};
     const Session session(console, arguments.weld);
     Document document = session.loadToEdit(arguments.input);
