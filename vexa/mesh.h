@@ -7,6 +7,7 @@
 #include "vexa/mesh/BoundingBox.h"
 #include "vexa/mesh/Buffer.h"
 #include "vexa/mesh/Edges.h"
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/Faults.h"
 #include "vexa/mesh/GlmLayout.h"
 #include "vexa/mesh/HalfEdgeGraph.h"

@@ -23,7 +23,7 @@ void transformAttrib(std::shared_ptr<AttributeBuffer>& buffer, AttributeTransfor
 void transformMesh(MeshPtr& mesh, const AttributeTransformationMap& map) {
     // A function may reset the caller's pointer.
     const MeshPtr held = mesh;
-    detail::transformMeshElements(*held, map);
+    detail::transformMeshElements(*held, map, {});
 }
 
 void transformAttributes(std::shared_ptr<AttributeBuffer> source, std::shared_ptr<AttributeBuffer> target,

@@ -419,16 +419,16 @@ std::shared_ptr<AttributeBuffer> mergeAttribute(const Plan& plan, std::span<cons
     return result;
 }
 
-} // namespace
+std::uint32_t bufferCount(const Plan& plan) {
+    return static_cast<std::uint32_t>(plan.layout().size() + 1);
+}
 
-MeshPtr mergeMeshes(std::span<const MeshInstance> instances, const MergeOptions& options) {
-    const Plan plan("mergeMeshes", instances, options);
+/// Each buffer of the result is one call's work.
+MeshPtr mergeByPlan(const Plan& plan, std::span<const MeshInstance> instances, const MergeOptions& options,
+                    detail::WorkTeam& team) {
     std::shared_ptr<IndexBuffer> indices;
     AttributeBuffers attributes(plan.layout().size());
-    // Each buffer of the result is one thread's work.
-    const auto bufferCount = static_cast<std::uint32_t>(attributes.size() + 1);
-    detail::WorkTeam team(std::min(detail::threadsFor(plan.vertexCount(), options.threads), bufferCount));
-    team.forEach(bufferCount, [&](std::uint32_t buffer, unsigned) {
+    team.forEach(bufferCount(plan), [&](std::uint32_t buffer, unsigned) {
         if (buffer == 0) {
             indices = mergeIndices(plan);
         } else {
@@ -436,6 +436,20 @@ MeshPtr mergeMeshes(std::span<const MeshInstance> instances, const MergeOptions&
         }
     });
     return makeMesh(plan.type(), indices, std::move(attributes));
+}
+
+} // namespace
+
+MeshPtr mergeMeshes(std::span<const MeshInstance> instances, const MergeOptions& options) {
+    const Plan plan("mergeMeshes", instances, options);
+    detail::WorkTeam team(std::min(detail::threadsFor(plan.vertexCount(), options.threads), bufferCount(plan)));
+    return mergeByPlan(plan, instances, options, team);
+}
+
+MeshPtr mergeMeshes(std::span<const MeshInstance> instances, const MergeOptions& options, const Executor& executor) {
+    const Plan plan("mergeMeshes", instances, options);
+    detail::WorkTeam team(executor, detail::tasksFor(plan.vertexCount(), options.threads));
+    return mergeByPlan(plan, instances, options, team);
 }
 
 std::vector<MeshRange> mergedRanges(std::span<const MeshInstance> instances, const MergeOptions& options) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/Export.h"
 #include "vexa/mesh/GlmLayout.h"
 #include "vexa/mesh/MakeMesh.h"
@@ -69,6 +70,15 @@ struct MeshRange {
 /// \throw std::bad_alloc        if memory runs out
 /// Cost: linear.
 VEXA_MESH_EXPORT MeshPtr mergeMeshes(std::span<const MeshInstance> instances, const MergeOptions& options = {});
+
+/// The same in the threads of an executor, which shares the buffers of the result between them; no thread is started.
+///
+/// \param options  `threads`, if above 1, is the most tasks that the executor is given at a time; otherwise as many as the
+///                 processor runs threads
+/// \param executor see Executor; the result does not depend on it
+/// Also throws whatever the executor throws.
+VEXA_MESH_EXPORT MeshPtr mergeMeshes(std::span<const MeshInstance> instances, const MergeOptions& options,
+                                     const Executor& executor);
 
 /// The range of each instance in the mesh that `mergeMeshes` makes of the same arguments.
 ///

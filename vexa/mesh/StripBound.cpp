@@ -57,11 +57,11 @@ bool hasCollapsed(std::span<const unsigned int> triangles) {
 }
 
 /// What the strips of triangles without collapsed ones cost at least, beyond one index per triangle.
-std::uint64_t minStripCost(std::span<const unsigned int> triangles, StripJoin join, const BoundOptions& options) {
+std::uint64_t minStripCost(std::span<const unsigned int> triangles, StripJoin join, const BoundOptions& options,
+                           detail::WorkTeam& team) {
     // A strip costs two indices to begin with, and its restart index.
     const std::int32_t stripCost = join == StripJoin::Restart ? 3 : 2;
     const detail::EdgeCosts costs(static_cast<std::int16_t>(stripCost * detail::costUnit / 2));
-    detail::WorkTeam team(detail::threadsFor(triangles.size() / 3, options.threads));
     const StarLayout layout = detail::listStars(triangles, team);
     detail::CostSplit<detail::MinPlusMatrix> split(layout, costs, team);
     SweepMonitor monitor(options);
@@ -72,9 +72,8 @@ std::uint64_t minStripCost(std::span<const unsigned int> triangles, StripJoin jo
     return join == StripJoin::Restart ? cost : cost + layout.groupCount() - 1;
 }
 
-} // namespace
-
-std::uint64_t minIndexCount(std::span<const unsigned int> triangles, StripJoin join, const BoundOptions& options) {
+std::uint64_t countLeast(std::span<const unsigned int> triangles, StripJoin join, const BoundOptions& options,
+                         detail::WorkTeam& team) {
     detail::checkTriangles("minIndexCount", triangles);
     if (triangles.size() / 3 > StarLayout::maxTriangles) {
         throw std::length_error("minIndexCount: " + std::to_string(triangles.size() / 3) +
@@ -89,7 +88,20 @@ std::uint64_t minIndexCount(std::span<const unsigned int> triangles, StripJoin j
         return 0;
     }
     // The last strip has no restart index.
-    return triangles.size() / 3 + minStripCost(triangles, join, options) - (join == StripJoin::Restart ? 1 : 0);
+    return triangles.size() / 3 + minStripCost(triangles, join, options, team) - (join == StripJoin::Restart ? 1 : 0);
+}
+
+} // namespace
+
+std::uint64_t minIndexCount(std::span<const unsigned int> triangles, StripJoin join, const BoundOptions& options) {
+    detail::WorkTeam team(detail::threadsFor(triangles.size() / 3, options.threads));
+    return countLeast(triangles, join, options, team);
+}
+
+std::uint64_t minIndexCount(std::span<const unsigned int> triangles, StripJoin join, const BoundOptions& options,
+                            const Executor& executor) {
+    detail::WorkTeam team(executor, detail::tasksFor(triangles.size() / 3, options.threads));
+    return countLeast(triangles, join, options, team);
 }
 
 } // namespace vexa::mesh

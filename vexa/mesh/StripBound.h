@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/Export.h"
 #include "vexa/mesh/Strips.h"
 
@@ -38,5 +39,15 @@ struct BoundOptions {
 /// Cost: linear in the number of triangles, for every sweep; O(n log n) where more than two triangles share an edge.
 VEXA_MESH_EXPORT std::uint64_t minIndexCount(std::span<const unsigned int> triangles, StripJoin join,
                                              const BoundOptions& options = {});
+
+/// The same in the threads of an executor; no thread is started.
+///
+/// \param options  `onProgress` is called from the calling thread only: between the steps of the search if the executor leaves
+///                 no work to that thread. `threads`, if above 1, is the most tasks that the executor is given at a time;
+///                 otherwise as many as the processor runs threads
+/// \param executor see Executor; the result does not depend on it
+/// Also throws whatever the executor throws.
+VEXA_MESH_EXPORT std::uint64_t minIndexCount(std::span<const unsigned int> triangles, StripJoin join,
+                                             const BoundOptions& options, const Executor& executor);
 
 } // namespace vexa::mesh

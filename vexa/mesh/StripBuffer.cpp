@@ -2,11 +2,13 @@
 
 #include "vexa/mesh/detail/strips/CacheOrder.h"
 #include "vexa/mesh/detail/strips/JoinOrder.h"
+#include "vexa/mesh/detail/strips/ManyLists.h"
 #include "vexa/mesh/detail/strips/PartitionSearch.h"
 #include "vexa/mesh/detail/strips/StripMonitor.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <numeric>
@@ -47,16 +49,20 @@ std::uint64_t leastOfLowerEfforts(const FoundPartition& found, const StripBuffer
     return options.maxTriangles != 0 ? 0 : found.lowerEffortsNeed;
 }
 
+/// The threads that the options ask for.
+detail::WorkTeam startTeam(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
+    return detail::WorkTeam(detail::threadsFor(triangles.size() / 3, options.threads));
+}
+
 /// Writes the strips of an effort, and those of lower efforts as long as they may need fewer indices.
 ///
 /// \param write writes a partition whose lengths are limited
 /// \param count the number of indices of what is written
 /// \return the shortest of what was written, and what `buildPrimitives` needs at least, joined in the same way
 template <class Write, class Count>
-auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOptions& options, Write write,
-                   Count count) {
+auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOptions& options, detail::WorkTeam& team,
+                   Write write, Count count) {
     StripMonitor monitor(options.onProgress);
-    detail::WorkTeam team(detail::threadsFor(triangles.size() / 3, options.threads));
     std::pair<decltype(write(std::declval<StripPartition&>(), monitor)), std::uint64_t> best;
     auto& [shortest, least] = best;
     for (unsigned effort = options.effort;;) {
@@ -79,16 +85,15 @@ auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOpt
     }
 }
 
-} // namespace
-
-std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
-    detail::checkTriangles("buildStripBuffer", triangles);
-    checkOptions("buildStripBuffer", options);
+/// \param triangles, options checked
+std::vector<unsigned int> writeBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options,
+                                      detail::WorkTeam& team) {
     const auto write = [&](StripPartition& partition, StripMonitor& monitor) {
         return options.forVertexCache ? joinStrips(detail::orderForCache(triangles, partition, monitor), options.join)
                                       : detail::joinPartition(triangles, partition, options.join, monitor);
     };
-    auto [joined, least] = writeShortest(triangles, options, write, [](const auto& indices) { return indices.size(); });
+    auto [joined, least] =
+        writeShortest(triangles, options, team, write, [](const auto& indices) { return indices.size(); });
     // In their plain order, strips that happen to begin where the one before ends need no joint.
     if (joined.size() > least && options.join == StripJoin::Degenerate && options.maxTriangles == 0 &&
         !options.forVertexCache) {
@@ -96,6 +101,34 @@ std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangl
         return plain.size() < joined.size() ? plain : joined;
     }
     return joined;
+}
+
+} // namespace
+
+std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
+    detail::checkTriangles("buildStripBuffer", triangles);
+    checkOptions("buildStripBuffer", options);
+    detail::WorkTeam team = startTeam(triangles, options);
+    return writeBuffer(triangles, options, team);
+}
+
+std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options,
+                                           const Executor& executor) {
+    detail::checkTriangles("buildStripBuffer", triangles);
+    checkOptions("buildStripBuffer", options);
+    detail::WorkTeam team(executor, detail::tasksFor(triangles.size() / 3, options.threads));
+    return writeBuffer(triangles, options, team);
+}
+
+std::vector<std::vector<unsigned int>> buildStripBuffer(std::span<const std::span<const unsigned int>> meshes,
+                                                        const StripBufferOptions& options, const Executor& executor) {
+    checkOptions("buildStripBuffer", options);
+    std::vector<std::vector<unsigned int>> buffers(meshes.size());
+    detail::forEachList("buildStripBuffer", meshes, executor, [&](std::size_t i) {
+        detail::WorkTeam team = startTeam(meshes[i], options);
+        buffers[i] = writeBuffer(meshes[i], options, team);
+    });
+    return buffers;
 }
 
 std::vector<IndexedPrimitive> buildStrips(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
@@ -118,7 +151,8 @@ std::vector<IndexedPrimitive> buildStrips(std::span<const unsigned int> triangle
             strips.begin(), strips.end(), std::uint64_t{0},
             [joint](std::uint64_t sum, const IndexedPrimitive& strip) { return sum + strip.indices.size() + joint; });
     };
-    return writeShortest(triangles, options, write, count).first;
+    detail::WorkTeam team = startTeam(triangles, options);
+    return writeShortest(triangles, options, team, write, count).first;
 }
 
 } // namespace vexa::mesh

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/Export.h"
 #include "vexa/mesh/StripBound.h" // IWYU pragma: export
 #include "vexa/mesh/Strips.h"
@@ -61,6 +62,29 @@ struct StripBufferOptions {
 /// Cost: linear in the number of triangles.
 VEXA_MESH_EXPORT std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles,
                                                             const StripBufferOptions& options = {});
+
+/// The same in the threads of an executor: it shares the search at efforts 3 and 4, and no thread is started.
+///
+/// \param options  `onProgress` is called from the calling thread only: between the steps of the search if the executor leaves
+///                 no work to that thread. `threads`, if above 1, is the most tasks that the executor is given at a time;
+///                 otherwise as many as the processor runs threads
+/// \param executor see Executor; the result does not depend on it
+/// Also throws whatever the executor throws.
+VEXA_MESH_EXPORT std::vector<unsigned int>
+buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options, const Executor& executor);
+
+/// The buffers of several triangle lists, each as `buildStripBuffer(triangles, options)` returns it, in the order of the
+/// lists.
+///
+/// \param meshes   vertex indices of each; may be empty
+/// \param options  of each of them. `onProgress` is called in the thread that works on a mesh, and may be called in several
+///                 threads at once; false ends the search in that mesh only
+/// \param executor shares the meshes between threads; the result does not depend on it
+/// \throw std::invalid_argument as for one, with the first such mesh: "buildStripBuffer: mesh N: ..."; before any work begins
+/// Also throws whatever the executor throws; meshes that have not begun are then left out.
+VEXA_MESH_EXPORT std::vector<std::vector<unsigned int>>
+buildStripBuffer(std::span<const std::span<const unsigned int>> meshes, const StripBufferOptions& options,
+                 const Executor& executor);
 
 /// The same strips one by one, each a `TRIANGLE_STRIP` primitive that begins at an even position.
 ///

@@ -3,6 +3,7 @@
 #include "vexa/mesh/detail/strips/EdgePairing.h"
 #include "vexa/mesh/detail/strips/FanSearch.h"
 #include "vexa/mesh/detail/strips/IndexWriter.h"
+#include "vexa/mesh/detail/strips/ManyLists.h"
 #include "vexa/mesh/detail/strips/StripSearch.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
@@ -44,10 +45,8 @@ detail::SearchResult findStrips(detail::CompactGraph& graph, const StripOptions&
     return found;
 }
 
-} // namespace
-
-std::vector<IndexedPrimitive> buildPrimitives(std::span<const unsigned int> triangles, const StripOptions& options) {
-    detail::checkTriangles("buildPrimitives", triangles);
+/// \param triangles as checked by checkTriangles
+std::vector<IndexedPrimitive> cutPrimitives(std::span<const unsigned int> triangles, const StripOptions& options) {
     detail::CompactGraph graph = detail::pairEdges(triangles);
     detail::FanSet fans;
     if (options.buildFans) {
@@ -70,6 +69,21 @@ std::vector<IndexedPrimitive> buildPrimitives(std::span<const unsigned int> tria
     if (hasBatch) {
         primitives.back() = writer.batch(found.leftOver);
     }
+    return primitives;
+}
+
+} // namespace
+
+std::vector<IndexedPrimitive> buildPrimitives(std::span<const unsigned int> triangles, const StripOptions& options) {
+    detail::checkTriangles("buildPrimitives", triangles);
+    return cutPrimitives(triangles, options);
+}
+
+std::vector<std::vector<IndexedPrimitive>> buildPrimitives(std::span<const std::span<const unsigned int>> meshes,
+                                                           const StripOptions& options, const Executor& executor) {
+    std::vector<std::vector<IndexedPrimitive>> primitives(meshes.size());
+    detail::forEachList("buildPrimitives", meshes, executor,
+                        [&](std::size_t i) { primitives[i] = cutPrimitives(meshes[i], options); });
     return primitives;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/Export.h"
 #include "vexa/mesh/Types.h"
 
@@ -70,6 +71,21 @@ enum class StripJoin { Degenerate, Restart };
 /// Cost: linear in the number of triangles for one pass; each further pass adds O(n log n).
 VEXA_MESH_EXPORT std::vector<IndexedPrimitive> buildPrimitives(std::span<const unsigned int> triangles,
                                                                const StripOptions& options = {});
+
+/// Cuts several triangle lists, each as above, in the threads of an executor.
+///
+/// \param meshes   vertex indices of each; may be empty
+/// \param options  of all of them. `onPass` is called in the thread that works on a mesh, and may be called in several threads
+///                 at once
+/// \param executor shares the meshes between threads; the result does not depend on it
+/// \return the primitives of each mesh, in the order of the meshes
+/// \throw std::invalid_argument as above, with the first such mesh: "buildPrimitives: mesh N: ..."; before any work begins
+/// \throw std::length_error, std::bad_alloc as above
+/// Also throws whatever `options.onPass` and the executor throw; meshes that have not begun are then left out.
+/// Cost: as above for all of them. Memory: that of the meshes in work at a time, beside the result.
+VEXA_MESH_EXPORT std::vector<std::vector<IndexedPrimitive>>
+buildPrimitives(std::span<const std::span<const unsigned int>> meshes, const StripOptions& options,
+                const Executor& executor);
 
 /// Joins strips into one `TRIANGLE_STRIP` index list in which every triangle keeps its winding.
 ///

@@ -207,6 +207,10 @@ void createTransformation(AttributeTransformationMap& map, const glm::mat4& matr
 }
 
 void placeMesh(Mesh& mesh, const glm::mat4& matrix, const TransformationOptions& options) {
+    placeMesh(mesh, matrix, options, {});
+}
+
+void placeMesh(Mesh& mesh, const glm::mat4& matrix, const TransformationOptions& options, const Executor& executor) {
     const auto buffers = buffersToPlace(mesh);
     AttributeTransformationMap map;
     createTransformation(map, matrix, options);
@@ -215,7 +219,7 @@ void placeMesh(Mesh& mesh, const glm::mat4& matrix, const TransformationOptions&
     if (isMirroring(matrix) && (type == TRIANGLES || type == TRIANGLE_STRIP || type == TRIANGLE_FAN)) {
         flipWinding(mesh);
     }
-    detail::ElementChanges changes;
+    detail::ElementChanges changes(executor);
     for (const std::shared_ptr<AttributeBuffer>& buffer : buffers) {
         const AttributeTransformationFunction& f = map.at(buffer->getAttributeName());
         if (!changes.add(*buffer, f)) {
@@ -252,7 +256,11 @@ void applyTransformation(AttributeBuffer& buffer, const AttributeTransformationF
 }
 
 void applyTransformations(Mesh& mesh, const AttributeTransformationMap& map) {
-    detail::transformMeshElements(mesh, map);
+    detail::transformMeshElements(mesh, map, {});
+}
+
+void applyTransformations(Mesh& mesh, const AttributeTransformationMap& map, const Executor& executor) {
+    detail::transformMeshElements(mesh, map, executor);
 }
 
 AttributeTransformationFunction createVec3ElementFunction(std::function<glm::vec3(const glm::vec3&)> f) {

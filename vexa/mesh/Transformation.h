@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/AttributeBuffer.h"
 #include "vexa/mesh/AttributeTransformation.h"
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/Export.h"
 #include "vexa/mesh/GlmLayout.h"
 #include "vexa/mesh/Mesh.h"
@@ -62,6 +63,15 @@ VEXA_MESH_EXPORT void createTransformation(AttributeTransformationMap& map, cons
 /// Cost: linear.
 VEXA_MESH_EXPORT void placeMesh(Mesh& mesh, const glm::mat4& matrix, const TransformationOptions& options = {});
 
+/// The same in the threads of an executor, which shares the elements of the library's own buffers between them where there
+/// are a million or more. Indices and callers' own buffers are left to the calling thread.
+///
+/// \param executor see Executor; the result does not depend on it
+/// Also throws whatever the executor throws, and std::bad_alloc if memory runs out: the preceding buffers are then placed, and
+/// of those in work, any of the elements.
+VEXA_MESH_EXPORT void placeMesh(Mesh& mesh, const glm::mat4& matrix, const TransformationOptions& options,
+                                const Executor& executor);
+
 /// Flips the winding of all triangles: of [a b c] to [a c b] in lists, by reversing the rim of a fan, by reversing a strip
 /// of an odd number of indices, and by repeating the first index of one of an even number. Flipping twice gives back the
 /// same indices: a strip of an odd number of indices that begins with a repeated one loses it. Strips and fans are those
@@ -87,6 +97,12 @@ VEXA_MESH_EXPORT void applyTransformation(AttributeBuffer& buffer, const Attribu
 
 /// transformMesh for a mesh that is not held by a `MeshPtr` variable, such as a temporary.
 VEXA_MESH_EXPORT void applyTransformations(Mesh& mesh, const AttributeTransformationMap& map);
+
+/// The same in the threads of an executor, as `placeMesh` uses it. Callers' own functions are called in the calling thread,
+/// in order.
+///
+/// \param executor see Executor; the result does not depend on it
+VEXA_MESH_EXPORT void applyTransformations(Mesh& mesh, const AttributeTransformationMap& map, const Executor& executor);
 
 /// A map entry for elements of three floats from a function on vectors, such as createVec3TransformationFunction returns.
 ///

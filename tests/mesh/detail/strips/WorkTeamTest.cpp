@@ -1,3 +1,5 @@
+#include "support/Executors.h"
+
 #include <gtest/gtest.h>
 #include <vexa/mesh/detail/strips/WorkTeam.h>
 
@@ -39,6 +41,23 @@ TEST(WorkTeam, SharesTheWork) {
         }
     });
     EXPECT_EQ(waiting, 3U);
+}
+
+TEST(WorkTeam, GivesEveryThreadOfAnExecutorANumberOfItsOwn) {
+    for (const executors::NamedExecutor& executor : executors::all()) {
+        WorkTeam team(executor.run, 4);
+        std::vector<std::atomic<bool>> isBusy(team.size());
+        std::atomic<unsigned> calls = 0;
+        const auto call = [&](std::uint32_t, unsigned member) {
+            ASSERT_LT(member, team.size());
+            EXPECT_FALSE(isBusy[member].exchange(true)) << executor.name;
+            std::this_thread::yield();
+            isBusy[member] = false;
+            ++calls;
+        };
+        EXPECT_TRUE(team.forEach(500, call));
+        EXPECT_EQ(calls, 500U) << executor.name;
+    }
 }
 
 TEST(WorkTeam, LeavesOutTheRestWhenStopped) {

@@ -6,8 +6,10 @@
 #include "vexa/mesh/detail/elements/ElementCopy.h"
 #include "vexa/mesh/detail/elements/MeshBuffers.h"
 #include "vexa/mesh/detail/elements/PackedElements.h"
+#include "vexa/mesh/detail/strips/WorkTeam.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <optional>
@@ -295,20 +297,38 @@ void ElementChanges::flush() {
     for (std::size_t i = 0; i < size_; ++i) {
         most = std::max(most, rows_[i].count);
     }
-    for (unsigned long begin = 0; begin < most; begin += blockCount) {
-        for (std::size_t i = 0; i < size_; ++i) {
-            const Row& row = rows_[i];
-            changeElements(row.elements, begin, std::min(blockCount, row.count - std::min(begin, row.count)), *row.f);
-        }
+    // Small enough for the last thread to end soon after the others.
+    constexpr unsigned long taskCount = 1UL << 16;
+    constexpr unsigned long manyElements = 1000000;
+    if (executor_ && most >= manyElements) {
+        WorkTeam team(executor_, threadsAllowed(0));
+        team.forEach(static_cast<std::uint32_t>((most - 1) / taskCount + 1), [&](std::uint32_t task, unsigned) {
+            const unsigned long begin = task * taskCount;
+            change(begin, std::min(begin + taskCount, most), std::min(blockCount, taskCount));
+        });
+    } else {
+        change(0, most, blockCount);
     }
     size_ = 0;
 }
 
-void transformMeshElements(Mesh& mesh, const AttributeTransformationMap& map) {
+/// Changes a part of all rows, block by block.
+void ElementChanges::change(unsigned long begin, unsigned long end, unsigned long blockCount) const {
+    for (; begin < end; begin += blockCount) {
+        const unsigned long blockEnd = std::min(begin + blockCount, end);
+        for (std::size_t i = 0; i < size_; ++i) {
+            const Row& row = rows_[i];
+            const unsigned long rowBegin = std::min(begin, row.count);
+            changeElements(row.elements, rowBegin, std::min(blockEnd, row.count) - rowBegin, *row.f);
+        }
+    }
+}
+
+void transformMeshElements(Mesh& mesh, const AttributeTransformationMap& map, const Executor& executor) {
     const bool isOwn = typeid(mesh) == typeid(DefaultMesh);
     const unsigned long count = mesh.getNumAttributeBuffers();
     // Flushed before anything is called that is not the library's own, or throws.
-    ElementChanges changes;
+    ElementChanges changes(executor);
     for (unsigned long i = 0; i < count; ++i) {
         if (!isOwn || !mesh.getAttributeBuffer(i)) {
             changes.flush();

@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/AttributeBuffer.h"
 #include "vexa/mesh/AttributeTransformation.h"
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/Mesh.h"
 #include "vexa/mesh/Transformation.h"
 #include "vexa/mesh/detail/elements/Kernels.h"
@@ -68,9 +69,13 @@ void transformElements(AttributeBuffer& source, AttributeBuffer& target, unsigne
                        const AttributeTransformationFunction& f);
 
 /// Changes of elements in place, made together where buffers are neighbours in one interleaved storage: it is then walked
-/// once. Only the library's own functions on its own buffers, so that the delay cannot be observed; nothing allocates.
+/// once. Only the library's own functions on its own buffers, so that the delay cannot be observed; without an executor,
+/// nothing allocates.
 class ElementChanges {
 public:
+    /// \param executor shares rows of a million elements and more between threads; must outlive this
+    explicit ElementChanges(const Executor& executor) : executor_(executor) {}
+
     /// Adds the elements of a buffer. The changes so far are made if they are of another storage.
     ///
     /// \param buffer, f must stay until the next call of flush
@@ -78,6 +83,8 @@ public:
     bool add(AttributeBuffer& buffer, const AttributeTransformationFunction& f);
 
     /// Makes the changes.
+    ///
+    /// Throws whatever the executor throws.
     void flush();
 
 private:
@@ -86,6 +93,9 @@ private:
         unsigned long count = 0;
         const AttributeTransformationFunction* f = nullptr;
     };
+    void change(unsigned long begin, unsigned long end, unsigned long blockCount) const;
+
+    const Executor& executor_;
     std::array<Row, 4> rows_;
     std::size_t size_ = 0;
 };
@@ -93,7 +103,7 @@ private:
 /// transformElements in place for each attribute of a mesh whose name is in a map, in order.
 ///
 /// \throw std::logic_error "Attribute buffer is empty", after the preceding attributes; and whatever a function throws
-void transformMeshElements(Mesh& mesh, const AttributeTransformationMap& map);
+void transformMeshElements(Mesh& mesh, const AttributeTransformationMap& map, const Executor& executor);
 
 /// Appends f(element) to the target for each element of the source, in order.
 ///

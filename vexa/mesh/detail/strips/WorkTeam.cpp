@@ -21,6 +21,9 @@ WorkTeam::WorkTeam(unsigned threads) {
     }
 }
 
+WorkTeam::WorkTeam(const Executor& executor, unsigned tasks)
+    : executor_(executor ? &executor : nullptr), tasks_(executor ? tasks : 0) {}
+
 WorkTeam::~WorkTeam() {
     dismiss();
 }
@@ -37,15 +40,45 @@ void WorkTeam::dismiss() {
 }
 
 bool WorkTeam::forEach(std::uint32_t count, const Work& work, const GoesOn& goesOn) {
-    if (threads_.empty() || count < 2) {
+    if (size() == 1 || count < 2) {
         return forEachAlone(count, work, goesOn);
     }
     Loop loop{work, count};
+    if (executor_ != nullptr) {
+        execute(loop, goesOn);
+    }
     std::unique_lock lock(mutex_);
     loop_ = &loop;
     lock.unlock();
     hasWork_.notify_all();
+    workAsOwner(loop, goesOn);
     lock.lock();
+    hasFinished_.wait(lock, [&loop] { return loop.running == 0; });
+    loop_ = nullptr;
+    if (loop.error) {
+        std::rethrow_exception(loop.error);
+    }
+    return !loop.isCut;
+}
+
+/// Each task of the executor makes calls until none is left.
+void WorkTeam::execute(Loop& loop, const GoesOn& goesOn) {
+    const std::thread::id owner = std::this_thread::get_id();
+    (*executor_)(std::min(tasks_, loop.count), [&](std::size_t task) {
+        if (std::this_thread::get_id() == owner) {
+            workAsOwner(loop, goesOn);
+            return;
+        }
+        std::unique_lock lock(mutex_);
+        while (loop.next < loop.count) {
+            call(lock, loop, static_cast<unsigned>(task) + 1);
+        }
+    });
+}
+
+/// Makes calls until none is left.
+void WorkTeam::workAsOwner(Loop& loop, const GoesOn& goesOn) {
+    std::unique_lock lock(mutex_);
     while (loop.next < loop.count) {
         lock.unlock();
         bool isCut = false;
@@ -62,12 +95,6 @@ bool WorkTeam::forEach(std::uint32_t count, const Work& work, const GoesOn& goes
         }
         call(lock, loop, 0);
     }
-    hasFinished_.wait(lock, [&loop] { return loop.running == 0; });
-    loop_ = nullptr;
-    if (loop.error) {
-        std::rethrow_exception(loop.error);
-    }
-    return !loop.isCut;
 }
 
 bool WorkTeam::forEachAlone(std::uint32_t count, const Work& work, const GoesOn& goesOn) {
@@ -131,15 +158,22 @@ void WorkTeam::serve(unsigned member) {
     }
 }
 
+unsigned threadsAllowed(unsigned allowed) {
+    return std::max(1U, allowed != 0 ? allowed : std::thread::hardware_concurrency());
+}
+
 unsigned threadsFor(std::uint64_t triangleCount, unsigned allowed) {
     // A thread takes as long to start as some thousand triangles take.
     constexpr std::uint64_t perThread = 4096;
-    const unsigned most = allowed != 0 ? allowed : std::thread::hardware_concurrency();
-    return static_cast<unsigned>(std::min<std::uint64_t>(std::max(1U, most), triangleCount / perThread + 1));
+    return static_cast<unsigned>(std::min<std::uint64_t>(threadsAllowed(allowed), triangleCount / perThread + 1));
+}
+
+unsigned tasksFor(std::uint64_t triangleCount, unsigned allowed) {
+    return threadsFor(triangleCount, allowed == 1 ? 0 : allowed);
 }
 
 SideTask::SideTask(WorkTeam& team, Work work, const Poll& poll) : team_(team), work_(std::move(work)), poll_(poll) {
-    if (team.size() == 1) {
+    if (team.threads_.empty()) {
         work_(poll_);
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/Executor.h"
 #include "vexa/mesh/detail/strips/Polling.h"
 
 #include <atomic>
@@ -15,7 +16,8 @@ namespace vexa::mesh::detail {
 
 class SideTask;
 
-/// Threads that share work with the thread that made them, the owner. Only the owner may use the team.
+/// Threads that share work with the thread that made them, the owner, or a caller's executor. Only the owner may use the
+/// team.
 class WorkTeam {
 public:
     /// Called as `work(i, member)`; every thread has a member number of its own.
@@ -23,12 +25,17 @@ public:
 
     /// Starts one thread fewer than given, because the owner works as well; fewer still if the system has no more.
     explicit WorkTeam(unsigned threads = 1);
+    /// Starts no threads.
+    ///
+    /// \param executor must outlive the team; an empty one leaves the owner alone
+    /// \param tasks    that it is given at a time, at most
+    WorkTeam(const Executor& executor, unsigned tasks);
     WorkTeam(const WorkTeam&) = delete;
     WorkTeam& operator=(const WorkTeam&) = delete;
     ~WorkTeam();
 
-    /// Number of members, the owner included.
-    [[nodiscard]] unsigned size() const { return static_cast<unsigned>(threads_.size()) + 1; }
+    /// Number of members, the owner included, whose number is 0.
+    [[nodiscard]] unsigned size() const { return static_cast<unsigned>(threads_.size()) + tasks_ + 1; }
 
     /// Calls `work` once for every `i` below `count`: in order if the owner is alone, otherwise in any order and in
     /// several threads at once. Returns when all calls have returned. The work must not use the team.
@@ -36,7 +43,7 @@ public:
     /// \param goesOn called in the owner's thread before each of its own calls; may be empty. False leaves out all calls
     ///               that have not begun
     /// \return false if calls were left out
-    /// \throw whatever a call throws, once none is running any more; those that have not begun are left out
+    /// \throw whatever a call or the executor throws, once none is running any more; those that have not begun are left out
     bool forEach(std::uint32_t count, const Work& work, const GoesOn& goesOn = {});
 
 private:
@@ -52,6 +59,8 @@ private:
     };
 
     bool forEachAlone(std::uint32_t count, const Work& work, const GoesOn& goesOn);
+    void execute(Loop& loop, const GoesOn& goesOn);
+    void workAsOwner(Loop& loop, const GoesOn& goesOn);
     void serve(unsigned member);
     void call(std::unique_lock<std::mutex>& lock, Loop& loop, unsigned member);
     static void cut(Loop& loop);
@@ -64,12 +73,20 @@ private:
     SideTask* task_ = nullptr; ///< that nobody has begun
     bool isEnding_ = false;
     std::vector<std::thread> threads_;
+    const Executor* executor_ = nullptr;
+    unsigned tasks_ = 0; ///< of the executor
 };
+
+/// As many as the caller allows: 0 for as many as the processor runs.
+unsigned threadsAllowed(unsigned allowed);
 
 /// The threads worth having for so many triangles, given what the caller allows: 0 for as many as the processor runs.
 unsigned threadsFor(std::uint64_t triangleCount, unsigned allowed);
 
-/// Work that a team does while its owner goes on with something else. An owner without others does it at once.
+/// The tasks worth giving to an executor at a time. Callers that ask for one thread only mean those of the library.
+unsigned tasksFor(std::uint64_t triangleCount, unsigned allowed);
+
+/// Work that a team does while its owner goes on with something else. An owner without threads does it at once.
 class SideTask {
 public:
     /// Given a poll that throws when the work is no longer wanted, to be called every few milliseconds.
