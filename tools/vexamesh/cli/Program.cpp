@@ -9,10 +9,13 @@
 #include "io/Files.h"
 #include "io/IsolatedReader.h"
 #include "io/ModelDirectory.h"
+#include "process/Memory.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 
 namespace vexa::tool {
@@ -23,7 +26,7 @@ constexpr const char* exitCodes = R"(Exit codes:
   0  done
   1  a check failed: the meshes are not as they should be; or one of many files failed
   2  wrong arguments
-  3  a file is missing or broken, or cannot be written
+  3  a file is missing or broken, too large for the memory, or cannot be written
 
 Results go to standard output and everything else to standard error, as results do where the output is a model (-o -).)";
 
@@ -34,6 +37,12 @@ void addParseFlags(Flags flags, ParseLimits& limits) {
     flags.add(
         "--parse-time", limits.seconds, "Seconds that reading one file may take",
         {.showsDefault = true, .typeName = "SECONDS", .variable = "VEXAMESH_PARSE_TIME", .min = 1, .max = 1U << 30});
+}
+
+void addMemoryFlag(Flags flags, std::optional<std::size_t>& mebibytes) {
+    flags.add("--max-memory", mebibytes,
+              "MiB that a process may take: a model that needs more is refused (default: what the system leaves)",
+              {.typeName = "MIB", .variable = "VEXAMESH_MAX_MEMORY", .min = 1, .max = 1U << 30});
 }
 
 void addDirectoryFlag(Flags flags, std::vector<std::string>& directories) {
@@ -80,6 +89,8 @@ int parseAndRun(const std::vector<Verb>& verbs, int argc, const char* const* arg
     bool isStrict = false;
     Flags common = commandLine.flags();
     addParseFlags(common, limits);
+    std::optional<std::size_t> maxMemory;
+    addMemoryFlag(common, maxMemory);
     std::vector<std::string> outside;
     addDirectoryFlag(common, outside);
     std::string inputFormat;
@@ -97,6 +108,7 @@ int parseAndRun(const std::vector<Verb>& verbs, int argc, const char* const* arg
     commands.push_back(addManual(commandLine, flags));
     const auto chosen = commandLine.parse(argc, argv, console);
     setParseLimits(limits);
+    setMaxMemory(maxMemory);
     for (const std::string& directory : outside) {
         if (!std::filesystem::is_directory(directory)) {
             throw UsageError("--allow-outside: " + directory + " is not a directory");

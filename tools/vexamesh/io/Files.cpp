@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,8 +14,6 @@ namespace vexa::tool {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::int64_t largestFile = 0xffffffff;
 
 std::string errorText(int error) {
     return std::generic_category().message(error);

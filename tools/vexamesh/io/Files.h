@@ -2,11 +2,15 @@
 
 #include "base/Bytes.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 namespace vexa::tool {
+
+/// Bytes of the largest file that is read.
+constexpr std::int64_t largestFile = 0xffffffff;
 
 /// The whole content of a regular file.
 ///

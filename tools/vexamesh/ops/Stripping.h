@@ -52,6 +52,7 @@ struct StripResult {
 ///
 /// \param type    `TRIANGLES`, `TRIANGLE_STRIP` or `TRIANGLE_FAN`
 /// \param indices as decoded; in a list, what follows the last whole triangle is ignored
+/// \throw FormatError there is not enough memory for the search
 StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
                            const StripSettings& settings);
 

@@ -1,6 +1,7 @@
 #include "io/gltf/Glb.h"
 
 #include "base/Errors.h"
+#include "process/Memory.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -90,6 +91,7 @@ Bytes joinGlb(const std::string& json, const Bytes& binary) {
     if (size > std::numeric_limits<std::uint32_t>::max()) {
         throw FormatError("the file would be larger than 4 GiB");
     }
+    requireMemory(size, "writing it");
     Bytes file;
     file.reserve(size);
     appendValue(file, magic);

@@ -22,7 +22,7 @@ bool hasGlbMagic(std::span<const unsigned char> file);
 GlbChunks splitGlb(std::span<const unsigned char> file);
 
 /// \param binary may be empty: then there is no such chunk
-/// \throw FormatError it would be larger than 4 GiB
+/// \throw FormatError it would be larger than 4 GiB or the free memory
 Bytes joinGlb(const std::string& json, const Bytes& binary);
 
 } // namespace vexa::tool
