@@ -281,6 +281,17 @@ describe('a report', () => {
         await page.close();
     });
 
+    test('names the colours that are drawn and no others', async () => {
+        const page = await open(browser, report(threeWings()).file);
+        const named = () => page.locator('.legend li:visible').evaluateAll((items) => items.map(({ id }) => id).filter(Boolean));
+        assert.deepEqual(await named(), ['legend-strips', 'legend-split-off']);
+        await page.locator('#lengths').click();
+        assert.deepEqual(await named(), ['legend-lengths']);
+        await page.locator('#lengths').click();
+        assert.deepEqual(await named(), ['legend-strips', 'legend-split-off']);
+        await page.close();
+    });
+
     test('shows groups of strips from afar and single strips close by', async () => {
         const page = await open(browser, report(wideGrid()).file);
         const level = async () => Number(await page.locator('#canvas').getAttribute('data-level'));

@@ -72,7 +72,8 @@ void writeLegend(std::ostream& out, const Picture& picture) {
         out << "<li><span class=\"swatch left-over\"></span><span>left over, in no strip</span></li>\n";
     }
     if (!picture.splitOff.empty()) {
-        out << "<li><span class=\"swatch split-off\"></span><span>split off by the half-edge graph ("
+        out << "<li id=\"legend-split-off\"><span class=\"swatch split-off\"></span><span>split off by the half-edge "
+               "graph ("
             << numberHtml(picture.splitOff.size()) << ")</span></li>\n";
     }
     if (!picture.borderEdges.empty()) {

@@ -172,8 +172,11 @@ class Viewer {
         this.look.lengths = !this.look.lengths;
         element('lengths').setAttribute('aria-pressed', this.look.lengths);
         this.tint();
-        element('legend-strips').hidden = this.look.lengths;
-        element('legend-lengths').hidden = !this.look.lengths;
+        // Triangles that are split off have the colours of their strips' lengths, too.
+        for (const [id, isShown] of [['legend-strips', !this.look.lengths], ['legend-lengths', this.look.lengths],
+            ['legend-split-off', !this.look.lengths]]) {
+            element(id)?.toggleAttribute('hidden', !isShown);
+        }
         this.redraw();
     }
 
