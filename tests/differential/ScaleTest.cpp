@@ -1,6 +1,7 @@
 #include "support/BuildKind.h"
 #include "support/Graphs.h"
 #include "support/LogCapture.h"
+#include "support/Million.h"
 
 #include <vexa/mesh/Strips.h>
 
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <exception>
 #include <functional>
 #include <pthread.h>
@@ -24,14 +24,7 @@ using meshes::Indices;
 using vexa::test::LogCapture;
 using vexa::test::Severity;
 
-/// A million, or as many as VEXA_MILLIONS asks for.
-unsigned int readMillion() {
-    const char* const wanted = std::getenv("VEXA_MILLIONS");
-    const auto millions = wanted != nullptr ? static_cast<unsigned int>(std::strtoul(wanted, nullptr, 10)) : 1;
-    return millions * (vexa::test::isSlowBuild ? 10000 : 1000000);
-}
-
-const unsigned int million = readMillion();
+const unsigned int million = vexa::test::readMillion();
 const unsigned int half = million / 2;
 
 struct Call {

@@ -74,11 +74,11 @@ std::uint64_t minStripCost(std::span<const unsigned int> triangles, StripJoin jo
 
 std::uint64_t countLeast(std::span<const unsigned int> triangles, StripJoin join, const BoundOptions& options,
                          detail::WorkTeam& team) {
-    detail::checkTriangles("minIndexCount", triangles);
     if (triangles.size() / 3 > StarLayout::maxTriangles) {
         throw std::length_error("minIndexCount: " + std::to_string(triangles.size() / 3) +
                                 " triangles are more than the supported " + std::to_string(StarLayout::maxTriangles));
     }
+    detail::checkTriangles("minIndexCount", triangles);
     std::vector<unsigned int> rest;
     if (hasCollapsed(triangles)) {
         rest = withoutCollapsed(triangles);

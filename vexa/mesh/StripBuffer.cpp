@@ -106,7 +106,7 @@ std::vector<unsigned int> writeBuffer(std::span<const unsigned int> triangles, c
 } // namespace
 
 std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
-    detail::checkTriangles("buildStripBuffer", triangles);
+    detail::checkStripTriangles("buildStripBuffer", triangles);
     checkOptions("buildStripBuffer", options);
     detail::WorkTeam team = startTeam(triangles, options);
     return writeBuffer(triangles, options, team);
@@ -114,7 +114,7 @@ std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangl
 
 std::vector<unsigned int> buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options,
                                            const Executor& executor) {
-    detail::checkTriangles("buildStripBuffer", triangles);
+    detail::checkStripTriangles("buildStripBuffer", triangles);
     checkOptions("buildStripBuffer", options);
     detail::WorkTeam team(executor, detail::tasksFor(triangles.size() / 3, options.threads));
     return writeBuffer(triangles, options, team);
@@ -132,7 +132,7 @@ std::vector<std::vector<unsigned int>> buildStripBuffer(std::span<const std::spa
 }
 
 std::vector<IndexedPrimitive> buildStrips(std::span<const unsigned int> triangles, const StripBufferOptions& options) {
-    detail::checkTriangles("buildStrips", triangles);
+    detail::checkStripTriangles("buildStrips", triangles);
     checkOptions("buildStrips", options);
     using Strips = std::vector<IndexedPrimitive>;
     const auto write = [&](StripPartition& partition, StripMonitor& monitor) {

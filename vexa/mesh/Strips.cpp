@@ -45,7 +45,7 @@ detail::SearchResult findStrips(detail::CompactGraph& graph, const StripOptions&
     return found;
 }
 
-/// \param triangles as checked by checkTriangles
+/// \param triangles as checked by checkStripTriangles
 std::vector<IndexedPrimitive> cutPrimitives(std::span<const unsigned int> triangles, const StripOptions& options) {
     detail::CompactGraph graph = detail::pairEdges(triangles);
     detail::FanSet fans;
@@ -75,7 +75,7 @@ std::vector<IndexedPrimitive> cutPrimitives(std::span<const unsigned int> triang
 } // namespace
 
 std::vector<IndexedPrimitive> buildPrimitives(std::span<const unsigned int> triangles, const StripOptions& options) {
-    detail::checkTriangles("buildPrimitives", triangles);
+    detail::checkStripTriangles("buildPrimitives", triangles);
     return cutPrimitives(triangles, options);
 }
 

@@ -16,12 +16,12 @@ constexpr std::size_t maxTriangles = 1431655764;
 constexpr std::uint32_t longList = 64;
 
 std::span<const unsigned int> check(const char* caller, std::span<const unsigned int> triangles) {
-    checkTriangles(caller, triangles);
     if (triangles.size() / 3 > maxTriangles) {
         throw std::length_error(std::string(caller) + ": edges can be listed of at most " +
                                 std::to_string(maxTriangles) + " triangles, not of " +
                                 std::to_string(triangles.size() / 3));
     }
+    checkTriangles(caller, triangles);
     return triangles;
 }
 

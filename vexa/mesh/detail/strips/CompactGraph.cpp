@@ -6,10 +6,14 @@
 
 namespace vexa::mesh::detail {
 
-CompactGraph::CompactGraph(std::uint64_t count) {
+void CompactGraph::checkCount(std::uint64_t count) {
     if (count > maxCount) {
         throw std::length_error("Strips can be built from at most 1073741821 triangles");
     }
+}
+
+CompactGraph::CompactGraph(std::uint64_t count) {
+    checkCount(count);
     triangles_ = LargeArray<CompactTriangle>(count + 2);
     count_ = static_cast<TriangleId>(count);
     triangles_[count_] = {{border(), border(), border()}, stateInFan, 0, 0, false};

@@ -35,6 +35,9 @@ public:
     /// Maximum number of triangles: together with the sentinels, as many as half-edge ids can represent.
     static constexpr std::uint64_t maxCount = (std::uint64_t{1} << 30) - 3;
 
+    /// \throw std::length_error more than `maxCount`
+    static void checkCount(std::uint64_t count);
+
     /// Allocates `count` uninitialised triangles, followed by the sentinels.
     ///
     /// \throw std::length_error more than `maxCount`

@@ -18,7 +18,7 @@ constexpr std::size_t minIndices = std::size_t{3} * 4096;
 
 void checkLists(const char* caller, std::span<const std::span<const unsigned int>> lists) {
     for (std::size_t i = 0; i < lists.size(); ++i) {
-        checkTriangles((caller + (": mesh " + std::to_string(i))).c_str(), lists[i]);
+        checkStripTriangles((caller + (": mesh " + std::to_string(i))).c_str(), lists[i]);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
+#include "vexa/mesh/detail/strips/CompactGraph.h"
+
 #include <algorithm>
 #include <stdexcept>
 #include <string>
@@ -27,6 +29,11 @@ void checkTriangles(const char* caller, std::span<const unsigned int> triangles)
         throw std::invalid_argument(std::string(caller) + ": index " + std::to_string(found - triangles.begin()) +
                                     " is 4294967295, which is reserved for primitive restart");
     }
+}
+
+void checkStripTriangles(const char* caller, std::span<const unsigned int> triangles) {
+    CompactGraph::checkCount(triangles.size() / 3);
+    checkTriangles(caller, triangles);
 }
 
 } // namespace vexa::mesh::detail
