@@ -40,7 +40,8 @@ def debian_version(package):
 # Of packages whose copyright file is not machine-readable, or names a licence in words of its own.
 LICENCES = {
     'g++': 'GPL-3.0+ with GCC-exception-3.1', 'g++-i686-linux-gnu': 'GPL-3.0+ with GCC-exception-3.1',
-    'g++-s390x-linux-gnu': 'GPL-3.0+ with GCC-exception-3.1', 'qemu-user': 'GPL-2.0',
+    'g++-s390x-linux-gnu': 'GPL-3.0+ with GCC-exception-3.1',
+    'g++-mingw-w64-x86-64-posix': 'GPL-3.0+ with GCC-exception-3.1', 'qemu-user': 'GPL-2.0',
     'libc++-dev': 'Apache-2.0 with LLVM-exception', 'libc++abi-dev': 'Apache-2.0 with LLVM-exception', 'libboost-log-dev': 'BSL-1.0', 'nodejs': 'MIT', 'npm': 'Artistic-2.0',
     'clang': 'Apache-2.0 with LLVM-exception', 'clang-format': 'Apache-2.0 with LLVM-exception',
     'clang-tidy': 'Apache-2.0 with LLVM-exception', 'libclang-rt-14-dev': 'Apache-2.0 with LLVM-exception',
