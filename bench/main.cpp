@@ -105,9 +105,9 @@ bench::Environment describeEnvironment(int core) {
 std::vector<bench::Case> chooseCases(const Options& options, const std::vector<bench::ModelPtr>& models) {
     std::vector<bench::Case> all;
     for (const auto& area :
-         {bench::aloneCases(models), bench::stripCases(models), bench::passCases(models), bench::boundCases(models),
-          bench::adjacencyCases(models), bench::edgeCases(models), bench::weldCases(models), bench::operationCases(),
-          bench::bulkCases(), bench::wholeMeshCases(models), bench::growthCases()}) {
+         {bench::aloneCases(models), bench::stripCases(models), bench::busyCases(models), bench::passCases(models),
+          bench::boundCases(models), bench::adjacencyCases(models), bench::edgeCases(models), bench::weldCases(models),
+          bench::operationCases(), bench::bulkCases(), bench::wholeMeshCases(models), bench::growthCases()}) {
         all.insert(all.end(), area.begin(), area.end());
     }
     const std::regex filter(options.filter);

@@ -18,6 +18,8 @@ struct Case {
 
 /// Index lists: primitives from a triangle list, on real and on synthetic models.
 std::vector<Case> stripCases(const std::vector<ModelPtr>& realModels);
+/// The same on a quiet machine and while another process streams memory.
+std::vector<Case> busyCases(const std::vector<ModelPtr>& realModels);
 /// The cost of additional passes.
 std::vector<Case> passCases(const std::vector<ModelPtr>& realModels);
 /// A lower bound on indices, its time, and how near the searches come to it.

@@ -1,9 +1,13 @@
+#include "MemoryStream.h"
 #include "cases/Cases.h"
 #include "cases/Limits.h"
 #include "cases/OwnContenders.h"
 #include "peers/Peers.h"
 
+#include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace bench {
 
@@ -120,6 +124,31 @@ std::vector<Case> stripCases(const std::vector<ModelPtr>& realModels) {
     cases.push_back(stripCase(
         "soup", [] { return makeSoup("soup", 1'000'000); }, true));
     cases.push_back({"strips/hub", true, compareStripsOfHub});
+    return cases;
+}
+
+std::vector<Case> busyCases(const std::vector<ModelPtr>& realModels) {
+    std::vector<Case> cases;
+    for (const ModelPtr& model : takeLargest(realModels, 3)) {
+        for (const bool isBusy : {false, true}) {
+            const std::string name = (isBusy ? "busy/" : "quiet/") + model->name;
+            cases.push_back({name, false, [=] {
+                                 Contender graph = graphContender(names::graph, model, 1);
+                                 if (isBusy) {
+                                     // As long as the comparison exists.
+                                     graph.prepare = [stream = std::make_shared<MemoryStream>(),
+                                                      prepare = graph.prepare] { prepare(); };
+                                 }
+                                 return Comparison{name,
+                                                   "triangle",
+                                                   true,
+                                                   false,
+                                                   roundsFor(*model),
+                                                   {buildPrimitivesContender(names::build, model, {}), std::move(graph),
+                                                    meshoptimizerStrips(model)}};
+                             }});
+        }
+    }
     return cases;
 }
 

@@ -1,7 +1,7 @@
 // Draws how the cost per triangle changes with the number of triangles, from the results of a benchmark.
 
 const area = 'growth/';
-const colours = ['#0969da', '#1a7f37', '#8250df', '#bf3989', '#bc4c00', '#57606a'];
+const colours = ['#0969da', '#1a7f37', '#8250df', '#bf3989', '#bc4c00', '#57606a', '#9a6700', '#cf222e'];
 const frame = { left: 60, top: 40, width: 400, height: 260, gap: 90 };
 
 const exponentText = (exponent) => `10<tspan font-size="8" dy="-4">${exponent}</tspan>`;
@@ -59,7 +59,8 @@ function chart(title, unit, lines, names) {
 // Time and memory per triangle side by side, with a legend below.
 export function draw(results) {
     const times = curves(results, (contender) => contender.nanosecondsPerElement);
-    const memory = curves(results, (contender) => contender.peakBytesPerElement);
+    // Less than a byte is what the kernel rounds by.
+    const memory = curves(results, ({ peakBytesPerElement }) => (peakBytesPerElement >= 1 ? peakBytesPerElement : 0));
     if (times.size === 0) throw new Error('the results have no measurement of growth');
     const names = [...times.keys()];
     const charts = [chart('Time', 'nanoseconds per triangle', times, names)];
@@ -67,13 +68,16 @@ export function draw(results) {
     const step = frame.width + frame.gap;
     const width = frame.left + step * charts.length;
     const legendTop = frame.top + frame.height + 60;
+    const perRow = 4;
+    const rows = Math.ceil(names.length / perRow);
     const legend = names.map((name, i) => {
-        const left = frame.left + i * 150;
-        return `<path d="M${left} ${legendTop}h20" stroke="${colours[i % colours.length]}" stroke-width="2"/>\n` +
-            `<text x="${left + 26}" y="${legendTop + 4}">${escape(name)}</text>`;
+        const left = frame.left + (i % perRow) * 230;
+        const top = legendTop + Math.floor(i / perRow) * 20;
+        return `<path d="M${left} ${top}h20" stroke="${colours[i % colours.length]}" stroke-width="2"/>\n` +
+            `<text x="${left + 26}" y="${top + 4}">${escape(name)}</text>`;
     });
     return [
-        `<svg xmlns="http://www.w3.org/2000/svg" width="${width}" height="${legendTop + 20}" font-family="sans-serif" font-size="11" fill="#1f2328">`,
+        `<svg xmlns="http://www.w3.org/2000/svg" width="${width}" height="${legendTop + 20 * rows}" font-family="sans-serif" font-size="11" fill="#1f2328">`,
         '<rect width="100%" height="100%" fill="#fff"/>',
         ...charts.map((body, i) => `<g transform="translate(${frame.left + i * step} ${frame.top})">\n${body}\n</g>`),
         ...legend,
