@@ -119,7 +119,8 @@ def goals(run):
 
 SUBJECTS = {'strips': 'Strips', 'passes': 'Passes', 'bound': 'The proof of the minimum', 'search': 'Long searches',
             'adjacency': 'Adjacency', 'alone': 'Adjacency, measured first', 'edges': 'Edges', 'weld': 'Welding',
-            'operations': 'Mesh operations', 'bulk': 'Whole buffers', 'meshes': 'Whole meshes', 'growth': 'Growth'}
+            'operations': 'Mesh operations', 'bulk': 'Whole buffers', 'meshes': 'Whole meshes', 'growth': 'Growth',
+            'quiet': 'Strips again, on a quiet machine', 'busy': 'Strips beside a process that streams memory'}
 
 
 def benchmark(run, performance_page):
