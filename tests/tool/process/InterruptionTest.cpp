@@ -141,12 +141,14 @@ public:
     fs::path printed = directory / "printed";
 };
 
-/// \return how a forked process that does this ended, as `waitpid` tells it
+/// \return the wait status of a forked process that does this
 int statusOf(const std::function<void()>& work) {
     const pid_t pid = ::fork();
     if (pid == 0) {
         ::setpgid(0, 0);
-        std::signal(SIGINT, SIG_DFL);
+        for (const int signal : {SIGINT, SIGHUP}) {
+            std::signal(signal, SIG_DFL);
+        }
         vexa::tool::endCleanlyWhenInterrupted();
         work();
         ::_exit(0);
@@ -175,13 +177,28 @@ TEST(DeferredInterruption, LeavesAReportedSignalToTheCaller) {
     }
 }
 
-TEST(DeferredInterruption, EndsTheProcessByASignalThatNobodyWasToldOf) {
+TEST(DeferredInterruption, EndsTheProcessByAnUnreportedSignal) {
     const int status = statusOf([] {
         const vexa::tool::DeferredInterruption interruption;
         std::raise(SIGTERM);
     });
     EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(WTERMSIG(status), SIGTERM);
+}
+
+TEST(DeferredInterruption, LeavesIgnoredSignalsIgnored) {
+    const int status = statusOf([] {
+        std::signal(SIGHUP, SIG_IGN);
+        int reported = 0;
+        {
+            vexa::tool::DeferredInterruption interruption;
+            std::raise(SIGHUP);
+            reported = interruption.signal();
+        }
+        ::_exit(reported);
+    });
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST(RunBatch, IsInterruptedWhetherTheSignalOrTheEndOfAProcessComesFirst) {

@@ -108,7 +108,7 @@ private:
             results_[item] = receiveResult(*running_.at(item));
         } catch (const ProcessError& error) {
             fail(item, std::string("its process ") + error.what());
-            if (isInterrupted) {
+            if (isInterrupted && error.cause() != ProcessError::Cause::Crash) {
                 results_[item].state = BatchResult::State::Interrupted;
             }
         }

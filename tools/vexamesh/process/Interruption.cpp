@@ -17,11 +17,16 @@ std::atomic<int> noted{0};
 static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
               "a signal handler may use these only without locks");
 
+/// Those that are not ignored. Ignored ones must not be blocked: they would then be kept as pending.
 sigset_t interruptionSet() {
     sigset_t set;
     ::sigemptyset(&set);
     for (const int signal : interruptions) {
-        ::sigaddset(&set, signal);
+        struct sigaction current {};
+        ::sigaction(signal, nullptr, &current);
+        if (current.sa_handler != SIG_IGN) {
+            ::sigaddset(&set, signal);
+        }
     }
     return set;
 }
@@ -77,7 +82,7 @@ DeferredInterruption::DeferredInterruption() {
 }
 
 DeferredInterruption::~DeferredInterruption() {
-    // The caller still has to report the one that it was told of, which another delivery must not prevent.
+    // The caller still has to report what `signal` has returned, which another delivery must not prevent.
     isDeferred = noted != 0;
     ::sigprocmask(SIG_SETMASK, &before_, nullptr);
     isDeferred = false;
@@ -89,10 +94,11 @@ bool DeferredInterruption::wait(std::vector<pollfd>& descriptors) {
 
 int DeferredInterruption::signal() { // NOLINT(readability-convert-member-functions-to-static)
     // `ppoll` delivers none as long as a descriptor is ready.
+    const sigset_t awaited = interruptionSet();
     sigset_t pending;
     ::sigpending(&pending);
     for (const int signal : interruptions) {
-        if (noted == 0 && ::sigismember(&pending, signal) == 1) {
+        if (noted == 0 && ::sigismember(&awaited, signal) == 1 && ::sigismember(&pending, signal) == 1) {
             noted = signal;
         }
     }

@@ -86,8 +86,13 @@ void silence() {
     }
 }
 
-bool isInterruption(int signal) {
-    return signal == SIGINT || signal == SIGTERM || signal == SIGHUP || signal == SIGQUIT || signal == SIGKILL;
+/// Throws if an interruption ended the process.
+void checkInterruption(int status) {
+    const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    if (signal == SIGINT || signal == SIGTERM || signal == SIGHUP || signal == SIGQUIT || signal == SIGKILL) {
+        throw ProcessError(ProcessError::Cause::Interruption,
+                           std::string("was interrupted (") + ::strsignal(signal) + ")");
+    }
 }
 
 [[noreturn]] void throwForTime(const ProcessLimits& limits) {
@@ -252,10 +257,7 @@ void ChildProcess::failAtEnd() {
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU) {
         throwForTime(limits_);
     }
-    if (WIFSIGNALED(status) && isInterruption(WTERMSIG(status))) {
-        throw ProcessError(ProcessError::Cause::Interruption,
-                           std::string("was interrupted (") + ::strsignal(WTERMSIG(status)) + ")");
-    }
+    checkInterruption(status);
     if (WIFSIGNALED(status)) {
         throw ProcessError(ProcessError::Cause::Crash, std::string("crashed (") + ::strsignal(WTERMSIG(status)) + ")");
     }
@@ -283,6 +285,7 @@ void ChildProcess::wait() {
         throw ProcessError(ProcessError::Cause::Crash, "sent more than it was asked for");
     }
     const int status = reap();
+    checkInterruption(status);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         throw ProcessError(ProcessError::Cause::Crash, "did not end as it should");
     }

@@ -33,7 +33,7 @@ TEST(ForEachPolled, WorksWithoutAPoll) {
     EXPECT_EQ(visited, 7U);
 }
 
-TEST(ForEachWhile, StopsWhenItIsTold) {
+TEST(ForEachWhile, StopsOnRequest) {
     std::uint32_t asked = 0;
     std::uint32_t visited = 0;
     const auto visit = [&](std::uint32_t i) { EXPECT_EQ(i, visited++); };
@@ -42,7 +42,7 @@ TEST(ForEachWhile, StopsWhenItIsTold) {
     EXPECT_EQ(visited, 2 * pollInterval);
 }
 
-TEST(ForEachWhile, TellsThatEverythingWasVisited) {
+TEST(ForEachWhile, ReportsThatAllWereVisited) {
     std::uint32_t visited = 0;
     const auto visit = [&](std::uint32_t) { ++visited; };
     EXPECT_TRUE(forEachWhile(
