@@ -58,11 +58,12 @@ OwnPages ownPages(const fs::path& root) {
 
 /// Freed by this process, but not given back to the system.
 std::uint64_t keptByAllocator() {
-#if defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
+#ifdef __GLIBC_PREREQ
+#if __GLIBC_PREREQ(2, 33)
     return ::mallinfo2().fordblks;
-#else
-    return 0;
 #endif
+#endif
+    return 0;
 }
 
 std::uint64_t freeSwap(const fs::path& root) {
