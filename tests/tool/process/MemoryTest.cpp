@@ -113,7 +113,7 @@ TEST(RequireMemory, RefusesMoreThanThereIs) {
     EXPECT_THAT(
         [] { requireMemory(std::uint64_t{5} << 20, "reading it"); },
         ThrowsMessage<FormatError>("reading it takes 6 MiB of memory or more, and --max-memory leaves 0 MiB; free "
-                                   "or allow more, or split the model (--max-memory says how much there is)"));
+                                   "or allow more, or split the model (--max-memory overrides this limit)"));
 }
 
 TEST(RequireMemory, AllowsWhatThereIs) {

@@ -170,7 +170,7 @@ void requireMemory(std::uint64_t bytes, const std::string& work) {
     if (free && free->bytes < bytes) {
         throw FormatError(work + " takes " + std::to_string(bytes / bytesPerMiB + 1) + " MiB of memory or more, and " +
                           free->owner + " leaves " + std::to_string(free->bytes / bytesPerMiB) +
-                          " MiB; free or allow more, or split the model (--max-memory says how much there is)");
+                          " MiB; free or allow more, or split the model (--max-memory overrides this limit)");
     }
 }
 
