@@ -2,7 +2,7 @@
 """Builds the site: the guides, figures from their JSON, a gallery of reports, and the reference that Doxygen has made.
 
 usage: build.py TOOL MODELS REFERENCE DIRECTORY
-TOOL: vexamesh; MODELS: what bench/models/fetch.sh has fetched; REFERENCE: Doxygen's HTML; DIRECTORY is replaced.
+TOOL: vexamesh; MODELS: the models of bench/models/fetch.sh; REFERENCE: Doxygen's HTML; DIRECTORY is replaced.
 """
 
 import base64
@@ -82,17 +82,18 @@ def navigation(current, prefix):
 class Site:
     def __init__(self, directory):
         self.directory = directory
-        self.template = (SITE / 'page.html').read_text()
+        self.template = (SITE / 'page.html').read_text(encoding='utf-8')
 
     def write(self, page, title, body, headings=()):
         prefix = '../' * page.count('/')
         listed = ''.join(f'<li><a href="#{anchor}">{html.escape(text)}</a></li>\n' for anchor, text in headings)
-        values = {'title': html.escape(title), 'prefix': prefix, 'pages': navigation(page, prefix), 'body': body,
+        full_title = title if title == 'vexaMesh' else f'{title} – vexaMesh'
+        values = {'title': html.escape(full_title), 'prefix': prefix, 'pages': navigation(page, prefix), 'body': body,
                   'headings': f'<nav class="headings" aria-label="On this page">\n<h2>On this page</h2><ul>{listed}</ul>\n</nav>'
                               if listed else ''}
         path = self.directory / page
         path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_text(re.sub(r'\{\{(\w+)\}\}', lambda match: values[match[1]], self.template))
+        path.write_text(re.sub(r'\{\{(\w+)\}\}', lambda match: values[match[1]], self.template), encoding='utf-8')
 
 
 def load_reliability():
@@ -104,10 +105,10 @@ def load_reliability():
 
 def guide_text(file):
     """The Markdown of a guide; checks of reliability are listed from their JSON instead of in a table."""
-    text = (ROOT / file).read_text()
+    text = (ROOT / file).read_text(encoding='utf-8')
     if file == 'docs/reliability.md':
         module = load_reliability()
-        results = json.loads(module.RESULTS.read_text())
+        results = json.loads(module.RESULTS.read_text(encoding='utf-8'))
         stored = module.table(results)
         if stored not in text:
             sys.exit(f'{file} does not hold the table of {module.RESULTS}')
@@ -124,14 +125,14 @@ def write_guides(site):
         (site.directory / file).parent.mkdir(parents=True, exist_ok=True)
         shutil.copy(ROOT / file, site.directory / file)
     for file in resolver.sources:
-        code = html.escape((ROOT / file).read_text(), quote=False)
+        code = html.escape((ROOT / file).read_text(encoding='utf-8'), quote=False)
         site.write(f'source/{file}.html', file, f'<h1>{html.escape(Path(file).name)}</h1>\n'
                    f'<p class="quiet"><code>{html.escape(file)}</code></p>\n<pre><code>{code}</code></pre>')
 
 
 def write_figures(site):
-    run = figures.Run(json.loads((ROOT / 'docs/performance/results.json').read_text()))
-    if differing := figures.differing_rows(run, (ROOT / 'docs/performance.md').read_text()):
+    run = figures.Run(json.loads((ROOT / 'docs/performance/results.json').read_text(encoding='utf-8')))
+    if differing := figures.differing_rows(run, (ROOT / 'docs/performance.md').read_text(encoding='utf-8')):
         sys.exit('\n'.join(['build.py: rows of docs/performance.md are not those of docs/performance/results.json; '
                             'both are to be of one run:', *differing]))
     site.write('benchmark.html', *figures.benchmark(run, 'performance.html'))
@@ -143,10 +144,10 @@ def exhibit(tool, models, directory, each):
     model = each.model.format(models=models, tests=TEST_MODELS)
     page = directory / 'gallery' / f'{each.name}.html'
     made = subprocess.run([tool, 'report', model, '-o', page, *each.options, '--json'], stdout=subprocess.PIPE, check=True,
-                          text=True)
+                          encoding='utf-8')
     total = json.loads(made.stdout)['total']
     # The page contains a picture for previews, which the gallery shows too.
-    picture = re.search('"og:image" content="data:image/png;base64,([^"]*)"', page.read_text())[1]
+    picture = re.search('"og:image" content="data:image/png;base64,([^"]*)"', page.read_text(encoding='utf-8'))[1]
     (directory / 'gallery' / f'{each.name}.png').write_bytes(base64.b64decode(picture))
     figure = f'{total["indicesBefore"] / total["triangles"]:.3f} → <strong>{total["indicesPerTriangle"]:.3f}</strong>'
     least = total.get('minIndicesPerTriangle')
@@ -165,7 +166,7 @@ def write_gallery(site, tool, models):
     entries = [exhibit(tool, models, site.directory, each) for each in EXHIBITS]
     site.write('gallery.html', 'Gallery',
                '<h1>Gallery</h1>\n<p>Reports of <code>vexamesh report</code>: each strip in a 3D view, and the figures of the '
-               'file. A page is one file that loads nothing.</p>\n<ul class="gallery">' + '\n'.join(entries) + '</ul>')
+               'file. Each report is one self-contained file.</p>\n<ul class="gallery">' + '\n'.join(entries) + '</ul>')
 
 
 def copy_reference(site, reference):
@@ -174,8 +175,9 @@ def copy_reference(site, reference):
     names = {page: name for group in GROUPS.values() for page, name, _ in group}
     back = ' · '.join(f'<a href="../{page}">{"Guides" if page == "index.html" else names[page]}</a>' for page in wanted)
     for page in (site.directory / 'reference').glob('*.html'):
-        text = page.read_text()
-        page.write_text(re.sub(r'(<div id="projectbrief">).*?(</div>)', lambda match: match[1] + back + match[2], text))
+        text = page.read_text(encoding='utf-8')
+        page.write_text(re.sub(r'(<div id="projectbrief">).*?(</div>)', lambda match: match[1] + back + match[2], text),
+                        encoding='utf-8')
 
 
 def main():

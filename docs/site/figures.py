@@ -15,15 +15,18 @@ def named(text):
 
 
 def number(value, digits=3):
-    """As many digits as say something; a dash for a figure that was not measured."""
+    """The significant digits of a figure, once it is rounded; a dash if it was not measured."""
     if value is None:
         return '–'
-    if value == 0 or abs(value) >= 10 ** digits:
-        return f'{value:,.0f}'
+    if value == 0:
+        return '0'
     places = digits - 1
-    while places > 0 and abs(value) >= 10 ** (digits - places):
+    while places > 0 and sum(map(str.isdigit, f'{value:.{places}f}')) > digits:
         places -= 1
-    return f'{value:.{places}f}'
+    # A small figure keeps its first digit.
+    while round(value, places) == 0:
+        places += 1
+    return f'{value:,.{places}f}'
 
 
 def table(head, rows):
@@ -67,17 +70,23 @@ class Run:
                          for name, value in sorted(entries, key=lambda entry: entry[0] not in ('processor', 'compiler')))
 
 
-def differing_rows(run, text):
-    """Rows of a printed table, as `make bench` prints it, that are not those of the run."""
-    differing = []
+def printed_rows(text):
+    """Rows of a table, as `make bench` prints it: measurement, contender and milliseconds."""
     measurement = ''
     for line in text.splitlines():
         if heading := re.fullmatch(r'(\w+/.+), per \w+', line):
             measurement = heading[1]
         elif row := re.fullmatch(r'  (\S.*?) {2,}([\d.]+)(?: +(?:[\d.]+|-)){5}', line):
-            contender = run.contender(measurement, row[1])
-            if contender is None or abs(contender['medianSeconds'] * 1e3 - float(row[2])) > 0.006 * float(row[2]) + 0.005:
-                differing.append(f'{measurement}: {row[1]}')
+            yield measurement, row[1], float(row[2])
+
+
+def differing_rows(run, text):
+    """Printed rows that are not those of the run."""
+    differing = []
+    for measurement, name, milliseconds in printed_rows(text):
+        contender = run.contender(measurement, name)
+        if contender is None or abs(contender['medianSeconds'] * 1e3 - milliseconds) > 0.006 * milliseconds + 0.005:
+            differing.append(f'{measurement}: {name}')
     return differing
 
 
@@ -130,8 +139,8 @@ def benchmark(run, performance_page):
              f'<a href="{performance_page}">Performance</a> explains the method and the rows.</p>',
              '<h2 id="strips">Strips</h2>',
              '<p>Nanoseconds per triangle; the fastest of each row is bold. The efforts are those of '
-             '<code>buildStripBuffer</code>. meshoptimizer and OpenMesh do the same work, OpenMesh with the construction '
-             'of its mesh.</p>', strip_times(run),
+             '<code>buildStripBuffer</code>. meshoptimizer and OpenMesh do the same work, OpenMesh including the '
+             'construction of its mesh.</p>', strip_times(run),
              '<h2 id="goals">Goals</h2>',
              '<p>Ratios, unless a unit is named. Goals that this run missed are not met yet.</p>', goals(run),
              '<h2 id="rows">All rows</h2>',

@@ -4,7 +4,7 @@ import html
 import os
 import re
 from pathlib import Path
-from urllib.parse import unquote
+from urllib.parse import quote, unquote
 
 from markdown_it import MarkdownIt
 
@@ -31,7 +31,7 @@ def rewrite(inline, resolve):
     for token in inline.children:
         for attribute in ('href', 'src'):
             if target := token.attrGet(attribute):
-                token.attrSet(attribute, resolve(unquote(target)))
+                token.attrSet(attribute, resolve(target))
 
 
 def render(markdown, resolve):
@@ -71,23 +71,26 @@ class Resolver:
         self.sources = set()  # paths of other files that pages link to
 
     def resolve(self, source, target):
-        if re.match(r'[a-z]+:', target):
+        if re.match(r'[a-z][a-z0-9+.-]*:', target, re.IGNORECASE):
             return target
         path, _, fragment = target.partition('#')
         fragment = f'#{fragment}' if fragment else ''
         if not path:
             return fragment
+        return quote(self.page_of(source, unquote(path))) + fragment
+
+    def page_of(self, source, path):
         full = os.path.normpath(Path(source).parent / path)
         if (self.root / full).is_dir():
             full = os.path.join(full, 'README.md')
         if full.startswith('..') or not (self.root / full).is_file():
-            raise Unresolved(f'{source} links to {target}, which does not exist')
+            raise Unresolved(f'{source} links to {path}, which does not exist')
         if full in self.pages:
-            return self.pages[full] + fragment
+            return self.pages[full]
         if page := self.reference(full):
-            return page + fragment
+            return page
         if Path(full).suffix in ('.png', '.svg'):
             self.pictures.add(full)
             return full
         self.sources.add(full)
-        return f'source/{full}.html{fragment}'
+        return f'source/{full}.html'

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the links of a directory of pages: every file and anchor that they name exists, and nothing that a page needs
-for display is fetched from elsewhere.
+"""Checks the links of a directory of pages: every file and anchor that they name exists, and nothing that an attribute,
+`url()` or `@import` names for display is fetched from elsewhere. Requests that scripts or pictures make are not seen.
 
 usage: links.py DIRECTORY   (prints each fault; exits with 1 if there is one)
 """
@@ -11,9 +11,9 @@ from html.parser import HTMLParser
 from pathlib import Path
 from urllib.parse import unquote, urlsplit
 
-# Attributes that lead somewhere, by element, and whether the page needs the target.
-LINKS = {('a', 'href'): False, ('area', 'href'): False, ('link', 'href'): True, ('img', 'src'): True,
-         ('script', 'src'): True, ('iframe', 'src'): True, ('source', 'src'): True}
+# Attributes that lead somewhere, of any element or one, and whether the page needs the target.
+LINKS = {('a', 'href'): False, ('area', 'href'): False, ('link', 'href'): True, ('image', 'href'): True,
+         ('use', 'href'): True, 'xlink:href': True, 'src': True, 'poster': True, ('object', 'data'): True}
 
 
 class Page(HTMLParser):
@@ -30,8 +30,16 @@ class Page(HTMLParser):
         for name, value in attrs:
             if name == 'id' or (tag == 'a' and name == 'name'):
                 self.anchors.add(value)
-            elif (tag, name) in LINKS and value is not None:
-                self.links.append((value, LINKS[tag, name]))
+            elif value is None:
+                continue
+            elif name == 'style':
+                self.styles.append(value)
+            elif name in ('srcset', 'imagesrcset'):
+                self.links += [(target, True) for target in re.findall(r'(\S*[^\s,])(?:\s[^,]*)?(?:,|$)', value)]
+            else:
+                needed = LINKS.get((tag, name), LINKS.get(name))
+                if needed is not None:
+                    self.links.append((value, needed))
 
     def handle_endtag(self, tag):
         self.in_style = False
@@ -42,7 +50,8 @@ class Page(HTMLParser):
 
 
 def addresses_in(style):
-    return re.findall(r'url\(\s*["\']?([^"\')]+)', re.sub(r'/\*.*?\*/', '', style, flags=re.DOTALL))
+    return re.findall(r'(?:url\(\s*["\']?|@import\s*["\'])([^"\')]+)', re.sub(r'/\*.*?\*/', '', style, flags=re.DOTALL),
+                      re.IGNORECASE)
 
 
 def fault_of(root, file, target, needed, anchors):
@@ -67,14 +76,14 @@ def fault_of(root, file, target, needed, anchors):
 def check(directory):
     """One line for each fault, the number of links, and that of pages."""
     root = Path(directory).resolve()
-    pages = {file: Page(file.read_text(errors='replace')) for file in sorted(root.rglob('*.html'))}
+    pages = {file: Page(file.read_text(encoding='utf-8', errors='replace')) for file in sorted(root.rglob('*.html'))}
     anchors = {file: page.anchors for file, page in pages.items()}
     found = []
     for file, page in pages.items():
         found += [(file, target, needed) for target, needed in page.links]
         found += [(file, target, True) for style in page.styles for target in addresses_in(style)]
     for file in sorted(root.rglob('*.css')):
-        found += [(file, target, True) for target in addresses_in(file.read_text(errors='replace'))]
+        found += [(file, target, True) for target in addresses_in(file.read_text(encoding='utf-8', errors='replace'))]
     faults = []
     for file, target, needed in found:
         if fault := fault_of(root, file, target, needed, anchors):

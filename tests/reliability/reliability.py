@@ -120,8 +120,8 @@ MISSING = [
 
 def run(command, environment=None):
     print(f'+ {command}', flush=True)
-    process = subprocess.Popen(command, shell=True, cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                               errors='replace', env={**os.environ, **(environment or {})})
+    process = subprocess.Popen(command, shell=True, cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                               encoding='utf-8', errors='replace', env={**os.environ, **(environment or {})})
     lines = []
     for line in process.stdout:
         lines.append(line.rstrip('\n'))
@@ -159,7 +159,7 @@ def measure(check, is_built):
     code, lines = run(check.command, {'GTEST_OUTPUT': f'json:{report}'} if 'gtest_filter' in check.command else None)
     files = 0
     if report.exists():
-        for suite in json.loads(report.read_text())['testsuites']:
+        for suite in json.loads(report.read_text(encoding='utf-8'))['testsuites']:
             files += sum(int(test.get('files', 0)) for test in suite['testsuite'])
     figure = figure_of(lines, files)
     if code != 0 or not figure:
@@ -182,7 +182,7 @@ def table(results):
 
 
 def page(results):
-    text = PAGE.read_text()
+    text = PAGE.read_text(encoding='utf-8')
     begin = text.index(TABLE_BEGIN) + len(TABLE_BEGIN)
     end = text.index(TABLE_END)
     missing = ''.join(f'- {entry}\n' for entry in MISSING)
@@ -197,16 +197,16 @@ def main():
     parser.add_argument('--check-page', action='store_true')
     parser.add_argument('--list', action='store_true')
     options = parser.parse_args()
-    results = json.loads(RESULTS.read_text()) if RESULTS.exists() else {}
+    results = json.loads(RESULTS.read_text(encoding='utf-8')) if RESULTS.exists() else {}
     if options.list:
         print('\n'.join(check.name for check in CHECKS))
         return
     if options.check_page:
-        if PAGE.read_text() != page(results):
+        if PAGE.read_text(encoding='utf-8') != page(results):
             sys.exit(f'{PAGE} is not that of {RESULTS}: python3 {SCRIPTS}/reliability.py --page')
         return
     if options.page:
-        PAGE.write_text(page(results))
+        PAGE.write_text(page(results), encoding='utf-8')
         return
     if unknown := set(options.names) - {check.name for check in CHECKS}:
         sys.exit(f'unknown: {", ".join(sorted(unknown))}; known: {", ".join(check.name for check in CHECKS)}')
@@ -217,12 +217,12 @@ def main():
             continue
         started = time.monotonic()
         figure, passed = measure(check, options.no_build)
-        results = json.loads(RESULTS.read_text()) if RESULTS.exists() else {}
+        results = json.loads(RESULTS.read_text(encoding='utf-8')) if RESULTS.exists() else {}
         results[check.name] = {'figure': figure, 'passed': passed, 'commit': commit,
                                'day': datetime.date.today().isoformat(), 'seconds': round(time.monotonic() - started)}
-        RESULTS.write_text(json.dumps(results, indent=4, sort_keys=True) + '\n')
+        RESULTS.write_text(json.dumps(results, indent=4, sort_keys=True) + '\n', encoding='utf-8')
         print(f'{check.name}: {figure}', flush=True)
-    PAGE.write_text(page(results))
+    PAGE.write_text(page(results), encoding='utf-8')
     print(table(results))
     sys.exit(0 if all(results[check.name]['passed'] for check in CHECKS if check.name in results) else 1)
 

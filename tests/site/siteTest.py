@@ -1,6 +1,8 @@
 """The site: guides as pages, figures from their JSON, and the check of its links."""
 
 import json
+import os
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -53,6 +55,19 @@ class LinksBetweenGuides(unittest.TestCase):
         self.assertEqual(self.resolver.resolve('README.md', '#install'), '#install')
         self.assertEqual(self.resolver.resolve('README.md', 'https://example.org/a'), 'https://example.org/a')
 
+    def test_to_the_web_keep_their_escapes_and_case(self):
+        for target in ('https://example.org/a%20b%2Fc%23d', 'MAILTO:a@example.org', 'git+ssh://example.org/a'):
+            body = body_of(f'[a]({target})', lambda each: self.resolver.resolve('README.md', each))
+            self.assertIn(f'href="{target}"', body)
+
+    def test_to_names_with_spaces_and_signs_are_escaped(self):
+        with tempfile.TemporaryDirectory() as directory:
+            (Path(directory) / 'a b#c.txt').write_text('', encoding='utf-8')
+            resolver = guides.Resolver(Path(directory), {}, build.reference_page)
+            body = body_of('[a](a%20b%23c.txt#L%201)', lambda each: resolver.resolve('README.md', each))
+        self.assertIn('href="source/a%20b%23c.txt.html#L%201"', body)
+        self.assertEqual(resolver.sources, {'a b#c.txt'})
+
     def test_to_public_headers_lead_to_the_reference(self):
         self.assertEqual(self.resolver.resolve('docs/tasks.md', '../vexa/mesh/Weld.h'), 'reference/Weld_8h.html')
 
@@ -82,10 +97,14 @@ class Figures(unittest.TestCase):
             for name, nanoseconds, restart in (('buildStripBuffer, effort 2', 40.0, 1250), ('meshoptimizer', 50.0, 1500))]}],
     }
 
-    def test_have_as_many_digits_as_say_something(self):
+    def test_have_significant_digits(self):
         self.assertEqual([figures.number(value) for value in (0.3657, 1.2691, 94.33, 1813.66, 0, None)],
                          ['0.37', '1.27', '94.3', '1,814', '0', '–'])
         self.assertEqual(figures.number(1.26914, 4), '1.269')
+
+    def test_have_the_digits_of_the_rounded_value(self):
+        self.assertEqual([figures.number(value) for value in (0.0004, 9.996, 99.96, 999.6)], ['0.0004', '10.0', '100', '1,000'])
+        self.assertEqual(figures.number(9999.6, 4), '10,000')
 
     def test_the_smallest_of_a_row_is_bold(self):
         self.assertEqual(figures.best_marked([2.0, None, 1.0], 3), ['2.00', '–', '<strong>1.00</strong>'])
@@ -114,7 +133,10 @@ class Figures(unittest.TestCase):
             self.assertIn(part, text)
 
     def test_of_the_published_run_have_pages(self):
-        run = figures.Run(json.loads((ROOT / 'docs/performance/results.json').read_text()))
+        run = figures.Run(json.loads((ROOT / 'docs/performance/results.json').read_text(encoding='utf-8')))
+        printed = (ROOT / 'docs/performance.md').read_text(encoding='utf-8')
+        self.assertGreater(len(list(figures.printed_rows(printed))), 50)
+        self.assertEqual(figures.differing_rows(run, printed), [])
         self.assertIn('meshoptimizer', figures.benchmark(run, 'performance.html')[1])
         self.assertIn('dragon', figures.fewest(run, 'strips.html')[1])
 
@@ -123,7 +145,7 @@ class Links(unittest.TestCase):
     def faults_of(self, **pages):
         with tempfile.TemporaryDirectory() as directory:
             for name, text in {'style.css': '', **pages}.items():
-                (Path(directory) / name.replace('_', '.')).write_text(text)
+                (Path(directory) / name.replace('_', '.')).write_text(text, encoding='utf-8')
             return links.check(directory)[0]
 
     def test_of_sound_pages_are_found(self):
@@ -149,8 +171,27 @@ class Links(unittest.TestCase):
                          ['a.html: b.png does not exist', 'a.html: https://example.org/a.js is fetched from elsewhere',
                           'style.css: //example.org/f.woff is fetched from elsewhere'])
 
+    def test_to_what_other_attributes_fetch_are_faults(self):
+        for html in ('<img srcset="data:,a 1x, https://example.org/a 2x">', '<source srcset="b.html,  https://example.org/a">',
+                     '<video src="https://example.org/a">', '<video poster="https://example.org/a">',
+                     '<object data="https://example.org/a">', '<p style="background: URL(https://example.org/a)">',
+                     '<style>@import "https://example.org/a";</style>', '<svg><image xlink:href="https://example.org/a"/>'):
+            with self.subTest(html):
+                self.assertEqual(self.faults_of(a_html=html, b_html=''),
+                                 ['a.html: https://example.org/a is fetched from elsewhere'])
+
 
 class WholeSite(unittest.TestCase):
+    def test_is_written_in_utf_8_in_any_locale(self):
+        with tempfile.TemporaryDirectory() as directory:
+            write = 'import sys, pathlib, build; build.write_guides(build.Site(pathlib.Path(sys.argv[1])))'
+            subprocess.run([sys.executable, '-B', '-c', write, directory], check=True,
+                           env={**os.environ, 'PYTHONPATH': str(ROOT / 'docs/site'), 'PYTHONUTF8': '0',
+                                'PYTHONCOERCECLOCALE': '0', 'LC_ALL': 'C'})
+            self.assertIn('<title>I want to … – vexaMesh</title>',
+                          (Path(directory) / 'tasks.html').read_text(encoding='utf-8'))
+            self.assertIn('<title>vexaMesh</title>', (Path(directory) / 'index.html').read_text(encoding='utf-8'))
+
     def test_guides_lead_to_pages_and_anchors_that_exist(self):
         with tempfile.TemporaryDirectory() as name:
             site = build.Site(Path(name))
