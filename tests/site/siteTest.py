@@ -181,6 +181,16 @@ class Links(unittest.TestCase):
                                  ['a.html: https://example.org/a is fetched from elsewhere'])
 
 
+class Models(unittest.TestCase):
+    def test_are_only_fetched_if_named_and_missing(self):
+        with tempfile.TemporaryDirectory() as directory:
+            models = {'dragon.off', 'bunny.off', 'sample.off'}
+            for model in models:
+                (Path(directory) / model).write_text('OFF', encoding='utf-8')
+            subprocess.run(['sh', ROOT / 'bench/models/fetch.sh', directory, 'sample'], check=True)
+            self.assertEqual(set(os.listdir(directory)), models)
+
+
 class WholeSite(unittest.TestCase):
     def test_is_written_in_utf_8_in_any_locale(self):
         with tempfile.TemporaryDirectory() as directory:
