@@ -145,8 +145,8 @@ TEST_F(ReportCommand, ReplacesAPreviewPictureOnlyWithItsPage) {
                                              out,      "--url", "https://example.org/reports/report.html"};
     const ProcessResult refused = runForked(arguments);
     EXPECT_EQ(refused.exitCode, 2);
-    EXPECT_THAT(refused.err,
-                HasSubstr("report-preview.png, where the preview picture of " + out + " would be, exists"));
+    EXPECT_THAT(refused.err, HasSubstr("report-preview.png already exists, and the preview picture of " + out +
+                                       " would overwrite it; choose another name"));
     EXPECT_EQ(readText(directory / "report-preview.png"), "a picture of something else");
     EXPECT_THAT(directory.files(), UnorderedElementsAre("in.glb", "report-preview.png"));
     writeText(out, "an earlier report");

@@ -148,8 +148,8 @@ void checkPreview(const ReportArguments& arguments) {
     std::error_code error;
     if (!arguments.url.empty() && std::filesystem::exists(preview, error) &&
         !std::filesystem::exists(arguments.output, error)) {
-        throw UsageError(preview.string() + ", where the preview picture of " + arguments.output +
-                         " would be, exists; choose another name, or remove it if nothing else needs it");
+        throw UsageError(preview.string() + " already exists, and the preview picture of " + arguments.output +
+                         " would overwrite it; choose another name, or remove it if nothing else needs it");
     }
 }
 
