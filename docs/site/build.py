@@ -139,6 +139,17 @@ def write_figures(site):
     site.write('fewest.html', *figures.fewest(run, 'strips.html'))
 
 
+def figures_of(total):
+    """Figures of a report, as names and values."""
+    triangles = f'{total["triangles"]:,}'
+    if empty := total['degenerateTriangles']:
+        triangles += f'; {empty:,} more draw nothing, but have indices'
+    figure = f'{total["indicesBefore"] / total["triangles"]:.3f} → <strong>{total["indicesPerTriangle"]:.3f}</strong>'
+    least = total.get('minIndicesPerTriangle')
+    return [('triangles', triangles), ('strips', f'{total["strips"]:,}'), ('indices per triangle', figure),
+            ('proven minimum', f'{least:.3f}' if least else '–')]
+
+
 def exhibit(tool, models, directory, each):
     """Writes a report; returns it as an entry of the gallery."""
     model = each.model.format(models=models, tests=TEST_MODELS)
@@ -149,11 +160,7 @@ def exhibit(tool, models, directory, each):
     # The page contains a picture for previews, which the gallery shows too.
     picture = re.search('"og:image" content="data:image/png;base64,([^"]*)"', page.read_text(encoding='utf-8'))[1]
     (directory / 'gallery' / f'{each.name}.png').write_bytes(base64.b64decode(picture))
-    figure = f'{total["indicesBefore"] / total["triangles"]:.3f} → <strong>{total["indicesPerTriangle"]:.3f}</strong>'
-    least = total.get('minIndicesPerTriangle')
-    rows = [('triangles', f'{total["triangles"]:,}'), ('strips', f'{total["strips"]:,}'),
-            ('indices per triangle', figure), ('proven minimum', f'{least:.3f}' if least else '–'),
-            ('page', f'{page.stat().st_size / 1e6:.1f} MB')]
+    rows = [*figures_of(total), ('page', f'{page.stat().st_size / 1e6:.1f} MB')]
     details = ''.join(f'<div><dt>{name}</dt><dd>{value}</dd></div>' for name, value in rows)
     command = ' '.join(['vexamesh report', Path(model).name, '-o', f'{each.name}.html', *each.options])
     return (f'<li><a href="gallery/{each.name}.html"><img src="gallery/{each.name}.png" alt="" width="800" '

@@ -41,6 +41,15 @@ class Guides(unittest.TestCase):
         self.assertIn('<code>[a](b.md)</code>', body_of('`[a](b.md)`', lambda target: self.fail(target)))
 
 
+class Gallery(unittest.TestCase):
+    def test_explains_more_than_three_indices_per_triangle(self):
+        total = {'triangles': 2000, 'degenerateTriangles': 1000, 'indicesBefore': 9000, 'indicesPerTriangle': 1.5, 'strips': 7}
+        rows = dict(build.figures_of(total))
+        self.assertEqual(rows['triangles'], '2,000; 1,000 more draw nothing, but have indices')
+        self.assertEqual(rows['indices per triangle'], '4.500 → <strong>1.500</strong>')
+        self.assertEqual(dict(build.figures_of(total | {'degenerateTriangles': 0}))['triangles'], '2,000')
+
+
 class LinksBetweenGuides(unittest.TestCase):
     def setUp(self):
         self.resolver = guides.Resolver(ROOT, {'docs/tool.md': 'tool.html', 'python/README.md': 'python.html'},

@@ -218,6 +218,16 @@ TEST_F(ReportCommand, DrawsAMeshWithASkinOnceWhereverItsNodesAre) {
     EXPECT_THAT(page, HasSubstr("\"placements\":1"));
 }
 
+TEST_F(ReportCommand, ExplainsMoreThanThreeIndicesPerTriangle) {
+    GltfModel model;
+    model.addMesh(model.addPositions({0, 0, 0, 1, 0, 0, 0, 1, 0}), model.addIndices({0, 1, 2, 0, 0, 1}));
+    report(model);
+    EXPECT_THAT(page, HasSubstr("<span class=\"before\">6.000</span>"));
+    EXPECT_THAT(page,
+                HasSubstr("</data> with two equal corners draw nothing and do not count, but their indices in the "
+                          "input do, so it may have more than three per triangle."));
+}
+
 TEST_F(ReportCommand, QuotesTheCommandForAShell) {
     in = (directory / "it's one.glb").string();
     report(gridModel(1, 1), {"--fans", "6"});

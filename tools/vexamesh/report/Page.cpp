@@ -41,7 +41,9 @@ void writeVerdict(std::ostream& out, const StripStats& total) {
         out << "Read back, the strips do not draw the triangles of the input: nothing should be written from them.";
     }
     if (total.degenerate > 0) {
-        out << " " << numberHtml(total.degenerate) << " with two equal corners draw nothing and do not count.";
+        out << " " << numberHtml(total.degenerate)
+            << " with two equal corners draw nothing and do not count, but their "
+            << "indices in the input do, so it may have more than three per triangle.";
     }
     out << "</p>\n</div>\n";
 }
