@@ -175,11 +175,15 @@ int runReport(const ReportArguments& arguments, Console& console) {
     ReportSettings settings{arguments.cut.settings(), arguments.maxShown, parseEfforts(arguments.compare)};
     const Session session(console, arguments.weld);
     Document document = session.loadToEdit(arguments.input);
+    const std::size_t warned = document.asset.warnings.size();
     Progress progress(console);
     showProgress(settings.strip, progress);
     const ReportContent content = collectReport(
         std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
     progress.clear();
+    for (std::size_t i = warned; i < content.warnings.size(); ++i) {
+        session.warn(arguments.input, content.warnings[i]);
+    }
     Json json = reportJson(arguments.input, arguments.output, content);
     json.update(session.notes());
     PageTexts texts = textsFor(arguments, content, json);

@@ -11,6 +11,7 @@
 #include <glm/vec4.hpp>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace vexa::tool {
 
@@ -22,55 +23,85 @@ Skins::Skins(const Document& document) : document_(document), skins_(document.me
     const Json& nodes = arrayMember(document.asset.json, "nodes", "");
     std::map<std::size_t, glm::dmat4> matrices;
     std::map<std::size_t, std::set<std::optional<std::size_t>>> used; // by each mesh
+    const auto warn = [&](const FormatError& error) {
+        warnings_.push_back(std::string(error.what()) + ": drawn without this skin");
+    };
     for (const PlacedNode& placed : placedNodes(document)) {
         const Json& node = nodes[placed.node];
         matrices[placed.node] = placed.matrix;
-        if (node.contains("mesh")) {
-            used[node["mesh"].get<std::size_t>()].insert(
-                optionalIndexMember(node, "skin", elementName("nodes", placed.node), skins.size()));
+        if (!node.contains("mesh")) {
+            continue;
+        }
+        std::set<std::optional<std::size_t>>& choices = used[node["mesh"].get<std::size_t>()];
+        try {
+            choices.insert(optionalIndexMember(node, "skin", elementName("nodes", placed.node), skins.size()));
+        } catch (const FormatError& error) {
+            if (choices.insert(std::nullopt).second) {
+                warn(error);
+            }
         }
     }
+    std::map<std::size_t, std::vector<std::size_t>> meshes; // of each skin
     for (const auto& [mesh, choices] : used) {
-        if (choices.size() == 1 && choices.begin()->has_value()) {
-            skins_[mesh] = *choices.begin();
-            joints_.emplace(**choices.begin(), jointMatrices(**choices.begin(), matrices));
+        if (choices.size() > 1) {
+            warnings_.push_back(document.meshes.at(mesh).name +
+                                " has several skins, or one in some places only: drawn without them");
+        } else if (const auto skin = *choices.begin()) {
+            meshes[*skin].push_back(mesh);
+        }
+    }
+    for (const auto& [skin, wearers] : meshes) {
+        try {
+            joints_.emplace(skin, jointMatrices(skin, matrices));
+            for (const std::size_t mesh : wearers) {
+                skins_.at(mesh) = skin;
+            }
+        } catch (const FormatError& error) {
+            warn(error);
         }
     }
 }
 
 std::optional<std::size_t> Skins::skinOf(std::size_t mesh) const {
-    return skins_[mesh];
+    return skins_.at(mesh);
+}
+
+std::vector<std::pair<std::size_t, std::size_t>> Skins::weightsOf(const Primitive& primitive) {
+    std::vector<std::pair<std::size_t, std::size_t>> accessors;
+    for (;;) {
+        const std::string set = std::to_string(accessors.size());
+        const Attribute* const joints = primitive.findAttribute("JOINTS_" + set);
+        const Attribute* const weights = primitive.findAttribute("WEIGHTS_" + set);
+        if (joints == nullptr || weights == nullptr) {
+            return accessors;
+        }
+        accessors.emplace_back(joints->accessor, weights->accessor);
+    }
 }
 
 void Skins::place(std::size_t skin, const Primitive& primitive, std::vector<float>& positions) const {
     const std::vector<glm::dmat4>& joints = joints_.at(skin);
-    std::vector<glm::dmat4> sums(positions.size() / 3, glm::dmat4(0));
-    for (int set = 0;; ++set) {
-        const Attribute* const jointsOf = primitive.findAttribute("JOINTS_" + std::to_string(set));
-        const Attribute* const weightsOf = primitive.findAttribute("WEIGHTS_" + std::to_string(set));
-        if (jointsOf == nullptr || weightsOf == nullptr) {
-            break;
-        }
-        const AccessorData indices = readAccessor(document_.asset, jointsOf->accessor);
-        const AccessorData weights = toFloats(readAccessor(document_.asset, weightsOf->accessor));
+    std::vector<glm::dvec4> sums(positions.size() / 3, glm::dvec4(0));
+    for (const auto& [jointsAt, weightsAt] : weightsOf(primitive)) {
+        const AccessorData indices = readAccessor(document_.asset, jointsAt);
+        const AccessorData weights = toFloats(readAccessor(document_.asset, weightsAt));
         const std::size_t count = std::min({sums.size(), indices.count, weights.count});
         for (std::size_t i = 0; i < count; ++i) {
+            const glm::dvec4 position(positions[3 * i], positions[3 * i + 1], positions[3 * i + 2], 1);
             for (std::size_t c = 0; c < std::min(indices.components, weights.components); ++c) {
                 const double joint = indices.component(i, c);
                 const double weight = weights.component(i, c);
                 if (weight > 0 && joint >= 0 && joint < static_cast<double>(joints.size())) {
-                    sums[i] += weight * joints[static_cast<std::size_t>(joint)];
+                    sums[i] += weight * (joints[static_cast<std::size_t>(joint)] * position);
                 }
             }
         }
     }
     for (std::size_t i = 0; i < sums.size(); ++i) {
-        const glm::dvec4 position(positions[3 * i], positions[3 * i + 1], positions[3 * i + 2], 1);
-        const glm::dvec4 moved = sums[i] * position;
         // The weights, whose sum this is, add up to 1 only within rounding.
-        if (moved.w > 0) {
+        if (sums[i].w > 0) {
             for (int c = 0; c < 3; ++c) {
-                positions[3 * i + static_cast<std::size_t>(c)] = static_cast<float>(moved[c] / moved.w);
+                positions[3 * i + static_cast<std::size_t>(c)] = static_cast<float>(sums[i][c] / sums[i].w);
             }
         }
     }

@@ -2,9 +2,12 @@
 
 #include "io/Document.h"
 
+#include <cstddef>
 #include <glm/mat4x4.hpp>
 #include <map>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace vexa::tool {
@@ -13,11 +16,20 @@ namespace vexa::tool {
 /// place of the node that shows the mesh does not count.
 class Skins {
 public:
-    /// \throw FormatError a skin that the scene shows is malformed
+    /// Leaves out malformed skins, with a warning.
+    ///
+    /// \throw FormatError the transformation of a node is malformed
     explicit Skins(const Document& document);
 
-    /// The skin with which the scene shows a mesh; nothing if it shows the mesh without one, or with several.
+    /// Why meshes that the scene shows with a skin have none here, a line each.
+    [[nodiscard]] const std::vector<std::string>& warnings() const { return warnings_; }
+
+    /// The skin with which the scene shows a mesh; nothing if it shows the mesh without one, with several, or with and
+    /// without one.
     [[nodiscard]] std::optional<std::size_t> skinOf(std::size_t mesh) const;
+
+    /// The accessors of the joints and of their weights that the vertices of a primitive have, four joints to a pair.
+    [[nodiscard]] static std::vector<std::pair<std::size_t, std::size_t>> weightsOf(const Primitive& primitive);
 
     /// Moves vertices from the coordinates of their primitive to those of the scene. Those without weights stay.
     ///
@@ -30,6 +42,7 @@ private:
                                                         const std::map<std::size_t, glm::dmat4>& nodes) const;
 
     const Document& document_;
+    std::vector<std::string> warnings_;
     std::vector<std::optional<std::size_t>> skins_;         ///< of each mesh
     std::map<std::size_t, std::vector<glm::dmat4>> joints_; ///< of each skin that is shown: from its mesh to the scene
 };

@@ -5,14 +5,11 @@
 #include "ops/GraphReport.h"
 #include "ops/MeshConversion.h"
 #include "ops/Packing.h"
-#include "ops/Placement.h"
-#include "ops/Skins.h"
 #include "ops/Triangles.h"
+#include "report/ScenePositions.h"
 
 #include <algorithm>
-#include <cmath>
-#include <map>
-#include <memory>
+#include <glm/mat4x4.hpp>
 #include <set>
 #include <string>
 
@@ -27,76 +24,13 @@ constexpr std::size_t maxTrialTriangles = 300'000;
 /// The effort that is tried up to there, because it takes as long as many passes; lower ones always are.
 constexpr std::size_t longEffort = 3;
 
-using Positions = std::shared_ptr<const std::vector<float>>;
-
-/// Positions of primitives, and where the scene shows them.
-class PositionReader {
-public:
-    explicit PositionReader(const Document& document)
-        : document_(document), skins_(document), placements_(document.meshes.size()) {
-        for (const MeshInstance& instance : meshInstances(document)) {
-            placements_.at(instance.mesh).push_back(instance.matrix);
-        }
-    }
-
-    /// Where a mesh is shown; once, as it is, if the scene leaves it out, or if a skin has placed its vertices.
-    [[nodiscard]] std::vector<glm::dmat4> placements(std::size_t mesh) const {
-        return placements_[mesh].empty() || skins_.skinOf(mesh) ? std::vector<glm::dmat4>{glm::dmat4(1)}
-                                                                : placements_[mesh];
-    }
-
-    /// Three floats per vertex; values that are not finite become 0, so that they can be drawn.
-    [[nodiscard]] Positions read(std::size_t mesh, const Primitive& primitive) {
-        const Attribute* attribute = primitive.findAttribute("POSITION");
-        if (attribute == nullptr) {
-            return std::make_shared<std::vector<float>>();
-        }
-        if (const auto skin = skins_.skinOf(mesh)) {
-            std::vector<float> positions = readAll(attribute->accessor);
-            skins_.place(*skin, primitive, positions);
-            makeFinite(positions);
-            return std::make_shared<std::vector<float>>(std::move(positions));
-        }
-        Positions& known = known_[attribute->accessor];
-        if (known == nullptr) {
-            known = std::make_shared<std::vector<float>>(readAll(attribute->accessor));
-        }
-        return known;
-    }
-
-private:
-    [[nodiscard]] std::vector<float> readAll(std::size_t accessor) const {
-        const AccessorData values = toFloats(readAccessor(document_.asset, accessor));
-        std::vector<float> positions(3 * values.count);
-        for (std::size_t i = 0; i < values.count; ++i) {
-            for (std::size_t c = 0; c < std::min<std::size_t>(values.components, 3); ++c) {
-                positions[3 * i + c] = static_cast<float>(values.component(i, c));
-            }
-        }
-        makeFinite(positions);
-        return positions;
-    }
-
-    static void makeFinite(std::vector<float>& positions) {
-        for (float& value : positions) {
-            value = std::isfinite(value) ? value : 0;
-        }
-    }
-
-    const Document& document_;
-    Skins skins_;
-    std::vector<std::vector<glm::dmat4>> placements_;
-    /// Primitives often share their vertices.
-    std::map<std::size_t, Positions> known_;
-};
-
 /// A primitive whose strips are not known yet.
 struct Pending {
     std::size_t mesh;
     std::size_t primitive;
     std::vector<unsigned int> triangles;
     std::vector<bool> isSplitOff;
-    Positions positions;
+    ScenePositions::Values positions;
     std::vector<glm::dmat4> placements;
 };
 
@@ -123,7 +57,8 @@ public:
         const bool isSmall = countTriangles() <= maxTrialTriangles;
         isTried_ = !content_.isSearched && isSmall;
         content_.efforts.resize(isSmall ? longEffort + 1 : longEffort);
-        PositionReader reader(document_);
+        ScenePositions reader(document_);
+        content_.warnings.insert(content_.warnings.end(), reader.warnings().begin(), reader.warnings().end());
         for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
             for (std::size_t p = 0; p < document_.meshes[m].primitives.size(); ++p) {
                 describeBuffers(m, p);
@@ -167,7 +102,7 @@ private:
         }
     }
 
-    void describeTriangles(std::size_t m, std::size_t p, PositionReader& reader) {
+    void describeTriangles(std::size_t m, std::size_t p, ScenePositions& reader) {
         const Mesh& mesh = document_.meshes[m];
         const Primitive& primitive = mesh.primitives[p];
         PrimitiveRow row;
