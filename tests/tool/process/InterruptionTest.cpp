@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
@@ -219,6 +220,22 @@ TEST(RunBatch, IsInterruptedWhetherTheSignalOrTheEndOfAProcessComesFirst) {
         ASSERT_TRUE(WIFEXITED(status));
         ASSERT_EQ(WEXITSTATUS(status), 0);
     }
+}
+
+TEST(RunBatch, ACrashBeforeTheSignalIsAFailure) {
+    const int status = statusOf([] {
+        const vexa::tool::BatchRun run = vexa::tool::runBatch(
+            {{"a", ""}}, 1, [](const vexa::tool::BatchItem&) -> vexa::tool::BatchResult { std::abort(); },
+            [](std::size_t) {
+                siginfo_t crashed{};
+                ::waitid(P_ALL, 0, &crashed, WEXITED | WNOWAIT);
+                std::raise(SIGINT);
+            });
+        const bool isRight = run.signal == SIGINT && run.results[0].state == vexa::tool::BatchResult::State::Failed;
+        ::_exit(isRight ? 0 : 1);
+    });
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST(RemoveWhenInterrupted, RemovesEveryFileThatIsNamed) {

@@ -1,5 +1,6 @@
 #include "process/Subprocess.h"
 
+#include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -23,6 +24,20 @@ TEST(ChildProcess, FailsWhenItsPipeCannotBeRead) {
     ::close(unreadable);
     EXPECT_THROW(child.readValue<int>(), ProcessError);
     EXPECT_THROW(child.wait(), ProcessError);
+}
+
+TEST(ChildProcess, IsInterruptedByASignalThatComesAfterItsResult) {
+    ChildProcess child([](PipeWriter& pipe) {
+        pipe.writeValue(1);
+        std::raise(SIGKILL);
+    });
+    EXPECT_EQ(child.readValue<int>(), 1);
+    try {
+        child.wait();
+        ADD_FAILURE() << "no exception";
+    } catch (const ProcessError& error) {
+        EXPECT_EQ(error.cause(), ProcessError::Cause::Interruption);
+    }
 }
 
 } // namespace
