@@ -201,33 +201,35 @@ TEST_F(ReportCommand, ComparesTheFileWithTheSameModelInAList) {
     EXPECT_GT(numberAfter(page.find("<strong>", row)), before - 100);
 }
 
-TEST_F(ReportCommand, DrawsAMeshWhereverTheSceneShowsIt) {
+/// A small mesh in a scene of these nodes.
+GltfModel shownBy(const std::vector<Json>& nodes) {
     GltfModel model = gridModel(1, 1);
-    model.json["nodes"] = {{{"mesh", 0}}, {{"mesh", 0}, {"translation", {5, 0, 0}}}};
-    model.json["scenes"] = {{{"nodes", {0, 1}}}};
+    model.json["nodes"] = nodes;
+    model.json["scenes"] = {{{"nodes", Json::array()}}};
     model.json["scene"] = 0;
-    report(model);
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        model.json["scenes"][0]["nodes"].push_back(i);
+    }
+    return model;
+}
+
+TEST_F(ReportCommand, DrawsAMeshWhereverTheSceneShowsIt) {
+    report(shownBy({{{"mesh", 0}}, {{"mesh", 0}, {"translation", {5, 0, 0}}}}));
     EXPECT_THAT(page, HasSubstr("\"placements\":2"));
 }
 
 TEST_F(ReportCommand, DrawsAMeshWithASkinOnceWhereverItsNodesAre) {
-    GltfModel model = gridModel(1, 1);
     const Json node{{"mesh", 0}, {"skin", 0}, {"translation", {5, 0, 0}}};
+    GltfModel model = shownBy({node, node, Json::object()});
     model.json["skins"] = {{{"joints", {2}}}};
-    model.json["nodes"] = {node, node, Json::object()};
-    model.json["scenes"] = {{{"nodes", {0, 1, 2}}}};
-    model.json["scene"] = 0;
     report(model);
     EXPECT_THAT(page, HasSubstr("\"placements\":1"));
 }
 
 TEST_F(ReportCommand, DrawsAMeshWithAMalformedSkinWhereverItsNodesAre) {
-    GltfModel model = gridModel(1, 1);
     const Json node{{"mesh", 0}, {"skin", 0}, {"translation", {5, 0, 0}}};
+    GltfModel model = shownBy({node, node});
     model.json["skins"] = {{{"joints", {9}}}};
-    model.json["nodes"] = {node, node};
-    model.json["scenes"] = {{{"nodes", {0, 1}}}};
-    model.json["scene"] = 0;
     const std::string fault = "skins[0].joints is 9, but there are only 2: drawn without this skin";
     warnings = "vexamesh: warning: " + in + ": " + fault + "\n";
     report(model);
