@@ -36,7 +36,7 @@ inline void inAnotherThread(std::size_t count, const Task& task) {
     std::thread([&] { inReverse(count, task); }).join();
 }
 
-/// Executors of many kinds, permitted and negligent.
+/// Executors of many kinds, some of which leave tasks out.
 inline std::vector<NamedExecutor> all() {
     return {{"none", {}},
             {"the calling thread", inReverse},

@@ -81,7 +81,7 @@ buildStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptio
 ///                 threads at once; false ends the search in that mesh only
 /// \param executor shares the meshes between threads; the result does not depend on it
 /// \throw std::invalid_argument as for one, with the first such mesh: "buildStripBuffer: mesh N: ..."; before any work begins
-/// Also throws whatever the executor throws; meshes that have not begun are then left out.
+/// Also throws std::length_error as for one, and whatever the executor throws; meshes that have not begun are then left out.
 VEXA_MESH_EXPORT std::vector<std::vector<unsigned int>>
 buildStripBuffer(std::span<const std::span<const unsigned int>> meshes, const StripBufferOptions& options,
                  const Executor& executor);

@@ -13,7 +13,7 @@ namespace vexa::mesh::detail {
 
 namespace {
 
-/// Of a task: as long as it takes to hand it to another thread would be too few.
+/// Of a task, unless it is the last: handing over fewer to another thread costs more than they take.
 constexpr std::size_t minIndices = std::size_t{3} * 4096;
 
 void checkLists(const char* caller, std::span<const std::span<const unsigned int>> lists) {

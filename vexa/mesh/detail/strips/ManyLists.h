@@ -14,6 +14,7 @@ namespace vexa::mesh::detail {
 /// \param caller name of the public function, with which the messages begin
 /// \throw std::invalid_argument the number of indices of a list is not a multiple of 3, or an index is 4294967295: names the
 ///                              first such list, before any work begins
+/// \throw std::length_error     a list has more triangles than strips can be built from, likewise
 /// Also throws whatever the work and the executor throw.
 void forEachList(const char* caller, std::span<const std::span<const unsigned int>> lists, const Executor& executor,
                  const std::function<void(std::size_t)>& work);

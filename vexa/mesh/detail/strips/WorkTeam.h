@@ -83,7 +83,7 @@ unsigned threadsAllowed(unsigned allowed);
 /// The threads worth having for so many triangles, given what the caller allows: 0 for as many as the processor runs.
 unsigned threadsFor(std::uint64_t triangleCount, unsigned allowed);
 
-/// The tasks worth giving to an executor at a time. Callers that ask for one thread only mean those of the library.
+/// The tasks worth giving to an executor at a time; 1, the default of options, limits only threads of the library.
 unsigned tasksFor(std::uint64_t triangleCount, unsigned allowed);
 
 /// Work that a team does while its owner goes on with something else. An owner without threads does it at once.

@@ -22,6 +22,8 @@ public:
     using Observer = std::function<bool(double)>;
 
     /// Gives every edge wholly to the first of its stars. Keeps references to the layout and the team.
+    ///
+    /// \param poll called meanwhile, in this thread
     CostSplit(const StarLayout& layout, const EdgeCosts& costs, WorkTeam& team, const Poll& poll = {});
 
     /// Goes over all stars, first to last and back. Each hands what it can do without to those that come later: the least

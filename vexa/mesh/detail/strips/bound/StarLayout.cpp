@@ -121,15 +121,12 @@ private:
 
 /// Calls `visit(triangle)` for the triangles in the order in which stars are to be listed.
 template <class Visit>
-void forEachInOrder(const CompactGraph& graph, const GoesOn& /*goesOn*/, Visit visit) {
+void forEachInOrder(const CompactGraph& graph, const GoesOn& goesOn, Visit visit) {
     if (isScattered(graph, scatteredPercent)) {
-        for (const TriangleId id : patchOrder(graph)) {
-            visit(id);
-        }
-        return;
-    }
-    for (TriangleId id = 0; id < graph.count(); ++id) {
-        visit(id);
+        const std::vector<TriangleId> order = patchOrder(graph);
+        forEachWhile(graph.count(), goesOn, [&](std::uint32_t i) { visit(order[i]); });
+    } else {
+        forEachWhile(graph.count(), goesOn, visit);
     }
 }
 
