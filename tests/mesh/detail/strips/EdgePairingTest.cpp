@@ -36,6 +36,37 @@ TEST(PairEdges, SearchesNoFurtherThanTheEndOfALongList) {
     EXPECT_EQ(graph[0].state, 0);
 }
 
+TEST(PairEdges, SearchesNoFurtherThanTheEndOfAShortList) {
+    for (unsigned int length = 0; length <= 8; ++length) {
+        meshes::Indices mesh;
+        for (unsigned int i = 0; i < length; ++i) {
+            mesh.insert(mesh.end(), {0, 10 + i, 100 + i});
+        }
+        // The list of vertex 1, which follows that of vertex 0, starts with the edge to 71.
+        mesh.insert(mesh.end(), {1, 71, 200, 71, 0, 3, 71, 1, 4});
+        const CompactGraph graph = pairEdges(mesh);
+        EXPECT_EQ(graph[length].state, 1) << length;
+        EXPECT_EQ(graph[length + 1].state, 0) << length;
+        EXPECT_EQ(graph[length + 2].state, 1) << length;
+    }
+}
+
+TEST(PairEdges, LinksEachEdgeOfAListOfAnyLength) {
+    for (unsigned int length = 1; length <= 70; ++length) {
+        meshes::Indices mesh;
+        for (unsigned int i = 0; i < length; ++i) {
+            mesh.insert(mesh.end(), {0, 1 + i, 100 + i});
+        }
+        for (unsigned int i = length; i-- > 0;) {
+            mesh.insert(mesh.end(), {1 + i, 0, 200 + i});
+        }
+        const CompactGraph graph = pairEdges(mesh);
+        for (unsigned int i = 0; i < length; ++i) {
+            EXPECT_EQ(triangleOf(graph[i].twin[0]), 2 * length - 1 - i) << length;
+        }
+    }
+}
+
 TEST(PairManifoldEdges, AcceptsTwoHalfEdgesThatRunTheSameWayAtTheEndOfALongList) {
     const auto graph = pairManifoldEdges(meshes::joined(crowdedVertex(), {0, 71, 201}));
     ASSERT_TRUE(graph.has_value());

@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
-#include <iterator>
 #include <numeric>
 #include <tuple>
 #include <utility>
@@ -39,13 +39,22 @@ public:
         if (end - begin > longList) {
             return takeSorted(begin, end, to);
         }
-        for (UpwardEdge* edge = begin; edge != end; ++edge) {
-            if (edge->to == to) {
-                edge->to = noVertex;
-                return edge->halfEdge;
+        // The first few together: which of them it is could not be predicted.
+        std::uint32_t found = 0;
+        for (std::uint32_t i = 0; i < lookedAtTogether; ++i) {
+            found |= (begin[i].to == to ? 1U : 0U) << i;
+        }
+        found &= (1U << std::min<std::ptrdiff_t>(end - begin, lookedAtTogether)) - 1;
+        UpwardEdge* edge = begin + std::countr_zero(found);
+        if (found == 0) {
+            edge = std::find_if(std::min(begin + lookedAtTogether, end), end,
+                                [to](const UpwardEdge& other) { return other.to == to; });
+            if (edge == end) {
+                return noHalfEdge;
             }
         }
-        return noHalfEdge;
+        edge->to = noVertex;
+        return edge->halfEdge;
     }
 
     /// The result of removing the only half-edge between two vertices.
@@ -65,6 +74,8 @@ public:
 private:
     /// Longer lists are sorted and searched by bisection, so a hub with many edges is not quadratic.
     static constexpr std::ptrdiff_t longList = 64;
+    /// As many can be read after the last list.
+    static constexpr std::uint32_t lookedAtTogether = 4;
 
     void sortLongLists();
     HalfEdgeId takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to);
@@ -100,12 +111,6 @@ void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, 
     });
 }
 
-template <class Announce, class Visit>
-void forEachHalfEdge(std::span<const unsigned int> triangles, const Poll& poll, Announce announce, Visit visit) {
-    forEachHalfEdge(
-        triangles, poll, [](TriangleId) {}, announce, visit);
-}
-
 UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t vertexCount, CompactGraph& graph,
                          const Poll& poll)
     : ends_(vertexCount) {
@@ -113,17 +118,55 @@ UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t 
     const CompactTriangle alone{{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
     forEachHalfEdge(
         triangles, poll, [&](TriangleId triangle) { graph[triangle] = alone; }, prefetchEnd,
-        [&](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
+        [this](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
     const std::uint32_t edgeCount = std::accumulate(ends_.begin(), ends_.end(), std::uint32_t{0});
     std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
-    edges_ = LargeArray<UpwardEdge>(edgeCount);
+    edges_ = LargeArray<UpwardEdge>(std::size_t{edgeCount} + lookedAtTogether);
+    std::fill_n(edges_.get() + edgeCount, lookedAtTogether, UpwardEdge{noVertex, noHalfEdge});
     const auto prefetchList = [this](std::uint32_t vertex) { __builtin_prefetch(edges_.get() + ends_[vertex], 1); };
-    forEachHalfEdge(triangles, poll, prefetchList, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
-        if (from < to) {
-            edges_[ends_[from]++] = {to, halfEdge};
-        }
-    });
+    forEachHalfEdge(
+        triangles, poll, [](TriangleId) {}, prefetchList,
+        [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+            // Downward ones go after the end of all lists: a branch could not be predicted.
+            const std::uint32_t isUpward = from < to ? 1 : 0;
+            std::uint32_t& end = ends_[from];
+            edges_[edgeCount + ((end - edgeCount) & (0 - isUpward))] = {to, halfEdge};
+            end += isUpward;
+        });
     sortLongLists();
+}
+
+/// A half-edge that runs from a higher to a lower vertex.
+struct DownwardEdge {
+    std::uint32_t lower;
+    std::uint32_t higher;
+    HalfEdgeId halfEdge;
+};
+
+constexpr std::size_t maxDownward = 64;
+
+/// Calls `visit(edges)` with all downward half-edges of triangles that are not collapsed, in order, at most `maxDownward`
+/// at a time, and prefetches the lists of their lower vertices before. Collected first, because which half-edges run
+/// downward cannot be predicted.
+template <class Visit>
+void forEachDownward(std::span<const unsigned int> triangles, const UpwardEdges& upward, const Poll& poll,
+                     Visit visit) {
+    std::array<DownwardEdge, maxDownward + 1> edges;
+    std::size_t count = 0;
+    const auto visitFull = [&](TriangleId) {
+        if (count + 3 > maxDownward) {
+            visit(std::span<const DownwardEdge>(edges.data(), count));
+            count = 0;
+        }
+    };
+    forEachHalfEdge(
+        triangles, poll, visitFull, [](std::uint32_t) {},
+        [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
+            edges[count] = {to, from, halfEdge};
+            upward.prefetch(to);
+            count += from > to ? 1 : 0;
+        });
+    visit(std::span<const DownwardEdge>(edges.data(), count));
 }
 
 void UpwardEdges::sortLongLists() {
@@ -199,8 +242,11 @@ void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
 void linkAndMark(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     CompactTriangle& one = graph[triangleOf(a)];
     CompactTriangle& other = graph[triangleOf(b)];
-    if (std::any_of(std::begin(one.twin), std::end(one.twin),
-                    [b](HalfEdgeId across) { return triangleOf(across) == triangleOf(b); })) {
+    bool isNeighbour = false;
+    for (const HalfEdgeId across : one.twin) {
+        isNeighbour |= triangleOf(across) == triangleOf(b);
+    }
+    if (isNeighbour) {
         one.isIrregular = true;
         other.isIrregular = true;
     }
@@ -247,18 +293,16 @@ CompactGraph pairUpToTwo(const DenseIndices& dense, MarkedEdges& overfull) {
     CompactGraph graph(dense.indices().size() / 3);
     UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, {});
     std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
-    const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
-    forEachHalfEdge(dense.indices(), {}, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
-        if (from < to) {
-            return;
-        }
-        const UpwardEdges::OnlyEdge twin = upward.takeOnly(to, from);
-        if (!twin.isOnly) {
-            overfull.mark(to, from);
-        } else if (twin.halfEdge != noHalfEdge) {
-            link(graph, twin.halfEdge, halfEdge);
-        } else {
-            downwardAlone.emplace_back(from, to);
+    forEachDownward(dense.indices(), upward, {}, [&](std::span<const DownwardEdge> edges) {
+        for (const auto& [lower, higher, halfEdge] : edges) {
+            const UpwardEdges::OnlyEdge twin = upward.takeOnly(lower, higher);
+            if (!twin.isOnly) {
+                overfull.mark(lower, higher);
+            } else if (twin.halfEdge != noHalfEdge) {
+                link(graph, twin.halfEdge, halfEdge);
+            } else {
+                downwardAlone.emplace_back(higher, lower);
+            }
         }
     });
     // Left to look for are three half-edges that run the same way, with none against them.
@@ -333,11 +377,17 @@ CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll
     CompactGraph graph(triangles.size() / 3);
     const DenseIndices dense(triangles);
     UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, poll);
-    const auto prefetch = [&](std::uint32_t vertex) { upward.prefetch(vertex); };
-    forEachHalfEdge(dense.indices(), poll, prefetch, [&](HalfEdgeId halfEdge, std::uint32_t from, std::uint32_t to) {
-        if (from > to) {
-            if (const HalfEdgeId twin = upward.take(to, from); twin != noHalfEdge) {
-                linkAndMark(graph, twin, halfEdge);
+    std::array<HalfEdgeId, maxDownward> twins;
+    forEachDownward(dense.indices(), upward, poll, [&](std::span<const DownwardEdge> edges) {
+        for (std::size_t i = 0; i < edges.size(); ++i) {
+            twins[i] = upward.take(edges[i].lower, edges[i].higher);
+            if (twins[i] != noHalfEdge) {
+                __builtin_prefetch(&graph[triangleOf(twins[i])], 1);
+            }
+        }
+        for (std::size_t i = 0; i < edges.size(); ++i) {
+            if (twins[i] != noHalfEdge) {
+                linkAndMark(graph, twins[i], edges[i].halfEdge);
             }
         }
     });
