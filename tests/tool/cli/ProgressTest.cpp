@@ -55,7 +55,7 @@ TEST_F(ProgressBar, CountsThePassesOfTheSearch) {
     gridModel(12, 12).writeGlb(in);
     const std::string text = runOnTerminal({"strip", in, "-o", out, "--iterations", "40"});
     EXPECT_THAT(text, HasSubstr("\r[##############################] 40 of 40 passes\x1b[K"));
-    EXPECT_THAT(text, HasSubstr("1 of 1 meshes"));
+    EXPECT_THAT(text, HasSubstr("1 of 1 primitives"));
     // The bar is erased before the report starts.
     EXPECT_LT(text.rfind("\r\x1b[K"), text.find("in.glb -> "));
 }

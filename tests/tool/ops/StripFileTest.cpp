@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -157,6 +159,46 @@ TEST(StripWarnings, NameTheExtensionThatReadersMustKnow) {
     outcome.groups = 0;
     outcome.requiresRestart = true;
     EXPECT_THAT(stripWarnings(outcome), ElementsAre(HasSubstr("KHR_mesh_primitive_restart")));
+}
+
+TEST(StripDocument, IsTheSameInAnyNumberOfThreads) {
+    GltfModel model = gridModel(9, 9);
+    for (int side = 3; side < 8; ++side) {
+        const Grid grid = makeGrid(side, 5);
+        model.addMesh(model.addPositions(grid.positions), model.addIndices(grid.indices));
+    }
+    model.json["meshes"][0]["primitives"].push_back(model.primitive(3));
+    for (const Joining joining : {Joining::Degenerate, Joining::RestartFallback}) {
+        StripSettings settings;
+        settings.joining = joining;
+        settings.keepParts = true;
+        const StripOutcome alone = strip(model, settings);
+        settings.sharesThreads = true;
+        for (const unsigned threads : {1U, 2U, 5U, 0U}) {
+            settings.search.threads = threads;
+            const StripOutcome shared = strip(model, settings);
+            EXPECT_EQ(shared.file, alone.file) << threads << " threads";
+            EXPECT_EQ(shared.total.minIndices, alone.total.minIndices);
+            ASSERT_EQ(shared.cuts.size(), alone.cuts.size());
+            for (std::size_t i = 0; i < alone.cuts.size(); ++i) {
+                EXPECT_EQ(shared.cuts[i].mesh, alone.cuts[i].mesh);
+                EXPECT_EQ(shared.cuts[i].parts.size(), alone.cuts[i].parts.size());
+            }
+        }
+    }
+}
+
+TEST(StripDocument, ReportsEachPrimitiveThatIsDone) {
+    GltfModel model = gridModel(9, 9);
+    model.json["meshes"].push_back(model.json["meshes"][0]);
+    model.json["meshes"].push_back(model.json["meshes"][0]);
+    StripSettings settings;
+    settings.sharesThreads = true;
+    settings.search.threads = 3;
+    std::vector<std::pair<std::size_t, std::size_t>> reported;
+    stripDocument(documentOf(model), settings,
+                  [&](std::size_t done, std::size_t all) { reported.emplace_back(done, all); });
+    EXPECT_THAT(reported, ElementsAre(Pair(1, 3), Pair(2, 3), Pair(3, 3)));
 }
 
 } // namespace

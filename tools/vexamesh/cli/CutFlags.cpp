@@ -33,8 +33,8 @@ void CutFlags::addTo(Flags& flags) {
               "done unasked for primitives of up to 20,000 triangles and from effort 3 on");
     flags.add(
         "--threads", threads_,
-        "Threads of the search and of the proof, which find the same in any number of them (default: 1; 0: as many "
-        "as the processor runs at once)",
+        "Threads that share the primitives of a file, and the search and the proof in a large one; the strips are the "
+        "same in any number of them, except at effort 4 (default: 1; 0: as many as the processor runs at once)",
         {.typeName = "N", .max = 1024});
     flags.add("--iterations", iterations_,
               "Search in passes instead: at random, the best of N; never worse than with one pass",

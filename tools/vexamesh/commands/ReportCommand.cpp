@@ -178,8 +178,9 @@ int runReport(const ReportArguments& arguments, Console& console) {
     const std::size_t warned = document.asset.warnings.size();
     Progress progress(console);
     showProgress(settings.strip, progress);
-    const ReportContent content = collectReport(
-        std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
+    const ReportContent content = collectReport(std::move(document), settings, [&](std::size_t done, std::size_t all) {
+        progress.show("primitives", done, all);
+    });
     progress.clear();
     for (std::size_t i = warned; i < content.warnings.size(); ++i) {
         session.warn(arguments.input, content.warnings[i]);

@@ -44,6 +44,7 @@ struct StripArguments {
 
     [[nodiscard]] StripSettings settings() const {
         StripSettings settings = cut.settings();
+        settings.sharesThreads = true;
         settings.indexBits = indexBits == "8" ? 8 : indexBits == "16" ? 16 : 0;
         return settings;
     }
@@ -71,8 +72,9 @@ int stripOne(const StripArguments& arguments, Console& console) {
     Document document = session.loadToEdit(input);
     Progress progress(console);
     showProgress(settings, progress);
-    StripOutcome outcome = stripDocument(
-        std::move(document), settings, [&](std::size_t done, std::size_t all) { progress.show("meshes", done, all); });
+    StripOutcome outcome = stripDocument(std::move(document), settings, [&](std::size_t done, std::size_t all) {
+        progress.show("primitives", done, all);
+    });
     progress.clear();
     session.writeModel(arguments.output, outcome.file, [&](const Bytes&) {
         std::string fault = readBackStrips(outcome);

@@ -7,11 +7,14 @@
 #include "io/gltf/PrimitiveRestart.h"
 #include "ops/IndexLimit.h"
 #include "ops/MeshStats.h"
+#include "ops/SharedTasks.h"
 #include "ops/Triangles.h"
 
 #include <algorithm>
 #include <map>
+#include <mutex>
 #include <set>
+#include <thread>
 
 namespace vexa::tool {
 
@@ -39,29 +42,39 @@ class IndexCounter {
 public:
     explicit IndexCounter(StripStats& total) : total_(total) {}
 
-    void countBefore(const Primitive& primitive, std::optional<std::uint64_t> minIndices, StripStats& mesh) {
-        count(primitive, mesh, [&](StripStats& stats) {
-            stats.indicesBefore += primitive.indices.size();
-            stats.bytesBefore += indexBytes(primitive);
+    /// The indices of a primitive.
+    struct Indices {
+        std::optional<std::size_t> accessor;
+        std::size_t count;
+        std::size_t bytes;
+
+        explicit Indices(const Primitive& primitive)
+            : accessor(primitive.indexAccessor), count(primitive.indices.size()), bytes(indexBytes(primitive)) {}
+    };
+
+    void countBefore(const Indices& indices, std::optional<std::uint64_t> minIndices, StripStats& mesh) {
+        count(indices, mesh, [&](StripStats& stats) {
+            stats.indicesBefore += indices.count;
+            stats.bytesBefore += indices.bytes;
             stats.minIndices =
                 stats.minIndices && minIndices ? std::optional(*stats.minIndices + *minIndices) : std::nullopt;
         });
     }
-    void countAfter(const Primitive& primitive, StripStats& mesh) {
-        count(primitive, mesh, [&](StripStats& stats) {
-            stats.indicesAfter += primitive.indices.size();
-            stats.bytesAfter += indexBytes(primitive);
+    void countAfter(const Indices& indices, StripStats& mesh) {
+        count(indices, mesh, [&](StripStats& stats) {
+            stats.indicesAfter += indices.count;
+            stats.bytesAfter += indices.bytes;
         });
     }
     void beginMesh() { seenInMesh_.clear(); }
 
 private:
     template <typename Add>
-    void count(const Primitive& primitive, StripStats& mesh, const Add& addTo) {
-        if (!primitive.indexAccessor || seenInMesh_.insert(*primitive.indexAccessor).second) {
+    void count(const Indices& indices, StripStats& mesh, const Add& addTo) {
+        if (!indices.accessor || seenInMesh_.insert(*indices.accessor).second) {
             addTo(mesh);
         }
-        if (!primitive.indexAccessor || seen_.insert(*primitive.indexAccessor).second) {
+        if (!indices.accessor || seen_.insert(*indices.accessor).second) {
             addTo(total_);
         }
     }
@@ -75,38 +88,71 @@ class Stripper {
 public:
     Stripper(Document document, const StripSettings& settings) : document_(std::move(document)), settings_(settings) {}
 
-    StripOutcome run(const MeshProgress& progress) {
+    StripOutcome run(const PrimitiveProgress& progress) {
         outcome_.total.name = "total";
         document_.asset.json["asset"]["generator"] = "vexamesh " VEXAMESH_VERSION;
         findUses();
+        cutAll(progress);
         IndexCounter before(outcome_.total);
+        auto cut = cuts_.begin();
         for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
             before.beginMesh();
-            stripMesh(m, before);
-            if (progress) {
-                progress(m + 1, document_.meshes.size());
+            StripStats stats;
+            stats.name = document_.meshes[m].name;
+            for (; cut != cuts_.end() && cut->mesh == m; ++cut) {
+                ++stats.primitivesBefore;
+                before.countBefore(cut->before, record(*cut, stats), stats);
             }
+            outcome_.meshes.push_back(std::move(stats));
         }
         writeFile();
         return std::move(outcome_);
     }
 
 private:
-    void stripMesh(std::size_t index, IndexCounter& counter) {
-        Mesh& mesh = document_.meshes[index];
-        StripStats stats;
-        stats.name = mesh.name;
-        for (std::size_t p = 0; p < mesh.primitives.size(); ++p) {
-            Primitive& primitive = mesh.primitives[p];
-            if (!hasTriangles(primitive)) {
-                continue;
+    /// A primitive, and what becomes of it.
+    struct Cut {
+        std::size_t mesh;
+        std::size_t primitive;
+        IndexCounter::Indices before;
+        mesh::TriangleSum triangles = {};
+        StripResult result = {};
+        ChosenForm form = {};
+    };
+
+    /// Cuts all primitives of triangles.
+    void cutAll(const PrimitiveProgress& progress) {
+        std::vector<std::size_t> sizes;
+        for (std::size_t m = 0; m < document_.meshes.size(); ++m) {
+            const std::vector<Primitive>& primitives = document_.meshes[m].primitives;
+            for (std::size_t p = 0; p < primitives.size(); ++p) {
+                if (hasTriangles(primitives[p])) {
+                    cuts_.push_back({m, p, IndexCounter::Indices(primitives[p])});
+                    sizes.push_back(primitives[p].indices.size());
+                }
             }
-            ++stats.primitivesBefore;
-            counter.countBefore(primitive, stripPrimitive(index, p, stats), stats);
-            // Its triangles are kept; twice would be a lot for a large file.
-            primitive.indices = {};
         }
-        outcome_.meshes.push_back(std::move(stats));
+        const unsigned threads = settings_.search.threads != 0 ? settings_.search.threads
+                                                               : std::max(1U, std::thread::hardware_concurrency());
+        const bool isDivisible = !settings_.passes && settings_.search.effort >= 2;
+        std::mutex mutex;
+        std::size_t done = 0;
+        shareTasks(sizes, settings_.sharesThreads ? threads : 1, isDivisible, [&](std::size_t i, unsigned allowed) {
+            StripSettings settings = settingsFor(cuts_[i].mesh, cuts_[i].primitive);
+            if (settings_.sharesThreads) {
+                settings.search.threads = allowed;
+            }
+            if (allowed < threads) {
+                // Others are cut at the same time.
+                settings.silence();
+            }
+            cut(cuts_[i], settings);
+            const std::lock_guard lock(mutex);
+            ++done;
+            if (progress) {
+                progress(done, cuts_.size());
+            }
+        });
     }
 
     /// Finds out which primitives share their indices.
@@ -131,13 +177,23 @@ private:
         return settings;
     }
 
+    /// Changes nothing of the document but the primitive: others may be cut at the same time.
+    void cut(Cut& cut, const StripSettings& settings) {
+        Primitive& primitive = document_.meshes[cut.mesh].primitives[cut.primitive];
+        cut.result = stripTriangles(primitive.type, primitive.indices, settings);
+        const auto uses = primitive.indexAccessor ? uses_.find(*primitive.indexAccessor) : uses_.end();
+        cut.form =
+            chooseForm(document_, primitive, uses != uses_.end() && uses->second.size() > 1, settings, cut.result);
+        cut.form.primitive = cut.primitive;
+        cut.result.withList = {};
+        cut.triangles = mesh::sumTriangles(primitive.type, primitive.indices);
+        // Its triangles are kept; twice would be a lot for a large file.
+        primitive.indices = {};
+    }
+
     /// \return the bound on its indices, if it is known
-    std::optional<std::uint64_t> stripPrimitive(std::size_t mesh, std::size_t index, StripStats& stats) {
-        const Primitive& primitive = document_.meshes[mesh].primitives[index];
-        const StripSettings settings = settingsFor(mesh, index);
-        StripResult result = stripTriangles(primitive.type, primitive.indices, settings);
-        const bool isShared = primitive.indexAccessor && uses_[*primitive.indexAccessor].size() > 1;
-        ChosenForm form = chooseForm(document_, primitive, isShared, settings, result);
+    std::optional<std::uint64_t> record(Cut& cut, StripStats& stats) {
+        StripResult& result = cut.result;
         stats.triangles += result.triangles;
         stats.degenerate += result.degenerate;
         stats.strips += result.strips;
@@ -149,16 +205,15 @@ private:
             return 0;
         }
         if (settings_.keepParts) {
-            outcome_.cuts.push_back({mesh, index, std::move(result.parts)});
+            outcome_.cuts.push_back({cut.mesh, cut.primitive, std::move(result.parts)});
         }
-        form.primitive = index;
-        stats.forms.push_back(std::move(form));
-        if (result.primitives.empty()) {
-            return result.minIndices;
+        stats.forms.push_back(std::move(cut.form));
+        if (!result.primitives.empty()) {
+            const bool isGroup = settingsFor(cut.mesh, cut.primitive).joining == Joining::RestartFallback;
+            edited_.push_back({cut.mesh, cut.primitive, 1});
+            outcome_.expected.primitives.push_back({{}, {}, cut.triangles});
+            edits_.push_back({cut.mesh, cut.primitive, std::move(result.primitives), isGroup});
         }
-        edited_.push_back({mesh, index, 1});
-        outcome_.expected.primitives.push_back({{}, {}, mesh::sumTriangles(primitive.type, primitive.indices)});
-        edits_.push_back({mesh, index, std::move(result.primitives), settings.joining == Joining::RestartFallback});
         return result.minIndices;
     }
 
@@ -188,6 +243,7 @@ private:
     const StripSettings& settings_;
     /// Per accessor the ways in which primitives use it as indices.
     std::map<std::size_t, std::set<std::pair<mesh::PrimitiveType, Joining>>> uses_;
+    std::vector<Cut> cuts_; ///< of all primitives of triangles, in their order
     std::vector<IndexEdit> edits_;
     std::vector<EditedPrimitive> edited_; ///< one per edit
     StripOutcome outcome_;
@@ -209,7 +265,7 @@ void countInput(const Document& document, StripOutcome& outcome) {
         for (const Primitive& primitive : mesh.primitives) {
             if (hasTriangles(primitive)) {
                 ++stats.primitivesBefore;
-                counter.countBefore(primitive, {}, stats);
+                counter.countBefore(IndexCounter::Indices(primitive), {}, stats);
                 stats.degenerate += countDegenerate(primitive);
             }
         }
@@ -256,13 +312,13 @@ bool groupIsItsStrips(const Document& output, const ExpectedStrips::Replaced& ex
         }
     }
     separators.indexAccessor = expected.group;
-    counter.countAfter(separators, stats);
+    counter.countAfter(IndexCounter::Indices(separators), stats);
     return readIndices(output.asset, *expected.group) == joined;
 }
 
 } // namespace
 
-StripOutcome stripDocument(Document document, const StripSettings& settings, const MeshProgress& progress) {
+StripOutcome stripDocument(Document document, const StripSettings& settings, const PrimitiveProgress& progress) {
     const std::string file = document.file.string();
     const FileFigures before = measureFile(document.asset, document.fileSize);
     StripOutcome input;
@@ -296,7 +352,7 @@ std::string readBackStrips(StripOutcome& outcome) {
         for (const Primitive& primitive : output.meshes.at(m).primitives) {
             if (hasTriangles(primitive)) {
                 ++stats.primitivesAfter;
-                after.countAfter(primitive, stats);
+                after.countAfter(IndexCounter::Indices(primitive), stats);
             }
         }
         for (; next != outcome.expected.primitives.end() && next->place.mesh == m; ++next) {

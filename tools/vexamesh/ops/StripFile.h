@@ -68,14 +68,15 @@ struct StripOutcome {
     ExpectedStrips expected;
 };
 
-/// Called after each mesh with the number of meshes that are done, and of all.
-using MeshProgress = std::function<void(std::size_t, std::size_t)>;
+/// Called after each primitive of triangles with the number of those that are done, and of all; one call at a time, but in any
+/// of the threads that cut them.
+using PrimitiveProgress = std::function<void(std::size_t, std::size_t)>;
 
 /// Turns all triangles of a document into strips.
 ///
 /// \throw FileError  the result would be larger than 4 GiB, or cannot be made without breaking an unknown extension
 /// \throw CheckError as `limitIndices`
-StripOutcome stripDocument(Document document, const StripSettings& settings, const MeshProgress& progress);
+StripOutcome stripDocument(Document document, const StripSettings& settings, const PrimitiveProgress& progress);
 
 /// Reads the file of an outcome back, completes the stats, and compares it with the input; to be called once.
 ///

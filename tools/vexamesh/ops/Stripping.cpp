@@ -120,6 +120,13 @@ StripResult cutBest(std::span<const unsigned int> triangles, const StripSettings
 
 } // namespace
 
+void StripSettings::silence() {
+    onProgress = {};
+    if (passes) {
+        passes->onPass = {};
+    }
+}
+
 StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
                            const StripSettings& settings) {
     const std::vector<unsigned int> triangles = mesh::toTriangles(type, indices);

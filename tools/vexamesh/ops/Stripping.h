@@ -20,7 +20,10 @@ enum class Joining {
 
 /// How triangles are cut and written.
 struct StripSettings {
-    mesh::StripBufferOptions search;          ///< `join` and `onProgress` do not count
+    mesh::StripBufferOptions search; ///< `join` and `onProgress` do not count
+    /// Whether primitives are cut at the same time, in `search.threads` threads. The callbacks are only called while one is
+    /// cut alone.
+    bool sharesThreads = false;
     std::optional<mesh::StripOptions> passes; ///< searches in passes instead, which can also cut fans
     Joining joining = Joining::Degenerate;
     unsigned int indexBits = 0; ///< 8 or 16: split primitives until their indices fit; 0: no limit
@@ -30,6 +33,9 @@ struct StripSettings {
         provesMin; ///< whether the result says how few indices there can be; nothing: only if it is fast
     /// Called with the work that is going on, such as "search", and the part of it that is done, from 0 to 1.
     std::function<void(const char*, double)> onProgress;
+
+    /// Removes the callbacks.
+    void silence();
 };
 
 /// A primitive as strips and fans.

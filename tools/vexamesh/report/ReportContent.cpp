@@ -51,7 +51,7 @@ public:
         }
     }
 
-    ReportContent run(const MeshProgress& progress) {
+    ReportContent run(const PrimitiveProgress& progress) {
         content_.warnings = document_.asset.warnings;
         content_.isSearched = settings_.strip.passes && settings_.strip.passes->iterations > 1;
         const bool isSmall = countTriangles() <= maxTrialTriangles;
@@ -255,7 +255,7 @@ void PassCosts::add(const mesh::StripPass& pass) {
     }
 }
 
-ReportContent collectReport(Document document, const ReportSettings& settings, const MeshProgress& progress) {
+ReportContent collectReport(Document document, const ReportSettings& settings, const PrimitiveProgress& progress) {
     const std::string file = document.file.string();
     try {
         return Collector(std::move(document), settings).run(progress);

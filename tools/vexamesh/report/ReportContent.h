@@ -76,7 +76,7 @@ struct ReportSettings {
 /// Cuts a document into strips and collects what a report shows of that.
 ///
 /// \throw FileError as `stripDocument`, or normals or positions are not VEC3
-ReportContent collectReport(Document document, const ReportSettings& settings, const MeshProgress& progress);
+ReportContent collectReport(Document document, const ReportSettings& settings, const PrimitiveProgress& progress);
 
 /// The JSON of `strip --json`, and under "report" what only a report has.
 Json reportJson(const std::string& input, const std::string& output, const ReportContent& content);
