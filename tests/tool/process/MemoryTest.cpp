@@ -1,27 +1,16 @@
 #include "process/Memory.h"
 
-#include "base/Errors.h"
-#include "ops/Stripping.h"
 #include "support/ToolProcess.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace {
 
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 using vexa::tool::findFreeMemory;
-using vexa::tool::FormatError;
-using vexa::tool::requireMemory;
-using vexa::tool::setMaxMemory;
 
 /// The files of a system, in a directory. Sizes are in GiB: next to them, what the allocator of this process keeps is
 /// nothing.
@@ -97,52 +86,6 @@ TEST_F(FreeMemory, IsThatOfTheMachineInAGroupWithoutLimit) {
     write("sys/fs/cgroup/memory/memory.limit_in_bytes", "9223372036854771712\n");
     write("sys/fs/cgroup/memory/memory.stat", "total_rss " + bytes(20));
     EXPECT_EQ(find(), "500 the machine");
-}
-
-/// Sets the limit during its lifetime.
-class MaxMemory {
-public:
-    explicit MaxMemory(std::size_t mebibytes) { setMaxMemory(mebibytes); }
-    MaxMemory(const MaxMemory&) = delete;
-    MaxMemory& operator=(const MaxMemory&) = delete;
-    ~MaxMemory() { setMaxMemory(std::nullopt); }
-};
-
-TEST(RequireMemory, RefusesMoreThanThereIs) {
-    const MaxMemory few(1);
-    EXPECT_THAT(
-        [] { requireMemory(std::uint64_t{5} << 20, "reading it"); },
-        ThrowsMessage<FormatError>("reading it takes 6 MiB of memory or more, and --max-memory leaves 0 MiB; free "
-                                   "or allow more, or split the model (--max-memory overrides this limit)"));
-}
-
-TEST(RequireMemory, AllowsWhatThereIs) {
-    const MaxMemory many(1U << 30);
-    EXPECT_NO_THROW(requireMemory(std::uint64_t{1} << 40, ""));
-}
-
-TEST(RequireMemory, RefusesToCutMoreTrianglesThanFit) {
-    std::vector<unsigned int> triangles;
-    for (unsigned int i = 0; i < 4000; ++i) {
-        triangles.insert(triangles.end(), {0, i + 1, i + 2});
-    }
-    const auto cut = [&] { vexa::tool::stripTriangles(vexa::mesh::TRIANGLES, triangles, {}); };
-    EXPECT_NO_THROW(cut());
-    const MaxMemory few(1);
-    EXPECT_THAT(cut, ThrowsMessage<FormatError>(HasSubstr(
-                         "cutting 4000 triangles into strips takes 1 MiB of memory or more, and --max-memory leaves")));
-}
-
-TEST(RequireMemory, ItsRefusalIsOneLineThatNamesTheFileAndWritesNothing) {
-    const tool_test::TemporaryDirectory directory;
-    const std::string in = (directory / "in.obj").string();
-    std::ofstream(in) << "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
-    const auto result =
-        tool_test::runProgram({"strip", in, "-o", (directory / "out.glb").string(), "--max-memory", "1"});
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_EQ(result.err.find("vexamesh: " + in + ": reading it takes 1 MiB of memory or more, and --max-memory "), 0U);
-    EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);
-    EXPECT_EQ(directory.files().size(), 1U);
 }
 
 } // namespace

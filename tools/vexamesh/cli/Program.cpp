@@ -40,9 +40,10 @@ void addParseFlags(Flags flags, ParseLimits& limits) {
 }
 
 void addMemoryFlag(Flags flags, std::optional<std::size_t>& mebibytes) {
-    flags.add("--max-memory", mebibytes,
-              "MiB that a process may take: a model that needs more is refused (default: what the system leaves)",
-              {.typeName = "MIB", .variable = "VEXAMESH_MAX_MEMORY", .min = 1, .max = 1U << 30});
+    flags.add(
+        "--max-memory", mebibytes,
+        "MiB that all jobs together may take: a model that needs more is refused (default: what the system leaves)",
+        {.typeName = "MIB", .variable = "VEXAMESH_MAX_MEMORY", .min = 1, .max = 1U << 30});
 }
 
 void addDirectoryFlag(Flags flags, std::vector<std::string>& directories) {

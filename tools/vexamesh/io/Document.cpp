@@ -10,7 +10,6 @@
 #include "io/import/OffReader.h"
 #include "io/import/PlyReader.h"
 #include "io/import/StlReader.h"
-#include "process/Memory.h"
 
 #include <algorithm>
 #include <fstream>
@@ -240,12 +239,6 @@ Document loadDocument(const fs::path& file, MeshCheck check) {
     const fs::path directory = file.has_parent_path() ? file.parent_path() : ".";
     std::error_code error;
     const std::uintmax_t size = fs::file_size(file, error);
-    try {
-        // Larger ones are refused below.
-        requireMemory(error || size > std::uintmax_t{largestFile} ? 0 : size, "reading it");
-    } catch (const FormatError& fault) {
-        throw FileError(file.string(), fault.what());
-    }
     Document document = readIsolated(file, error ? 0 : static_cast<std::size_t>(size), [&] {
         checkSize(file);
         return parseDocument(readFile(file), file, directory, check, lowerExtension(file));

@@ -2,6 +2,7 @@
 
 #include "base/Errors.h"
 #include "process/Interruption.h"
+#include "process/MemoryClaims.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -192,9 +193,14 @@ Bytes readFile(const fs::path& path) {
     if (status.st_size > largestFile) {
         throw FileError(path.string(), "is larger than 4 GiB");
     }
-    Bytes content(static_cast<std::size_t>(status.st_size));
-    content.resize(readInto(content, 0, file.get(), path.string()));
-    return content;
+    try {
+        const MemoryClaim claim(static_cast<std::uint64_t>(status.st_size), "reading it");
+        Bytes content(static_cast<std::size_t>(status.st_size));
+        content.resize(readInto(content, 0, file.get(), path.string()));
+        return content;
+    } catch (const FormatError& error) {
+        throw FileError(path.string(), error.what());
+    }
 }
 
 Bytes readStandardInput() {

@@ -14,7 +14,7 @@ constexpr std::int64_t largestFile = 0xffffffff;
 
 /// The whole content of a regular file.
 ///
-/// \throw FileError the file is missing, not regular, not readable, or larger than 4 GiB
+/// \throw FileError the file is missing, not regular, not readable, or larger than 4 GiB or than the memory that is free
 Bytes readFile(const std::filesystem::path& path);
 
 /// Everything that standard input holds.

@@ -2,7 +2,7 @@
 
 #include "base/Text.h"
 #include "ops/StripParts.h"
-#include "process/Memory.h"
+#include "process/MemoryClaims.h"
 
 #include <chrono>
 #include <span>
@@ -130,8 +130,8 @@ void StripSettings::silence() {
 StripResult stripTriangles(mesh::PrimitiveType type, const std::vector<unsigned int>& indices,
                            const StripSettings& settings) {
     const std::vector<unsigned int> triangles = mesh::toTriangles(type, indices);
-    requireMemory(triangles.size() / 3 * minBytesPerTriangle(settings),
-                  "cutting " + counted(triangles.size() / 3, "triangle") + " into strips");
+    const MemoryClaim claim(triangles.size() / 3 * minBytesPerTriangle(settings),
+                            "cutting " + counted(triangles.size() / 3, "triangle") + " into strips");
     const auto begin = std::chrono::steady_clock::now();
     StripResult result = cutBest(triangles, settings);
     result.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

@@ -2,6 +2,7 @@
 
 #include "base/Errors.h"
 #include "process/Interruption.h"
+#include "process/MemoryClaims.h"
 #include "process/Subprocess.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <memory>
 #include <numeric>
 #include <poll.h>
+#include <utility>
 
 namespace vexa::tool {
 
@@ -49,8 +51,12 @@ constexpr std::chrono::milliseconds gracePeriod(200);
 /// The processes of a batch.
 class Pool {
 public:
-    Pool(const std::vector<BatchItem>& items, const std::function<BatchResult(const BatchItem&)>& work)
-        : items_(items), work_(work), results_(items.size()) {
+    Pool(const std::vector<BatchItem>& items, std::size_t jobs,
+         const std::function<BatchResult(const BatchItem&)>& work)
+        : items_(items), work_(work), results_(items.size()), claims_(std::min(jobs, items.size())) {
+        for (std::size_t place = std::min(jobs, items.size()); place > 0; --place) {
+            freePlaces_.push_back(place - 1);
+        }
         for (BatchResult& result : results_) {
             result.state = BatchResult::State::NotStarted;
         }
@@ -58,9 +64,18 @@ public:
 
     /// \return false: there is room for it once another one has ended
     bool start(std::size_t item) {
-        const auto run = [this, item](PipeWriter& pipe) { sendResult(pipe, work_(items_[item])); };
+        const std::size_t place = freePlaces_.back();
+        const auto run = [this, item, place](PipeWriter& pipe) {
+            claims_.enter(place);
+            sendResult(pipe, work_(items_[item]));
+        };
         try {
-            running_.emplace(item, std::make_unique<ChildProcess>(run, ProcessLimits(), SIGTERM));
+            auto child = std::make_unique<ChildProcess>(run, ProcessLimits(), SIGTERM);
+            running_.emplace(item, Job{place, true, std::move(child)});
+            freePlaces_.pop_back();
+            for (auto& [other, job] : running_) {
+                job.isAlone = running_.size() == 1;
+            }
         } catch (const std::runtime_error& error) {
             if (!running_.empty()) {
                 return false;
@@ -74,8 +89,8 @@ public:
     void finishSome(DeferredInterruption& interruption) {
         std::vector<pollfd> inputs;
         std::vector<std::size_t> items;
-        for (const auto& [item, child] : running_) {
-            inputs.push_back({child->descriptor(), POLLIN, 0});
+        for (const auto& [item, job] : running_) {
+            inputs.push_back({job.process->descriptor(), POLLIN, 0});
             items.push_back(item);
         }
         if (!interruption.wait(inputs)) {
@@ -91,8 +106,8 @@ public:
 
     /// Ends all processes. One that has just finished keeps its result.
     void interrupt() {
-        for (const auto& [item, child] : running_) {
-            child->terminate(gracePeriod);
+        for (const auto& [item, job] : running_) {
+            job.process->terminate(gracePeriod);
         }
         while (!running_.empty()) {
             finish(running_.begin()->first, true);
@@ -100,18 +115,37 @@ public:
     }
 
     [[nodiscard]] std::size_t running() const { return running_.size(); }
+
+    /// Items that were refused memory while others ran, and are to be started alone.
+    [[nodiscard]] std::size_t postponed() const { return postponed_.size(); }
+    std::vector<std::size_t> takePostponed() { return std::exchange(postponed_, {}); }
+
     std::vector<BatchResult> takeResults() { return std::move(results_); }
 
 private:
+    struct Job {
+        std::size_t place; ///< in the table of claims
+        bool isAlone;      ///< no other ran at the same time
+        std::unique_ptr<ChildProcess> process;
+    };
+
     void finish(std::size_t item, bool isInterrupted) {
+        const Job& job = running_.at(item);
         try {
-            results_[item] = receiveResult(*running_.at(item));
+            results_[item] = receiveResult(*job.process);
         } catch (const ProcessError& error) {
             fail(item, std::string("its process ") + error.what());
             if (isInterrupted && error.cause() != ProcessError::Cause::Crash) {
                 results_[item].state = BatchResult::State::Interrupted;
             }
         }
+        const bool isRefused = claims_.leave(job.place);
+        if (isRefused && !job.isAlone && results_[item].state == BatchResult::State::Failed) {
+            results_[item] = {};
+            results_[item].state = BatchResult::State::NotStarted;
+            postponed_.push_back(item);
+        }
+        freePlaces_.push_back(job.place);
         running_.erase(item);
     }
 
@@ -122,8 +156,11 @@ private:
 
     const std::vector<BatchItem>& items_;
     const std::function<BatchResult(const BatchItem&)>& work_;
-    std::map<std::size_t, std::unique_ptr<ChildProcess>> running_;
+    std::map<std::size_t, Job> running_;
     std::vector<BatchResult> results_;
+    ClaimTable claims_;
+    std::vector<std::size_t> freePlaces_;
+    std::vector<std::size_t> postponed_;
 };
 
 /// The order in which to begin: with several processes at a time, large files come first, so that the last one to end is
@@ -182,16 +219,22 @@ std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const
 BatchRun runBatch(const std::vector<BatchItem>& items, std::size_t jobs,
                   const std::function<BatchResult(const BatchItem&)>& work,
                   const std::function<void(std::size_t)>& finished) {
-    const std::vector<std::size_t> order = startOrder(items, jobs);
-    Pool pool(items, work);
+    std::vector<std::size_t> order = startOrder(items, jobs);
+    Pool pool(items, jobs, work);
     DeferredInterruption interruption;
-    for (std::size_t next = 0; (next < items.size() || pool.running() > 0) && interruption.signal() == 0;) {
-        while (next < items.size() && pool.running() < jobs && pool.start(order[next])) {
+    std::size_t most = jobs;
+    for (std::size_t next = 0; (next < order.size() || pool.running() > 0) && interruption.signal() == 0;) {
+        while (next < order.size() && pool.running() < most && pool.start(order[next])) {
             ++next;
         }
-        finished(next - pool.running());
+        finished(items.size() - (order.size() - next) - pool.running() - pool.postponed());
         if (pool.running() > 0) {
             pool.finishSome(interruption);
+        }
+        if (next == order.size() && pool.running() == 0) {
+            order = pool.takePostponed();
+            next = 0;
+            most = 1;
         }
     }
     const int signal = interruption.signal();

@@ -45,7 +45,8 @@ std::vector<BatchItem> nameOutputs(const std::vector<std::string>& inputs, const
                                    const std::string& extension);
 
 /// Runs `work` for each item in a process of its own, `jobs` at a time, with more than one the large inputs first. A failure
-/// does not stop the others. SIGINT, SIGTERM and SIGHUP do: the processes are ended, and what is done so far is returned.
+/// does not stop the others. An item that is refused memory while others run is run again when these have ended, by
+/// itself. SIGINT, SIGTERM and SIGHUP do: the processes are ended, and what is done so far is returned.
 ///
 /// \param finished is called after each item with the number of finished items
 BatchRun runBatch(const std::vector<BatchItem>& items, std::size_t jobs,

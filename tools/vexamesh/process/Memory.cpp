@@ -1,7 +1,5 @@
 #include "process/Memory.h"
 
-#include "base/Errors.h"
-
 #include <algorithm>
 #include <fstream>
 #include <malloc.h>
@@ -17,9 +15,14 @@ namespace {
 
 constexpr std::uint64_t bytesPerMiB = 1 << 20;
 
-std::optional<std::size_t>& maxMemory() {
+std::optional<std::size_t>& maxMemorySetting() {
     static std::optional<std::size_t> mebibytes;
     return mebibytes;
+}
+
+bool& countsAddresses() {
+    static bool counts = true;
+    return counts;
 }
 
 /// The number after a word at the beginning of a line: "MemFree: 12 kB", "anon 4096".
@@ -43,15 +46,15 @@ std::optional<std::uint64_t> readNumber(const fs::path& file) {
     return stream >> number ? std::optional(number) : std::nullopt;
 }
 
-/// The pages of this process, in bytes.
-struct OwnPages {
+/// The pages of a process, in bytes.
+struct Pages {
     std::uint64_t addresses = 0;
     std::uint64_t resident = 0;
 };
 
-OwnPages ownPages(const fs::path& root) {
-    OwnPages pages;
-    std::ifstream(root / "proc/self/statm") >> pages.addresses >> pages.resident;
+Pages pagesOf(const fs::path& process) {
+    Pages pages;
+    std::ifstream(process / "statm") >> pages.addresses >> pages.resident;
     const auto size = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
     return {pages.addresses * size, pages.resident * size};
 }
@@ -131,10 +134,10 @@ std::optional<std::uint64_t> freeInGroups(const fs::path& root) {
 
 std::optional<std::uint64_t> freeAddresses(const fs::path& root) {
     rlimit limit{};
-    if (::getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
+    if (!countsAddresses() || ::getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
         return std::nullopt;
     }
-    return limit.rlim_cur - std::min<std::uint64_t>(limit.rlim_cur, ownPages(root).addresses);
+    return limit.rlim_cur - std::min<std::uint64_t>(limit.rlim_cur, pagesOf(root / "proc/self").addresses);
 }
 
 } // namespace
@@ -143,12 +146,12 @@ std::optional<FreeMemory> findFreeMemory(const fs::path& root) {
     std::optional<FreeMemory> least;
     const auto consider = [&](const std::optional<std::uint64_t>& bytes, const char* owner) {
         if (bytes && (!least || *bytes + keptByAllocator() < least->bytes)) {
-            least = {*bytes + keptByAllocator(), owner};
+            least = {*bytes + keptByAllocator(), owner, false};
         }
     };
     if (const auto most = maxMemory()) {
         const std::uint64_t bytes = *most * bytesPerMiB;
-        return FreeMemory{bytes - std::min(bytes, ownPages(root).resident), "--max-memory"};
+        return FreeMemory{bytes - std::min(bytes, pagesOf(root / "proc/self").resident), "--max-memory", true};
     }
     consider(freeInMachine(root), "the machine");
     consider(freeInGroups(root), "the control group (cgroup)");
@@ -157,21 +160,19 @@ std::optional<FreeMemory> findFreeMemory(const fs::path& root) {
 }
 
 void setMaxMemory(std::optional<std::size_t> mebibytes) {
-    maxMemory() = mebibytes;
+    maxMemorySetting() = mebibytes;
 }
 
-void requireMemory(std::uint64_t bytes, const std::string& work) {
-    // Looking for more takes longer than work with so little.
-    constexpr std::uint64_t alwaysThere = 16 * bytesPerMiB;
-    if (bytes < alwaysThere && !maxMemory()) {
-        return;
-    }
-    const auto free = findFreeMemory();
-    if (free && free->bytes < bytes) {
-        throw FormatError(work + " takes " + std::to_string(bytes / bytesPerMiB + 1) + " MiB of memory or more, and " +
-                          free->owner + " leaves " + std::to_string(free->bytes / bytesPerMiB) +
-                          " MiB; free or allow more, or split the model (--max-memory overrides this limit)");
-    }
+std::optional<std::size_t> maxMemory() {
+    return maxMemorySetting();
+}
+
+void disregardAddressLimit() {
+    countsAddresses() = false;
+}
+
+std::uint64_t residentMemory(int process) {
+    return pagesOf("/proc/" + std::to_string(process)).resident;
 }
 
 } // namespace vexa::tool

@@ -11,7 +11,8 @@ namespace vexa::tool {
 /// Memory that this process can still get.
 struct FreeMemory {
     std::uint64_t bytes = 0;
-    std::string owner; ///< what sets the limit, for messages: "the machine"
+    std::string owner;     ///< what sets the limit, for messages: "the machine"
+    bool isShared = false; ///< with other processes of this program, and what these have is still part of it
 };
 
 /// The least of what the machine, the control groups of this process and its limit on address space leave. Errs upwards:
@@ -21,15 +22,17 @@ struct FreeMemory {
 /// \return nothing if no limit is known
 std::optional<FreeMemory> findFreeMemory(const std::filesystem::path& root = "/");
 
-/// Replaces what is found out about the system by a number of MiB for each process, from now on; `nullopt` undoes this.
+/// Replaces what is found out about the system by a number of MiB for this process and those that it works with, from now
+/// on; `nullopt` undoes this.
 void setMaxMemory(std::optional<std::size_t> mebibytes);
 
-/// Refuses work that cannot succeed, instead of being killed while it is done.
-///
-/// \param bytes that the work takes at least, beyond those that are taken already. Less than 16 MiB are only compared with
-///              the number given to `setMaxMemory`
-/// \param work  "reading it"
-/// \throw FormatError they are not free
-void requireMemory(std::uint64_t bytes, const std::string& work);
+/// The number given to `setMaxMemory`.
+std::optional<std::size_t> maxMemory();
+
+/// Lets the limit on address space count no longer: a process that has set it itself reports on its own that it is reached.
+void disregardAddressLimit();
+
+/// Bytes of memory that a process holds; 0 if it has ended.
+std::uint64_t residentMemory(int process);
 
 } // namespace vexa::tool

@@ -1,6 +1,7 @@
 #include "process/Subprocess.h"
 
 #include "process/Interruption.h"
+#include "process/Memory.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -59,6 +60,7 @@ void applyLimits(const ProcessLimits& limits) {
     setLimit(RLIMIT_CORE, 0);
     if (limits.memory != 0) {
         setLimit(RLIMIT_AS, addressSpace() + limits.memory);
+        disregardAddressLimit();
         // Otherwise a library may catch the exception and report a fault of the file.
         std::set_new_handler([] { ::_exit(outOfMemoryCode); });
     }

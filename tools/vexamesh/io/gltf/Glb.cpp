@@ -1,7 +1,7 @@
 #include "io/gltf/Glb.h"
 
 #include "base/Errors.h"
-#include "process/Memory.h"
+#include "process/MemoryClaims.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -91,7 +91,7 @@ Bytes joinGlb(const std::string& json, const Bytes& binary) {
     if (size > std::numeric_limits<std::uint32_t>::max()) {
         throw FormatError("the file would be larger than 4 GiB");
     }
-    requireMemory(size, "writing it");
+    const MemoryClaim claim(size, "writing it");
     Bytes file;
     file.reserve(size);
     appendValue(file, magic);
