@@ -2,13 +2,25 @@
 #include "support/Meshes.h"
 #include "support/UnreadableIndices.h"
 
-#include <gtest/gtest.h>
-#include <string>
 #include <vexa/mesh/detail/strips/EdgePairing.h>
+#include <vexa/mesh/detail/strips/TriangleList.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
 using vexa::mesh::detail::CompactGraph;
+using vexa::mesh::detail::HalfEdgeId;
+using vexa::mesh::detail::halfEdgeOf;
+using vexa::mesh::detail::isCollapsed;
 using vexa::mesh::detail::pairEdges;
 using vexa::mesh::detail::pairInOrder;
 using vexa::mesh::detail::pairManifoldEdges;
@@ -24,6 +36,72 @@ meshes::Indices crowdedVertex() {
         mesh.insert(mesh.end(), {0, vertex, 100 + vertex});
     }
     return mesh;
+}
+
+/// Pairs by a queue for each edge and direction; the first half-edge whose twin differs, or the first triangle whose state
+/// or mark does, or "".
+std::string differenceFromQueues(const CompactGraph& graph, const meshes::Indices& mesh) {
+    std::map<std::pair<unsigned int, unsigned int>, std::deque<HalfEdgeId>> waiting;
+    std::vector<HalfEdgeId> twins(4 * mesh.size() / 3, graph.border());
+    for (std::uint32_t triangle = 0; triangle < mesh.size() / 3; ++triangle) {
+        const unsigned int* const corners = &mesh[std::size_t{3} * triangle];
+        for (std::uint32_t place = 0; place < 3 && !isCollapsed(corners); ++place) {
+            const unsigned int from = corners[place];
+            const unsigned int to = corners[(place + 1) % 3];
+            const HalfEdgeId halfEdge = halfEdgeOf(triangle, place);
+            if (auto& opposite = waiting[{to, from}]; !opposite.empty()) {
+                twins[halfEdge] = opposite.front();
+                twins[opposite.front()] = halfEdge;
+                opposite.pop_front();
+            } else {
+                waiting[{from, to}].push_back(halfEdge);
+            }
+        }
+    }
+    for (std::uint32_t triangle = 0; triangle < graph.count(); ++triangle) {
+        std::set<std::uint32_t> neighbours;
+        int count = 0;
+        for (std::uint32_t place = 0; place < 3; ++place) {
+            const HalfEdgeId twin = twins[halfEdgeOf(triangle, place)];
+            if (graph[triangle].twin[place] != twin) {
+                return "half-edge " + std::to_string(place) + " of triangle " + std::to_string(triangle);
+            }
+            if (!graph.isSentinel(twin)) {
+                ++count;
+                neighbours.insert(triangleOf(twin));
+            }
+        }
+        if (graph[triangle].state != count ||
+            graph[triangle].isIrregular != (neighbours.size() != static_cast<std::size_t>(count))) {
+            return "triangle " + std::to_string(triangle);
+        }
+    }
+    return {};
+}
+
+TEST(PairEdges, LinksAsQueuesOfEachEdgeDo) {
+    for (const meshes::NamedMesh& mesh : meshes::suite()) {
+        EXPECT_EQ(differenceFromQueues(pairEdges(mesh.indices), mesh.indices), "") << mesh.name;
+        const meshes::Indices shuffled = meshes::shuffled(mesh.indices, 1);
+        EXPECT_EQ(differenceFromQueues(pairEdges(shuffled), shuffled), "") << mesh.name << ", shuffled";
+    }
+}
+
+TEST(PairEdges, LinksManyTrianglesOnTheEdgesOfFewVertices) {
+    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+        const meshes::Indices mesh = meshes::soup(4 + seed / 2, 100, seed);
+        EXPECT_EQ(differenceFromQueues(pairEdges(mesh), mesh), "") << "seed " << seed;
+    }
+}
+
+TEST(PairEdges, LinksTrianglesAroundAVertexInAnyOrder) {
+    for (const unsigned int count : {5U, 20U, 60U, 200U, 1000U}) {
+        for (std::uint32_t seed = 0; seed < 5; ++seed) {
+            const meshes::Indices mesh =
+                meshes::shuffled(meshes::joined(meshes::closedFan(count), meshes::book(9)), seed);
+            EXPECT_EQ(differenceFromQueues(pairEdges(mesh), mesh), "") << count << " triangles, seed " << seed;
+        }
+    }
 }
 
 TEST(PairEdges, SearchesNoFurtherThanTheEndOfALongList) {

@@ -2,11 +2,11 @@
 
 #include "vexa/mesh/detail/strips/DenseIndices.h"
 #include "vexa/mesh/detail/strips/EdgeTable.h"
+#include "vexa/mesh/detail/strips/PendingEdges.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <numeric>
 #include <tuple>
@@ -39,19 +39,9 @@ public:
         if (end - begin > longList) {
             return takeSorted(begin, end, to);
         }
-        // The first few together: which of them it is could not be predicted.
-        std::uint32_t found = 0;
-        for (std::uint32_t i = 0; i < lookedAtTogether; ++i) {
-            found |= (begin[i].to == to ? 1U : 0U) << i;
-        }
-        found &= (1U << std::min<std::ptrdiff_t>(end - begin, lookedAtTogether)) - 1;
-        UpwardEdge* edge = begin + std::countr_zero(found);
-        if (found == 0) {
-            edge = std::find_if(std::min(begin + lookedAtTogether, end), end,
-                                [to](const UpwardEdge& other) { return other.to == to; });
-            if (edge == end) {
-                return noHalfEdge;
-            }
+        UpwardEdge* const edge = std::find_if(begin, end, [to](const UpwardEdge& other) { return other.to == to; });
+        if (edge == end) {
+            return noHalfEdge;
         }
         edge->to = noVertex;
         return edge->halfEdge;
@@ -74,8 +64,6 @@ public:
 private:
     /// Longer lists are sorted and searched by bisection, so a hub with many edges is not quadratic.
     static constexpr std::ptrdiff_t longList = 64;
-    /// As many can be read after the last list.
-    static constexpr std::uint32_t lookedAtTogether = 4;
 
     void sortLongLists();
     HalfEdgeId takeSorted(UpwardEdge* begin, UpwardEdge* end, std::uint32_t to);
@@ -121,8 +109,7 @@ UpwardEdges::UpwardEdges(std::span<const unsigned int> triangles, std::uint32_t 
         [this](HalfEdgeId, std::uint32_t from, std::uint32_t to) { ends_[from] += from < to ? 1 : 0; });
     const std::uint32_t edgeCount = std::accumulate(ends_.begin(), ends_.end(), std::uint32_t{0});
     std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
-    edges_ = LargeArray<UpwardEdge>(std::size_t{edgeCount} + lookedAtTogether);
-    std::fill_n(edges_.get() + edgeCount, lookedAtTogether, UpwardEdge{noVertex, noHalfEdge});
+    edges_ = LargeArray<UpwardEdge>(std::size_t{edgeCount} + 1);
     const auto prefetchList = [this](std::uint32_t vertex) { __builtin_prefetch(edges_.get() + ends_[vertex], 1); };
     forEachHalfEdge(
         triangles, poll, [](TriangleId) {}, prefetchList,
@@ -236,6 +223,14 @@ void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     other.twin[placeOf(b)] = a;
     ++one.state;
     ++other.state;
+}
+
+/// Marks a triangle and a neighbour of it as irregular if they share two of its edges.
+void markIfShared(CompactGraph& graph, TriangleId triangle, HalfEdgeId twin, HalfEdgeId other) {
+    if (triangleOf(twin) == triangleOf(other) && !graph.isSentinel(twin)) {
+        graph[triangle].isIrregular = true;
+        graph[triangleOf(twin)].isIrregular = true;
+    }
 }
 
 /// Links, and marks triangles that share several edges as irregular.
@@ -371,23 +366,69 @@ private:
     Table edges_;
 };
 
+/// Pairs in one walk over the triangles: each takes the half-edges that wait for its own, and leaves those that find none.
+///
+/// \return false where too many wait at one vertex; the graph is unfinished then
+bool pairAsTheyCome(const DenseIndices& dense, CompactGraph& graph, const Poll& poll) {
+    constexpr std::size_t ahead = 16 * 3;
+    const std::span<const unsigned int> triangles = dense.indices();
+    const CompactTriangle alone{{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
+    PendingEdges pending(dense.vertexCount());
+    bool fits = true;
+    const auto goesOn = [&] {
+        if (poll) {
+            poll();
+        }
+        return fits;
+    };
+    forEachWhile(graph.count(), goesOn, [&](TriangleId triangle) {
+        const std::size_t i = std::size_t{3} * triangle;
+        if (i + ahead < triangles.size()) {
+            pending.prefetch(triangles[i + ahead]);
+            pending.prefetch(triangles[i + ahead + 1]);
+            pending.prefetch(triangles[i + ahead + 2]);
+        }
+        const std::array<std::uint32_t, 4> corners = {triangles[i], triangles[i + 1], triangles[i + 2], triangles[i]};
+        CompactTriangle& record = graph[triangle];
+        record = alone;
+        if (isCollapsed(corners.data())) {
+            return;
+        }
+        // All are looked up before anything is written, which the next look-up would have to wait for.
+        std::array<unsigned int, 3> found;
+        for (std::uint32_t place = 0; place < 3; ++place) {
+            found[place] = pending.find(corners[place + 1], corners[place]);
+        }
+        for (std::uint32_t place = 0; place < 3; ++place) {
+            const HalfEdgeId halfEdge = halfEdgeOf(triangle, place);
+            const HalfEdgeId twin = pending.take(corners[place + 1], corners[place], found[place]);
+            if (twin != noHalfEdge) {
+                link(graph, twin, halfEdge);
+            } else {
+                fits &= pending.add(corners[place], corners[place + 1], halfEdge);
+            }
+        }
+        markIfShared(graph, triangle, record.twin[0], record.twin[1]);
+        markIfShared(graph, triangle, record.twin[1], record.twin[2]);
+        markIfShared(graph, triangle, record.twin[2], record.twin[0]);
+    });
+    return fits;
+}
+
 } // namespace
 
 CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll) {
     CompactGraph graph(triangles.size() / 3);
     const DenseIndices dense(triangles);
+    // With more vertices than triangles the half-edges that wait would take more memory than the lists of all.
+    if (dense.vertexCount() <= graph.count() && pairAsTheyCome(dense, graph, poll)) {
+        return graph;
+    }
     UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, poll);
-    std::array<HalfEdgeId, maxDownward> twins;
     forEachDownward(dense.indices(), upward, poll, [&](std::span<const DownwardEdge> edges) {
-        for (std::size_t i = 0; i < edges.size(); ++i) {
-            twins[i] = upward.take(edges[i].lower, edges[i].higher);
-            if (twins[i] != noHalfEdge) {
-                __builtin_prefetch(&graph[triangleOf(twins[i])], 1);
-            }
-        }
-        for (std::size_t i = 0; i < edges.size(); ++i) {
-            if (twins[i] != noHalfEdge) {
-                linkAndMark(graph, twins[i], edges[i].halfEdge);
+        for (const auto& [lower, higher, halfEdge] : edges) {
+            if (const HalfEdgeId twin = upward.take(lower, higher); twin != noHalfEdge) {
+                linkAndMark(graph, twin, halfEdge);
             }
         }
     });
