@@ -196,6 +196,47 @@ TEST(PairInOrder, LinksAndSplitsOffAtCrowdedVertices) {
     }
 }
 
+TEST(PairInOrder, LinksAndSplitsOffManyTrianglesOfFewVertices) {
+    for (std::uint32_t seed = 0; seed < 200; ++seed) {
+        const meshes::Indices mesh = meshes::soup(4 + seed / 4, 20 + seed % 4 * 30, seed);
+        EXPECT_EQ(differenceFromReference(*pairInOrder(mesh), mesh), "") << "seed " << seed;
+    }
+}
+
+TEST(PairInOrder, SplitsOffWhereAClosedSurfaceHasATriangleTooMany) {
+    for (std::uint32_t seed = 0; seed < 60; ++seed) {
+        const meshes::Indices mesh = meshes::joined(meshes::torus(12, 9), meshes::soup(108, 1 + seed % 5, seed));
+        EXPECT_EQ(differenceFromReference(*pairInOrder(mesh), mesh), "") << "seed " << seed;
+        const meshes::Indices shuffled = meshes::shuffled(mesh, seed);
+        EXPECT_EQ(differenceFromReference(*pairInOrder(shuffled), shuffled), "") << "seed " << seed << ", shuffled";
+    }
+}
+
+TEST(PairInOrder, SplitsOffEveryTriangleOfASecondCopy) {
+    for (const meshes::Indices& mesh :
+         {meshes::torus(7, 5), meshes::icosahedron(), meshes::flipped(meshes::torus(5, 4), 50, 1)}) {
+        const meshes::Indices twice = meshes::joined(mesh, mesh);
+        EXPECT_EQ(differenceFromReference(*pairInOrder(twice), twice), "");
+        EXPECT_FALSE(pairManifoldEdges(twice).has_value());
+    }
+}
+
+TEST(PairManifoldEdges, LinksEveryEdgeOfAClosedSurface) {
+    const meshes::Indices mesh = meshes::shuffled(meshes::torus(60, 40), 1);
+    const auto graph = pairManifoldEdges(mesh);
+    ASSERT_TRUE(graph.has_value());
+    EXPECT_EQ(differenceFromQueues(*graph, mesh), "");
+}
+
+TEST(PairManifoldEdges, GivesNothingForATriangleTooManyInALargeMesh) {
+    const meshes::Indices mesh = meshes::shuffled(meshes::torus(60, 40), 1);
+    const meshes::Indices first(mesh.begin(), mesh.begin() + 3);
+    const meshes::Indices flipped = {first[1], first[0], 7};
+    EXPECT_FALSE(pairManifoldEdges(meshes::joined(mesh, first)).has_value());
+    EXPECT_FALSE(pairManifoldEdges(meshes::joined(mesh, flipped)).has_value());
+    EXPECT_FALSE(pairManifoldEdges(meshes::joined(first, mesh)).has_value());
+}
+
 TEST(PairInOrder, LinksAsManyTrianglesAsAllowed) {
     const meshes::Indices mesh = meshes::strip(4);
     const auto graph = pairInOrder(mesh, 4);

@@ -225,14 +225,6 @@ void link(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     ++other.state;
 }
 
-/// Marks a triangle and a neighbour of it as irregular if they share two of its edges.
-void markIfShared(CompactGraph& graph, TriangleId triangle, HalfEdgeId twin, HalfEdgeId other) {
-    if (triangleOf(twin) == triangleOf(other) && !graph.isSentinel(twin)) {
-        graph[triangle].isIrregular = true;
-        graph[triangleOf(twin)].isIrregular = true;
-    }
-}
-
 /// Links, and marks triangles that share several edges as irregular.
 void linkAndMark(CompactGraph& graph, HalfEdgeId a, HalfEdgeId b) {
     CompactTriangle& one = graph[triangleOf(a)];
@@ -266,110 +258,83 @@ public:
     explicit MarkedEdges(std::uint32_t vertexCount) : vertexCount_(vertexCount) {}
 
     void mark(std::uint32_t lower, std::uint32_t higher) {
-        lower_.resize(vertexCount_);
-        higher_.resize(vertexCount_);
-        lower_[lower] = true;
-        higher_[higher] = true;
+        ends_.resize(vertexCount_);
+        ends_[lower] |= isLower;
+        ends_[higher] |= isHigher;
     }
-    [[nodiscard]] bool isEmpty() const { return lower_.empty(); }
+    [[nodiscard]] bool isEmpty() const { return ends_.empty(); }
     [[nodiscard]] bool mayHave(std::uint32_t a, std::uint32_t b) const {
-        return lower_[std::min(a, b)] && higher_[std::max(a, b)];
+        return (ends_[std::min(a, b)] & isLower) != 0 && (ends_[std::max(a, b)] & isHigher) != 0;
+    }
+    /// Whether a triangle may have a marked edge, found out sooner for most of those that have none.
+    [[nodiscard]] bool mayTouch(const unsigned int* corners) const {
+        return ((ends_[corners[0]] | ends_[corners[1]] | ends_[corners[2]]) & isLower) != 0;
     }
 
 private:
+    static constexpr std::uint8_t isLower = 1;
+    static constexpr std::uint8_t isHigher = 2;
+
     std::uint32_t vertexCount_;
-    std::vector<bool> lower_;
-    std::vector<bool> higher_;
+    std::vector<std::uint8_t> ends_; ///< of each vertex; empty while no edge is marked
 };
 
-/// Links the half-edges of edges that have at most two. Where there are more, links are arbitrary and the edge is
-/// marked.
-CompactGraph pairUpToTwo(const DenseIndices& dense, MarkedEdges& overfull) {
-    CompactGraph graph(dense.indices().size() / 3);
-    UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, {});
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
-    forEachDownward(dense.indices(), upward, {}, [&](std::span<const DownwardEdge> edges) {
-        for (const auto& [lower, higher, halfEdge] : edges) {
-            const UpwardEdges::OnlyEdge twin = upward.takeOnly(lower, higher);
-            if (!twin.isOnly) {
-                overfull.mark(lower, higher);
-            } else if (twin.halfEdge != noHalfEdge) {
-                link(graph, twin.halfEdge, halfEdge);
-            } else {
-                downwardAlone.emplace_back(higher, lower);
-            }
-        }
-    });
-    // Left to look for are three half-edges that run the same way, with none against them.
-    upward.forEachTriple([&](std::uint32_t from, std::uint32_t to) { overfull.mark(from, to); });
-    std::sort(downwardAlone.begin(), downwardAlone.end());
-    for (std::size_t i = 2; i < downwardAlone.size(); ++i) {
-        if (downwardAlone[i - 2] == downwardAlone[i]) {
-            overfull.mark(downwardAlone[i].second, downwardAlone[i].first);
-        }
-    }
-    return graph;
-}
-
-/// Links marked edges once more, by the triangles in their order, and splits off those that come to a full edge. All
-/// other edges have room for their triangles.
-class OrderedPairing {
+/// What a walk over the triangles notes where it marks triangles that share several edges as irregular.
+class SharedEdges {
 public:
-    OrderedPairing(CompactGraph& graph, std::span<const unsigned int> triangles, const MarkedEdges& marked)
-        : graph_(graph), triangles_(triangles), marked_(marked) {}
-
-    void run() {
-        for (TriangleId triangle = 0; triangle < graph_.count(); ++triangle) {
-            if (!isCollapsed(&triangles_[std::size_t{3} * triangle])) {
-                visit(triangle);
-            }
-        }
+    void noteTriangle(const std::array<std::uint32_t, 4>&) {}
+    void noteWaiting(const PendingEdges&, std::uint32_t, std::uint32_t) {}
+    void noteLinks(CompactGraph& graph, TriangleId triangle) {
+        const CompactTriangle& record = graph[triangle];
+        markIfShared(graph, triangle, record.twin[0], record.twin[1]);
+        markIfShared(graph, triangle, record.twin[1], record.twin[2]);
+        markIfShared(graph, triangle, record.twin[2], record.twin[0]);
     }
 
 private:
-    using Table = EdgeTable<HalfEdgeId, noHalfEdge>;
-
-    void visit(TriangleId triangle) {
-        const unsigned int* const corners = &triangles_[std::size_t{3} * triangle];
-        std::array<bool, 3> isMarked{};
-        std::array<Table::Occupants, 3> occupants;
-        for (std::size_t i = 0; i < 3; ++i) {
-            const unsigned int to = corners[(i + 1) % 3];
-            isMarked[i] = marked_.mayHave(corners[i], to);
-            if (isMarked[i]) {
-                occupants[i] = edges_.find(corners[i], to);
-            }
-        }
-        const bool isSplitOff =
-            std::any_of(occupants.begin(), occupants.end(), [](const auto& edge) { return edge.count == 2; });
-        for (std::uint32_t i = 0; i < 3; ++i) {
-            const HalfEdgeId halfEdge = halfEdgeOf(triangle, i);
-            if (isSplitOff || isMarked[i]) {
-                unlink(graph_, halfEdge);
-            }
-            if (isSplitOff || !isMarked[i]) {
-                continue;
-            }
-            if (occupants[i].opposite != noHalfEdge) {
-                link(graph_, occupants[i].opposite, halfEdge);
-            }
-            edges_.add(corners[i], corners[(i + 1) % 3], halfEdge);
-        }
-        if (isSplitOff) {
-            graph_[triangle].state = stateSplitOff;
+    /// Marks a triangle and a neighbour of it if they share two of its edges.
+    static void markIfShared(CompactGraph& graph, TriangleId triangle, HalfEdgeId twin, HalfEdgeId other) {
+        if (triangleOf(twin) == triangleOf(other) && !graph.isSentinel(twin)) {
+            graph[triangle].isIrregular = true;
+            graph[triangleOf(twin)].isIrregular = true;
         }
     }
+};
 
-    CompactGraph& graph_;
-    std::span<const unsigned int> triangles_;
-    const MarkedEdges& marked_;
-    Table edges_;
+/// What it notes to find the edges at which more than two half-edges meet: a half-edge that comes to one of them has to
+/// wait, and either another waits that runs the same way, or both directions were seen before. For the latter each vertex
+/// has a set of bits, one for each end of its half-edges, so that few other edges are marked too.
+class CrowdedEnds {
+public:
+    CrowdedEnds(std::uint32_t vertexCount, MarkedEdges& marked) : seen_(vertexCount), marked_(marked) {}
+
+    void noteTriangle(const std::array<std::uint32_t, 4>& corners) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            seen_[corners[i]] |= bitOf(corners[i + 1]);
+        }
+    }
+    void noteWaiting(const PendingEdges& pending, std::uint32_t from, std::uint32_t to) {
+        const bool wereBothSeen = (seen_[from] & bitOf(to)) != 0 && (seen_[to] & bitOf(from)) != 0;
+        if (wereBothSeen || pending.mayHave(from, to)) {
+            marked_.mark(std::min(from, to), std::max(from, to));
+        }
+    }
+    void noteLinks(CompactGraph&, TriangleId) {}
+
+private:
+    /// One of 32 bits, by the multiplicative hash of a vertex (Knuth: Sorting and Searching, 1998, 6.4).
+    static std::uint32_t bitOf(std::uint32_t vertex) { return std::uint32_t{1} << (vertex * 0x9e3779b1U >> 27); }
+
+    std::vector<std::uint32_t> seen_; ///< of each vertex
+    MarkedEdges& marked_;
 };
 
 /// Pairs in one walk over the triangles: each takes the half-edges that wait for its own, and leaves those that find none.
 ///
+/// \param notes told of each half-edge that waits, then of each triangle
 /// \return false where too many wait at one vertex; the graph is unfinished then
-bool pairAsTheyCome(const DenseIndices& dense, CompactGraph& graph, const Poll& poll) {
+template <class Notes>
+bool pairAsTheyCome(const DenseIndices& dense, CompactGraph& graph, Notes& notes, const Poll& poll) {
     constexpr std::size_t ahead = 16 * 3;
     const std::span<const unsigned int> triangles = dense.indices();
     const CompactTriangle alone{{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
@@ -405,23 +370,121 @@ bool pairAsTheyCome(const DenseIndices& dense, CompactGraph& graph, const Poll& 
             if (twin != noHalfEdge) {
                 link(graph, twin, halfEdge);
             } else {
+                notes.noteWaiting(pending, corners[place], corners[place + 1]);
                 fits &= pending.add(corners[place], corners[place + 1], halfEdge);
             }
         }
-        markIfShared(graph, triangle, record.twin[0], record.twin[1]);
-        markIfShared(graph, triangle, record.twin[1], record.twin[2]);
-        markIfShared(graph, triangle, record.twin[2], record.twin[0]);
+        notes.noteTriangle(corners);
+        notes.noteLinks(graph, triangle);
     });
     return fits;
 }
+
+/// Whether a walk takes less memory than the lists of all half-edges, as it does for meshes: 32 bytes per vertex.
+bool isWalkSmall(const DenseIndices& dense) {
+    return dense.vertexCount() <= dense.indices().size() / 3;
+}
+
+/// Links the half-edges of edges that have at most two. Where there are more, links are arbitrary and the edge is
+/// marked; a few others may be marked too.
+CompactGraph pairUpToTwo(const DenseIndices& dense, MarkedEdges& marked) {
+    CompactGraph graph(dense.indices().size() / 3);
+    if (isWalkSmall(dense)) {
+        CrowdedEnds notes(dense.vertexCount(), marked);
+        if (pairAsTheyCome(dense, graph, notes, {})) {
+            return graph;
+        }
+    }
+    UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, {});
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> downwardAlone;
+    forEachDownward(dense.indices(), upward, {}, [&](std::span<const DownwardEdge> edges) {
+        for (const auto& [lower, higher, halfEdge] : edges) {
+            const UpwardEdges::OnlyEdge twin = upward.takeOnly(lower, higher);
+            if (!twin.isOnly) {
+                marked.mark(lower, higher);
+            } else if (twin.halfEdge != noHalfEdge) {
+                link(graph, twin.halfEdge, halfEdge);
+            } else {
+                downwardAlone.emplace_back(higher, lower);
+            }
+        }
+    });
+    // Left to look for are three half-edges that run the same way, with none against them.
+    upward.forEachTriple([&](std::uint32_t from, std::uint32_t to) { marked.mark(from, to); });
+    std::sort(downwardAlone.begin(), downwardAlone.end());
+    for (std::size_t i = 2; i < downwardAlone.size(); ++i) {
+        if (downwardAlone[i - 2] == downwardAlone[i]) {
+            marked.mark(downwardAlone[i].second, downwardAlone[i].first);
+        }
+    }
+    return graph;
+}
+
+/// Links marked edges once more, by the triangles in their order, and splits off those that come to a full edge. All
+/// other edges have room for their triangles.
+class OrderedPairing {
+public:
+    OrderedPairing(CompactGraph& graph, std::span<const unsigned int> triangles, const MarkedEdges& marked)
+        : graph_(graph), triangles_(triangles), marked_(marked) {}
+
+    /// \return number of triangles that were split off; 0 if no edge has more than two half-edges
+    TriangleId run() {
+        for (TriangleId triangle = 0; triangle < graph_.count(); ++triangle) {
+            const unsigned int* const corners = &triangles_[std::size_t{3} * triangle];
+            if (marked_.mayTouch(corners) && !isCollapsed(corners)) {
+                visit(triangle, corners);
+            }
+        }
+        return splitOff_;
+    }
+
+private:
+    using Table = EdgeTable<HalfEdgeId, noHalfEdge>;
+
+    void visit(TriangleId triangle, const unsigned int* corners) {
+        std::array<bool, 3> isMarked{};
+        std::array<Table::Occupants, 3> occupants;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const unsigned int to = corners[(i + 1) % 3];
+            isMarked[i] = marked_.mayHave(corners[i], to);
+            if (isMarked[i]) {
+                occupants[i] = edges_.find(corners[i], to);
+            }
+        }
+        const bool isSplitOff =
+            std::any_of(occupants.begin(), occupants.end(), [](const auto& edge) { return edge.count == 2; });
+        for (std::uint32_t i = 0; i < 3; ++i) {
+            const HalfEdgeId halfEdge = halfEdgeOf(triangle, i);
+            if (isSplitOff || isMarked[i]) {
+                unlink(graph_, halfEdge);
+            }
+            if (isSplitOff || !isMarked[i]) {
+                continue;
+            }
+            if (occupants[i].opposite != noHalfEdge) {
+                link(graph_, occupants[i].opposite, halfEdge);
+            }
+            edges_.add(corners[i], corners[(i + 1) % 3], halfEdge);
+        }
+        if (isSplitOff) {
+            graph_[triangle].state = stateSplitOff;
+            ++splitOff_;
+        }
+    }
+
+    CompactGraph& graph_;
+    std::span<const unsigned int> triangles_;
+    const MarkedEdges& marked_;
+    Table edges_;
+    TriangleId splitOff_ = 0;
+};
 
 } // namespace
 
 CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll) {
     CompactGraph graph(triangles.size() / 3);
     const DenseIndices dense(triangles);
-    // With more vertices than triangles the half-edges that wait would take more memory than the lists of all.
-    if (dense.vertexCount() <= graph.count() && pairAsTheyCome(dense, graph, poll)) {
+    if (SharedEdges notes; isWalkSmall(dense) && pairAsTheyCome(dense, graph, notes, poll)) {
         return graph;
     }
     UpwardEdges upward(dense.indices(), dense.vertexCount(), graph, poll);
@@ -437,9 +500,12 @@ CompactGraph pairEdges(std::span<const unsigned int> triangles, const Poll& poll
 
 std::optional<CompactGraph> pairManifoldEdges(std::span<const unsigned int> triangles) {
     const DenseIndices dense(triangles);
-    MarkedEdges overfull(dense.vertexCount());
-    CompactGraph graph = pairUpToTwo(dense, overfull);
-    return overfull.isEmpty() ? std::optional(std::move(graph)) : std::nullopt;
+    MarkedEdges marked(dense.vertexCount());
+    std::optional<CompactGraph> graph = pairUpToTwo(dense, marked);
+    if (!marked.isEmpty() && OrderedPairing(*graph, dense.indices(), marked).run() != 0) {
+        graph.reset();
+    }
+    return graph;
 }
 
 std::optional<CompactGraph> pairInOrder(std::span<const unsigned int> triangles, std::uint64_t maxTriangles) {
@@ -447,10 +513,10 @@ std::optional<CompactGraph> pairInOrder(std::span<const unsigned int> triangles,
         return std::nullopt;
     }
     const DenseIndices dense(triangles);
-    MarkedEdges overfull(dense.vertexCount());
-    CompactGraph graph = pairUpToTwo(dense, overfull);
-    if (!overfull.isEmpty()) {
-        OrderedPairing(graph, dense.indices(), overfull).run();
+    MarkedEdges marked(dense.vertexCount());
+    CompactGraph graph = pairUpToTwo(dense, marked);
+    if (!marked.isEmpty()) {
+        OrderedPairing(graph, dense.indices(), marked).run();
     }
     return graph;
 }

@@ -48,6 +48,11 @@ public:
     /// Where half-edges from one vertex to another wait, for `take`. Reads only, and without a branch.
     [[nodiscard]] unsigned int find(std::uint32_t from, std::uint32_t to) const { return slots_[from].find(to); }
 
+    /// Whether half-edges from one vertex to another may wait; false only if none does.
+    [[nodiscard]] bool mayHave(std::uint32_t from, std::uint32_t to) const {
+        return findOneByOne(slots_[from].to, to) != 0 || slots_[from].hasList();
+    }
+
     /// Removes the earliest half-edge that waits from one vertex to another; `noHalfEdge` if there is none.
     ///
     /// \param found what `find` returned for them; only half-edges between others were added or removed since
