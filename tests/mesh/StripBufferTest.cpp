@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -270,6 +272,93 @@ TEST(StripBuffer, CallsBackFromTheCallingThread) {
 TEST(StripBuffer, PassesOnWhatTheProgressCallbackThrows) {
     const StripBufferOptions options{.onProgress = [](const StripProgress&) -> bool { throw std::runtime_error("x"); }};
     EXPECT_THROW(buildStripBuffer(meshes::grid(4, 4), options), std::runtime_error);
+}
+
+std::vector<StripStep> stepsOf(const Indices& mesh, const StripBufferOptions& options) {
+    std::vector<StripStep> steps;
+    traceStripBuffer(mesh, options, [&](StripStep step) { steps.push_back(std::move(step)); });
+    return steps;
+}
+
+std::vector<StripChange> changesOf(const Indices& mesh, const StripBufferOptions& options) {
+    std::vector<StripChange> changes;
+    for (const StripStep& step : stepsOf(mesh, options)) {
+        changes.push_back(step.change);
+    }
+    return changes;
+}
+
+TEST_P(StripBufferOfSuite, TracedIsTheSame) {
+    for (const auto& mesh : meshes::family(GetParam())) {
+        for (const Setting& setting : settings()) {
+            if (setting.effort < maxEffort) {
+                EXPECT_EQ(traceStripBuffer(mesh.indices, setting.options(), [](const StripStep&) {}),
+                          buildStripBuffer(mesh.indices, setting.options()))
+                    << mesh.name << ", " << setting.name();
+            }
+        }
+    }
+}
+
+TEST(TraceStripBuffer, ShowsEveryPassInItsOrder) {
+    using enum StripChange;
+    const Indices mesh = meshes::damaged(meshes::sphere(40, 30), 5);
+    EXPECT_EQ(changesOf(mesh, {.effort = 0}), (std::vector{Greedy}));
+    EXPECT_EQ(changesOf(mesh, {.effort = 1}), (std::vector{Greedy, Tunnelling}));
+    EXPECT_EQ(changesOf(mesh, {.effort = 2}), (std::vector{Flow, Tunnelling}));
+    EXPECT_EQ(changesOf(mesh, {.effort = 3}), (std::vector{Flow, Tunnelling, Annealing, Tunnelling, Parity}));
+    EXPECT_EQ(changesOf(mesh, {.effort = 3, .join = StripJoin::Degenerate}),
+              (std::vector{Flow, Tunnelling, Annealing, Tunnelling}));
+}
+
+TEST(TraceStripBuffer, EveryStepHoldsEveryTriangleAndCountsItsIndices) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(40, 30), 5), 2);
+    for (const Setting& setting : settings()) {
+        for (const StripStep& step : stepsOf(mesh, setting.options())) {
+            const Indices joined = joinStrips(step.strips, StripJoin::Restart);
+            EXPECT_EQ(canonicalStrip(joined), canonicalTriangles(mesh)) << setting.name();
+            if (setting.join == StripJoin::Restart) {
+                EXPECT_EQ(step.indices, joined.size()) << setting.name();
+            }
+        }
+    }
+}
+
+TEST(TraceStripBuffer, EndsWithTheStripsOfTheResult) {
+    const Indices mesh = meshes::sphere(40, 30);
+    for (const StripJoin join : {StripJoin::Restart, StripJoin::Degenerate}) {
+        const StripBufferOptions options{.effort = 2, .join = join};
+        const std::vector<StripStep> steps = stepsOf(mesh, options);
+        ASSERT_EQ(steps.size(), 2U);
+        EXPECT_LE(steps[1].indices, steps[0].indices);
+        EXPECT_EQ(steps[1].indices, buildStripBuffer(mesh, options).size());
+    }
+}
+
+TEST(TraceStripBuffer, ShowsNoLowerEffortThatItComparesWith) {
+    // Many strips begin where the one before ends in the plain order of the greedy search.
+    Indices mesh;
+    for (unsigned int i = 0; i < 1000; ++i) {
+        for (const unsigned int index : meshes::icosahedron()) {
+            mesh.push_back(12 * i + index);
+        }
+    }
+    EXPECT_EQ(changesOf(mesh, {.effort = 2, .join = StripJoin::Degenerate}),
+              (std::vector{StripChange::Flow, StripChange::Tunnelling}));
+}
+
+TEST(TraceStripBuffer, PassesOnWhatTheCallbackThrows) {
+    EXPECT_THROW(traceStripBuffer(meshes::grid(4, 4), {}, [](const StripStep&) { throw std::runtime_error("x"); }),
+                 std::runtime_error);
+}
+
+TEST(TraceStripBuffer, NamesItselfInItsErrors) {
+    EXPECT_EQ(messageOf([] {
+                  traceStripBuffer(Indices{0, 1}, {}, [](const StripStep&) {});
+              }),
+              "traceStripBuffer: 2 indices are not a whole number of triangles");
+    EXPECT_EQ(messageOf([] { traceStripBuffer(Indices{}, {.effort = 99}, [](const StripStep&) {}); }),
+              "traceStripBuffer: effort 99 is not supported; the highest is " + std::to_string(maxEffort));
 }
 
 } // namespace

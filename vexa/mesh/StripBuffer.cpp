@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
@@ -61,8 +62,8 @@ detail::WorkTeam startTeam(std::span<const unsigned int> triangles, const StripB
 /// \return the shortest of what was written, and what `buildPrimitives` needs at least, joined in the same way
 template <class Write, class Count>
 auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOptions& options, detail::WorkTeam& team,
-                   Write write, Count count) {
-    StripMonitor monitor(options.onProgress);
+                   Write write, Count count, const detail::OnPassEnd* onPassEnd = nullptr) {
+    StripMonitor monitor(options.onProgress, onPassEnd);
     std::pair<decltype(write(std::declval<StripPartition&>(), monitor)), std::uint64_t> best;
     auto& [shortest, least] = best;
     for (unsigned effort = options.effort;;) {
@@ -80,6 +81,7 @@ auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOpt
         if (effort == 0 || count(shortest) <= least) {
             return best;
         }
+        monitor.hidePasses();
         // Efforts 3 and 4 start from the strips of effort 2.
         effort = effort > 2 ? 1 : effort - 1;
     }
@@ -87,13 +89,13 @@ auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOpt
 
 /// \param triangles, options checked
 std::vector<unsigned int> writeBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options,
-                                      detail::WorkTeam& team) {
+                                      detail::WorkTeam& team, const detail::OnPassEnd* onPassEnd = nullptr) {
     const auto write = [&](StripPartition& partition, StripMonitor& monitor) {
         return options.forVertexCache ? joinStrips(detail::orderForCache(triangles, partition, monitor), options.join)
                                       : detail::joinPartition(triangles, partition, options.join, monitor);
     };
-    auto [joined, least] =
-        writeShortest(triangles, options, team, write, [](const auto& indices) { return indices.size(); });
+    auto [joined, least] = writeShortest(
+        triangles, options, team, write, [](const auto& indices) { return indices.size(); }, onPassEnd);
     // In their plain order, strips that happen to begin where the one before ends need no joint.
     if (joined.size() > least && options.join == StripJoin::Degenerate && options.maxTriangles == 0 &&
         !options.forVertexCache) {
@@ -153,6 +155,26 @@ std::vector<IndexedPrimitive> buildStrips(std::span<const unsigned int> triangle
     };
     detail::WorkTeam team = startTeam(triangles, options);
     return writeShortest(triangles, options, team, write, count).first;
+}
+
+std::vector<unsigned int> traceStripBuffer(std::span<const unsigned int> triangles, const StripBufferOptions& options,
+                                           const std::function<void(StripStep)>& onStep) {
+    detail::checkStripTriangles("traceStripBuffer", triangles);
+    checkOptions("traceStripBuffer", options);
+    const detail::OnPassEnd show = [&](StripChange change, StripPartition& partition) {
+        // Writing cuts closed loops, which later passes can do without.
+        const detail::LinkSnapshot links(partition);
+        StripStep step{change, detail::countIndices(triangles, partition, options.join), {}};
+        const std::function<bool(const StripProgress&)> silent;
+        StripMonitor monitor(silent);
+        detail::forEachStrip(triangles, partition, monitor, [&](std::span<const unsigned int> indices) {
+            step.strips.push_back({TRIANGLE_STRIP, {indices.begin(), indices.end()}});
+        });
+        links.restore(partition);
+        onStep(std::move(step));
+    };
+    detail::WorkTeam team = startTeam(triangles, options);
+    return writeBuffer(triangles, options, team, &show);
 }
 
 } // namespace vexa::mesh

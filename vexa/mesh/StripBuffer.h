@@ -92,4 +92,38 @@ buildStripBuffer(std::span<const std::span<const unsigned int>> meshes, const St
 VEXA_MESH_EXPORT std::vector<IndexedPrimitive> buildStrips(std::span<const unsigned int> triangles,
                                                            const StripBufferOptions& options = {});
 
+/// How a pass of the search of `buildStripBuffer` has made or changed strips.
+enum class StripChange {
+    Greedy,     ///< made by the greedy search
+    Flow,       ///< made around the vertices whose triangles leave no way out
+    Tunnelling, ///< extended through one another
+    Annealing,  ///< made from annealed labels
+    Parity      ///< rid of indices that were repeated for parity
+};
+
+/// The strips at the end of a pass.
+struct StripStep {
+    StripChange change;
+    std::uint64_t indices; ///< that these strips need, joined as the options say
+    /// A `TRIANGLE_STRIP` each, which begins at an even position; of any length. They hold every triangle that is not collapsed
+    /// once, in its winding.
+    std::vector<IndexedPrimitive> strips;
+};
+
+/// Does what `buildStripBuffer` does, and shows the strips after each pass on the way.
+///
+/// The result is that of `buildStripBuffer(triangles, options)`, except at effort 4, where showing takes some of the time. It
+/// may have more indices than the last step, if `maxTriangles` or `forVertexCache` cut the strips, or fewer: annealed strips
+/// that are no better are dropped, and where a lower effort may need fewer indices, it is compared with, without being shown.
+///
+/// \param triangles, options as for `buildStripBuffer`
+/// \param onStep called from the calling thread with each step, which is the callee's to keep; must not be empty. Whatever it
+///               throws leaves the function
+/// \throw std::invalid_argument, std::length_error as `buildStripBuffer`: "traceStripBuffer: ..."
+/// Also throws any exception of `options.onProgress`, which is not called while strips are shown.
+/// Cost: that of the search; linear in the number of triangles for each step.
+VEXA_MESH_EXPORT std::vector<unsigned int> traceStripBuffer(std::span<const unsigned int> triangles,
+                                                            const StripBufferOptions& options,
+                                                            const std::function<void(StripStep)>& onStep);
+
 } // namespace vexa::mesh

@@ -101,6 +101,7 @@ PartitionSearch::GreedyPartition PartitionSearch::cutGreedily() {
     const StripSet strips = searchGreedily(graph, triangles_, monitor_.poller());
     StripPartition partition(graph, triangles_, {}, monitor_.poller());
     linkStrips(partition, strips, monitor_.poller());
+    monitor_.endPass(StripChange::Greedy, partition);
     return {std::move(partition), countGreedy(graph, triangles_, strips, options_.join, monitor_.poller())};
 }
 
@@ -133,6 +134,7 @@ FoundPartition PartitionSearch::searchByTunnels() {
     auto [partition, greedy] = cutGreedily();
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     tunnel(partition, {1, 100, maxTunnelSaving(greedy, partition.liveCount())}, stripCost_, monitor_);
+    monitor_.endPass(StripChange::Tunnelling, partition);
     return {std::move(partition), std::min(greedy.joined, greedy.plain)};
 }
 
@@ -159,8 +161,10 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
         greedyCount.wait();
         partition.cutAll();
         linkStrips(partition, strips);
+        monitor_.endPass(StripChange::Greedy, partition);
         return {std::move(partition), greedy.plain};
     }
+    monitor_.endPass(StripChange::Flow, partition);
     monitor_.startPhase(StripPhase::Tunnelling, effort >= 3 ? 0.1 : 0.7);
     extendStrips(partition);
     if (effort >= 3) {
@@ -178,6 +182,7 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
 void PartitionSearch::extendStrips(StripPartition& partition) {
     tunnel(partition, {1, 100, noLimit}, stripCost_, monitor_);
     tunnel(partition, {2, 200, noLimit}, stripCost_, monitor_);
+    monitor_.endPass(StripChange::Tunnelling, partition);
 }
 
 /// Anneals the labels and keeps the links that come out if they are better.
@@ -196,10 +201,12 @@ void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps,
         return;
     }
     cutLoops(partition, monitor_.poller());
+    monitor_.endPass(StripChange::Annealing, partition);
     monitor_.startPhase(StripPhase::Tunnelling, 0.7);
     extendStrips(partition);
     if (isRestart) {
         repairParity(partition, monitor_);
+        monitor_.endPass(StripChange::Parity, partition);
     }
     keepBetter(partition, earlier);
 }

@@ -9,10 +9,18 @@
 
 namespace vexa::mesh::detail {
 
+class StripPartition;
+
+/// Called with the links at the end of a pass, which it must leave as they are.
+using OnPassEnd = std::function<void(StripChange, StripPartition&)>;
+
 /// Reports how far a search is, and remembers that the caller wants it to end.
 class StripMonitor {
 public:
-    explicit StripMonitor(const std::function<bool(const StripProgress&)>& onProgress) : onProgress_(onProgress) {}
+    /// \param onProgress, onPassEnd must outlive the monitor
+    explicit StripMonitor(const std::function<bool(const StripProgress&)>& onProgress,
+                          const OnPassEnd* onPassEnd = nullptr)
+        : onProgress_(onProgress), onPassEnd_(onPassEnd) {}
 
     /// Begins a phase that is about this share of the work still to come, and reports it.
     void startPhase(StripPhase phase, double share) {
@@ -38,6 +46,15 @@ public:
         return [this] { poll(0, 1); };
     }
 
+    /// Shows the strips at the end of a pass to whoever wants to see them.
+    void endPass(StripChange change, StripPartition& partition) {
+        if (onPassEnd_ != nullptr) {
+            (*onPassEnd_)(change, partition);
+        }
+    }
+    /// From now on shows no more passes.
+    void hidePasses() { onPassEnd_ = nullptr; }
+
     [[nodiscard]] bool isStopped() const { return isStopped_; }
 
 private:
@@ -45,6 +62,7 @@ private:
     static constexpr Clock::duration interval = std::chrono::milliseconds(20);
 
     const std::function<bool(const StripProgress&)>& onProgress_;
+    const OnPassEnd* onPassEnd_;
     StripPhase phase_ = StripPhase::Pairing;
     double begin_ = 0;
     double end_ = 0;
