@@ -334,6 +334,36 @@ describe('a report', () => {
         await page.close();
     });
 
+    test('steps through the passes of the search', async () => {
+        const page = await open(browser, report(wideGrid(), '--compare', '0').file);
+        const pass = page.locator('#pass');
+        const text = () => page.locator('#pass-text').textContent();
+        const label = () => page.locator('#label-right').textContent();
+        const indices = async () => Number((await text()).match(/([\d,]+) indices/)[1].replaceAll(',', ''));
+        assert.match(await text(), /^2 of 2 · Tunnelling · [\d,]+ indices, 1\.\d{3} a triangle$/);
+        assert.match(await label(), /^After: /);
+        const [last, after] = [await indices(), await pictureOf(page)];
+        await pass.fill('0');
+        assert.match(await text(), /^1 of 2 · Flow · /);
+        assert.match(await label(), /^Flow: [\d,]+ strips/);
+        assert.ok((await indices()) > last);
+        assert.ok((await distance(png(after), png(await pictureOf(page)))) > alike);
+        await page.locator('#canvas').focus();
+        await page.keyboard.press('PageDown');
+        assert.match(await text(), /^2 of 2/);
+        assert.match(await label(), /^After: /);
+        await page.locator('#right').selectOption({ index: 2 });
+        assert.equal(await text(), '', 'strips of another effort are not those of a pass');
+        assert.deepEqual(page.unwanted, []);
+        await page.close();
+    });
+
+    test('offers no passes if there is only one', async () => {
+        const page = await open(browser, report(wideGrid(), '--effort', '0').file);
+        assert.equal(await page.locator('#passes').isVisible(), false);
+        await page.close();
+    });
+
     for (const [name, size, offset] of [['tiny', 1e-30, 0], ['huge', 1e38, 0], ['far away', 1, 5e6]]) {
         test(`draws a model that is ${name} as any other`, async () => {
             const place = ([x, y, z]) => [x * size + offset, y * size, z * size + offset];

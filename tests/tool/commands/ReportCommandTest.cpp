@@ -176,6 +176,25 @@ TEST_F(ReportCommand, OffersTheStripsOfOtherEfforts) {
     EXPECT_THAT(page, HasSubstr("efforts are not compared in it"));
 }
 
+TEST_F(ReportCommand, ShowsThePassesOfItsSearch) {
+    report(gridModel(9, 7), {"--effort", "1", "--compare", "0"});
+    EXPECT_THAT(page, HasSubstr("\"steps\":[{\"name\":\"Greedy search\",\"indices\":"));
+    EXPECT_THAT(page, HasSubstr("\"drawing\":2},{\"name\":\"Tunnelling\",\"indices\":"));
+    EXPECT_THAT(page, Not(HasSubstr("id=\"hidden-passes\"")));
+}
+
+TEST_F(ReportCommand, ShowsNoPassesThatCannotBeRepeatedOrShownWhole) {
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--iterations", "3"}, {"--effort", "4", "--budget", "1"}, {"--effort", "0"}}) {
+        report(gridModel(9, 7), options);
+        EXPECT_THAT(page, HasSubstr("\"steps\":[]")) << options.front();
+        EXPECT_THAT(page, Not(HasSubstr("id=\"hidden-passes\""))) << options.front();
+    }
+    report(gridModel(9, 7), {"--show", "50"});
+    EXPECT_THAT(page, HasSubstr("\"steps\":[]"));
+    EXPECT_THAT(page, HasSubstr("id=\"hidden-passes\""));
+}
+
 TEST_F(ReportCommand, RefusesEffortsThatItCannotCompare) {
     gridModel(1, 1).writeGlb(in);
     for (const char* efforts : {"4", "0,", ",0", "0 3", "high"}) {

@@ -133,7 +133,7 @@ Bytes writePage(const PageTexts& texts, const ReportContent& content) {
     writeHead(out, texts, title, content);
     out << "<body>\n<main>\n";
     writeTop(out, texts, title, content);
-    writePicture(out, content.picture);
+    writePicture(out, content.picture, content.hidesSteps);
     writePlots(out, content);
     writeTables(out, content);
     out << "<section>\n<details>\n<summary>JSON</summary>\n<p class=\"note\">The output of <code>--json</code>.</p>\n"

@@ -4,6 +4,7 @@
 #include "report/Html.h"
 #include "report/PartColours.h"
 #include "report/PictureData.h"
+#include "report/SearchSteps.h"
 #include "report/View.h"
 
 #include <algorithm>
@@ -35,6 +36,11 @@ constexpr const char* stage = R"(<div class="viewer" id="viewer">
 <label>Left <select id="left"></select></label>
 <label>Right <select id="right"></select></label>
 </span>
+<span class="replay" id="passes" hidden>
+<label for="pass">Passes</label>
+<input type="range" id="pass" min="0" max="1" value="1" step="1">
+<output id="pass-text" for="pass"></output>
+</span>
 <span class="replay">
 <button type="button" id="play" aria-pressed="false">Replay</button>
 <label class="hidden" for="replay">Triangles drawn</label>
@@ -51,6 +57,7 @@ constexpr const char* keys = R"(<details class="keys">
 <summary>Keys</summary>
 <p id="keys"><kbd>arrows</kbd> turn, with <kbd>Shift</kbd> move; <kbd>+</kbd> <kbd>&minus;</kbd> zoom;
 <kbd>N</kbd> <kbd>P</kbd> next and previous strip; <kbd>Space</kbd> replay; <kbd>,</kbd> <kbd>.</kbd> a triangle back and on;
+<kbd>Page Up</kbd> <kbd>Page Down</kbd> a pass of the search back and on;
 <kbd>S</kbd> side by side, or one view whose halves <kbd>[</kbd> <kbd>]</kbd> divide; <kbd>W</kbd> wireframe; <kbd>E</kbd> edges; <kbd>L</kbd> colours by strip length; <kbd>0</kbd> reset the view; <kbd>Esc</kbd> let go.
 With a mouse: drag turns, the right button moves, the wheel zooms.</p>
 </details>
@@ -98,7 +105,7 @@ std::string colourText(std::uint32_t rgb) {
 
 } // namespace
 
-void writePicture(std::ostream& out, const Picture& picture) {
+void writePicture(std::ostream& out, const Picture& picture, bool hidesSteps) {
     out << "<section aria-labelledby=\"picture-title\" id=\"picture\">\n<h2 id=\"picture-title\">Picture</h2>\n";
     if (picture.shownTriangles() == 0) {
         out << "<p class=\"note\">There are no triangles to show.</p>\n</section>\n";
@@ -112,6 +119,11 @@ void writePicture(std::ostream& out, const Picture& picture) {
     if (picture.hiddenPlacements > 0) {
         out << "<p class=\"warning\" id=\"hidden-placements\">The scene shows meshes so often that "
             << numberHtml(picture.hiddenPlacements) << " of their copies are left out of the picture.</p>\n";
+    }
+    if (hidesSteps) {
+        out << "<p class=\"note\" id=\"hidden-passes\">The passes of the search can be stepped through in models of up "
+               "to "
+            << numberHtml(SearchSteps::maxTriangles) << " triangles that are shown whole.</p>\n";
     }
     out << stage;
     writeLegend(out, picture);

@@ -43,10 +43,18 @@ struct PicturePrimitive {
     std::vector<glm::dmat4> placements; ///< from its coordinates to the scene's, once for each place where it is drawn
 };
 
+/// The strips at the end of a pass of the search.
+struct PictureStep {
+    std::string name;
+    std::uint64_t indices = 0;
+    std::size_t drawing = 0; ///< position in `Picture::drawings`
+};
+
 /// The model of a 3D view. Triangles are in the order of the first drawing, which is that of the report's strips.
 struct Picture {
     std::vector<PicturePrimitive> primitives;
-    std::vector<Drawing> drawings;
+    std::vector<Drawing> drawings;          ///< those of steps are the last
+    std::vector<PictureStep> steps;         ///< ends with the strips of the report; empty if they are not shown
     std::vector<float> positions;           ///< of the vertices that are used, in coordinates of their primitive
     std::vector<std::uint32_t> corners;     ///< three vertices per triangle
     std::vector<std::uint32_t> splitOff;    ///< triangles that the half-edge graph keeps out of its strips

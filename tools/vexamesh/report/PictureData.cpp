@@ -245,9 +245,14 @@ PictureData encodePicture(const Picture& picture) {
         streams.add("order-" + number, differences(drawing.order));
         drawings.push_back({{"name", drawing.name}, {"parts", drawing.parts.size()}});
     }
-    data.facts = {{"primitives", std::move(primitives)}, {"drawings", std::move(drawings)},
-                  {"levels", PictureBuilder::levels},    {"triangles", picture.triangles},
-                  {"shown", picture.shownTriangles()},   {"streams", streams.sizes()}};
+    Json steps = Json::array();
+    for (const PictureStep& step : picture.steps) {
+        steps.push_back({{"name", step.name}, {"indices", step.indices}, {"drawing", step.drawing}});
+    }
+    data.facts = {{"steps", std::move(steps)},       {"primitives", std::move(primitives)},
+                  {"drawings", std::move(drawings)}, {"levels", PictureBuilder::levels},
+                  {"triangles", picture.triangles},  {"shown", picture.shownTriangles()},
+                  {"streams", streams.sizes()}};
     data.bytes = std::move(streams.bytes());
     return data;
 }

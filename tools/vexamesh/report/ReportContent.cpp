@@ -7,9 +7,11 @@
 #include "ops/Packing.h"
 #include "ops/Triangles.h"
 #include "report/ScenePositions.h"
+#include "report/SearchSteps.h"
 
 #include <algorithm>
 #include <glm/mat4x4.hpp>
+#include <iterator>
 #include <set>
 #include <string>
 
@@ -23,6 +25,8 @@ constexpr std::uint32_t trialPasses = 16;
 constexpr std::size_t maxTrialTriangles = 300'000;
 /// The effort that is tried up to there, because it takes as long as many passes; lower ones always are.
 constexpr std::size_t longEffort = 3;
+/// The effort whose search depends on time, so that it cannot be repeated.
+constexpr unsigned int timedEffort = 4;
 
 /// A primitive whose strips are not known yet.
 struct Pending {
@@ -32,6 +36,7 @@ struct Pending {
     std::vector<bool> isSplitOff;
     ScenePositions::Values positions;
     std::vector<glm::dmat4> placements;
+    bool isCounted; ///< no other before it has the same indices
 };
 
 class Collector {
@@ -54,7 +59,11 @@ public:
     ReportContent run(const PrimitiveProgress& progress) {
         content_.warnings = document_.asset.warnings;
         content_.isSearched = settings_.strip.passes && settings_.strip.passes->iterations > 1;
-        const bool isSmall = countTriangles() <= maxTrialTriangles;
+        const std::size_t triangles = countTriangles();
+        const bool isSmall = triangles <= maxTrialTriangles;
+        const bool hasSteps = !settings_.strip.passes && settings_.strip.search.effort < timedEffort;
+        content_.hidesSteps = hasSteps && triangles > std::min(settings_.maxShownTriangles, SearchSteps::maxTriangles);
+        showsSteps_ = hasSteps && !content_.hidesSteps;
         isTried_ = !content_.isSearched && isSmall;
         content_.efforts.resize(isSmall ? longEffort + 1 : longEffort);
         ScenePositions reader(document_);
@@ -72,6 +81,9 @@ public:
         content_.fault = readBackStrips(content_.outcome);
         describeCuts();
         content_.picture = builder_.finish();
+        if (content_.picture.shownTriangles() > 0) {
+            content_.picture.steps = std::move(steps_);
+        }
         if (!settings_.comparedEfforts.empty() && !content_.picture.isWhole()) {
             content_.warnings.push_back("the picture shows a part of the triangles, so efforts are not compared in it");
         }
@@ -112,7 +124,8 @@ private:
                         mesh::toTriangles(primitive.type, primitive.indices),
                         {},
                         reader.read(m, primitive),
-                        reader.placements(m)};
+                        reader.placements(m),
+                        !primitive.indexAccessor || counted_.insert(*primitive.indexAccessor).second};
         pending.isSplitOff =
             reportGraph(primitive, false, [&](const std::string& line) { row.graphLines.push_back(line); });
         if (isTried_) {
@@ -127,7 +140,7 @@ private:
         if (isTried_ || content_.isSearched) {
             content_.minCost += minStripIndices(pending.triangles, Joining::None);
         }
-        if (!primitive.indexAccessor || counted_.insert(*primitive.indexAccessor).second) {
+        if (pending.isCounted) {
             tryEfforts(pending.triangles);
         }
         row.triangles = pending.triangles.size() / 3;
@@ -142,9 +155,11 @@ private:
     [[nodiscard]] mesh::StripBufferOptions optionsOf(unsigned int effort) const {
         mesh::StripBufferOptions options;
         options.effort = effort;
-        options.join =
-            settings_.strip.joining == Joining::Degenerate ? mesh::StripJoin::Degenerate : mesh::StripJoin::Restart;
+        options.join = joinOfSearch();
         return options;
+    }
+    [[nodiscard]] mesh::StripJoin joinOfSearch() const {
+        return settings_.strip.joining == Joining::Degenerate ? mesh::StripJoin::Degenerate : mesh::StripJoin::Restart;
     }
 
     void tryEfforts(const std::vector<unsigned int>& triangles) {
@@ -167,7 +182,23 @@ private:
         }
     }
 
+    /// The search of the report, repeated for each primitive that is cut.
+    [[nodiscard]] SearchSteps searchInSteps() const {
+        mesh::StripBufferOptions options = settings_.strip.search;
+        options.join = joinOfSearch();
+        SearchSteps steps(options, settings_.strip.joining);
+        for (const Pending& pending : pending_) {
+            if (showsSteps_ && !pending.triangles.empty()) {
+                steps.add(pending.triangles, pending.isCounted);
+            }
+        }
+        return steps;
+    }
+
     void describeCuts() {
+        SearchSteps steps = searchInSteps();
+        steps_ = steps.finish(1 + settings_.comparedEfforts.size());
+        std::size_t cuts = 0;
         std::size_t next = 0;
         for (const CutPrimitive& cut : content_.outcome.cuts) {
             // Primitives without a single triangle were not cut.
@@ -180,16 +211,17 @@ private:
                 describePart(part, row);
             }
             if (content_.outcome.total.sameTriangles) {
-                addToPicture(pending, row.name, cut.parts);
+                addToPicture(pending, row.name, cut.parts, steps.drawingsOf(cuts));
             }
             pending = {};
             ++next;
+            ++cuts;
         }
         content_.outcome.cuts = {};
     }
 
-    void addToPicture(const Pending& pending, const std::string& name,
-                      const std::vector<mesh::IndexedPrimitive>& parts) {
+    void addToPicture(const Pending& pending, const std::string& name, const std::vector<mesh::IndexedPrimitive>& parts,
+                      const std::vector<PictureCut>& steps) {
         std::vector<std::vector<mesh::IndexedPrimitive>> compared;
         for (const unsigned int effort : settings_.comparedEfforts) {
             compared.push_back(mesh::buildStrips(pending.triangles, optionsOf(effort)));
@@ -198,6 +230,7 @@ private:
         for (std::size_t i = 0; i < compared.size(); ++i) {
             cuts.push_back({"Effort " + std::to_string(settings_.comparedEfforts[i]), compared[i]});
         }
+        std::copy(steps.begin(), steps.end(), std::back_inserter(cuts));
         builder_.add({name, pending.triangles, std::move(cuts), pending.isSplitOff, sortedEdges(pending.triangles),
                       *pending.positions, pending.placements});
     }
@@ -225,6 +258,8 @@ private:
     bool isTried_ = false;          ///< whether several passes are searched only to see what they cost
     std::vector<Pending> pending_;  ///< one for each row of primitives
     PictureBuilder builder_;
+    bool showsSteps_ = false; ///< of the search
+    std::vector<PictureStep> steps_;
     ReportContent content_;
 };
 

@@ -63,6 +63,7 @@ struct ReportContent {
     std::vector<std::size_t> efforts; ///< indices by the effort of the search, joined as those of the report
     std::size_t listBytes = 0;        ///< of a .glb file of the same model with the indices of the input
     Picture picture;
+    bool hidesSteps = false; ///< the model is too large to show the passes of its search
     std::vector<std::string> warnings;
 };
 

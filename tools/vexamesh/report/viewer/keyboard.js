@@ -4,7 +4,7 @@ const shift = 0.05;
 const zoom = 1.12;
 
 function actionsOf(viewer) {
-    const {eye, selection, replay} = viewer;
+    const {eye, selection, replay, passes} = viewer;
     const seen = (change) => () => {
         if (!viewer.isStill) {
             change();
@@ -31,6 +31,8 @@ function actionsOf(viewer) {
         ' ': () => replay.toggle(),
         '.': () => replay.step(1),
         ',': () => replay.step(-1),
+        'PageUp': () => passes.step(-1),
+        'PageDown': () => passes.step(1),
         's': () => viewer.toggleSideBySide(),
         '[': () => viewer.moveWipe(-0.05),
         ']': () => viewer.moveWipe(0.05),

@@ -6,6 +6,7 @@ import {drawingColours, levelFor} from './colours.js';
 import {GpuPainter} from './gpu.js';
 import {listenToKeys} from './keyboard.js';
 import {drawingName, readModel} from './model.js';
+import {Passes} from './passes.js';
 import {listenToPointer, Selection} from './pointing.js';
 import {Replay} from './replay.js';
 import {canSaveReplay, savePicture, saveReplay} from './save.js';
@@ -63,6 +64,7 @@ class Viewer {
     start() {
         this.selection = new Selection(this);
         this.replay = new Replay(this);
+        this.passes = new Passes(this);
         if (!this.isStill) {
             this.addOrbit();
         }
@@ -121,19 +123,28 @@ class Viewer {
 
     // If there are several strips to compare, lets each view show any of them.
     offerDrawings() {
-        element('compared').hidden = this.model.drawings.length < 3;
+        const {drawings, steps} = this.model;
+        // Those of passes are the last.
+        const offered = drawings.slice(0, drawings.length - Math.max(steps.length - 1, 0));
+        element('compared').hidden = offered.length < 3;
         ['left', 'right'].forEach((side, i) => {
             const select = element(side);
-            select.replaceChildren(...this.model.drawings.map((drawing) => new Option(drawingName(drawing))));
+            select.replaceChildren(...offered.map((drawing) => new Option(drawingName(drawing))));
             select.selectedIndex = i;
             select.addEventListener('change', () => {
-                this.selection.clear();
-                this.shown[i] = this.model.drawings[select.selectedIndex];
-                this.tint();
-                this.placeLabels();
-                this.replay.show(this.state.count);
+                this.showDrawing(i, offered[select.selectedIndex]);
+                this.passes.describe(this.shown[1] === drawings[1] ? steps.length - 1 : -1);
             });
         });
+    }
+
+    // side: 0 for the left view, 1 for the right one
+    showDrawing(side, drawing) {
+        this.selection.clear();
+        this.shown[side] = drawing;
+        this.tint();
+        this.placeLabels();
+        this.replay.show(this.state.count);
     }
 
     resize() {
