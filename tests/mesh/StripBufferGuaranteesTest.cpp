@@ -149,6 +149,17 @@ TEST(StripBufferGuarantees, NoEffortNeedsMoreIndicesThanALowerOneOnLargeMeshes) 
     }
 }
 
+// With progress, the greedy search comes first and always runs to its end.
+TEST(StripBufferGuarantees, ResultsDoNotDependOnProgress) {
+    const auto goesOn = [](const StripProgress&) { return true; };
+    for (const Indices& mesh : largeIrregularMeshes()) {
+        for (const StripJoin join : {StripJoin::Restart, StripJoin::Degenerate}) {
+            EXPECT_EQ(buildStripBuffer(mesh, {.join = join, .onProgress = goesOn}),
+                      buildStripBuffer(mesh, {.join = join}));
+        }
+    }
+}
+
 std::vector<Indices> smallSurfaces() {
     std::vector<Indices> surfaces{meshes::octahedron(), meshes::tetrahedron(),  meshes::closedFan(7),
                                   meshes::grid(3, 2),   meshes::cylinder(4, 1), meshes::sphere(5, 2)};

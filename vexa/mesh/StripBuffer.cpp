@@ -40,14 +40,21 @@ void checkOptions(const char* caller, const StripBufferOptions& options) {
 constexpr std::uint64_t nothingShorter = std::numeric_limits<std::uint64_t>::max();
 
 /// No result of a lower effort has fewer indices than this.
-std::uint64_t leastOfLowerEfforts(const FoundPartition& found, const StripBufferOptions& options) {
+///
+/// \param count the indices of this effort
+std::uint64_t leastOfLowerEfforts(std::span<const unsigned int> triangles, const FoundPartition& found,
+                                  const StripBufferOptions& options, std::uint64_t count, const detail::Poll& poll) {
     if (options.forVertexCache) {
         // The strips are cut too short for a difference to matter, unless the mesh falls into small pieces.
         constexpr TriangleId manyTriangles = 16384;
         return found.partition.count() >= manyTriangles ? nothingShorter : 0;
     }
     // Where strips are cut to a length, that can make up for any difference.
-    return options.maxTriangles != 0 ? 0 : found.lowerEffortsNeed;
+    if (options.maxTriangles != 0) {
+        return 0;
+    }
+    return found.lowerEffortsNeed ? *found.lowerEffortsNeed
+                                  : detail::countLowerEfforts(triangles, found.partition, options.join, count, poll);
 }
 
 /// The threads that the options ask for.
@@ -68,13 +75,13 @@ auto writeShortest(std::span<const unsigned int> triangles, const StripBufferOpt
     auto& [shortest, least] = best;
     for (unsigned effort = options.effort;;) {
         FoundPartition found = detail::searchPartition(triangles, effort, options, team, monitor);
-        least = leastOfLowerEfforts(found, options);
         monitor.startPhase(StripPhase::Joining, 0.9);
         detail::limitLengths(found.partition, options, monitor.poller());
         auto written = write(found.partition, monitor);
         if (effort == options.effort || count(written) < count(shortest)) {
             shortest = std::move(written);
         }
+        least = leastOfLowerEfforts(triangles, found, options, count(shortest), monitor.poller());
         if (monitor.isStopped()) {
             least = nothingShorter;
         }

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -61,6 +62,32 @@ TEST(GreedyCounts, AreThoseOfTheWrittenStrips) {
     for (const auto& mesh : meshes::suite()) {
         expectCounts(mesh.indices, StripJoin::Restart, mesh.name);
         expectCounts(mesh.indices, StripJoin::Degenerate, mesh.name);
+    }
+}
+
+std::vector<detail::StripTriangle> trianglesOf(const detail::StripSet& strips) {
+    std::vector<detail::StripTriangle> triangles;
+    for (std::size_t i = 0; i < strips.size(); ++i) {
+        triangles.insert(triangles.end(), strips[i].triangles.begin(), strips[i].triangles.end());
+    }
+    return triangles;
+}
+
+TEST(SearchGreedily, EndsWithTheStripThatExceedsTheLimit) {
+    for (const auto& mesh : {meshes::holed(meshes::sphere(40, 30), 5, 1), meshes::shuffled(meshes::torus(30, 20), 2)}) {
+        const Greedy greedy(mesh);
+        const auto all = trianglesOf(greedy.strips);
+        const std::uint64_t count = countGreedy(greedy.graph, mesh, greedy.strips, StripJoin::Restart).fixed;
+        const std::uint64_t excess = count + 1 - all.size();
+        for (const std::uint64_t limit : {std::uint64_t{1}, excess / 3, excess - 3, excess, excess + 1}) {
+            detail::CompactGraph graph = detail::pairEdges(mesh);
+            const detail::StripSet strips = detail::searchGreedily(graph, mesh, {}, limit);
+            const auto taken = trianglesOf(strips);
+            EXPECT_EQ(taken, std::vector(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(taken.size())));
+            const std::uint64_t needed = countGreedy(graph, mesh, strips, StripJoin::Restart).fixed;
+            EXPECT_EQ(needed + 1 - taken.size() >= limit, limit <= excess) << limit;
+            EXPECT_EQ(taken.size() == all.size(), limit >= excess) << limit;
+        }
     }
 }
 

@@ -69,7 +69,8 @@ private:
 
 } // namespace
 
-StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles, const Poll& poll) {
+StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> triangles, const Poll& poll,
+                        std::uint64_t maxExcess) {
     for (TriangleId triangle = 0; triangle < graph.count(); ++triangle) {
         if (isCollapsed(triangles.data() + std::size_t{3} * triangle)) {
             graph[triangle].state = stateInFan;
@@ -77,7 +78,7 @@ StripSet searchGreedily(CompactGraph& graph, std::span<const unsigned int> trian
     }
     OwnRandom random;
     PollingObserver observer(poll);
-    return searchStrips(graph, {1, true, graph.count(), 0}, random, observer).strips;
+    return searchStrips(graph, {1, true, graph.count(), 0, maxExcess}, random, observer).strips;
 }
 
 void linkStrips(StripPartition& partition, const StripSet& strips, const Poll& poll) {

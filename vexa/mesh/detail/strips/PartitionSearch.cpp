@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -30,12 +31,14 @@ namespace {
 /// Sweeps of the cost split from which annealing starts.
 constexpr unsigned minSweeps = 8;
 
+/// Effort 1 tunnels to the end in meshes of fewer triangles.
+constexpr std::uint64_t smallMesh = 1024;
+
 constexpr std::uint64_t noLimit = std::numeric_limits<std::uint64_t>::max();
 
 /// Effort 1 ends when it has saved a sixth of what the greedy strips cost, but for small meshes. It rarely gets there;
 /// but it could never get further, so that better strips need no comparison with it.
 std::uint64_t maxTunnelSaving(const GreedyCounts& greedy, std::uint64_t triangleCount) {
-    constexpr std::uint64_t smallMesh = 1024;
     return triangleCount < smallMesh || greedy.fixed == 0 ? noLimit : (greedy.fixed - triangleCount) / 6;
 }
 
@@ -43,6 +46,21 @@ std::uint64_t maxTunnelSaving(const GreedyCounts& greedy, std::uint64_t triangle
 std::uint64_t leastOfTunnels(const GreedyCounts& greedy, std::uint64_t triangleCount) {
     const std::uint64_t saving = maxTunnelSaving(greedy, triangleCount);
     return saving == noLimit ? 0 : greedy.fixed - std::min(greedy.fixed, saving + maxSavingPerTriangle);
+}
+
+std::uint64_t leastOfLowerEfforts(const GreedyCounts& greedy, std::uint64_t triangleCount) {
+    return std::min({greedy.joined, greedy.plain, leastOfTunnels(greedy, triangleCount)});
+}
+
+/// The greedy indices, those for parity not counted, from which no strips of effort 1 need fewer than `enough`, which is
+/// not less than the number of triangles.
+std::uint64_t greedyCountFor(std::uint64_t enough, std::uint64_t triangleCount) {
+    GreedyCounts greedy;
+    greedy.fixed = (6 * (enough + maxSavingPerTriangle) - triangleCount) / 5;
+    while (leastOfTunnels(greedy, triangleCount) < enough) {
+        ++greedy.fixed;
+    }
+    return greedy.fixed;
 }
 
 class PartitionSearch {
@@ -145,6 +163,8 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
                              isScattered(graph, 60) ? patchOrder(graph, monitor_.poller()) : std::vector<TriangleId>(),
                              monitor_.poller());
     monitor_.startPhase(StripPhase::Greedy, 0.2);
+    // Otherwise the greedy search comes last, because it can end early if it knows these strips.
+    const bool isCountedFirst = team_.hasThreads() || options_.onProgress;
     StripSet strips;
     GreedyCounts greedy;
     const auto countGreedily = [&](const Poll& poll) {
@@ -155,10 +175,15 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
             strips = {};
         }
     };
-    SideTask greedyCount(team_, countGreedily, monitor_.poller());
+    std::optional<SideTask> greedyCount;
+    if (isCountedFirst) {
+        greedyCount.emplace(team_, countGreedily, monitor_.poller());
+    } else {
+        graph.release();
+    }
     linkByFlow(partition);
     if (monitor_.isStopped()) {
-        greedyCount.wait();
+        greedyCount->wait();
         partition.cutAll();
         linkStrips(partition, strips);
         monitor_.endPass(StripChange::Greedy, partition);
@@ -174,9 +199,12 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     if (effort >= 4) {
         annealUntil(partition, start);
     }
-    greedyCount.wait();
-    const std::uint64_t tunnels = leastOfTunnels(greedy, partition.liveCount());
-    return {std::move(partition), std::min({greedy.joined, greedy.plain, tunnels})};
+    if (!isCountedFirst) {
+        return {std::move(partition), std::nullopt};
+    }
+    greedyCount->wait();
+    const std::uint64_t least = leastOfLowerEfforts(greedy, partition.liveCount());
+    return {std::move(partition), least};
 }
 
 void PartitionSearch::extendStrips(StripPartition& partition) {
@@ -242,6 +270,25 @@ void PartitionSearch::linkByFlow(StripPartition& partition) {
 FoundPartition searchPartition(std::span<const unsigned int> triangles, unsigned effort,
                                const StripBufferOptions& options, WorkTeam& team, StripMonitor& monitor) {
     return PartitionSearch(triangles, options, team, monitor).run(effort);
+}
+
+std::uint64_t countLowerEfforts(std::span<const unsigned int> triangles, const StripPartition& partition,
+                                StripJoin join, std::uint64_t enough, const Poll& poll) {
+    const std::uint64_t triangleCount = partition.liveCount();
+    if (triangleCount < smallMesh) {
+        return 0;
+    }
+    CompactGraph graph = graphOf(partition, poll);
+    std::uint64_t maxExcess = noLimit;
+    // The turns of irregular strips are not reliable, and plain strips may need no joint by degenerate triangles.
+    if (join == StripJoin::Restart && enough >= triangleCount && graph.isRegular()) {
+        maxExcess = greedyCountFor(enough, triangleCount) + 1 - triangleCount;
+    }
+    const StripSet strips = searchGreedily(graph, triangles, poll, maxExcess);
+    if (strips.triangleCount() < triangleCount) {
+        return enough;
+    }
+    return leastOfLowerEfforts(countGreedy(graph, triangles, strips, join, poll), triangleCount);
 }
 
 void limitLengths(StripPartition& partition, const StripBufferOptions& options, const Poll& poll) {

@@ -40,6 +40,23 @@ void StripPartition::cutAll() {
     }
 }
 
+CompactGraph graphOf(const StripPartition& partition, const Poll& poll) {
+    CompactGraph graph(partition.count());
+    forEachPolled(partition.count(), poll, [&](TriangleId id) {
+        const HalfEdgeId* const twin = partition[id].twin;
+        CompactTriangle& triangle = graph[partition.original(id)];
+        triangle = {{graph.border(), graph.border(), graph.border()}, 0, 0, 0, false};
+        for (std::uint32_t place = 0; place < 3; ++place) {
+            if (twin[place] != partition.border()) {
+                triangle.twin[place] = halfEdgeOf(partition.original(triangleOf(twin[place])), placeOf(twin[place]));
+                ++triangle.state;
+                triangle.isIrregular |= triangleOf(twin[place]) == triangleOf(twin[(place + 1) % 3]);
+            }
+        }
+    });
+    return graph;
+}
+
 LinkSnapshot::LinkSnapshot(const StripPartition& partition) : links_(partition.count()) {
     for (TriangleId triangle = 0; triangle < partition.count(); ++triangle) {
         links_[triangle] = partition.links(triangle);

@@ -114,6 +114,9 @@ private:
     std::vector<TriangleId> order_; ///< caller's number of each triangle; empty while they are the same
 };
 
+/// The graph that a partition was made of, in the order of the caller's list.
+CompactGraph graphOf(const StripPartition& partition, const Poll& poll = {});
+
 /// The links of a partition, to come back to.
 class LinkSnapshot {
 public:

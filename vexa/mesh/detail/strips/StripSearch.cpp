@@ -119,8 +119,22 @@ private:
         for (Pick start{}; buckets_.pick(startBucket_, random_, start);) {
             const bool isReversed =
                 start.bucket == 0 && areStatesExact_ ? takeAlone(start) : buildStrip(start.triangle);
+            if constexpr (!Buckets::isRanked) {
+                excess_ += excessOfStrip();
+            }
             strips_.endStrip(isReversed, isIrregular_);
+            if (excess_ >= options_.maxExcess) {
+                return;
+            }
         }
+    }
+
+    /// Indices of the current strip and of a restart, beyond one a triangle. A strip whose first turn is a swap can begin
+    /// at the other parity without it.
+    [[nodiscard]] std::uint64_t excessOfStrip() const {
+        const std::span<const StripTriangle> strip = strips_.current();
+        const bool startsOdd = strip.size() > 2 && placeOf(strip[1]) == leavesAfter;
+        return stripCost_ + 1 - strip.size() - (startsOdd ? 1 : 0);
     }
 
     /// Makes a strip of an isolated triangle without reading its record, which would be a cache miss.
@@ -142,6 +156,7 @@ private:
             return reversedCost < cost;
         }
         result_.cost += cost;
+        stripCost_ = cost;
         return false;
     }
 
@@ -248,6 +263,8 @@ private:
     StripSetBuilder strips_;
     SearchResult result_;
     ReversedCost reversedCost_;
+    std::uint32_t stripCost_ = 0; ///< of the newest strip of a single pass
+    std::uint64_t excess_ = 0;
     bool isIrregular_ = false;
     bool areStatesExact_ = false; ///< every state is the number of free neighbours, unlike possibly the initial ones
 };

@@ -5,6 +5,7 @@
 #include "vexa/mesh/detail/strips/StripSet.h"
 
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace vexa::mesh::detail {
@@ -30,6 +31,9 @@ struct SearchOptions {
         freeCount;         ///< triangles to search: the first ids. The others are in strips of an earlier search, which
                            ///< are undone after the first of several passes
     std::uint32_t fanCost; ///< indices of the fans, included in the cost of a pass
+    /// A single pass ends, with triangles left, when its strips have as many indices more than triangles: joined by restart,
+    /// those for parity and the last joint not counted.
+    std::uint64_t maxExcess = std::numeric_limits<std::uint64_t>::max();
 };
 
 /// The outcome of a search.

@@ -36,6 +36,8 @@ public:
 
     /// Number of members, the owner included, whose number is 0.
     [[nodiscard]] unsigned size() const { return static_cast<unsigned>(threads_.size()) + tasks_ + 1; }
+    /// Whether a `SideTask` runs beside the owner's work.
+    [[nodiscard]] bool hasThreads() const { return !threads_.empty(); }
 
     /// Calls `work` once for every `i` below `count`: in order if the owner is alone, otherwise in any order and in
     /// several threads at once. Returns when all calls have returned. The work must not use the team.
