@@ -51,14 +51,14 @@ test: ## build with g++ and clang++ and run every suite, also with sanitizers an
 	$(call RUN_TESTS,release)
 
 bench: ## measure alongside other libraries (BENCH=--quick is faster); writes build/bench/results.json too
-	$(INSTALL_DEPENDENCIES) library bench
+	$(INSTALL_DEPENDENCIES) library tool bench
 	sh bench/models/fetch.sh build/bench/models
 	$(call BUILD,bench)
 	build/bench/bench/vexaMeshBench $(BENCH)
 	node bench/growth/draw.mjs build/bench/results.json build/bench/growth.svg
 
 bench-compare: ## measure alongside revision REV of this project and print the ratios (BENCH as above; RUNS, 3)
-	$(INSTALL_DEPENDENCIES) library bench
+	$(INSTALL_DEPENDENCIES) library tool bench
 	sh bench/models/fetch.sh build/bench/models
 	$(call BUILD,bench)
 	JOBS=$(JOBS) sh bench/compare/run.sh '$(REV)' $(BENCH)

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <ctime>
+#include <sys/resource.h>
 #include <utility>
 
 namespace bench {
@@ -19,6 +20,16 @@ double threadSeconds() {
     timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+/// CPU time of the processes that have ended for this one.
+double processSeconds() {
+    rusage ended{};
+    getrusage(RUSAGE_CHILDREN, &ended);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
+    return seconds(ended.ru_utime) + seconds(ended.ru_stime);
 }
 
 void runTimed(benchmark::State& state, const Contender& contender) {
@@ -53,13 +64,14 @@ private:
 
 void check(const Contender& contender, Stats& stats) {
     contender.prepare();
-    const double start = threadSeconds();
+    const double start = threadSeconds() + processSeconds();
     contender.run();
     if (contender.isSlow) {
-        stats.seconds.push_back(threadSeconds() - start);
+        stats.seconds.push_back(threadSeconds() + processSeconds() - start);
     }
     if (contender.inspect) {
         stats.output = contender.inspect();
+        stats.peakBytes = stats.output.processBytes;
     }
 }
 

@@ -31,6 +31,7 @@ struct Output {
     std::uint64_t bytes = 0;   ///< size of the result, which does not count as working memory
     std::string error;         ///< empty if the result is correct, otherwise a description of what is wrong
     JoinedStrips joined = {};
+    std::optional<double> processBytes = {}; ///< memory of the process that did the work, if it was one of its own
 };
 
 /// One way of doing the work of a comparison. The functions own whatever they share.

@@ -1,5 +1,6 @@
 #include "cases/Cases.h"
 #include "cases/OwnContenders.h"
+#include "cases/ToolContender.h"
 #include "peers/Peers.h"
 
 #include <cmath>
@@ -89,6 +90,11 @@ Comparison compareAt(const std::string& name, double triangleCount) {
             comparison.contenders.end(),
             {addTrianglesContender(names::add, mesh), graphContender(names::graph, mesh, 1), std::move(cgal)});
     }
+#ifdef BENCH_TOOL
+    if (comparison.measuresMemory) {
+        comparison.contenders.push_back(toolContender(mesh));
+    }
+#endif
     return comparison;
 }
 
