@@ -41,15 +41,16 @@ private:
 
     bool joinNeighbour(TriangleId end, int debt);
     bool takeFromNeighbour(TriangleId end, int depth, int debt);
-    bool takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt);
+    bool takeByCutting(HalfEdgeId exit, HalfEdgeId cut, HalfEdgeId kept, int swapsOfTaken, int depth, int debt);
 
     [[nodiscard]] bool isJoinable(HalfEdgeId exit) const {
         return !partition_.isLinked(exit) && partition_.twin(exit) != partition_.border();
     }
     [[nodiscard]] bool touchesEnd(TriangleId triangle) const {
+        // No branch for each: which of them is an end could not be predicted.
         const HalfEdgeId* const twin = partition_[triangle].twin;
-        return partition_.isEnd(triangleOf(twin[0])) || partition_.isEnd(triangleOf(twin[1])) ||
-               partition_.isEnd(triangleOf(twin[2]));
+        return std::min({partition_.linkCount(triangleOf(twin[0])), partition_.linkCount(triangleOf(twin[1])),
+                         partition_.linkCount(triangleOf(twin[2]))}) < 2;
     }
     [[nodiscard]] int swaps(TriangleId triangle) const { return countSwaps(partition_, triangle); }
     [[nodiscard]] int swapAt(HalfEdgeId link) const { return partition_.isSwap(link) ? 1 : 0; }
@@ -125,23 +126,24 @@ bool Tunnel::takeFromNeighbour(TriangleId end, int depth, int debt) {
             return false;
         }
         const std::uint32_t first = linkTables.first[links];
-        if (takeByCutting(exit, halfEdgeOf(taken, first), depth, debt) ||
-            takeByCutting(exit, halfEdgeOf(taken, linkTables.other[links][first]), depth, debt)) {
+        const HalfEdgeId one = halfEdgeOf(taken, first);
+        const HalfEdgeId other = halfEdgeOf(taken, linkTables.other[links][first]);
+        const int swapsOfTaken = swapAt(one) + swapAt(other);
+        if (takeByCutting(exit, one, other, swapsOfTaken, depth, debt) ||
+            takeByCutting(exit, other, one, swapsOfTaken, depth, debt)) {
             return true;
         }
     }
     return false;
 }
 
-/// Links the triangle across `exit`, after cutting it off at `cut`, one of its own two links.
-bool Tunnel::takeByCutting(HalfEdgeId exit, HalfEdgeId cut, int depth, int debt) {
+/// Links the triangle across `exit`, after cutting it off at `cut`, one of its own two links. The other one is `kept`.
+bool Tunnel::takeByCutting(HalfEdgeId exit, HalfEdgeId cut, HalfEdgeId kept, int swapsOfTaken, int depth, int debt) {
     const TriangleId end = triangleOf(exit);
     const EdgeSet endLinks = partition_.links(end);
-    const TriangleId taken = triangleOf(cut);
-    const HalfEdgeId kept = halfEdgeOf(taken, linkTables.other[partition_.links(taken)][placeOf(cut)]);
     const HalfEdgeId beyond = partition_.follow(cut);
     const TriangleId newEnd = triangleOf(partition_.twin(cut));
-    const int before = swapAt(cut) + swapAt(kept) + (beyond != noHalfEdge ? swapAt(beyond) : 0);
+    const int before = swapsOfTaken + (beyond != noHalfEdge ? swapAt(beyond) : 0);
     // With the last move, only a join or the swaps removed can pay.
     if (depth == 1 && debt >= before && !touchesEnd(newEnd)) {
         return false;
