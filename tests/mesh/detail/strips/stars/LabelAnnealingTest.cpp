@@ -19,12 +19,14 @@ StripPartition partitionOf(const Indices& mesh) {
     return {pairEdges(mesh), mesh};
 }
 
-std::uint64_t anneal(StripPartition& partition, std::uint32_t seed, unsigned sweeps, unsigned threads = 1) {
+std::uint64_t anneal(StripPartition& partition, std::uint32_t seed, unsigned sweeps, unsigned threads = 1,
+                     std::uint32_t patchSize = 4096) {
     const std::function<bool(const vexa::mesh::StripProgress&)> nobody;
     StripMonitor monitor(nobody);
     labelByLinks(partition);
     WorkTeam team(threads);
-    annealLabels(partition, {1.5, seed, sweeps, [](std::uint32_t pass) { return pass / 40.0; }}, team, monitor);
+    annealLabels(partition, {1.5, seed, sweeps, [](std::uint32_t pass) { return pass / 40.0; }, patchSize}, team,
+                 monitor);
     cutLoops(partition);
     return countExtraIndices(partition);
 }
@@ -35,6 +37,13 @@ TEST(AnnealLabels, FindsFewIndicesFromNoLinks) {
     StripPartition split = partitionOf(mesh);
     EXPECT_LT(4 * anneal(given, 1, 0), mesh.size() / 3);
     EXPECT_LT(4 * anneal(split, 1, 8), mesh.size() / 3);
+}
+
+TEST(AnnealLabels, RelabelsStarsOfSeveralPatchesToo) {
+    const Indices mesh = meshes::shuffled(meshes::sphere(40, 30), 4);
+    // No star fits into patches of two triangles.
+    StripPartition partition = partitionOf(mesh);
+    EXPECT_LT(4 * anneal(partition, 1, 0, 1, 2), mesh.size() / 3);
 }
 
 TEST(AnnealLabels, DependsOnTheSeedOnly) {

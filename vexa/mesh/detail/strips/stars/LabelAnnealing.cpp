@@ -247,8 +247,7 @@ bool annealLabels(StripPartition& partition, const AnnealingOptions& options, Wo
     // Making the tables takes as long as a pass over ten thousand triangles.
     const std::uint32_t steps = std::clamp(partition.count() / 1024, 4U, 24U);
     const double scale = options.endCost / 1.5;
-    constexpr std::uint32_t patchSize = 4096;
-    PatchGroups groups(partition, patchSize, team, monitor.poller());
+    PatchGroups groups(partition, options.patchSize, team, monitor.poller());
     LabelAnnealing annealing(partition, groups, options.seed, team, monitor.poller());
     const bool isSplit = options.sweeps != 0 && trySplitCosts(annealing, partition, groups, options, team, monitor);
     groups.release();

@@ -15,6 +15,7 @@ struct AnnealingOptions {
     unsigned sweeps;    ///< of a cost split, the labels of which are tried as a start besides those given; 0: none
     /// Returns how much of the cooling is done, from 0 to 1, given the number of passes made.
     std::function<double(std::uint32_t)> cooling;
+    std::uint32_t patchSize = 4096; ///< triangles of a patch, on which one thread works
 };
 
 /// Improves the labels of a partition by simulated annealing and links the triangles accordingly.
