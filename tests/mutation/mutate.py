@@ -1,28 +1,32 @@
 #!/usr/bin/env python3
 """Breaks the library's sources, one small change at a time, and checks that a test fails.
 
-usage: mutate.py [--count N] [--seed N] [--only REGEX] [--build DIRECTORY] [--recorded]
+usage: mutate.py [--count N] [--only REGEX] [--build DIRECTORY] [--recorded]
 
-Each change (a mutant) is compiled into a copy of the tree, then the library's suites run, quick tests first. Mutants are
-drawn at random with a fixed seed. Results are appended to DIRECTORY/results.jsonl, so that an interrupted run continues
-where it ended; only mutants that survived without a reason run again. survivors.json names those that no test can tell
-from the original, each with its reason. Fails if another one survives.
+Each change (a mutant) is compiled into a copy of the tree, then the library's suites run: the tests of the changed
+source, quick ones, and only if these pass the others. Results are appended to results.jsonl, so that an interrupted run
+continues where it ended; those of lines that no longer exist do not count. Further mutants are drawn in an order that
+looks random but is always the same, and does not depend on the other lines. Mutants that survived without a reason run
+again. survivors.json names those that no test can tell from the original, each with its reason. Exit code 1: another one
+survived; 3: fewer than N are recorded.
 """
 
 import argparse
+import hashlib
 import json
 import os
-import random
 import re
 import shutil
 import signal
 import subprocess
 import sys
+import time
 from collections import Counter
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 KNOWN = Path(__file__).with_name('survivors.json')
+RECORD = Path(__file__).with_name('results.jsonl')
 
 # Operator classes: name, pattern, replacement. clang-format puts spaces around binary operators and none inside types.
 SWAPS = [
@@ -119,11 +123,15 @@ def all_mutants(only):
 
 
 # These map more memory than a mutant may.
-LEFT_OUT = 'TrianglePointers.LetCalcOptPrimCutTrianglesThatAreFarApart:PairInOrder.GivesNothingForMoreTrianglesThanIdsCanName'
+LEFT_OUT = ('TrianglePointers.LetCalcOptPrimCutTrianglesThatAreFarApart:'
+            'PairInOrder.GivesNothingForMoreTrianglesThanIdsCanName:BufferScale.RefusesTooManyTrianglesWithoutReadingThem')
 
 
 class Build:
     """A copy of the tree that is built with every mutant in turn."""
+
+    first = ('meshTests',)
+    later = ('allocationTests', 'outputHashes')
 
     def __init__(self, directory, jobs):
         self.source = directory / 'source'
@@ -144,13 +152,12 @@ class Build:
                   '-DVEXA_TEST_PACKAGE=OFF', '-DVEXA_TEST_NODE=OFF', '-DVEXA_TEST_PYTHON=OFF', '-DVEXA_BUILD_PYTHON=OFF',
                   '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON', '-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold',
                   '-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=gold'], environment, 600)
-        if self.run(self.make(), environment, 3600) != 'passed':
+        if self.run(self.make(*self.first, *self.later), environment, 3600) != 'passed':
             sys.exit('the tree does not build')
         self.measure()
 
-    def make(self):
-        return ['cmake', '--build', self.binary, '-j', str(self.jobs), '--target', 'meshTests', 'allocationTests',
-                'outputHashes']
+    def make(self, *targets):
+        return ['cmake', '--build', self.binary, '-j', str(self.jobs), '--target', *targets]
 
     @staticmethod
     def run(command, environment, limit):
@@ -189,11 +196,12 @@ class Build:
         hashes = ['sh', self.source / 'tests/determinism/expect.sh', tests / 'outputHashes', '1']
         self.stages = [
             ('quick tests', [tests / 'meshTests', f'--gtest_filter=-{names}:{LEFT_OUT}', *common], 10 * quick + 20),
+            ('the build', self.make(*self.later), 900),
             ('hashes of outputs', hashes, 60),
             ('allocation tests', [tests / 'allocationTests', *common], 120),
             ('other tests', [tests / 'meshTests', f'--gtest_filter={names}', *common], 5 * total + 20),
         ]
-        for name, command, limit in self.stages[:2]:
+        for name, command, limit in self.stages[:3]:
             if self.run(command, self.environment, limit) != 'passed':
                 sys.exit(f'{name} fail before anything is changed')
 
@@ -212,7 +220,7 @@ class Build:
         self.changed.write_text(mutant['file'])
         path.write_text('\n'.join(lines) + '\n')
         try:
-            if self.run(self.make(), self.environment, 900) != 'passed':
+            if self.run(self.make(*self.first), self.environment, 900) != 'passed':
                 return 'does not compile'
             for name, command, limit in [self.own_tests(mutant), *self.stages]:
                 result = self.run(command, self.environment, limit)
@@ -225,17 +233,16 @@ class Build:
 
 def key(mutant):
     """Names a mutant even if lines above it come or go. Lines of the same text in a file are counted from 1."""
-    return mutant['file'], mutant['from'], mutant.get('occurrence'), mutant['to']
+    return mutant['file'], mutant['from'], mutant['occurrence'], mutant['to']
 
 
-def place(mutant):
-    return mutant['line'], mutant['file'], mutant['from'], mutant['to']
+def order(mutant):
+    return hashlib.sha256(repr(key(mutant)).encode()).digest()
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument('--count', type=int, default=300, help='mutants that compile')
-    parser.add_argument('--seed', type=int, default=1)
     parser.add_argument('--only', default='', help='of sources whose name matches')
     parser.add_argument('--jobs', type=int, default=2)
     parser.add_argument('--build', type=Path, default=ROOT / 'build/mutation')
@@ -243,36 +250,37 @@ def main():
     parser.add_argument('--list', action='store_true', help='print the mutants without building any')
     options = parser.parse_args()
 
-    mutants = all_mutants(options.only)
-    random.Random(options.seed).shuffle(mutants)
+    done = {}
+    if RECORD.exists():
+        for line in RECORD.read_text().splitlines():
+            entry = json.loads(line)
+            done[key(entry)] = entry
+    mutants = sorted(all_mutants(options.only), key=lambda mutant: (key(mutant) not in done, order(mutant)))
     if options.list:
         for mutant in mutants:
             print(f"{mutant['file']}:{mutant['line']}: {mutant['operator']}: {mutant['from']}  =>  {mutant['to']}")
         return
     options.build.mkdir(parents=True, exist_ok=True)
-    record = options.build / 'results.jsonl'
-    known = {key(entry): entry['reason'] for entry in json.loads(KNOWN.read_text())} if KNOWN.exists() else {}
-    done = {}
-    if record.exists():
-        for line in record.read_text().splitlines():
-            entry = json.loads(line)
-            if options.recorded or entry['outcome'] != 'survived' or key(entry) in known:
-                done[place(entry)] = entry['outcome']
+    known = {key(entry): entry['reason'] for entry in json.loads(KNOWN.read_text())}
+    commit = subprocess.run(['git', 'rev-parse', '--short', 'HEAD'], cwd=ROOT, stdout=subprocess.PIPE, text=True,
+                            check=True).stdout.strip()
 
     build = None
     outcomes = []
     for mutant in mutants:
         if sum(outcome != 'does not compile' for _, outcome in outcomes) == options.count:
             break
-        if place(mutant) not in done and options.recorded:
+        name = key(mutant)
+        if options.recorded and name not in done:
             break
-        if place(mutant) not in done:
+        if name not in done or done[name]['outcome'] == 'survived' and name not in known and not options.recorded:
             build = build or Build(options.build, options.jobs)
-            outcome = build.outcome(mutant)
-            done[place(mutant)] = outcome
-            with record.open('a') as file:
-                file.write(json.dumps({**mutant, 'outcome': outcome}) + '\n')
-        outcomes.append((mutant, done[place(mutant)]))
+            started = time.monotonic()
+            done[name] = {**dict(zip(('file', 'from', 'occurrence', 'to'), name)), 'outcome': build.outcome(mutant),
+                          'seconds': round(time.monotonic() - started), 'commit': commit}
+            with RECORD.open('a') as file:
+                file.write(json.dumps(done[name]) + '\n')
+        outcomes.append((mutant, done[name]['outcome']))
 
     compiled = [(mutant, outcome) for mutant, outcome in outcomes if outcome != 'does not compile']
     survived = [mutant for mutant, outcome in compiled if outcome == 'survived']
@@ -282,10 +290,12 @@ def main():
     killed = len(compiled) - len(survived)
     share = 100 * killed / max(1, killed + len(unexplained))
     by_hash = sum('hashes' in outcome for _, outcome in compiled)
-    print(f'figure: {len(compiled)} mutants, {killed} killed ({by_hash} of them by the hashes of outputs, where no quick '
+    if options.recorded:
+        print(f"seconds: {sum(done[key(mutant)]['seconds'] for mutant, _ in outcomes)}")
+    print(f'figure: {len(compiled)} of {options.count} mutants, {killed} killed ({by_hash} of them by the hashes of outputs, where no quick '
           f'test failed), {len(survived) - len(unexplained)} equivalent, {len(unexplained)} others: '
           f'{share:.1f} % of the non-equivalent killed')
-    sys.exit(1 if unexplained else 0)
+    sys.exit(1 if unexplained else 3 if len(compiled) < options.count else 0)
 
 
 if __name__ == '__main__':
