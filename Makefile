@@ -64,10 +64,10 @@ bench-compare: ## measure alongside revision REV of this project and print the r
 	JOBS=$(JOBS) sh bench/compare/run.sh '$(REV)' $(BENCH)
 
 FUZZ_SECONDS ?= 60
-fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) per target
+fuzz: ## search for inputs that break something, FUZZ_SECONDS (60) of processor time per target
 	$(INSTALL_DEPENDENCIES) library tool fuzz
 	$(call BUILD,fuzz) --target fuzzTargets
-	sh fuzz/run.sh build/fuzz/fuzz $(FUZZ_SECONDS)
+	python3 fuzz/run.py build/fuzz/fuzz --seconds $(FUZZ_SECONDS)
 
 reliability: ## run the checks of docs/reliability.md, or CHECKS, and write its table; takes hours
 	$(INSTALL_DEPENDENCIES) library tool tests fuzz reliability

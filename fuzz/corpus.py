@@ -1,24 +1,50 @@
 #!/usr/bin/env python3
 """Keeps the inputs of a fuzz target in one text file, a line of hexadecimal digits each.
 
-usage: corpus.py pack DIRECTORY FILE     the inputs in the directory, shortest first
+usage: corpus.py pack TARGETS_DIRECTORY TARGET...   the fewest inputs that reach all code that the run's inputs reach,
+                                                    shortest first, as far as they fit into 16 KiB of text
        corpus.py unpack FILE DIRECTORY
 """
 
+import subprocess
 import sys
+import tempfile
 from pathlib import Path
+
+FOLDER = Path(__file__).resolve().parent
+MAX_TEXT = 1 << 14
+
+
+def pack(directory, target):
+    with tempfile.TemporaryDirectory() as minimal:
+        subprocess.run([directory / f'{target}Fuzz', '-merge=1', '-timeout=20', '-rss_limit_mb=4096', minimal,
+                        directory / 'corpus' / target], stderr=subprocess.DEVNULL, check=True)
+        inputs = sorted((path.read_bytes() for path in Path(minimal).iterdir()), key=lambda one: (len(one), one))
+    text = ''
+    for line in (content.hex() + '\n' for content in inputs if content):
+        if len(text) + len(line) > MAX_TEXT:
+            break
+        text += line
+    file = FOLDER / f'corpora/{target}.txt'
+    file.parent.mkdir(exist_ok=True)
+    file.write_text(text)
+    print(f'{target}: {text.count(chr(10))} of {len(inputs)} inputs')
+
+
+def unpack(file, directory):
+    for number, line in enumerate(file.read_text().split()):
+        (directory / f'input{number}').write_bytes(bytes.fromhex(line))
 
 
 def main():
-    action, source, target = sys.argv[1], Path(sys.argv[2]), Path(sys.argv[3])
-    if action == 'pack':
-        inputs = sorted({path.read_bytes() for path in source.iterdir()}, key=lambda content: (len(content), content))
-        target.write_text(''.join(content.hex() + '\n' for content in inputs if content))
-    elif action == 'unpack':
-        for number, line in enumerate(source.read_text().split()):
-            (target / f'input{number}').write_bytes(bytes.fromhex(line))
-    else:
-        sys.exit(__doc__)
+    match sys.argv[1:]:
+        case ['pack', directory, *targets] if targets:
+            for target in targets:
+                pack(Path(directory).resolve(), target)
+        case ['unpack', file, directory]:
+            unpack(Path(file), Path(directory))
+        case _:
+            sys.exit(__doc__)
 
 
 if __name__ == '__main__':
