@@ -5,9 +5,9 @@ usage: run.py TARGETS_DIRECTORY [--seconds N] [--jobs N] [--record] [TARGET...]
        run.py --recorded [--seconds N]
 
 Each target runs until it has had so many seconds of processor time, so that other programs on the machine do not
-shorten a run. With --record, times and executions are added to record.json: an interrupted run continues where it
-ended, and targets that have had their time are left out. Those that failed start again. --recorded prints the figure of
-that file. Exit code 1: an input was found that breaks a target; 3: the record lacks time.
+shorten a run. With --record, times and executions are added to record.json: a run that was ended by SIGINT or SIGTERM
+continues there, and targets that have had their time are left out. Those that failed start again. --recorded prints the
+figure of that file. Exit code 1: an input was found that breaks a target; 3: the record lacks time.
 """
 
 import argparse
@@ -16,16 +16,20 @@ import datetime
 import json
 import os
 import re
+import signal
 import subprocess
 import sys
 import threading
+import time
 from pathlib import Path
 
 FOLDER = Path(__file__).resolve().parent
 RECORD = FOLDER / 'record.json'
 TARGETS = sorted(path.name.removesuffix('Fuzz.cpp') for path in FOLDER.glob('*Fuzz.cpp'))
 NOTHING = {'seconds': 0, 'executions': 0, 'findings': 0}
-SLICE = 120  # An interruption loses less than so many seconds.
+SLICE = 300  # seconds after which a run is recorded and continues with the inputs that it found
+
+stopped = threading.Event()
 
 
 def prepare(corpus, target):
@@ -37,26 +41,38 @@ def prepare(corpus, target):
         subprocess.run([sys.executable, FOLDER / 'corpus.py', 'unpack', packed, corpus], check=True)
 
 
+def processor_time(process):
+    fields = Path(f'/proc/{process}/stat').read_text().rsplit(')', 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf('SC_CLK_TCK')
+
+
 def run_slice(directory, target, seconds):
     """Returns the seconds of processor time, the executions, and whether an input broke the target."""
     log = directory / f'{target}.log'
     with log.open('wb') as output:
-        run = subprocess.Popen([directory / f'{target}Fuzz', f'-max_total_time={max(1, round(seconds))}', '-timeout=20',
-                                '-rss_limit_mb=4096', '-print_final_stats=1', f'-artifact_prefix={directory}/{target}-',
-                                directory / 'corpus' / target], stdout=output, stderr=output)
-        _, status, usage = os.wait4(run.pid, 0)
+        # The limit of an input is by the clock, and a process of low priority may wait for minutes.
+        run = subprocess.Popen([directory / f'{target}Fuzz', '-timeout=600', '-rss_limit_mb=4096', '-print_final_stats=1',
+                                f'-artifact_prefix={directory}/{target}-', directory / 'corpus' / target],
+                               stdout=output, stderr=output, process_group=0)
+        done = 0
+        while not done:
+            time.sleep(0.5)
+            if stopped.is_set() or processor_time(run.pid) >= seconds:
+                os.kill(run.pid, signal.SIGUSR1)  # It ends after the current input.
+            done, status, usage = os.wait4(run.pid, os.WNOHANG)
         run.returncode = os.waitstatus_to_exitcode(status)
     text = log.read_text(encoding='utf-8', errors='replace')
-    if run.returncode != 0:
+    failed = run.returncode not in (0, -signal.SIGUSR1)  # which ends it at once while it starts
+    if failed:
         print('\n'.join(text.splitlines()[-40:]), file=sys.stderr)
     executions = re.search(r'stat::number_of_executed_units: *(\d+)', text)
-    return usage.ru_utime + usage.ru_stime, int(executions[1]) if executions else 0, run.returncode != 0
+    return usage.ru_utime + usage.ru_stime, int(executions[1]) if executions else 0, failed
 
 
 def run_target(directory, target, seconds, before, store):
     result = dict(before)
     prepare(directory / 'corpus' / target, target)
-    while result['seconds'] < seconds and not result['findings']:
+    while result['seconds'] < seconds and not result['findings'] and not stopped.is_set():
         used, executions, failed = run_slice(directory, target, min(SLICE, seconds - result['seconds']))
         result.update(seconds=round(result['seconds'] + used, 1), executions=result['executions'] + executions,
                       findings=int(failed))
@@ -103,6 +119,8 @@ def main():
             known = results.get(target, begin)
             run_target(directory, target, options.seconds, begin if known['findings'] else known, store)
 
+        for number in (signal.SIGINT, signal.SIGTERM):
+            signal.signal(number, lambda *_: stopped.set())
         with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
             list(pool.map(run, targets))
 
