@@ -2,6 +2,7 @@
 
 #include "support/Paths.h"
 #include "support/ReadBack.h"
+#include "support/Sanitizer.h"
 #include "support/SmallModels.h"
 #include "support/ToolProcess.h"
 
@@ -193,6 +194,9 @@ TEST_F(Batch, ContinuesAKilledRun) {
 }
 
 TEST_F(Batch, ManyJobsNeedFewDescriptors) {
+    if (isSanitized) {
+        GTEST_SKIP() << needsOfSanitizers;
+    }
     std::vector<std::string> arguments{"--jobs", "12"};
     for (int i = 0; i < 20; ++i) {
         arguments.push_back(writeModel(std::to_string(i) + ".glb"));

@@ -132,7 +132,8 @@ TEST_F(UnstripCommand, UndoesStripWhateverTheJoin) {
         ASSERT_EQ(runForked({"strip", in, "-o", strips, "--join", join, "--fans", "6"}).exitCode, 0);
         unstrip(strips, out);
         expectSameTriangles(in, out);
-        for (const auto& primitive : loadModel(out).meshes[0].primitives) {
+        const auto written = loadModel(out);
+        for (const auto& primitive : written.meshes[0].primitives) {
             EXPECT_EQ(primitive.mode, 4);
         }
     }

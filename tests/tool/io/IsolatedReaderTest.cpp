@@ -2,6 +2,7 @@
 
 #include "io/IsolatedReader.h"
 #include "base/Errors.h"
+#include "support/Sanitizer.h"
 #include "support/SmallModels.h"
 #include "support/ToolProcess.h"
 
@@ -59,6 +60,9 @@ TEST_F(IsolatedReader, ReportsAReaderThatExited) {
 }
 
 TEST_F(IsolatedReader, StopsAReaderThatTakesTooMuchMemory) {
+    if (isSanitized) {
+        GTEST_SKIP() << needsOfSanitizers;
+    }
     const auto bomb = []() -> Document {
         std::vector<Document> documents;
         for (;;) {
@@ -70,6 +74,9 @@ TEST_F(IsolatedReader, StopsAReaderThatTakesTooMuchMemory) {
 }
 
 TEST_F(IsolatedReader, NamesALowerLimitOfTheSystem) {
+    if (isSanitized) {
+        GTEST_SKIP() << needsOfSanitizers;
+    }
     const auto bomb = []() -> Document {
         for (std::vector<Document> documents;;) {
             documents.emplace_back().asset.buffers.emplace_back(1 << 24, 1);
@@ -97,6 +104,9 @@ TEST_F(IsolatedReader, DoesNotBlameTheFileForAnInterruption) {
 }
 
 TEST_F(IsolatedReader, LibrariesCannotMistakeMissingMemoryForADamagedFile) {
+    if (isSanitized) {
+        GTEST_SKIP() << needsOfSanitizers;
+    }
     const auto swallow = []() -> Document {
         try {
             Document document;
@@ -168,6 +178,9 @@ TEST_F(IsolatedReader, ReturnsTheWholeDocument) {
 }
 
 TEST_F(IsolatedReader, LimitsAreOptionsOfEverySubcommand) {
+    if (isSanitized) {
+        GTEST_SKIP() << needsOfSanitizers;
+    }
     const std::string in = (directory / "in.obj").string();
     writeText(in, "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n" + std::string(40 << 20, '\n'));
     const std::string out = (directory / "out.glb").string();

@@ -117,7 +117,8 @@ TEST(StripDocument, CountsGroupsOfStripsAndTheirSeparators) {
     const StripOutcome outcome = strip(model, settings);
     EXPECT_EQ(outcome.groups, 1u);
     std::size_t indices = 0;
-    for (const auto& primitive : outputOf(outcome).meshes.at(0).primitives) {
+    const Document output = outputOf(outcome);
+    for (const auto& primitive : output.meshes.at(0).primitives) {
         indices += primitive.indices.size();
     }
     EXPECT_GT(outcome.total.strips, 1u);

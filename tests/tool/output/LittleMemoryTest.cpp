@@ -1,6 +1,7 @@
 // Too little memory, from less than the file to plenty: the program works or refuses, and never leaves half a file.
 
 #include "support/CommandTest.h"
+#include "support/Sanitizer.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -12,14 +13,6 @@
 namespace {
 
 using namespace tool_test;
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool isSanitized = true; // an address space of many terabytes
-#elif defined(__has_feature)
-constexpr bool isSanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool isSanitized = false;
-#endif
 
 /// Lets this process, and those that it starts meanwhile, have so many more bytes of address space.
 class MemoryLimit {
@@ -43,7 +36,7 @@ class LittleMemory : public CommandTest {
 public:
     void SetUp() override {
         if (isSanitized) {
-            GTEST_SKIP() << "the address space is that of the sanitizer";
+            GTEST_SKIP() << needsOfSanitizers;
         }
     }
 
