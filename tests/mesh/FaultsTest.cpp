@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <limits>
 #include <map>
 #include <optional>
@@ -158,6 +160,59 @@ TEST(FindFaults, LimitsSitesButNotTotals) {
     EXPECT_EQ(fault->sites.size(), 3U);
     EXPECT_THAT(faultOf(*mesh, FaultCode::OpenBorder, {.maxSites = 0})->sites, IsEmpty());
     EXPECT_THAT(names(*mesh, FaultSeverity::Warning), IsEmpty());
+}
+
+/// Elements of 12 bytes that are 8 bytes apart.
+class OverlappingNormals : public vexa::test::ForeignAttributeBuffer {
+public:
+    OverlappingNormals() : ForeignAttributeBuffer(FLOAT, 3, "normal") {}
+    unsigned long getElementStrideInBytes() const override { return 8; }
+};
+
+TEST(FindFaults, ReportsElementsThatOverlapWithoutReadingThem) {
+    const auto normals = std::make_shared<OverlappingNormals>();
+    normals->resize(4);
+    const MeshPtr mesh = uncheckedMesh(TRIANGLES, tetrahedron, 4);
+    mesh->addAttributeBuffer(normals);
+    const auto faults = findFaults(*mesh);
+    ASSERT_EQ(faults.size(), 1U);
+    EXPECT_EQ(faults[0].code, FaultCode::SizeOverflow);
+    EXPECT_EQ(faults[0].text,
+              "attribute \"normal\" has elements of 12 bytes at offset 7, which do not fit a stride of 8 bytes");
+}
+
+TEST(FindFaults, ReportsMoreVerticesThanIndicesCanTellApart) {
+    const MeshPtr mesh = makeMesh(POINTS, nullptr, {std::make_shared<vexa::test::TooManyPositions>()});
+    const auto fault = faultOf(*mesh, FaultCode::SizeOverflow);
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(fault->text,
+              "attribute \"position\" has 4294967295 elements, which indices of 32 bits cannot tell apart; "
+              "split the mesh");
+}
+
+TEST(FindFaults, ReadsNothingButFloats) {
+    const MeshPtr mesh = uncheckedMesh(TRIANGLES, tetrahedron, 4);
+    mesh->addAttributeBuffer(makeAttribute("normal", std::vector<std::array<std::uint8_t, 3>>(4, {1, 1, 1})));
+    mesh->addAttributeBuffer(
+        makeAttribute("colour", std::vector<std::array<std::uint8_t, 4>>(4, {255, 255, 255, 255})));
+    EXPECT_THAT(findFaults(*mesh), IsEmpty());
+}
+
+TEST(GetStringForFault, NamesEveryCodeAndSeverity) {
+    std::vector<std::string> codes;
+    for (int code = 0; code <= static_cast<int>(FaultCode::IsolatedVertex) + 1; ++code) {
+        codes.push_back(getStringForFaultCode(static_cast<FaultCode>(code)));
+    }
+    EXPECT_THAT(codes, ElementsAre("missing-position", "empty-buffer", "duplicate-name", "unequal-element-counts",
+                                   "size-overflow", "index-out-of-range", "restart-in-list", "incomplete-primitive",
+                                   "non-finite-value", "non-unit-normal", "collapsed-triangle", "zero-area-triangle",
+                                   "duplicate-triangle", "inconsistent-winding", "non-manifold-edge", "open-border",
+                                   "isolated-vertex", ""));
+    std::vector<std::string> severities;
+    for (int severity = 0; severity <= static_cast<int>(FaultSeverity::Error) + 1; ++severity) {
+        severities.push_back(getStringForFaultSeverity(static_cast<FaultSeverity>(severity)));
+    }
+    EXPECT_THAT(severities, ElementsAre("note", "warning", "error", ""));
 }
 
 TEST(FindFaults, ForeignBuffersHaveTheSameFaults) {

@@ -210,6 +210,37 @@ TEST(MergeMeshes, NamesTheInstanceThatDoesNotFit) {
     EXPECT_EQ(mergeMeshes(instancesOf({shorts, shorts}))->getAttributeBuffer(0)->getElementCount(), 6U);
 }
 
+TEST(MergeMeshes, RefusesTypesAndRestartsThatDoNotMakeTriangles) {
+    const auto asTriangles = [](const MeshPtr& mesh) {
+        return messageOf([&] { mergeMeshes(instancesOf({mesh}), {.asTriangles = true}); });
+    };
+    EXPECT_EQ(asTriangles(meshOf(LINES, {0, 1}, 2)), "mergeMeshes: instance 0: its primitive type is " +
+                                                         getStringForPrimitiveType(LINES) +
+                                                         ", which does not contain triangles");
+    const std::vector<MeshInstance> restarted =
+        instancesOf({meshOf(TRIANGLE_STRIP, {0, 1, 2}, 3), meshOf(TRIANGLES, {0, 1, restartIndex}, 3)});
+    EXPECT_EQ(messageOf([&] { mergeMeshes(restarted, {.asTriangles = true}); }),
+              "mergeMeshes: instance 1: index 2 restarts a primitive, which a list of " +
+                  getStringForPrimitiveType(TRIANGLES) + " does not need");
+}
+
+TEST(MergeMeshes, FlipsMirroredListsOfEveryIndexWidth) {
+    for (const IndexWidth width : {IndexWidth::Bits8, IndexWidth::Bits16, IndexWidth::Bits32}) {
+        const MeshPtr mesh = meshOf(TRIANGLES, {0, 1, 2, 2, 1, 3}, 4, width);
+        const MeshPtr merged = mergeMeshes(std::vector<MeshInstance>{{mesh}, {mesh, mirror()}}, {.indexWidth = width});
+        EXPECT_THAT(indicesOf(merged), ElementsAre(0, 1, 2, 2, 1, 3, 4, 6, 5, 6, 7, 5));
+        EXPECT_EQ(merged->getIndexBuffer()->getComponentType(), mesh->getIndexBuffer()->getComponentType());
+    }
+}
+
+TEST(MergeMeshes, RaisesIndicesOfStripsOfEveryWidth) {
+    for (const IndexWidth width : {IndexWidth::Bits8, IndexWidth::Bits16, IndexWidth::Bits32}) {
+        const MeshPtr strip = meshOf(TRIANGLE_STRIP, {0, 1, 2, 3}, 4, width);
+        const MeshPtr merged = mergeMeshes(instancesOf({strip, strip}), {.indexWidth = width});
+        EXPECT_THAT(indicesOf(merged), ElementsAre(0, 1, 2, 3, restartIndex, 4, 5, 6, 7));
+    }
+}
+
 bool isEqual(const Mesh& a, const Mesh& b) {
     if (a.getPrimitiveType() != b.getPrimitiveType() || a.getNumAttributeBuffers() != b.getNumAttributeBuffers() ||
         toIndices(*a.getIndexBuffer()) != toIndices(*b.getIndexBuffer())) {

@@ -179,6 +179,19 @@ TEST(Weld, RefusesOptionsThatCannotApply) {
     EXPECT_THROW(weld(*soupOf(many), {.indexWidth = IndexWidth::Bits8}), std::length_error);
 }
 
+TEST(Weld, RefusesAttributesThatAreMissingOrDoNotFitOneAnother) {
+    const MeshPtr uneven = soupOf(Positions(3));
+    uneven->addAttributeBuffer(makeAttribute<float>("uv", 2));
+    EXPECT_EQ(messageOf([&] { weld(*uneven); }), "weld: attribute 1 (\"uv\") has 2 elements, and attribute 0 "
+                                                 "(\"position\") has 3; give every vertex one element of each");
+    const MeshPtr empty = soupOf(Positions(3));
+    empty->addAttributeBuffer(nullptr);
+    EXPECT_EQ(messageOf([&] { weld(*empty); }), "weld: attribute 1 of the mesh is an empty pointer");
+    const MeshPtr large = makeMesh(POINTS, nullptr, {std::make_shared<vexa::test::TooManyPositions>()});
+    EXPECT_EQ(messageOf<std::length_error>([&] { weld(*large); }),
+              "weld: 4294967295 vertices need indices of more than 32 bits; split the mesh");
+}
+
 TEST(Weld, RefusesIndicesThatAreOutOfRange) {
     const MeshPtr mesh = soupOf(Positions(3));
     const auto indices = IndexBuffer::createDefault(UNSIGNED_BYTE);

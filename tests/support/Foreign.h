@@ -45,6 +45,13 @@ private:
     std::vector<std::vector<unsigned char>> elements_;
 };
 
+/// Positions of a number that indices of 32 bits cannot reach. None can be read.
+class TooManyPositions : public ForeignAttributeBuffer {
+public:
+    TooManyPositions() : ForeignAttributeBuffer(mesh::FLOAT, 3, "position") {}
+    unsigned long getElementCount() const override { return 0xffffffffUL; }
+};
+
 /// Holds 64-bit indices, whatever its component type says.
 class ForeignIndexBuffer : public mesh::IndexBuffer {
 public:
