@@ -260,8 +260,8 @@ private:
             for (int y = x == 0 ? 0 : -reach; y <= reach; ++y) {
                 for (int z = x == 0 && y == 0 ? 1 : -reach; z <= reach; ++z) {
                     const auto& [place, kind] = numbers_.cells()[cell];
-                    const std::uint32_t other =
-                        numbers_.find({{place[0] + x + 0.0, place[1] + y + 0.0, place[2] + z + 0.0}, kind});
+                    // None of the sums is -0, because no number of a cell is.
+                    const std::uint32_t other = numbers_.find({{place[0] + x, place[1] + y, place[2] + z}, kind});
                     if (other != none) {
                         joinIfNear(members_[cell], members_[other]);
                     }
