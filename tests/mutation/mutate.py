@@ -163,7 +163,7 @@ class Build:
     def run(command, environment, limit):
         # A mutant may allocate without end.
         run = subprocess.Popen(['prlimit', f'--as={12 << 30}', *map(str, command)], env=environment,
-                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, process_group=0)
         try:
             return 'passed' if run.wait(limit) == 0 else 'failed'
         except subprocess.TimeoutExpired:

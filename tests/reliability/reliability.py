@@ -2,6 +2,7 @@
 """Runs the checks of docs/reliability.md and prints their table.
 
 usage: reliability.py [--no-build] [CHECK...]   runs all checks, or some, and stores their figures
+       reliability.py --recorded CHECK...       stores the figures of what `fuzz` or `mutation` ran so far
        reliability.py --page                    writes the page from the stored figures
        reliability.py --check-page              fails if the page is not that of the stored figures
        reliability.py --list                    prints the names of the checks
@@ -26,6 +27,7 @@ RESULTS = ROOT / 'docs/reliability.json'
 PAGE = ROOT / 'docs/reliability.md'
 TABLE_BEGIN = '<!-- The table is written by `make reliability`. -->\n'
 TABLE_END = '<!-- End of the table. -->\n'
+INCOMPLETE = 3  # exit code of checks that keep a record which lacks something
 
 
 class Check(NamedTuple):
@@ -61,8 +63,8 @@ CHECKS = [
     Check('valgrind', 'Memory errors and leaks under Valgrind: laws, kernels and graphs, and all failing allocations',
           f"{VALGRIND} build/release/tests/meshTests --gtest_filter='Laws*:LaneKernels*:HalfEdgeGraph*' && "
           f'{VALGRIND} build/release/tests/allocationTests', ('release',), 'not in `make test`'),
-    Check('fuzz', 'Fuzz targets, each from its seeds for 30 minutes',
-          'sh fuzz/run.sh build/fuzz/fuzz 1800', ('fuzz',), 'not in `make test`'),
+    Check('fuzz', 'Fuzz targets, each from its seeds for 30 minutes of processor time',
+          'python3 fuzz/run.py build/fuzz/fuzz --seconds 1800 --record', ('fuzz',), 'not in `make test`'),
     Check('differential', 'Comparison with the plain reference: every ordered triple of triangles over 5 vertices, and '
           'a million random meshes',
           "VEXA_RANDOM_MESHES=1000000 build/release/tests/meshTests --gtest_filter='EveryTriple*:RandomMeshes*'",
@@ -151,9 +153,12 @@ def build(presets):
     return True
 
 
-def measure(check, is_built):
-    if not is_built and not build(check.presets):
-        return 'the build fails', False
+def measure(check, is_built, is_recorded):
+    """The figure, the exit code, and the seconds, if the command prints how long recorded runs took."""
+    if is_recorded:
+        check = check._replace(command=check.command.replace(' --record', '') + ' --recorded')
+    elif not is_built and not build(check.presets):
+        return 'the build fails', 1, None
     report = ROOT / 'build' / f'{check.name}.json'
     report.unlink(missing_ok=True)
     code, lines = run(check.command, {'GTEST_OUTPUT': f'json:{report}'} if 'gtest_filter' in check.command else None)
@@ -162,10 +167,11 @@ def measure(check, is_built):
         for suite in json.loads(report.read_text(encoding='utf-8'))['testsuites']:
             files += sum(int(test.get('files', 0)) for test in suite['testsuite'])
     figure = figure_of(lines, files)
-    if code != 0 or not figure:
+    if code not in (0, INCOMPLETE) or not figure:
         print('\n'.join(lines[-40:]))
         figure = (figure or 'no figure') + f' (exit code {code})'
-    return figure, code == 0
+    seconds = [int(line.removeprefix('seconds: ')) for line in lines if line.startswith('seconds: ')]
+    return figure, code, seconds[-1] if seconds else None
 
 
 def table(results):
@@ -176,7 +182,8 @@ def table(results):
         if result is None:
             rows.append(f'| {check.subject} | not run yet | {check.short} | `{command}` | |')
         else:
-            rows.append(f"| {check.subject} | {'' if result['passed'] else '**fails:** '}{result['figure']} | {check.short} "
+            state = '' if result['passed'] else '**incomplete:** ' if result.get('incomplete') else '**fails:** '
+            rows.append(f"| {check.subject} | {state}{result['figure']} | {check.short} "
                         f"| `{command}` | {result['day']}, {result['commit']}, {result['seconds']} s |")
     return '\n'.join(rows) + '\n'
 
@@ -193,6 +200,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument('names', nargs='*', metavar='CHECK')
     parser.add_argument('--no-build', action='store_true', help='the presets are built already')
+    parser.add_argument('--recorded', action='store_true', help='of checks that keep a record')
     parser.add_argument('--page', action='store_true')
     parser.add_argument('--check-page', action='store_true')
     parser.add_argument('--list', action='store_true')
@@ -216,10 +224,13 @@ def main():
         if options.names and check.name not in options.names:
             continue
         started = time.monotonic()
-        figure, passed = measure(check, options.no_build)
+        figure, code, seconds = measure(check, options.no_build, options.recorded)
         results = json.loads(RESULTS.read_text(encoding='utf-8')) if RESULTS.exists() else {}
-        results[check.name] = {'figure': figure, 'passed': passed, 'commit': commit,
-                               'day': datetime.date.today().isoformat(), 'seconds': round(time.monotonic() - started)}
+        seconds = seconds or round(time.monotonic() - started)
+        results[check.name] = {'figure': figure, 'passed': code == 0, 'commit': commit,
+                               'day': datetime.date.today().isoformat(), 'seconds': seconds}
+        if code == INCOMPLETE:
+            results[check.name]['incomplete'] = True
         RESULTS.write_text(json.dumps(results, indent=4, sort_keys=True) + '\n', encoding='utf-8')
         print(f'{check.name}: {figure}', flush=True)
     PAGE.write_text(page(results), encoding='utf-8')
