@@ -211,12 +211,12 @@ TEST(MergeMeshes, NamesTheInstanceThatDoesNotFit) {
 }
 
 TEST(MergeMeshes, RefusesTypesAndRestartsThatDoNotMakeTriangles) {
-    const auto asTriangles = [](const MeshPtr& mesh) {
+    const auto fault = [](const MeshPtr& mesh) {
         return messageOf([&] { mergeMeshes(instancesOf({mesh}), {.asTriangles = true}); });
     };
-    EXPECT_EQ(asTriangles(meshOf(LINES, {0, 1}, 2)), "mergeMeshes: instance 0: its primitive type is " +
-                                                         getStringForPrimitiveType(LINES) +
-                                                         ", which does not contain triangles");
+    EXPECT_EQ(fault(meshOf(LINES, {0, 1}, 2)), "mergeMeshes: instance 0: its primitive type is " +
+                                                   getStringForPrimitiveType(LINES) +
+                                                   ", which does not contain triangles");
     const std::vector<MeshInstance> restarted =
         instancesOf({meshOf(TRIANGLE_STRIP, {0, 1, 2}, 3), meshOf(TRIANGLES, {0, 1, restartIndex}, 3)});
     EXPECT_EQ(messageOf([&] { mergeMeshes(restarted, {.asTriangles = true}); }),
