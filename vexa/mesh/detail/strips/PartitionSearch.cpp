@@ -193,7 +193,7 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     monitor_.startPhase(StripPhase::Tunnelling, effort >= 3 ? 0.1 : 0.7);
     extendStrips(partition);
     if (effort >= 3) {
-        constexpr std::uint32_t passes = 120;
+        constexpr std::uint32_t passes = 88;
         anneal(partition, minSweeps, [](std::uint32_t pass) { return static_cast<double>(pass) / passes; });
     }
     if (effort >= 4) {
