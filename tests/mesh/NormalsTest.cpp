@@ -83,6 +83,13 @@ TEST(ComputeNormals, SeamsDoNotShow) {
     }
 }
 
+TEST(ComputeNormals, MeshWithoutIndicesStaysSoUnlessVerticesAreSplit) {
+    const auto corners = makeAttribute("position", std::vector<glm::vec3>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
+    const MeshPtr result = computeNormals(*makeMesh(TRIANGLES, nullptr, {corners}));
+    EXPECT_EQ(result->getIndexBuffer(), nullptr);
+    EXPECT_EQ(vectorsOf(result, "normal"), std::vector<glm::vec3>(3, glm::vec3(0, 0, 1)));
+}
+
 TEST(ComputeNormals, ReplacesNormalsInPlaceAndCopiesOtherAttributes) {
     const MeshPtr input =
         makeMesh(TRIANGLE_STRIP, Indices{0, 1, 2},

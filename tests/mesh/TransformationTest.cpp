@@ -8,6 +8,7 @@
 
 #include "support/Floats.h"
 #include "support/Foreign.h"
+#include "support/Messages.h"
 
 #include <glm/glm.hpp>
 #include <glm/gtc/matrix_transform.hpp>
@@ -238,6 +239,13 @@ TEST(PlaceMesh, RefusesOtherAttributesThanFloatsAndChangesNothing) {
     EXPECT_THAT(toIndices(*mesh->getIndexBuffer()), ElementsAre(0, 1, 2));
     mesh->addAttributeBuffer(nullptr);
     EXPECT_THROW(placeMesh(*mesh, glm::mat4(1.0F)), std::invalid_argument);
+}
+
+TEST(PlaceMesh, RefusesEmptyPointersAndChangesNothing) {
+    const MeshPtr mesh = makeMesh(POINTS, nullptr, {makeAttribute("position", std::vector{glm::vec3(1)})});
+    mesh->addAttributeBuffer(nullptr);
+    EXPECT_EQ(messageOf([&] { placeMesh(*mesh, scaling(2, 2, 2)); }), "placeMesh: attribute buffer 1 is empty");
+    EXPECT_EQ(toElements<glm::vec3>(*mesh->getAttributeBuffer(0))[0], glm::vec3(1));
 }
 
 TEST(PlaceMesh, TransformsABufferThatTheMeshHoldsTwiceOnce) {

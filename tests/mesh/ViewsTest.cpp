@@ -167,6 +167,18 @@ TEST(Views, RefuseForeignBuffersWhichCanBeCopied) {
     EXPECT_THAT(toIndices(*indices), ElementsAre(3u, restartIndex));
 }
 
+/// Pairs of floats that claim to take 12 bytes.
+class WidePairs : public vexa::test::ForeignAttributeBuffer {
+public:
+    WidePairs() : ForeignAttributeBuffer(FLOAT, 2, "uv") {}
+    unsigned long getElementSizeInBytes() const override { return 12; }
+};
+
+TEST(Views, RefuseElementsWhoseSizeIsNotThatOfTheirComponents) {
+    EXPECT_EQ(messageOf([] { toElements<glm::vec2>(WidePairs()); }),
+              "toElements: attribute \"uv\" reports elements of 12 bytes, but 2 x float have 8");
+}
+
 TEST(Views, RefuseBuffersWithoutStorage) {
     const auto buffer = attributeAt(nullptr, 1, 4, 0);
     EXPECT_THROW(elementsOf<float>(*buffer), std::invalid_argument);

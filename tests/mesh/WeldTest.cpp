@@ -168,6 +168,8 @@ TEST(Weld, RefusesOptionsThatCannotApply) {
     const MeshPtr mesh = soupOf(Positions(3));
     const auto fault = [&](const WeldOptions& options) { return messageOf([&] { weld(*mesh, options); }); };
     EXPECT_EQ(fault({.compare = {"uv"}}), "weld: the mesh lacks the attribute \"uv\" to compare");
+    EXPECT_EQ(messageOf([] { weld(*makeMesh(POINTS, nullptr, {makeAttribute<float>("uv", 2)}), {.tolerance = 1}); }),
+              "weld: the mesh lacks the attribute \"position\", to which the tolerance applies");
     EXPECT_EQ(fault({.tolerance = -1}), "weld: the tolerance -1.000000 is not a distance; use a finite number from 0");
     const MeshPtr narrow = makeMesh(POINTS, nullptr, {makeAttribute<glm::vec2>("position", 2)});
     EXPECT_EQ(messageOf([&] { weld(*narrow, {.tolerance = 1}); }),

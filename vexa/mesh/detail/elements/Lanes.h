@@ -80,9 +80,6 @@ inline FloatLanes areBelow(FloatLanes a, FloatLanes b) {
 inline FloatLanes bothBits(FloatLanes a, FloatLanes b) {
     return _mm256_and_ps(a, b);
 }
-inline FloatLanes eitherBits(FloatLanes a, FloatLanes b) {
-    return _mm256_or_ps(a, b);
-}
 inline FloatLanes bitsBut(FloatLanes a, FloatLanes b) {
     return _mm256_andnot_ps(b, a);
 }
@@ -214,9 +211,6 @@ inline FloatLanes areBelow(FloatLanes a, FloatLanes b) {
 }
 inline FloatLanes bothBits(FloatLanes a, FloatLanes b) {
     return _mm_and_ps(a, b);
-}
-inline FloatLanes eitherBits(FloatLanes a, FloatLanes b) {
-    return _mm_or_ps(a, b);
 }
 inline FloatLanes bitsBut(FloatLanes a, FloatLanes b) {
     return _mm_andnot_ps(b, a);
