@@ -16,7 +16,7 @@ for target in "$1"/*Fuzz; do
     fi
     [ ! -d "$folder/seeds/$name" ] || cp "$folder/seeds/$name"/* "$corpus"
     # One process for all of them; the target ends by itself.
-    "$target" -timeout=60 -rss_limit_mb=4096 -artifact_prefix="$unpacked/" "$corpus"/* >"$unpacked/log" 2>&1 || {
+    "$target" -runs=0 -timeout=60 -rss_limit_mb=4096 -artifact_prefix="$unpacked/" "$corpus" >"$unpacked/log" 2>&1 || {
         tail -n 60 "$unpacked/log" >&2
         echo "$name fails" >&2
         exit 1

@@ -1,5 +1,6 @@
 #include "process/Batch.h"
 
+#include "support/Sanitizer.h"
 #include "support/ToolProcess.h"
 
 #include <csignal>
@@ -104,6 +105,9 @@ private:
 };
 
 TEST(RunBatch, WaitsWhenTheMachineAllowsNoMoreJobs) {
+    if (tool_test::isSanitized) {
+        GTEST_SKIP() << tool_test::needsOfSanitizers;
+    }
     const FewDescriptors few(10);
     const std::vector<BatchResult> results = vexa::tool::runBatch(
                                                  std::vector<BatchItem>(40), 40,
