@@ -259,6 +259,19 @@ TEST(StripBuffer, StoppedDuringTheFlowReturnsGreedyStrips) {
     EXPECT_EQ(buildStripBuffer(mesh, {.effort = 2, .onProgress = goesOn}), buildStripBuffer(mesh, {.effort = 0}));
 }
 
+TEST(StripBuffer, StoppedAfterTheFlowNeedsNoMoreIndicesThanGreedyStrips) {
+    for (const Indices& mesh : {meshes::grid(60, 50), meshes::cylinder(80, 40), meshes::damaged(meshes::grid(70, 60), 9),
+                                meshes::damaged(meshes::sphere(60, 50), 5)}) {
+        const std::size_t greedy = buildStripBuffer(mesh, {.effort = 0}).size();
+        for (const unsigned threads : {1U, 3U}) {
+            const auto goesOn = [](const StripProgress& progress) { return progress.phase != StripPhase::Tunnelling; };
+            const Indices stopped = buildStripBuffer(mesh, {.effort = 2, .onProgress = goesOn, .threads = threads});
+            EXPECT_LE(stopped.size(), greedy) << threads << " threads";
+            EXPECT_EQ(canonicalStrip(stopped), canonicalTriangles(mesh));
+        }
+    }
+}
+
 TEST(StripBuffer, CallsBackFromTheCallingThread) {
     const Indices mesh = meshes::shuffled(meshes::sphere(120, 90), 2);
     const std::thread::id caller = std::this_thread::get_id();

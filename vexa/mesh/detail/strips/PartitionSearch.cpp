@@ -203,6 +203,15 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
         return {std::move(partition), std::nullopt};
     }
     greedyCount->wait();
+    if (monitor_.isStopped()) {
+        const LinkSnapshot found(partition);
+        const std::uint64_t indices = count(partition);
+        partition.cutAll();
+        linkStrips(partition, strips);
+        if (indices <= count(partition)) {
+            found.restore(partition);
+        }
+    }
     const std::uint64_t least = leastOfLowerEfforts(greedy, partition.liveCount());
     return {std::move(partition), least};
 }
