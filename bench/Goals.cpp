@@ -170,6 +170,8 @@ void addBufferGoals(const Results& results, std::vector<Goal>& goals) {
                      maxOf(joinedRatios(results, names::cacheOrder, &JoinedStrips::misses32, peer))});
     goals.push_back({"buildStripBuffer at effort 2, per triangle, mesh of 8 M to mesh of 70 k", 1.6,
                      results.ratio("passes/buffer", names::flowLarge, names::flowSmall)});
+    goals.push_back({"buildStripBuffer at effort 2, per triangle, two hubs of 1 M to two hubs of 20 k", 3.0,
+                     results.ratio("passes/hubs", names::hubsLarge, names::hubsSmall)});
     const Value ordered = nanosecondsPerElement(results, "strips/dragon", names::effort2);
     const Value shuffled = nanosecondsPerElement(results, "strips/dragon shuffled", names::effort2);
     goals.push_back({"buildStripBuffer at effort 2, shuffled dragon to the dragon", 2.0,

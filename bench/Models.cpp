@@ -203,6 +203,16 @@ ModelPtr makeHub(const std::string& name, unsigned int count) {
     return model;
 }
 
+ModelPtr makeTwoHubs(const std::string& name, unsigned int count) {
+    const auto model = std::make_shared<Model>();
+    model->name = name;
+    for (unsigned int rim = 2; rim < 2 + count / 2; ++rim) {
+        model->triangles.insert(model->triangles.end(), {0, rim, rim + 1, 1, rim + 1, rim});
+    }
+    model->positions.resize(3 * (std::size_t{count} / 2 + 3));
+    return model;
+}
+
 ModelPtr makeCrowdedEdge(const std::string& name, unsigned int count) {
     const auto model = std::make_shared<Model>();
     model->name = name;

@@ -40,6 +40,8 @@ ModelPtr makeIrregularGrid(const std::string& name, unsigned int side);
 ModelPtr makeSphere(const std::string& name, unsigned int slices, unsigned int stacks);
 /// A closed fan of `count` triangles around one vertex.
 ModelPtr makeHub(const std::string& name, unsigned int count);
+/// Two fans of `count` / 2 triangles around a vertex each, which share their rim.
+ModelPtr makeTwoHubs(const std::string& name, unsigned int count);
 /// Fans of `count` / 3 triangles around two vertices and as many on the edge between these.
 ModelPtr makeCrowdedEdge(const std::string& name, unsigned int count);
 /// `count` / 2 collapsed triangles on an edge, and then as many others on it.

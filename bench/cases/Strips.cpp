@@ -93,6 +93,19 @@ Comparison compareBuffersBySize() {
              stripBufferContender(names::flowLarge, large, {.effort = 2}), copyOfIndices(large)}};
 }
 
+/// Strips as long as the mesh beside many ends.
+Comparison compareHubsBySize() {
+    const ModelPtr small = makeTwoHubs("two hubs of 20 k", 20'000);
+    const ModelPtr large = makeTwoHubs("two hubs of 1 M", 1'000'000);
+    return {"passes/hubs",
+            "triangle",
+            false,
+            false,
+            roundsOfManyPasses,
+            {stripBufferContender(names::hubsSmall, small, {.effort = 2}),
+             stripBufferContender(names::hubsLarge, large, {.effort = 2}), copyOfIndices(large)}};
+}
+
 Comparison comparePassesOnSoup() {
     const ModelPtr soup = makeSoup("soup", 1'000'000);
     return {"passes/soup",
@@ -157,6 +170,7 @@ std::vector<Case> passCases(const std::vector<ModelPtr>& realModels) {
     return {{"passes/dragon", false, [dragon] { return comparePassesOnDragon(dragon); }},
             {"passes/grid", true, comparePassesOnGrids},
             {"passes/buffer", true, compareBuffersBySize},
+            {"passes/hubs", true, compareHubsBySize},
             {"passes/soup", true, comparePassesOnSoup}};
 }
 

@@ -17,10 +17,17 @@ constexpr int maxDebt = 1;
 
 constexpr int maxDepth = 2;
 
+/// Steps along strips for each triangle, on average, after which a search takes strips that are long both ways for closed
+/// ones. No model comes near it; without it, strips as long as the mesh beside many ends would make the search quadratic.
+constexpr std::uint64_t maxStepsPerTriangle = 256;
+/// Steps of a walk that is always allowed.
+constexpr std::uint64_t shortWalk = 64;
+
 class Tunnel {
 public:
     Tunnel(StripPartition& partition, TunnelLimits limits, int stripCost)
-        : partition_(partition), limits_(limits), stripCost_(stripCost) {}
+        : partition_(partition), limits_(limits), stripCost_(stripCost),
+          maxWalked_(maxStepsPerTriangle * partition.count()) {}
 
     /// Looks for a sequence that saves indices and leaves it applied.
     bool extend(TriangleId end) {
@@ -55,17 +62,18 @@ private:
     [[nodiscard]] int swaps(TriangleId triangle) const { return countSwaps(partition_, triangle); }
     [[nodiscard]] int swapAt(HalfEdgeId link) const { return partition_.isSwap(link) ? 1 : 0; }
 
-    /// Whether the strip through a link has an end. Walks both ways at once: the nearer end decides, and the memory
-    /// accesses of the two overlap.
+    /// Whether the strip through a link has an end that can be found. Walks both ways at once: the nearer end decides, and
+    /// the memory accesses of the two overlap.
     [[nodiscard]] bool isOpen(HalfEdgeId link) {
         HalfEdgeId ahead = partition_.follow(link);
         HalfEdgeId back = partition_.follow(partition_.twin(link));
-        while (ahead != noHalfEdge && back != noHalfEdge && ahead != link) {
+        const std::uint64_t last = std::max(maxWalked_, walked_ + shortWalk);
+        while (ahead != noHalfEdge && back != noHalfEdge && ahead != link && walked_ != last) {
             ahead = partition_.follow(ahead);
             back = partition_.follow(back);
             ++walked_;
         }
-        return ahead != link;
+        return ahead == noHalfEdge || back == noHalfEdge;
     }
     [[nodiscard]] bool areAllOpen() {
         for (std::size_t i = linkedCount_; i-- > 0;) {
@@ -81,6 +89,7 @@ private:
     int stripCost_;
     std::uint64_t saved_ = 0;
     std::uint64_t walked_ = 0;
+    std::uint64_t maxWalked_;
     int steps_ = 0;
     std::array<HalfEdgeId, maxDepth + 1> linked_{}; ///< the links that the sequence has made so far
     std::size_t linkedCount_ = 0;
