@@ -11,13 +11,17 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <new>
 #include <optional>
 #include <string>
+#include <sys/mman.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -105,20 +109,83 @@ TEST(MemoryClaims, CountUntilTheyEnd) {
     EXPECT_NO_THROW(MemoryClaim(tenGiB, "the second"));
 }
 
+void waitFor(const std::filesystem::path& file) {
+    for (int i = 0; i < 2000 && !std::filesystem::exists(file); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
 /// Claims memory in a process of a batch, and waits until another one was refused some.
 BatchResult claimUntilRefused(const std::filesystem::path& refusal) {
     BatchResult result;
     try {
         const MemoryClaim claim(tenGiB, "it");
-        for (int i = 0; i < 2000 && !std::filesystem::exists(refusal); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
+        waitFor(refusal);
         result.state = BatchResult::State::Done;
     } catch (const FormatError& error) {
         std::ofstream file(refusal);
         result.error = error.what();
     }
     return result;
+}
+
+/// Memory that goes back to the system as soon as it is freed.
+class Mapped {
+public:
+    explicit Mapped(std::size_t size)
+        : size_(size), memory_(::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
+        if (memory_ == MAP_FAILED) {
+            throw std::bad_alloc();
+        }
+        std::memset(memory_, 1, size_);
+    }
+    Mapped(const Mapped&) = delete;
+    Mapped& operator=(const Mapped&) = delete;
+    ~Mapped() { ::munmap(memory_, size_); }
+
+private:
+    std::size_t size_;
+    void* memory_;
+};
+
+TEST(MemoryClaims, OfNothingLeaveToOtherJobsWhatIsFreedAfterwards) {
+    constexpr std::size_t size = 96 << 20;
+    const auto ofBoth = static_cast<std::size_t>(2 * vexa::tool::residentMemory(::getpid()));
+    const MaxMemory enough(((ofBoth + size) >> 20) + 48);
+    const tool_test::TemporaryDirectory directory;
+    const auto freed = directory / "freed";
+    const auto ended = directory / "ended";
+    const auto refused = directory / "refused";
+    const auto results = vexa::tool::runBatch(
+                             {{"first", ""}, {"second", ""}}, 2,
+                             [&](const BatchItem& item) {
+                                 BatchResult result;
+                                 result.state = BatchResult::State::Done;
+                                 if (item.input == "first") {
+                                     {
+                                         const Mapped memory(size);
+                                         const MemoryClaim claim(0, "nothing");
+                                     }
+                                     std::ofstream{freed};
+                                     waitFor(ended);
+                                     return result;
+                                 }
+                                 waitFor(freed);
+                                 try {
+                                     const MemoryClaim claim(size, "it");
+                                 } catch (const FormatError& error) {
+                                     std::ofstream(refused) << error.what();
+                                 }
+                                 std::ofstream{ended};
+                                 return result;
+                             },
+                             [](std::size_t) {})
+                             .results;
+    for (const BatchResult& result : results) {
+        EXPECT_EQ(result.state, BatchResult::State::Done) << result.error;
+    }
+    EXPECT_TRUE(std::filesystem::exists(ended));
+    EXPECT_FALSE(std::filesystem::exists(refused)) << tool_test::readText(refused);
 }
 
 TEST(MemoryClaims, AJobThatFitsOnlyAloneIsDoneWhenOthersHaveEnded) {

@@ -83,6 +83,8 @@ MemoryClaim::MemoryClaim(std::uint64_t bytes, const std::string& work) : bytes_(
     constexpr std::uint64_t alwaysThere = 16 * bytesPerMiB;
     if (bytes_ < alwaysThere && !maxMemory()) {
         bytes_ = 0;
+    }
+    if (bytes_ == 0) {
         return;
     }
     Claims& all = claims();
