@@ -31,11 +31,11 @@ void CutFlags::addTo(Flags& flags) {
     flags.add("--bound", provesMin_,
               "Prove how few indices strips can have, which takes several times as long as the search at effort 2; "
               "done unasked for primitives of up to 20,000 triangles and from effort 3 on");
-    flags.add(
-        "--threads", threads_,
-        "Threads that share the primitives of a file, and the search and the proof in a large one; the strips are the "
-        "same in any number of them, except at effort 4 (default: 1; 0: as many as the processor runs at once)",
-        {.typeName = "N", .max = 1024});
+    flags.add("--threads", threads_,
+              "Threads that share the search and the proof in a large primitive; the strip command also cuts several "
+              "primitives at the same time; the strips are the same in any number of threads, except at effort 4 "
+              "(default: 1; 0: as many as the processor runs at once)",
+              {.typeName = "N", .max = 1024});
     flags.add("--iterations", iterations_,
               "Search in passes instead: at random, the best of N; never worse than with one pass",
               {.typeName = "N", .min = 1, .max = max});
