@@ -195,6 +195,21 @@ TEST_F(ReportCommand, ShowsNoPassesThatCannotBeRepeatedOrShownWhole) {
     EXPECT_THAT(page, HasSubstr("id=\"hidden-passes\""));
 }
 
+TEST_F(ReportCommand, ShowsNoPassesWhereNothingIsCutIntoStrips) {
+    std::vector<float> positions;
+    std::vector<std::uint16_t> indices;
+    for (std::uint16_t i = 0; i < 120; ++i) {
+        positions.insert(positions.end(),
+                         {static_cast<float>(i / 3), i % 3 == 1 ? 1.0F : 0.0F, i % 3 == 2 ? 1.0F : 0.0F});
+        indices.push_back(i);
+    }
+    GltfModel model;
+    model.addMesh(model.addPositions(positions), model.addIndices(indices));
+    EXPECT_EQ(report(model)["meshes"][0]["primitives"][0]["writtenAs"], "unchanged");
+    EXPECT_THAT(page, HasSubstr("\"steps\":[]"));
+    EXPECT_THAT(page, Not(HasSubstr("id=\"hidden-passes\"")));
+}
+
 TEST_F(ReportCommand, RefusesEffortsThatItCannotCompare) {
     gridModel(1, 1).writeGlb(in);
     for (const char* efforts : {"4", "0,", ",0", "0 3", "high"}) {

@@ -79,6 +79,9 @@ public:
         content_.listBytes = writeGlb(document_.asset.json, document_.asset.buffers).size();
         content_.outcome = stripDocument(std::move(document_), settings_.strip, progress);
         content_.fault = readBackStrips(content_.outcome);
+        if (!hasStrips()) {
+            showsSteps_ = content_.hidesSteps = false;
+        }
         describeCuts();
         content_.picture = builder_.finish();
         if (content_.picture.shownTriangles() > 0) {
@@ -99,6 +102,16 @@ private:
             }
         }
         return indices / 3;
+    }
+
+    /// Whether a primitive is written as strips; there is something to step through only then.
+    [[nodiscard]] bool hasStrips() const {
+        const std::vector<StripStats>& meshes = content_.outcome.meshes;
+        return std::any_of(meshes.begin(), meshes.end(), [](const StripStats& mesh) {
+            return std::any_of(mesh.forms.begin(), mesh.forms.end(), [](const ChosenForm& chosen) {
+                return chosen.form == StripForm::Strips || chosen.form == StripForm::StripsAndList;
+            });
+        });
     }
 
     void describeBuffers(std::size_t mesh, std::size_t index) {
