@@ -260,8 +260,8 @@ TEST(StripBuffer, StoppedDuringTheFlowReturnsGreedyStrips) {
 }
 
 TEST(StripBuffer, StoppedAfterTheFlowNeedsNoMoreIndicesThanGreedyStrips) {
-    for (const Indices& mesh : {meshes::grid(60, 50), meshes::cylinder(80, 40), meshes::damaged(meshes::grid(70, 60), 9),
-                                meshes::damaged(meshes::sphere(60, 50), 5)}) {
+    for (const Indices& mesh : {meshes::grid(60, 50), meshes::cylinder(80, 40),
+                                meshes::damaged(meshes::grid(70, 60), 9), meshes::damaged(meshes::sphere(60, 50), 5)}) {
         const std::size_t greedy = buildStripBuffer(mesh, {.effort = 0}).size();
         for (const unsigned threads : {1U, 3U}) {
             const auto goesOn = [](const StripProgress& progress) { return progress.phase != StripPhase::Tunnelling; };

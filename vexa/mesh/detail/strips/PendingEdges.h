@@ -81,7 +81,8 @@ public:
 private:
     static constexpr std::uint32_t unused = ~std::uint32_t{0};
     static constexpr std::uint32_t list = unused - 1;
-    static constexpr int maxLinks = 4; ///< of a list, with up to three half-edges each; sorted lists are faster than longer ones
+    static constexpr int maxLinks =
+        4; ///< of a list, with up to three half-edges each; sorted lists are faster than longer ones
 
     struct Slots {
         std::array<std::uint32_t, 4> to = {unused, unused, unused, unused};
