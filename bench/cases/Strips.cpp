@@ -93,7 +93,7 @@ Comparison compareBuffersBySize() {
              stripBufferContender(names::flowLarge, large, {.effort = 2}), copyOfIndices(large)}};
 }
 
-/// Strips as long as the mesh beside many ends.
+/// Meshes whose strips are as long as the mesh and lie beside many ends.
 Comparison compareHubsBySize() {
     const ModelPtr small = makeTwoHubs("two hubs of 20 k", 20'000);
     const ModelPtr large = makeTwoHubs("two hubs of 1 M", 1'000'000);

@@ -105,7 +105,7 @@ void writeGlb(const std::filesystem::path& file, const Model& model) {
     }
 }
 
-/// The largest resident set of a process so far; 0 once it has ended. What `wait4` reports would begin with the memory of
+/// The largest resident set of a process so far; 0 once it has ended. The figure of `wait4` would include the memory of
 /// this process, from which the other is started.
 double residentPeak(pid_t process) {
     std::ifstream status("/proc/" + std::to_string(process) + "/status");

@@ -349,7 +349,7 @@ TEST(TraceStripBuffer, EndsWithTheStripsOfTheResult) {
 }
 
 TEST(TraceStripBuffer, ShowsNoLowerEffortThatItComparesWith) {
-    // Many strips begin where the one before ends in the plain order of the greedy search.
+    // In the plain order of the greedy search, many strips begin where the preceding one ends.
     Indices mesh;
     for (unsigned int i = 0; i < 1000; ++i) {
         for (const unsigned int index : meshes::icosahedron()) {

@@ -114,10 +114,10 @@ struct StripStep {
 ///
 /// The result is that of `buildStripBuffer(triangles, options)`, except at effort 4, where showing takes some of the time. It
 /// may have more indices than the last step, if `maxTriangles` or `forVertexCache` cut the strips, or fewer: annealed strips
-/// that are no better are dropped, and where a lower effort may need fewer indices, it is compared with, without being shown.
+/// that are not better are dropped, and a lower effort that may need fewer indices is tried without showing its strips.
 ///
 /// \param triangles, options as for `buildStripBuffer`
-/// \param onStep called from the calling thread with each step, which is the callee's to keep; must not be empty. Whatever it
+/// \param onStep called from the calling thread with each step, which it may keep or move from; must not be empty. Whatever it
 ///               throws leaves the function
 /// \throw std::invalid_argument, std::length_error as `buildStripBuffer`: "traceStripBuffer: ..."
 /// Also throws any exception of `options.onProgress`, which is not called while strips are shown.

@@ -9,7 +9,7 @@ inline constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_fe
 #else
 inline constexpr bool isSanitized = false;
 #endif
-/// Why tests that limit memory or open files are skipped then.
+/// The reason given by tests that limit memory or open files and are skipped then.
 inline constexpr const char* needsOfSanitizers =
     "sanitizers need terabytes of address space, and pipes to look at objects";
 

@@ -29,7 +29,7 @@ void setMaxMemory(std::optional<std::size_t> mebibytes);
 /// The number given to `setMaxMemory`.
 std::optional<std::size_t> maxMemory();
 
-/// Lets the limit on address space count no longer: a process that has set it itself reports on its own that it is reached.
+/// Ignores the limit on address space from now on: a process that has set it itself reports when it is reached.
 void disregardAddressLimit();
 
 /// Bytes of memory that a process holds; 0 if it has ended.

@@ -26,7 +26,7 @@ static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "processes do not
 
 namespace {
 
-/// What this process knows of all claims.
+/// The claims of this process, and the table that it shares with others.
 struct Claims {
     std::mutex mutex; ///< guards the two numbers below
     std::uint64_t claimed = 0;

@@ -29,13 +29,13 @@ private:
 class ClaimTable {
 public:
     /// \param processes most at a time
-    /// \throw std::bad_alloc there is no memory for it
+    /// \throw std::bad_alloc memory for the table runs out
     explicit ClaimTable(std::size_t processes);
     ClaimTable(const ClaimTable&) = delete;
     ClaimTable& operator=(const ClaimTable&) = delete;
     ~ClaimTable();
 
-    /// In a process that was just forked: takes a place that no other has.
+    /// In a process that was just forked: takes a free place.
     void enter(std::size_t place);
 
     /// In the parent, once the process at a place has ended: frees the place.

@@ -20,7 +20,7 @@ bool isScattered(const Indices& mesh) {
     return vexa::mesh::detail::isScattered(pairEdges(mesh), 50);
 }
 
-TEST(IsScattered, TellsShuffledMeshesFromOrderedOnes) {
+TEST(IsScattered, DistinguishesShuffledMeshesFromOrderedOnes) {
     const Indices mesh = meshes::sphere(150, 100);
     EXPECT_FALSE(isScattered(mesh));
     EXPECT_TRUE(isScattered(meshes::shuffled(mesh, 1)));

@@ -66,7 +66,7 @@ public:
     [[nodiscard]] bool mayHave(std::uint32_t a, std::uint32_t b) const {
         return (ends_[std::min(a, b)] & isLower) != 0 && (ends_[std::max(a, b)] & isHigher) != 0;
     }
-    /// Whether a triangle may have a marked edge, found out sooner for most of those that have none.
+    /// Whether a triangle may have a marked edge; a quick test that rules out most triangles without one.
     [[nodiscard]] bool mayTouch(const unsigned int* corners) const {
         return ((ends_[corners[0]] | ends_[corners[1]] | ends_[corners[2]]) & isLower) != 0;
     }
@@ -79,7 +79,7 @@ private:
     std::vector<std::uint8_t> ends_; ///< of each vertex; empty while no edge is marked
 };
 
-/// What a walk over the triangles notes where it marks triangles that share several edges as irregular.
+/// Marks triangles that share several edges as irregular during a walk over the triangles.
 class SharedEdges {
 public:
     void noteTriangle(const std::array<std::uint32_t, 4>&) {}
@@ -101,7 +101,7 @@ private:
     }
 };
 
-/// What it notes to find the edges at which more than two half-edges meet: a half-edge that comes to one of them has to
+/// Finds the edges at which more than two half-edges meet, during a walk: a half-edge that comes to one of them has to
 /// wait, and either another waits that runs the same way, or both directions were seen before. For the latter each vertex
 /// has a set of bits, one for each end of its half-edges, so that few other edges are marked too.
 class CrowdedEnds {
@@ -131,7 +131,7 @@ private:
 
 /// Pairs in one walk over the triangles: each takes the half-edges that wait for its own, and leaves those that find none.
 ///
-/// \param notes told of each half-edge that waits, then of each triangle
+/// \param notes called with each half-edge that waits, then with each triangle
 /// \return false where too many wait at one vertex; the graph is unfinished then
 template <class Notes>
 bool pairAsTheyCome(const DenseIndices& dense, CompactGraph& graph, Notes& notes, const Poll& poll) {

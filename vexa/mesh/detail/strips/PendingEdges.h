@@ -35,7 +35,7 @@ inline unsigned int findAtOnce(const std::array<std::uint32_t, 4>& values, std::
 
 /// The half-edges that still wait for their twins while triangles come one after the other, in 32 bytes per vertex.
 ///
-/// Rarely do more than a few wait at one vertex at the same time: four have room there, others in a list.
+/// Usually only a few wait at one vertex at the same time: there is room for four, and a list for the others.
 class PendingEdges {
 public:
     /// \param vertexCount below 4294967294, which marks the vertices with a list
@@ -67,7 +67,7 @@ public:
     /// Adds a half-edge, which must be later than all others.
     ///
     /// \return false if so many wait at the vertex that searching them takes long; nothing is added then
-    /// \throw std::bad_alloc no memory for a list
+    /// \throw std::bad_alloc memory for a list runs out
     bool add(std::uint32_t from, std::uint32_t to, HalfEdgeId halfEdge) {
         Slots& slots = slots_[from];
         const unsigned int room = slots.findUnused();
@@ -120,7 +120,7 @@ private:
         return earliest == nullptr ? noHalfEdge : earliest->take(slot);
     }
 
-    /// \param first has no unused slot
+    /// \param first all of its slots are in use
     [[gnu::noinline]] bool addToList(Slots& first, std::uint32_t to, HalfEdgeId halfEdge) {
         Slots* last = &first;
         for (int count = 0; last->hasList(); ++count) {
