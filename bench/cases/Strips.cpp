@@ -69,53 +69,41 @@ Comparison comparePassesOnDragon(const ModelPtr& dragon) {
              copyOfIndices(dragon)}};
 }
 
+Comparison comparePasses(const char* name, bool measuresMemory, std::vector<Contender> contenders) {
+    return {name, "triangle", false, measuresMemory, roundsOfManyPasses, std::move(contenders)};
+}
+
 Comparison comparePassesOnGrids() {
     const ModelPtr small = makeGrid("grid of 70 k", 187);
     const ModelPtr large = makeGrid("grid of 2 M", 1000);
-    return {"passes/grid",
-            "triangle",
-            false,
-            true,
-            roundsOfManyPasses,
-            {buildPrimitivesContender(names::tenSmall, small, {.iterations = 10}),
-             buildPrimitivesContender(names::tenLarge, large, {.iterations = 10}), copyOfIndices(large)}};
+    return comparePasses("passes/grid", true,
+                         {buildPrimitivesContender(names::tenSmall, small, {.iterations = 10}),
+                          buildPrimitivesContender(names::tenLarge, large, {.iterations = 10}), copyOfIndices(large)});
 }
 
 Comparison compareBuffersBySize() {
     const ModelPtr small = makeIrregularGrid("mesh of 70 k", 187);
     const ModelPtr large = makeIrregularGrid("mesh of 8 M", 2000);
-    return {"passes/buffer",
-            "triangle",
-            false,
-            true,
-            roundsOfManyPasses,
-            {stripBufferContender(names::flowSmall, small, {.effort = 2}),
-             stripBufferContender(names::flowLarge, large, {.effort = 2}), copyOfIndices(large)}};
+    return comparePasses("passes/buffer", true,
+                         {stripBufferContender(names::flowSmall, small, {.effort = 2}),
+                          stripBufferContender(names::flowLarge, large, {.effort = 2}), copyOfIndices(large)});
 }
 
 /// Meshes whose strips are as long as the mesh and lie beside many ends.
 Comparison compareHubsBySize() {
     const ModelPtr small = makeTwoHubs("two hubs of 20 k", 20'000);
     const ModelPtr large = makeTwoHubs("two hubs of 1 M", 1'000'000);
-    return {"passes/hubs",
-            "triangle",
-            false,
-            false,
-            roundsOfManyPasses,
-            {stripBufferContender(names::hubsSmall, small, {.effort = 2}),
-             stripBufferContender(names::hubsLarge, large, {.effort = 2}), copyOfIndices(large)}};
+    return comparePasses("passes/hubs", false,
+                         {stripBufferContender(names::hubsSmall, small, {.effort = 2}),
+                          stripBufferContender(names::hubsLarge, large, {.effort = 2}), copyOfIndices(large)});
 }
 
 Comparison comparePassesOnSoup() {
     const ModelPtr soup = makeSoup("soup", 1'000'000);
-    return {"passes/soup",
-            "triangle",
-            false,
-            true,
-            roundsOfManyPasses,
-            {buildPrimitivesContender(names::build, soup, {.allStrips = true}),
-             buildPrimitivesContender(names::buildTen, soup, {.iterations = 10, .allStrips = true}),
-             copyOfIndices(soup)}};
+    return comparePasses("passes/soup", true,
+                         {buildPrimitivesContender(names::build, soup, {.allStrips = true}),
+                          buildPrimitivesContender(names::buildTen, soup, {.iterations = 10, .allStrips = true}),
+                          copyOfIndices(soup)});
 }
 
 } // namespace

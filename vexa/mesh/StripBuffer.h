@@ -117,7 +117,7 @@ struct StripStep {
 /// that are not better are dropped, and a lower effort that may need fewer indices is tried without showing its strips.
 ///
 /// \param triangles, options as for `buildStripBuffer`
-/// \param onStep called from the calling thread with each step, which it may keep or move from; must not be empty. Whatever it
+/// \param onStep called from the calling thread with each step, which it may keep; must not be empty. Whatever it
 ///               throws leaves the function
 /// \throw std::invalid_argument, std::length_error as `buildStripBuffer`: "traceStripBuffer: ..."
 /// Also throws any exception of `options.onProgress`, which is not called while strips are shown.
