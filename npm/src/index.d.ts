@@ -10,7 +10,7 @@ export const RESTART_INDEX: 0xffffffff;
 
 export interface SearchOptions {
     /**
-     * How hard to search: 0 greedily; 1 joins these strips; 2, the default, plans them around vertices; 3 takes 10 to 15
+     * How hard to search: 0 greedily; 1 joins these strips; 2, the default, plans them around vertices; 3 takes 10 to 20
      * times as long for 1 to 3 % fewer indices; 4 takes the time of `microsecondsPerTriangle`.
      */
     effort?: 0 | 1 | 2 | 3 | 4;

@@ -74,7 +74,7 @@ def strip(
     arguments only, not on the machine; at effort 4 also on time.
 
     :param faces: vertex indices, (n, 3) or flat, of any integer type; not changed
-    :param effort: how hard to search: 0 greedily, 1 joins these strips, 2 plans them around vertices, 3 takes 10 to 15
+    :param effort: how hard to search: 0 greedily, 1 joins these strips, 2 plans them around vertices, 3 takes 10 to 20
         times as long for 1 to 3 % fewer indices, 4 takes the time of ``microseconds_per_triangle``
     :param join: ``"restart"``: one array with restart indices between its strips; ``"degenerate"``: one array with
         repeated vertices between them; ``None``: a list of one array for each strip

@@ -21,7 +21,7 @@ void CutFlags::addTo(Flags& flags) {
     constexpr std::uint64_t max = std::numeric_limits<std::uint32_t>::max();
     flags.add("--effort", effort_,
               "How hard to search for few indices: 0 greedily; 1 joins its strips; 2 (the default) plans them around "
-              "vertices; 3 takes 10 to 15 times as long for 1 to 3 % fewer; 4 takes the time of --budget",
+              "vertices; 3 takes 10 to 20 times as long for 1 to 3 % fewer; 4 takes the time of --budget",
               {.typeName = "0-4", .max = timedEffort});
     flags.add("--budget", budget_, "Time per triangle of the search at effort 4 (default: 10)",
               {.typeName = "MICROSECONDS", .min = 1, .max = max});
