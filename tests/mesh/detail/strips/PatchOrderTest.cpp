@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <vexa/mesh/detail/strips/EdgePairing.h>
+#include <vexa/mesh/detail/strips/LargeVector.h>
 #include <vexa/mesh/detail/strips/PatchOrder.h>
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 #include <cstdint>
 #include <map>
 #include <numeric>
-#include <vector>
 
 namespace {
 
@@ -40,14 +40,14 @@ TEST(IsScattered, IsNeverTrueOfASmallMesh) {
 
 TEST(PatchOrder, KeepsNeighboursClose) {
     const Indices mesh = meshes::shuffled(meshes::sphere(150, 100), 1);
-    std::vector<TriangleId> order = patchOrder(pairEdges(mesh));
+    LargeVector<TriangleId> order = patchOrder(pairEdges(mesh));
     Indices ordered;
     for (const TriangleId id : order) {
         ordered.insert(ordered.end(), mesh.begin() + 3 * static_cast<std::ptrdiff_t>(id),
                        mesh.begin() + 3 * static_cast<std::ptrdiff_t>(id) + 3);
     }
     EXPECT_FALSE(isScattered(ordered));
-    std::vector<TriangleId> all(mesh.size() / 3);
+    LargeVector<TriangleId> all(mesh.size() / 3);
     std::iota(all.begin(), all.end(), TriangleId{0});
     std::sort(order.begin(), order.end());
     EXPECT_EQ(order, all);

@@ -4,6 +4,7 @@
 #include <vexa/mesh/detail/strips/EdgePairing.h>
 #include <vexa/mesh/detail/strips/GreedyLinks.h>
 #include <vexa/mesh/detail/strips/JoinOrder.h>
+#include <vexa/mesh/detail/strips/LargeVector.h>
 #include <vexa/mesh/detail/strips/PatchOrder.h>
 #include <vexa/mesh/detail/strips/Polling.h>
 #include <vexa/mesh/detail/strips/StripPartition.h>
@@ -92,7 +93,7 @@ TEST(Polling, HappensInEveryStepOfALargeMesh) {
     expectPolls("patches");
     const Stars stars(partition, groups, poll);
     expectPolls("stars");
-    std::vector<HalfEdgeId> corners;
+    LargeVector<HalfEdgeId> corners;
     const auto goesOn = [&polls] { return ++polls != 0; };
     const StarLayout layout = listStars(partition, groups, corners, goesOn);
     EXPECT_EQ(layout.starCount(), 201U * 201U);
@@ -109,7 +110,7 @@ TEST(Polling, EndsTheListingOfStarsEarly) {
     const StripPartition partition(graph, mesh, {}, {});
     WorkTeam alone;
     const PatchGroups groups(partition, 4096, alone, {});
-    std::vector<HalfEdgeId> corners;
+    LargeVector<HalfEdgeId> corners;
     const StarLayout layout = listStars(partition, groups, corners, [] { return false; });
     EXPECT_EQ(layout.starCount(), 0U);
 }

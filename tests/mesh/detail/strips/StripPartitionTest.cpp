@@ -1,6 +1,7 @@
 #include "support/Meshes.h"
 
 #include <vexa/mesh/detail/strips/EdgePairing.h>
+#include <vexa/mesh/detail/strips/LargeVector.h>
 #include <vexa/mesh/detail/strips/StripPartition.h>
 
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 #include <cstdint>
 #include <numeric>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -30,7 +30,7 @@ TEST(StripPartition, LeadsBackToItsGraph) {
     for (const meshes::NamedMesh& mesh : meshes::suite()) {
         const CompactGraph graph = pairEdges(mesh.indices);
         expectGraphOf(StripPartition(graph, mesh.indices), graph, mesh.name);
-        std::vector<TriangleId> reversed(graph.count());
+        LargeVector<TriangleId> reversed(graph.count());
         std::iota(reversed.rbegin(), reversed.rend(), TriangleId{0});
         expectGraphOf(StripPartition(graph, mesh.indices, reversed), graph, mesh.name + ", renumbered");
     }

@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/detail/strips/DenseIndices.h"
 #include "vexa/mesh/detail/strips/EdgeTable.h"
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/PendingEdges.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 #include "vexa/mesh/detail/strips/UpwardEdges.h"
@@ -76,7 +77,7 @@ private:
     static constexpr std::uint8_t isHigher = 2;
 
     std::uint32_t vertexCount_;
-    std::vector<std::uint8_t> ends_; ///< of each vertex; empty while no edge is marked
+    LargeVector<std::uint8_t> ends_; ///< of each vertex; empty while no edge is marked
 };
 
 /// Marks triangles that share several edges as irregular during a walk over the triangles.
@@ -125,7 +126,7 @@ private:
     /// One of 32 bits, by the multiplicative hash of a vertex (Knuth: Sorting and Searching, 1998, 6.4).
     static std::uint32_t bitOf(std::uint32_t vertex) { return std::uint32_t{1} << (vertex * 0x9e3779b1U >> 27); }
 
-    std::vector<std::uint32_t> seen_; ///< of each vertex
+    LargeVector<std::uint32_t> seen_; ///< of each vertex
     MarkedEdges& marked_;
 };
 

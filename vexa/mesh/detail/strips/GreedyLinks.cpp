@@ -1,11 +1,11 @@
 #include "vexa/mesh/detail/strips/GreedyLinks.h"
 
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/Random.h"
 #include "vexa/mesh/detail/strips/StripWalk.h"
 #include "vexa/mesh/detail/strips/TriangleList.h"
 
 #include <cstddef>
-#include <vector>
 
 namespace vexa::mesh::detail {
 
@@ -64,7 +64,7 @@ private:
     }
 
     StripPartition& partition_;
-    std::vector<TriangleId> newIds_;
+    LargeVector<TriangleId> newIds_;
 };
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "vexa/mesh/detail/strips/GreedyCounts.h"
 #include "vexa/mesh/detail/strips/GreedyLinks.h"
 #include "vexa/mesh/detail/strips/JoinOrder.h"
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/ParityRepair.h"
 #include "vexa/mesh/detail/strips/PatchOrder.h"
 #include "vexa/mesh/detail/strips/StripLengths.h"
@@ -160,7 +161,7 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     const Clock::time_point start = Clock::now();
     CompactGraph graph = pair();
     StripPartition partition(graph, triangles_,
-                             isScattered(graph, 60) ? patchOrder(graph, monitor_.poller()) : std::vector<TriangleId>(),
+                             isScattered(graph, 60) ? patchOrder(graph, monitor_.poller()) : LargeVector<TriangleId>(),
                              monitor_.poller());
     monitor_.startPhase(StripPhase::Greedy, 0.2);
     // Otherwise the greedy search comes last, because it can end early if it knows these strips.

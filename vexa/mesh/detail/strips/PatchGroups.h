@@ -1,12 +1,12 @@
 #pragma once
 
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/PatchOrder.h"
 #include "vexa/mesh/detail/strips/WorkTeam.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <vector>
 
 namespace vexa::mesh::detail {
 
@@ -79,7 +79,7 @@ public:
 
 private:
     bool isWhole_;
-    std::array<std::vector<std::uint32_t>, levels> patches_; ///< of each triangle
+    std::array<LargeVector<std::uint32_t>, levels> patches_; ///< of each triangle
     std::array<std::uint32_t, levels> counts_{1, 0};
 };
 

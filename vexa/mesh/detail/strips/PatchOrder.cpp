@@ -20,7 +20,7 @@ public:
 
     /// The triangles patch by patch. Calls `maxEnd(begin)` for the end of a patch that grows as far as it can.
     template <class MaxEnd>
-    std::vector<TriangleId> run(MaxEnd maxEnd, const Poll& poll) {
+    LargeVector<TriangleId> run(MaxEnd maxEnd, const Poll& poll) {
         while (order_.size() < adjacency_.count()) {
             if (poll) {
                 poll();
@@ -71,9 +71,9 @@ private:
     }
 
     Adjacency adjacency_;
-    std::vector<TriangleId> order_;
-    std::vector<std::uint8_t> isTaken_;
-    std::vector<TriangleId> seeds_;
+    LargeVector<TriangleId> order_;
+    LargeVector<std::uint8_t> isTaken_;
+    LargeVector<TriangleId> seeds_;
     std::size_t nextSeed_ = 0;
     TriangleId firstLeft_ = 0;
 };
@@ -95,11 +95,11 @@ struct PartitionAdjacency {
 };
 
 template <class Adjacency>
-std::vector<std::uint32_t> patchesOf(const Adjacency& adjacency, std::uint32_t size, std::uint32_t offset,
+LargeVector<std::uint32_t> patchesOf(const Adjacency& adjacency, std::uint32_t size, std::uint32_t offset,
                                      const Poll& poll) {
     const auto maxEnd = [=](std::size_t begin) { return ((begin + offset) / size + 1) * size - offset; };
-    const std::vector<TriangleId> order = PatchGrowth(adjacency).run(maxEnd, poll);
-    std::vector<std::uint32_t> patches(order.size());
+    const LargeVector<TriangleId> order = PatchGrowth(adjacency).run(maxEnd, poll);
+    LargeVector<std::uint32_t> patches(order.size());
     forEachPolled(adjacency.count(), poll, [&](std::uint32_t i) { patches[order[i]] = (i + offset) / size; });
     return patches;
 }
@@ -128,17 +128,17 @@ bool isScattered(const CompactGraph& graph, unsigned percent) {
     return farLinks * 100 > links * percent;
 }
 
-std::vector<TriangleId> patchOrder(const CompactGraph& graph, const Poll& poll) {
+LargeVector<TriangleId> patchOrder(const CompactGraph& graph, const Poll& poll) {
     constexpr std::size_t patchSize = 1024;
     return PatchGrowth(GraphAdjacency{graph}).run([](std::size_t begin) { return begin + patchSize; }, poll);
 }
 
-std::vector<std::uint32_t> patchesOf(const CompactGraph& graph, std::uint32_t size, std::uint32_t offset,
+LargeVector<std::uint32_t> patchesOf(const CompactGraph& graph, std::uint32_t size, std::uint32_t offset,
                                      const Poll& poll) {
     return patchesOf(GraphAdjacency{graph}, size, offset, poll);
 }
 
-std::vector<std::uint32_t> patchesOf(const StripPartition& partition, std::uint32_t size, std::uint32_t offset,
+LargeVector<std::uint32_t> patchesOf(const StripPartition& partition, std::uint32_t size, std::uint32_t offset,
                                      const Poll& poll) {
     return patchesOf(PartitionAdjacency{partition}, size, offset, poll);
 }

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "vexa/mesh/detail/strips/CompactGraph.h"
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/Polling.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 
-#include <vector>
+#include <cstdint>
 
 namespace vexa::mesh::detail {
 
@@ -14,13 +15,13 @@ bool isScattered(const CompactGraph& graph, unsigned percent);
 
 /// The triangles in an order that keeps neighbours close: in compact patches, each of which begins next to an earlier
 /// one.
-std::vector<TriangleId> patchOrder(const CompactGraph& graph, const Poll& poll = {});
+LargeVector<TriangleId> patchOrder(const CompactGraph& graph, const Poll& poll = {});
 
 /// The patch of every triangle: compact ones of `size` triangles, but for the first, which has `offset` fewer, and the
 /// last. Patches may consist of several pieces.
-std::vector<std::uint32_t> patchesOf(const CompactGraph& graph, std::uint32_t size, std::uint32_t offset,
+LargeVector<std::uint32_t> patchesOf(const CompactGraph& graph, std::uint32_t size, std::uint32_t offset,
                                      const Poll& poll = {});
-std::vector<std::uint32_t> patchesOf(const StripPartition& partition, std::uint32_t size, std::uint32_t offset,
+LargeVector<std::uint32_t> patchesOf(const StripPartition& partition, std::uint32_t size, std::uint32_t offset,
                                      const Poll& poll = {});
 
 } // namespace vexa::mesh::detail

@@ -7,9 +7,9 @@
 namespace vexa::mesh::detail {
 
 StripPartition::StripPartition(const CompactGraph& graph, std::span<const unsigned int> triangles,
-                               std::vector<TriangleId> order, const Poll& poll)
+                               LargeVector<TriangleId> order, const Poll& poll)
     : triangles_(std::size_t{graph.count()} + 1), count_(graph.count()), order_(std::move(order)) {
-    const std::vector<TriangleId> ids = newIds(poll);
+    const LargeVector<TriangleId> ids = newIds(poll);
     const auto renumbered = [&](HalfEdgeId halfEdge) {
         return ids.empty() ? halfEdge : halfEdgeOf(ids[triangleOf(halfEdge)], placeOf(halfEdge));
     };
@@ -27,9 +27,9 @@ StripPartition::StripPartition(const CompactGraph& graph, std::span<const unsign
     triangles_[count_] = {{border(), border(), border()}, allEdges, 0, 0, 0};
 }
 
-std::vector<TriangleId> StripPartition::newIds(const Poll& poll) const {
+LargeVector<TriangleId> StripPartition::newIds(const Poll& poll) const {
     // One more for the sentinel.
-    std::vector<TriangleId> ids(order_.empty() ? 0 : order_.size() + 1, count_);
+    LargeVector<TriangleId> ids(order_.empty() ? 0 : order_.size() + 1, count_);
     forEachPolled(static_cast<TriangleId>(order_.size()), poll, [&](TriangleId id) { ids[order_[id]] = id; });
     return ids;
 }

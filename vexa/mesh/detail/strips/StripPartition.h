@@ -2,6 +2,7 @@
 
 #include "vexa/mesh/detail/strips/CompactGraph.h"
 #include "vexa/mesh/detail/strips/LargeArray.h"
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/LinkTables.h"
 #include "vexa/mesh/detail/strips/Polling.h"
 
@@ -35,7 +36,7 @@ public:
     ///
     /// \param order the triangles in the order in which they are to be numbered; empty keeps that of the graph
     StripPartition(const CompactGraph& graph, std::span<const unsigned int> triangles,
-                   std::vector<TriangleId> order = {}, const Poll& poll = {});
+                   LargeVector<TriangleId> order = {}, const Poll& poll = {});
 
     [[nodiscard]] TriangleId count() const { return count_; }
     /// Triangles that are not collapsed.
@@ -93,7 +94,7 @@ public:
     }
 
     /// The ids by the number in the caller's list; empty while they are the same.
-    [[nodiscard]] std::vector<TriangleId> newIds(const Poll& poll = {}) const;
+    [[nodiscard]] LargeVector<TriangleId> newIds(const Poll& poll = {}) const;
     /// Cuts every link.
     void cutAll();
 
@@ -111,7 +112,7 @@ private:
     TriangleId count_;
     TriangleId liveCount_ = 0;
     std::size_t borderCount_ = 0;
-    std::vector<TriangleId> order_; ///< caller's number of each triangle; empty while they are the same
+    LargeVector<TriangleId> order_; ///< caller's number of each triangle; empty while they are the same
 };
 
 /// The graph that a partition was made of, in the order of the caller's list.

@@ -1,6 +1,7 @@
 #include "support/Meshes.h"
 
 #include <gtest/gtest.h>
+#include <vexa/mesh/detail/strips/LargeVector.h>
 #include <vexa/mesh/detail/strips/bound/Certificate.h>
 #include <vexa/mesh/detail/strips/bound/CostSplit.h>
 
@@ -16,7 +17,7 @@ bool goOn(double) {
 }
 
 template <class Matrix>
-std::vector<CostTable> tablesAfter(const StarLayout& layout, int sweeps, unsigned threads = 1) {
+LargeVector<CostTable> tablesAfter(const StarLayout& layout, int sweeps, unsigned threads = 1) {
     WorkTeam team(threads);
     CostSplit<Matrix> split(layout, restartCosts, team);
     for (int i = 0; i < sweeps; ++i) {
@@ -25,7 +26,7 @@ std::vector<CostTable> tablesAfter(const StarLayout& layout, int sweeps, unsigne
     return split.tables();
 }
 
-bool haveSameCosts(const std::vector<CostTable>& a, const std::vector<CostTable>& b) {
+bool haveSameCosts(const LargeVector<CostTable>& a, const LargeVector<CostTable>& b) {
     for (std::size_t i = 0; i < a.size(); ++i) {
         for (unsigned row = 0; row < 3; ++row) {
             for (unsigned column = 0; column < 3; ++column) {

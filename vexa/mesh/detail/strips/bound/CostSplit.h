@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/bound/CostTable.h"
 #include "vexa/mesh/detail/strips/bound/MinPlus.h"
 #include "vexa/mesh/detail/strips/bound/StarLayout.h"
@@ -39,7 +40,7 @@ public:
     bool sweepMany(unsigned count, const Observer& observer);
 
     /// The tables that are kept, by number.
-    [[nodiscard]] const std::vector<CostTable>& tables() const { return tables_; }
+    [[nodiscard]] const LargeVector<CostTable>& tables() const { return tables_; }
 
 private:
     enum class Direction { Forth, Back };
@@ -53,7 +54,7 @@ private:
     [[nodiscard]] Matrix ownCosts(std::span<const StarEntry> star, std::size_t entry) const;
 
     const StarLayout& layout_;
-    std::vector<CostTable> tables_;
+    LargeVector<CostTable> tables_;
     Matrix inner_;
     Matrix borderFirst_;
     Matrix borderLast_;

@@ -1,5 +1,6 @@
 #include "vexa/mesh/detail/strips/bound/FreeSides.h"
 
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include <algorithm>
 #include <tuple>
 
@@ -18,8 +19,8 @@ bool isOnSameEdge(const Side& a, const Side& b) {
     return a.lower == b.lower && a.higher == b.higher;
 }
 
-std::vector<Side> sortedByEdge(std::span<const unsigned int> triangles) {
-    std::vector<Side> sides;
+LargeVector<Side> sortedByEdge(std::span<const unsigned int> triangles) {
+    LargeVector<Side> sides;
     sides.reserve(triangles.size());
     for (TriangleId id = 0; id < triangles.size() / 3; ++id) {
         for (std::uint32_t place = 0; place < 3; ++place) {
@@ -37,7 +38,7 @@ std::vector<Side> sortedByEdge(std::span<const unsigned int> triangles) {
 } // namespace
 
 std::vector<TrianglePair> freeSharedSides(CompactGraph& graph, std::span<const unsigned int> triangles) {
-    const std::vector<Side> sides = sortedByEdge(triangles);
+    const LargeVector<Side> sides = sortedByEdge(triangles);
     std::vector<TrianglePair> joined;
     for (auto first = sides.begin(); first != sides.end();) {
         const auto end =

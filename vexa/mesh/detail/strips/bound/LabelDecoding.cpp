@@ -1,5 +1,6 @@
 #include "vexa/mesh/detail/strips/bound/LabelDecoding.h"
 
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/bound/CostSplit.h"
 
 #include <algorithm>
@@ -118,7 +119,7 @@ private:
 
 bool labelBySplittingCosts(StripPartition& partition, const PatchGroups& groups, std::int16_t endCost, unsigned sweeps,
                            WorkTeam& team, StripMonitor& monitor) {
-    std::vector<HalfEdgeId> corners;
+    LargeVector<HalfEdgeId> corners;
     const StarLayout layout = listStars(partition, groups, corners, [&monitor] { return monitor.poll(0, 1); });
     if (monitor.isStopped()) {
         return false;

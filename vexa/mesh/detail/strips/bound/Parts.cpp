@@ -9,14 +9,14 @@ namespace vexa::mesh::detail {
 namespace {
 
 /// Sets as trees: each member names an earlier one of its set, or itself.
-std::uint32_t findRoot(std::vector<std::uint32_t>& parent, std::uint32_t member) {
+std::uint32_t findRoot(LargeVector<std::uint32_t>& parent, std::uint32_t member) {
     while (parent[member] != member) {
         member = parent[member] = parent[parent[member]];
     }
     return member;
 }
 
-void unite(std::vector<std::uint32_t>& parent, std::uint32_t a, std::uint32_t b) {
+void unite(LargeVector<std::uint32_t>& parent, std::uint32_t a, std::uint32_t b) {
     a = findRoot(parent, a);
     b = findRoot(parent, b);
     parent[std::max(a, b)] = std::min(a, b);
@@ -43,12 +43,12 @@ std::uint32_t Parts::countGroups(std::span<const unsigned int> triangles) const 
     if (count_ <= 1) {
         return count_;
     }
-    std::vector<std::pair<unsigned int, std::uint32_t>> corners(triangles.size());
+    LargeVector<std::pair<unsigned int, std::uint32_t>> corners(triangles.size());
     for (std::size_t i = 0; i < triangles.size(); ++i) {
         corners[i] = {triangles[i], part_[i / 3]};
     }
     std::sort(corners.begin(), corners.end());
-    std::vector<std::uint32_t> parent(count_);
+    LargeVector<std::uint32_t> parent(count_);
     std::iota(parent.begin(), parent.end(), std::uint32_t{0});
     for (std::size_t i = 1; i < corners.size(); ++i) {
         if (corners[i - 1].first == corners[i].first) {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/bound/FreeSides.h"
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 namespace vexa::mesh::detail {
 
@@ -25,7 +25,7 @@ public:
 private:
     void numberParts();
 
-    std::vector<std::uint32_t> part_;
+    LargeVector<std::uint32_t> part_;
     std::uint32_t count_ = 0;
 };
 

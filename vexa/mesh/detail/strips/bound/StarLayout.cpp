@@ -1,6 +1,8 @@
 #include "vexa/mesh/detail/strips/bound/StarLayout.h"
 
 #include "vexa/mesh/detail/strips/EdgePairing.h"
+#include "vexa/mesh/detail/strips/LargeArray.h"
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/PatchOrder.h"
 #include "vexa/mesh/detail/strips/bound/FreeSides.h"
 #include "vexa/mesh/detail/strips/bound/Parts.h"
@@ -61,7 +63,7 @@ HalfEdgeId findFirst(const Sides& sides, HalfEdgeId corner) {
 
 /// A corner of every star, group by group.
 struct GroupedCorners {
-    std::vector<HalfEdgeId> corners;
+    LargeVector<HalfEdgeId> corners;
     std::vector<std::uint32_t> ends; ///< of each group
 };
 
@@ -85,7 +87,7 @@ public:
 
     GroupedCorners finish() {
         std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), std::uint32_t{0});
-        GroupedCorners grouped{std::vector<HalfEdgeId>(corners_.size()), {}};
+        GroupedCorners grouped{LargeVector<HalfEdgeId>(corners_.size()), {}};
         for (std::size_t i = 0; i < corners_.size(); ++i) {
             grouped.corners[ends_[groupOf_[i]]++] = corners_[i];
         }
@@ -113,9 +115,9 @@ private:
 
     Sides sides_;
     const PatchGroups& groups_;
-    std::vector<std::uint8_t> isSeen_;
-    std::vector<HalfEdgeId> corners_;
-    std::vector<std::uint32_t> groupOf_;
+    LargeVector<std::uint8_t> isSeen_;
+    LargeVector<HalfEdgeId> corners_;
+    LargeVector<std::uint32_t> groupOf_;
     std::vector<std::uint32_t> ends_;
 };
 
@@ -123,7 +125,7 @@ private:
 template <class Visit>
 void forEachInOrder(const CompactGraph& graph, const GoesOn& goesOn, Visit visit) {
     if (isScattered(graph, scatteredPercent)) {
-        const std::vector<TriangleId> order = patchOrder(graph);
+        const LargeVector<TriangleId> order = patchOrder(graph);
         forEachWhile(graph.count(), goesOn, [&](std::uint32_t i) { visit(order[i]); });
     } else {
         forEachWhile(graph.count(), goesOn, visit);
@@ -154,9 +156,9 @@ template <class Sides>
 class StarListing {
 public:
     StarListing(const Sides& sides, const GoesOn& goesOn)
-        : sides_(sides), goesOn_(goesOn), tables_(std::size_t{4} * sides.count()) {
+        : sides_(sides), goesOn_(goesOn), tables_(std::size_t{3} * sides.count()) {
         forEachWhile(sides.count(), goesOn_,
-                     [this](TriangleId id) { std::fill_n(&tables_[halfEdgeOf(id, 0)], 4, noTable); });
+                     [this](TriangleId id) { std::fill_n(&table(halfEdgeOf(id, 0)), 3, noTable); });
         // An edge has two entries, of its two triangles or of the one at a border.
         layout_.entries_.reserve(std::size_t{3} * sides.count() + countOpenSides());
         layout_.ends_.reserve(sides.count() / 2 + 16);
@@ -168,7 +170,7 @@ public:
         layout_.groupCount_ = groupCount;
         layout_.parts_.reserve(sides_.count() / 2 + 16);
     }
-    void noteCornersIn(std::vector<HalfEdgeId>& corners) { corners_ = &corners; }
+    void noteCornersIn(LargeVector<HalfEdgeId>& corners) { corners_ = &corners; }
 
     StarLayout run(GroupedCorners grouped, const PatchGroups& groups) {
         forEachWhile(static_cast<std::uint32_t>(grouped.corners.size()), goesOn_,
@@ -228,8 +230,11 @@ private:
             std::max(layout_.maxStarSize_, static_cast<std::uint32_t>(layout_.entries_.size() - begin));
     }
 
+    /// The number that the first star of an edge has given its table, by half-edge; three of them a triangle.
+    [[nodiscard]] std::uint32_t& table(HalfEdgeId halfEdge) const { return tables_[halfEdge - triangleOf(halfEdge)]; }
+
     /// Turns a closed star until it begins with a kept table after one that is not; returns by how many entries.
-    static std::ptrdiff_t keptFirst(std::vector<StarEntry>::iterator begin, std::vector<StarEntry>::iterator end) {
+    static std::ptrdiff_t keptFirst(LargeVector<StarEntry>::iterator begin, LargeVector<StarEntry>::iterator end) {
         const auto rest = std::find_if_not(begin, end, [](const StarEntry& entry) { return entry.isKept(); });
         const auto kept = std::find_if(rest, end, [](const StarEntry& entry) { return entry.isKept(); });
         if (kept == end) {
@@ -242,23 +247,23 @@ private:
     /// \param side  the half-edge of this star across which the edge lies
     /// \param other the half-edge across which it lies in its other star
     void addEntry(HalfEdgeId side, HalfEdgeId other) {
-        const std::uint32_t table = tables_[side];
-        if (table == noTable) {
-            tables_[other] = layout_.tableCount_;
+        const std::uint32_t number = table(side);
+        if (number == noTable) {
+            table(other) = layout_.tableCount_;
             layout_.entries_.emplace_back(layout_.tableCount_++, StarEntry::Share::Kept);
             return;
         }
         const HalfEdgeId twin = sides_.twin(side);
-        layout_.entries_.emplace_back(table, sides_.isFree(twin)      ? StarEntry::Share::FreeRest
-                                             : sides_.isOutside(twin) ? StarEntry::Share::BorderRest
-                                                                      : StarEntry::Share::InnerRest);
+        layout_.entries_.emplace_back(number, sides_.isFree(twin)      ? StarEntry::Share::FreeRest
+                                              : sides_.isOutside(twin) ? StarEntry::Share::BorderRest
+                                                                       : StarEntry::Share::InnerRest);
     }
 
     Sides sides_;
     const GoesOn& goesOn_;
-    LargeArray<std::uint32_t> tables_; ///< by half-edge, the number that the first star of an edge has given its table
+    LargeArray<std::uint32_t> tables_;
     const Parts* parts_ = nullptr;
-    std::vector<HalfEdgeId>* corners_ = nullptr;
+    LargeVector<HalfEdgeId>* corners_ = nullptr;
     StarLayout layout_;
 };
 
@@ -316,7 +321,7 @@ StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team) {
     return listing.run(std::move(grouped), groups);
 }
 
-StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners,
+StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, LargeVector<HalfEdgeId>& corners,
                      const GoesOn& goesOn) {
     GroupedCorners grouped = groupCorners(PartitionSides{partition}, partition, groups, goesOn);
     StarListing listing(PartitionSides{partition}, goesOn);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/PatchGroups.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 #include "vexa/mesh/detail/strips/WorkTeam.h"
@@ -84,9 +85,9 @@ private:
         std::uint32_t isOpen : 1;
     };
 
-    std::vector<StarEntry> entries_;
-    std::vector<End> ends_;
-    std::vector<std::uint32_t> parts_; ///< per star
+    LargeVector<StarEntry> entries_;
+    LargeVector<End> ends_;
+    LargeVector<std::uint32_t> parts_; ///< per star
     std::vector<std::uint32_t> groupEnds_;
     std::array<std::uint32_t, PatchGroups::levels + 1> levelBegins_{}; ///< of groups
     std::uint32_t partCount_ = 0;
@@ -109,7 +110,7 @@ StarLayout listStars(std::span<const unsigned int> triangles, WorkTeam& team);
 /// \param corners receives for every star the half-edge that leaves its vertex in the triangle before the first entry;
 ///                in an open star, where the outside is before it, the one in the triangle after it
 /// \param goesOn  the result is of no use once it has returned false
-StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, std::vector<HalfEdgeId>& corners,
+StarLayout listStars(const StripPartition& partition, const PatchGroups& groups, LargeVector<HalfEdgeId>& corners,
                      const GoesOn& goesOn);
 
 } // namespace vexa::mesh::detail
