@@ -16,6 +16,7 @@
 #include <array>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <stdexcept>
 
 namespace {
@@ -167,6 +168,19 @@ TEST(ConcatAttribs, RefusesMoreElementsThan64BitsCount) {
     EXPECT_EQ(target->getElementCount(), 1u);
     EXPECT_THROW(concatAttribs(endless, target, leave), std::length_error);
     EXPECT_EQ(std::count(calls->begin(), calls->end(), "a.resize 0"), 0);
+}
+
+// Has no room for elements.
+class FullBuffer : public vexa::test::ForeignAttributeBuffer {
+public:
+    FullBuffer() : ForeignAttributeBuffer(FLOAT, 3, "a") {}
+    void resize(unsigned long) override { throw std::bad_alloc(); }
+};
+
+TEST(ConcatAttribs, AllowsAsManyElementsAs64BitsCount) {
+    const std::shared_ptr<AttributeBuffer> endless = std::make_shared<EndlessBuffer>("a");
+    std::shared_ptr<AttributeBuffer> full = std::make_shared<FullBuffer>();
+    EXPECT_THROW(concatAttribs(full, endless, leave), std::bad_alloc);
 }
 
 TEST(ConcatAttribs, OverwritesAPartOfAnElementAtTheEndOfTheStorage) {
