@@ -148,6 +148,7 @@ std::vector<MeshOperation> meshOperations() {
         {"strips, effort 2", all, strips({})},
         {"strips, effort 2, degenerate", all, strips({.join = StripJoin::Degenerate})},
         {"strips, effort 3", 200, strips({.effort = 3, .seed = 7})},
+        {"strips, effort 3, 10 passes", 200, strips({.effort = 3, .annealingPasses = 10})},
         {"strips of at most 7", all, strips({.maxTriangles = 7})},
         {"strips for vertex caches", all, strips({.forVertexCache = true})},
         {"bound, restart", 600, bound(StripJoin::Restart)},

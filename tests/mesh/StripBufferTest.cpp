@@ -207,6 +207,30 @@ TEST(StripBuffer, DependsOnTheSeedFromEffort3On) {
     EXPECT_NE(build(3, 1), build(3, 2));
 }
 
+TEST(StripBuffer, AnnealsInAsManyPassesAsAskedFor) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(90, 70), 5), 2);
+    const auto lengthAt = [&mesh](unsigned effort, std::uint32_t passes) {
+        return buildStripBuffer(mesh, {.effort = effort, .microsecondsPerTriangle = 0, .annealingPasses = passes})
+            .size();
+    };
+    EXPECT_LT(lengthAt(3, 10), lengthAt(2, 0));
+    EXPECT_LT(lengthAt(3, 0), lengthAt(3, 10));
+    EXPECT_EQ(lengthAt(3, 88), lengthAt(3, 0));
+    EXPECT_EQ(lengthAt(4, 10), lengthAt(3, 10));
+    EXPECT_EQ(lengthAt(2, 10), lengthAt(2, 0));
+}
+
+TEST(StripBuffer, FewAnnealingPassesNeverNeedMoreIndicesThanNone) {
+    for (std::uint32_t seed = 0; seed < 40; ++seed) {
+        const Indices mesh = meshes::damaged(meshes::sphere(9, 7), seed);
+        for (const StripJoin join : {StripJoin::Restart, StripJoin::Degenerate}) {
+            const Indices strip = buildStripBuffer(mesh, {.effort = 3, .join = join, .annealingPasses = 1});
+            EXPECT_LE(strip.size(), buildStripBuffer(mesh, {.effort = 2, .join = join}).size()) << seed;
+            EXPECT_EQ(canonicalStrip(strip), canonicalTriangles(mesh)) << seed;
+        }
+    }
+}
+
 TEST(StripBuffer, ReportsProgressThatNeverFalls) {
     double last = 0;
     unsigned calls = 0;

@@ -39,6 +39,9 @@ struct StripBufferOptions {
     /// function.
     std::function<bool(const StripProgress&)> onProgress = {};
     unsigned threads = 1; ///< most threads to work in, the calling one included; 0 for as many as the processor runs
+    /// Passes of the annealing at efforts 3 and 4; 0 for 88. Fewer than 40 start without sweeps of the lower bound: 10 save
+    /// almost two thirds of the indices that 88 save, in less than a third of the time.
+    std::uint32_t annealingPasses = 0;
 };
 
 /// Turns a triangle list into one `TRIANGLE_STRIP` index list with as few indices as the effort finds.

@@ -32,6 +32,10 @@ namespace {
 /// Sweeps of the cost split from which annealing starts.
 constexpr unsigned minSweeps = 8;
 
+constexpr std::uint32_t defaultAnnealingPasses = 88;
+/// Annealing in fewer passes starts without sweeps, which would take longer than they save.
+constexpr std::uint32_t minPassesForSweeps = 40;
+
 /// Effort 1 tunnels to the end in meshes of fewer triangles.
 constexpr std::uint64_t smallMesh = 1024;
 
@@ -194,8 +198,9 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     monitor_.startPhase(StripPhase::Tunnelling, effort >= 3 ? 0.1 : 0.7);
     extendStrips(partition);
     if (effort >= 3) {
-        constexpr std::uint32_t passes = 88;
-        anneal(partition, minSweeps, [](std::uint32_t pass) { return static_cast<double>(pass) / passes; });
+        const std::uint32_t passes = options_.annealingPasses == 0 ? defaultAnnealingPasses : options_.annealingPasses;
+        anneal(partition, passes < minPassesForSweeps ? 0 : minSweeps,
+               [passes](std::uint32_t pass) { return static_cast<double>(pass) / passes; });
     }
     if (effort >= 4) {
         annealUntil(partition, start);
@@ -234,7 +239,8 @@ void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps,
     labelByLinks(partition);
     const bool isRestart = options_.join == StripJoin::Restart;
     // Where charges are few and far apart, sweeps do not find the long ways between them.
-    if (!annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, cooling}, team_,
+    if (!annealLabels(partition,
+                      {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, sweeps == 0, cooling}, team_,
                       monitor_)) {
         return;
     }

@@ -25,7 +25,7 @@ std::uint64_t anneal(StripPartition& partition, std::uint32_t seed, unsigned swe
     StripMonitor monitor(nobody);
     labelByLinks(partition);
     WorkTeam team(threads);
-    annealLabels(partition, {1.5, seed, sweeps, [](std::uint32_t pass) { return pass / 40.0; }, patchSize}, team,
+    annealLabels(partition, {1.5, seed, sweeps, false, [](std::uint32_t pass) { return pass / 40.0; }, patchSize}, team,
                  monitor);
     cutLoops(partition);
     return countExtraIndices(partition);

@@ -207,10 +207,10 @@ inline void LabelAnnealing::relabel(const Star& star, const StarOdds& odds, Fast
 }
 
 /// Temperature after so much of the cooling: it falls geometrically.
-double temperatureAt(std::uint32_t step, std::uint32_t steps, bool isGoodStart) {
+double temperatureAt(std::uint32_t step, std::uint32_t steps, bool isMild) {
     // The last one is 0.22. Labels that are good already would be lost at the higher one.
-    const double hottest = isGoodStart ? 0.4 : 0.6;
-    const double ratio = isGoodStart ? 0.97434 : 0.95731;
+    const double hottest = isMild ? 0.4 : 0.6;
+    const double ratio = isMild ? 0.97434 : 0.95731;
     double temperature = hottest;
     for (std::uint32_t i = 0; i < step * 23 / std::max(1U, steps - 1); ++i) {
         temperature *= ratio;
@@ -259,7 +259,7 @@ bool annealLabels(StripPartition& partition, const AnnealingOptions& options, Wo
         const std::uint32_t newStep = static_cast<std::uint32_t>(done * steps);
         if (newStep != step) {
             step = newStep;
-            odds.emplace(scale * temperatureAt(step, steps, isSplit), options.endCost);
+            odds.emplace(scale * temperatureAt(step, steps, isSplit || options.isShort), options.endCost);
         }
         goesOn = annealing.pass(*odds, monitor, done);
     }

@@ -13,6 +13,7 @@ struct AnnealingOptions {
     double endCost;     ///< indices for one end of a strip: half of what a strip costs
     std::uint32_t seed; ///< of the random numbers
     unsigned sweeps;    ///< of a cost split, the labels of which are tried as a start besides those given; 0: none
+    bool isShort;       ///< too few passes to make up for what the highest temperature undoes, so it begins lower
     /// Returns how much of the cooling is done, from 0 to 1, given the number of passes made.
     std::function<double(std::uint32_t)> cooling;
     std::uint32_t patchSize = 4096; ///< triangles of a patch, on which one thread works
