@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace {
 
 using namespace tool_test;
@@ -245,6 +247,7 @@ TEST_F(StripCommand, SaysHowFewIndicesThereCanBe) {
 TEST_F(StripCommand, ProvesTheMinimumOfLargeFilesOnlyOnRequest) {
     EXPECT_TRUE(strip(gridModel(101, 100))["total"]["minIndices"].is_null());
     EXPECT_THAT(runForked({"strip", in, "-o", out}).out, testing::Not(HasSubstr("no strips can have")));
+    EXPECT_TRUE(strip(gridModel(101, 100), {"--annealing-passes", "1"})["total"]["minIndices"].is_null());
     EXPECT_TRUE(strip(gridModel(101, 100), {"--bound"})["total"]["minIndices"].is_number());
 }
 
@@ -254,6 +257,27 @@ TEST_F(StripCommand, CountsTheMinimumOfSharedIndicesOnce) {
     const Json report = strip(model);
     EXPECT_EQ(report["meshes"][0]["minIndices"], report["total"]["minIndices"]);
     EXPECT_EQ(report["meshes"][1]["minIndices"], report["total"]["minIndices"]);
+}
+
+TEST_F(StripCommand, SavesFewerIndicesInFewerAnnealingPasses) {
+    Grid grid = makeGrid(90, 80);
+    std::mt19937 random(1);
+    for (std::size_t i = 0; i < grid.indices.size(); i += 6) {
+        if (random() % 2 == 0) { // along the other diagonal
+            grid.indices[i + 2] = grid.indices[i + 4];
+            grid.indices[i + 3] = grid.indices[i];
+        }
+    }
+    GltfModel model;
+    const int positions = model.addPositions(grid.positions);
+    model.addMesh(positions, model.addIndices(grid.indices));
+    const auto countWith = [&](const std::vector<std::string>& options) {
+        return strip(model, options)["total"]["indicesAfter"].get<int>();
+    };
+    const int few = countWith({"--annealing-passes", "10"});
+    EXPECT_LT(few, countWith({}));
+    EXPECT_EQ(few, countWith({"--annealing-passes", "10", "--effort", "3"}));
+    EXPECT_GT(few, countWith({"--effort", "3"}));
 }
 
 TEST_F(StripCommand, RefusesFlagsOfDifferentSearches) {
@@ -268,6 +292,10 @@ TEST_F(StripCommand, RefusesFlagsOfDifferentSearches) {
     expectRefusal({"--effort", "2", "--iterations", "5"}, "--iterations and --effort belong to different searches");
     expectRefusal({"--fans", "6", "--for-vertex-cache"}, "--fans and --for-vertex-cache belong to different searches");
     expectRefusal({"--budget", "5", "--effort", "3"}, "--budget is the time of --effort 4");
+    expectRefusal({"--annealing-passes", "5", "--effort", "2"},
+                  "--annealing-passes are those of --effort 3 and 4; effort 2 has none");
+    expectRefusal({"--annealing-passes", "5", "--fans", "6"},
+                  "--fans and --annealing-passes belong to different searches");
     expectRefusal({"--effort", "5"}, "--effort");
 }
 

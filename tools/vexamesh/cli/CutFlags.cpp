@@ -12,8 +12,8 @@ namespace {
 
 /// The effort whose search goes on for a given time.
 constexpr std::uint32_t timedEffort = 4;
-/// From here on the search takes longer than the proof of a minimum.
-constexpr std::uint32_t longEffort = 3;
+/// The lowest effort that anneals. Unless its passes are few, it takes longer than the proof of a minimum.
+constexpr std::uint32_t annealingEffort = 3;
 
 } // namespace
 
@@ -25,12 +25,18 @@ void CutFlags::addTo(Flags& flags) {
               {.typeName = "0-4", .max = timedEffort});
     flags.add("--budget", budget_, "Time per triangle of the search at effort 4 (default: 10)",
               {.typeName = "MICROSECONDS", .min = 1, .max = max});
+    flags.add(
+        "--annealing-passes", annealingPasses_,
+        "Passes of the search at effort 3 (default: 88); 10 take 3 to 5 times as long as effort 2, for two thirds "
+        "of what 88 save",
+        {.typeName = "N", .min = 1, .max = max});
     flags.add("--for-vertex-cache", forVertexCache_,
               "Short strips in an order that reuses transformed vertices, for more indices");
     flags.add("--max-strip", maxStrip_, "Most triangles of a strip", {.typeName = "N", .min = 1, .max = max});
-    flags.add("--bound", provesMin_,
-              "Prove how few indices strips can have, which takes several times as long as the search at effort 2; "
-              "done unasked for primitives of up to 20,000 triangles and from effort 3 on");
+    flags.add(
+        "--bound", provesMin_,
+        "Prove how few indices strips can have, which takes several times as long as the search at effort 2; "
+        "done unasked for primitives of up to 20,000 triangles and, without --annealing-passes, from effort 3 on");
     flags.add("--threads", threads_,
               "Threads that share the search and the proof in a large primitive; the strip command also cuts several "
               "primitives at the same time; the strips are the same in any number of threads, except at effort 4 "
@@ -54,10 +60,11 @@ void CutFlags::addTo(Flags& flags) {
 
 void CutFlags::checkSearch() const {
     const char* ofPasses = iterations_ ? "--iterations" : fans_ > 0 ? "--fans" : nullptr;
-    const char* ofEfforts = effort_           ? "--effort"
-                            : budget_         ? "--budget"
-                            : forVertexCache_ ? "--for-vertex-cache"
-                                              : nullptr;
+    const char* ofEfforts = effort_            ? "--effort"
+                            : budget_          ? "--budget"
+                            : annealingPasses_ ? "--annealing-passes"
+                            : forVertexCache_  ? "--for-vertex-cache"
+                                               : nullptr;
     if (ofPasses != nullptr && ofEfforts != nullptr) {
         throw UsageError(std::string(ofPasses) + " and " + ofEfforts +
                          " belong to different searches; give one of them");
@@ -69,13 +76,20 @@ void CutFlags::checkEffort() const {
         throw UsageError("--budget is the time of --effort 4; effort " + std::to_string(*effort_) +
                          " takes the time that it needs");
     }
+    if (annealingPasses_ && effort_.value_or(annealingEffort) < annealingEffort) {
+        throw UsageError("--annealing-passes are those of --effort 3 and 4; effort " + std::to_string(*effort_) +
+                         " has none");
+    }
 }
 
 StripSettings CutFlags::settings() const {
     checkSearch();
     checkEffort();
     StripSettings settings;
-    settings.search.effort = effort_.value_or(budget_ ? timedEffort : settings.search.effort);
+    settings.search.effort = effort_.value_or(budget_            ? timedEffort
+                                              : annealingPasses_ ? annealingEffort
+                                                                 : settings.search.effort);
+    settings.search.annealingPasses = annealingPasses_.value_or(0);
     if (budget_) {
         settings.search.microsecondsPerTriangle = *budget_;
     }
@@ -88,7 +102,7 @@ StripSettings CutFlags::settings() const {
         passes.buildFans = fans_ > 0;
         passes.minFanTriangles = fans_;
     }
-    if (provesMin_ || settings.search.effort >= longEffort) {
+    if (provesMin_ || (settings.search.effort >= annealingEffort && !annealingPasses_)) {
         settings.provesMin = true;
     }
     settings.allStrips = allStrips_;
@@ -103,6 +117,7 @@ std::string CutFlags::text() const {
     std::string text;
     text += effort_ ? " --effort " + std::to_string(*effort_) : "";
     text += budget_ ? " --budget " + std::to_string(*budget_) : "";
+    text += annealingPasses_ ? " --annealing-passes " + std::to_string(*annealingPasses_) : "";
     text += forVertexCache_ ? " --for-vertex-cache" : "";
     text += maxStrip_ > 0 ? " --max-strip " + std::to_string(maxStrip_) : "";
     text += provesMin_ ? " --bound" : "";

@@ -28,6 +28,7 @@ private:
 
     std::optional<std::uint32_t> effort_;
     std::optional<std::uint32_t> budget_; ///< microseconds per triangle
+    std::optional<std::uint32_t> annealingPasses_;
     bool forVertexCache_ = false;
     std::uint32_t maxStrip_ = 0; ///< most triangles of a strip; 0 for any number
     bool provesMin_ = false;
