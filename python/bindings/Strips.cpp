@@ -40,7 +40,7 @@ bool report(const Progress& progress, double fraction) {
 
 StripBufferOptions makeOptions(unsigned effort, bool degenerate, double microseconds, std::uint32_t seed,
                                std::uint32_t maxTriangles, bool forVertexCache, unsigned threads,
-                               const Progress& progress) {
+                               std::uint32_t annealingPasses, const Progress& progress) {
     StripBufferOptions options;
     options.threads = threads;
     options.effort = effort;
@@ -49,14 +49,16 @@ StripBufferOptions makeOptions(unsigned effort, bool degenerate, double microsec
     options.seed = seed;
     options.maxTriangles = maxTriangles;
     options.forVertexCache = forVertexCache;
+    options.annealingPasses = annealingPasses;
     options.onProgress = [&progress](const StripProgress& state) { return report(progress, state.fraction); };
     return options;
 }
 
 Indices stripBuffer(const Indices& triangles, unsigned effort, bool degenerate, double microseconds, std::uint32_t seed,
-                    std::uint32_t maxTriangles, bool forVertexCache, unsigned threads, const Progress& progress) {
-    const auto options =
-        makeOptions(effort, degenerate, microseconds, seed, maxTriangles, forVertexCache, threads, progress);
+                    std::uint32_t maxTriangles, bool forVertexCache, unsigned threads, std::uint32_t annealingPasses,
+                    const Progress& progress) {
+    const auto options = makeOptions(effort, degenerate, microseconds, seed, maxTriangles, forVertexCache, threads,
+                                     annealingPasses, progress);
     std::vector<unsigned int> strip;
     {
         const py::gil_scoped_release unlocked;
@@ -66,9 +68,10 @@ Indices stripBuffer(const Indices& triangles, unsigned effort, bool degenerate, 
 }
 
 py::list stripList(const Indices& triangles, unsigned effort, double microseconds, std::uint32_t seed,
-                   std::uint32_t maxTriangles, bool forVertexCache, unsigned threads, const Progress& progress) {
-    const auto options =
-        makeOptions(effort, false, microseconds, seed, maxTriangles, forVertexCache, threads, progress);
+                   std::uint32_t maxTriangles, bool forVertexCache, unsigned threads, std::uint32_t annealingPasses,
+                   const Progress& progress) {
+    const auto options = makeOptions(effort, false, microseconds, seed, maxTriangles, forVertexCache, threads,
+                                     annealingPasses, progress);
     std::vector<IndexedPrimitive> strips;
     {
         const py::gil_scoped_release unlocked;

@@ -33,6 +33,7 @@ def test_options_reach_the_tool(grid, tmp_path):
     assert "weld" in io.strip_file(source, out, weld=0.5)
     assert "weld" in io.strip_file(source, out, weld=True)
     assert io.strip_file(source, out, effort=4, microseconds_per_triangle=2)["total"]["sameTriangles"]
+    assert io.strip_file(source, out, effort=3, annealing_passes=2)["total"]["sameTriangles"]
 
 
 def test_strips_become_lists_again(grid, tmp_path):

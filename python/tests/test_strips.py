@@ -113,13 +113,21 @@ def test_wrong_faces_are_refused_with_the_reason():
 
 def test_wrong_options_are_refused_with_the_reason():
     triangle = [0, 1, 2]
-    for options in ({"effort": -1}, {"effort": 5}, {"join": "glue"}, {"max_strip": 0}, {"seed": -1}):
+    for options in ({"effort": -1}, {"effort": 5}, {"join": "glue"}, {"max_strip": 0}, {"annealing_passes": 0}, {"seed": -1}):
         with pytest.raises(ValueError, match=next(iter(options))):
             vexamesh.strip(triangle, **options)
     with pytest.raises(ValueError):
         vexamesh.strip(triangle, effort=4, microseconds_per_triangle=-1)
     with pytest.raises(ValueError, match="join"):
         vexamesh.lower_bound(triangle, None)
+
+
+def test_fewer_annealing_passes_save_fewer_indices(grid):
+    corners = grid(60, 60).reshape(-1, 6)
+    turned = corners[:, [0, 1, 4, 0, 4, 2]]  # along the other diagonal
+    faces = np.where(np.random.default_rng(3).random((len(corners), 1)) < 0.5, corners, turned).reshape(-1, 3)
+    lengths = [len(vexamesh.strip(faces, effort=3, annealing_passes=passes)) for passes in (None, 88, 10)]
+    assert lengths[0] == lengths[1] < lengths[2] < len(vexamesh.strip(faces))
 
 
 def test_strips_have_at_most_the_given_number_of_triangles(grid):

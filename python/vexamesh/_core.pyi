@@ -18,6 +18,7 @@ def strip_buffer(
     max_triangles: int,
     for_vertex_cache: bool,
     threads: int,
+    annealing_passes: int,
     progress: _Progress,
 ) -> _Indices: ...
 def strip_list(
@@ -28,6 +29,7 @@ def strip_list(
     max_triangles: int,
     for_vertex_cache: bool,
     threads: int,
+    annealing_passes: int,
     progress: _Progress,
 ) -> List[_Indices]: ...
 def triangles_of_strip(strip: _Indices) -> _Indices: ...

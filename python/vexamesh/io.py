@@ -68,6 +68,7 @@ def strip_file(
     cache_aware: bool = False,
     max_strip: Optional[int] = None,
     microseconds_per_triangle: Optional[int] = None,
+    annealing_passes: Optional[int] = None,
     bound: bool = False,
     index_bits: Optional[Literal[8, 16]] = None,
     weld: Optional[Union[bool, float]] = None,
@@ -82,6 +83,7 @@ def strip_file(
     :param cache_aware: short strips in an order that reuses transformed vertices, for more indices
     :param max_strip: most triangles of a strip
     :param microseconds_per_triangle: at effort 4, the time for the search
+    :param annealing_passes: at efforts 3 and 4, as for :func:`vexamesh.strip`
     :param bound: prove how few indices strips can have
     :param index_bits: split primitives until their indices fit
     :param weld: True joins vertices whose attributes are all equal; a number joins those at most that far apart
@@ -92,7 +94,12 @@ def strip_file(
     arguments = ["strip", _path(input), "-o", _path(output), "--json", "--effort", str(effort), "--join", join]
     arguments += ["--for-vertex-cache"] if cache_aware else []
     arguments += ["--bound"] if bound else []
-    for flag, value in (("max-strip", max_strip), ("budget", microseconds_per_triangle), ("index-bits", index_bits)):
+    for flag, value in (
+        ("max-strip", max_strip),
+        ("budget", microseconds_per_triangle),
+        ("annealing-passes", annealing_passes),
+        ("index-bits", index_bits),
+    ):
         arguments += [] if value is None else [f"--{flag}", str(value)]
     if weld is not None and weld is not False:
         arguments += ["--weld"] if weld is True else ["--weld", repr(float(weld))]
