@@ -17,7 +17,7 @@ StripJoin joinOf(bool isDegenerate) {
 }
 
 StripBufferOptions optionsOf(unsigned effort, bool isDegenerate, double microseconds, std::uint32_t seed,
-                             std::uint32_t maxTriangles, bool forVertexCache) {
+                             std::uint32_t maxTriangles, bool forVertexCache, std::uint32_t annealingPasses) {
     StripBufferOptions options;
     options.effort = effort;
     options.join = joinOf(isDegenerate);
@@ -25,6 +25,7 @@ StripBufferOptions optionsOf(unsigned effort, bool isDegenerate, double microsec
     options.seed = seed;
     options.maxTriangles = maxTriangles;
     options.forVertexCache = forVertexCache;
+    options.annealingPasses = annealingPasses;
     options.onProgress = [](const StripProgress& progress) { return goesOn(progress.fraction); };
     return options;
 }
@@ -32,22 +33,26 @@ StripBufferOptions optionsOf(unsigned effort, bool isDegenerate, double microsec
 } // namespace
 
 VEXA_CALL bool vexaStrip(const unsigned int* triangles, std::size_t count, unsigned effort, bool isDegenerate,
-                         double microseconds, std::uint32_t seed, std::uint32_t maxTriangles, bool forVertexCache) {
+                         double microseconds, std::uint32_t seed, std::uint32_t maxTriangles, bool forVertexCache,
+                         std::uint32_t annealingPasses) {
     return guarded([&](Results& results) {
-        const std::vector<unsigned int> strip = buildStripBuffer(
-            {triangles, count}, optionsOf(effort, isDegenerate, microseconds, seed, maxTriangles, forVertexCache));
+        const std::vector<unsigned int> strip =
+            buildStripBuffer({triangles, count}, optionsOf(effort, isDegenerate, microseconds, seed, maxTriangles,
+                                                           forVertexCache, annealingPasses));
         results.add(strip);
     });
 }
 
 /// Results: the indices of all strips, and how many each has.
 VEXA_CALL bool vexaStrips(const unsigned int* triangles, std::size_t count, unsigned effort, double microseconds,
-                          std::uint32_t seed, std::uint32_t maxTriangles, bool forVertexCache) {
+                          std::uint32_t seed, std::uint32_t maxTriangles, bool forVertexCache,
+                          std::uint32_t annealingPasses) {
     return guarded([&](Results& results) {
         std::vector<unsigned int> indices;
         std::vector<std::uint32_t> counts;
-        for (const IndexedPrimitive& strip : buildStrips(
-                 {triangles, count}, optionsOf(effort, false, microseconds, seed, maxTriangles, forVertexCache))) {
+        for (const IndexedPrimitive& strip :
+             buildStrips({triangles, count},
+                         optionsOf(effort, false, microseconds, seed, maxTriangles, forVertexCache, annealingPasses))) {
             indices.insert(indices.end(), strip.indices.begin(), strip.indices.end());
             counts.push_back(static_cast<std::uint32_t>(strip.indices.size()));
         }

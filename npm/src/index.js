@@ -53,12 +53,15 @@ function isDegenerate(join) {
     return join === 'degenerate';
 }
 
-function searchOf({ effort = 2, microsecondsPerTriangle = 10, seed = 1, maxTriangles = 0, forVertexCache = false }) {
+function searchOf({
+    effort = 2, microsecondsPerTriangle = 10, annealingPasses = 0, seed = 1, maxTriangles = 0, forVertexCache = false,
+}) {
     return [
         microsecondsPerTriangle,
         numberOf('seed', seed, 0) | 0,
         numberOf('maxTriangles', maxTriangles, 0) | 0,
         forVertexCache ? 1 : 0,
+        numberOf('annealingPasses', annealingPasses, 0) | 0,
         numberOf('effort', effort, 0, 4),
     ];
 }
@@ -74,21 +77,21 @@ function taking(read) {
 
 export function strip(triangles, options = {}) {
     const indices = toIndices(triangles, 'triangles');
-    const [microseconds, seed, maxTriangles, forVertexCache, effort] = searchOf(options);
+    const [microseconds, seed, maxTriangles, forVertexCache, annealingPasses, effort] = searchOf(options);
     const degenerate = isDegenerate(options.join ?? 'restart');
     return taking(() => {
         callWithProgress(options.onProgress, 'vexaStrip', indices, indices.length, effort, degenerate ? 1 : 0, microseconds,
-            seed, maxTriangles, forVertexCache);
+            seed, maxTriangles, forVertexCache, annealingPasses);
         return toType(result(0, Uint32Array), options.type);
     });
 }
 
 export function strips(triangles, options = {}) {
     const indices = toIndices(triangles, 'triangles');
-    const [microseconds, seed, maxTriangles, forVertexCache, effort] = searchOf(options);
+    const [microseconds, seed, maxTriangles, forVertexCache, annealingPasses, effort] = searchOf(options);
     return taking(() => {
         callWithProgress(options.onProgress, 'vexaStrips', indices, indices.length, effort, microseconds, seed, maxTriangles,
-            forVertexCache);
+            forVertexCache, annealingPasses);
         const all = toType(result(0, Uint32Array), options.type);
         let begin = 0;
         return Array.from(result(1, Uint32Array), (count) => all.slice(begin, begin += count));

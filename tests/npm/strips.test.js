@@ -65,6 +65,20 @@ test('strips returns each strip by itself', () => {
     assert.deepEqual(sorted(all.flatMap((one) => Array.from(unstrip(one)))), sorted(triangles));
 });
 
+test('fewer annealing passes save fewer indices', () => {
+    const mixed = grid(60, 60);
+    for (let i = 0; i < mixed.length; i += 6) {
+        if (Math.imul(i / 6 + 1, 0x9e3779b1) < 0) {
+            const [a, b, c, , d] = mixed.subarray(i, i + 6);
+            mixed.set([a, b, d, a, d, c], i); // along the other diagonal
+        }
+    }
+    const lengthOf = (options) => strip(mixed, options).length;
+    assert.ok(lengthOf({ effort: 3, annealingPasses: 10 }) < lengthOf({ effort: 2 }));
+    assert.ok(lengthOf({ effort: 3 }) < lengthOf({ effort: 3, annealingPasses: 10 }));
+    assert.equal(strips(mixed, { effort: 3, annealingPasses: 88 }).length, strips(mixed, { effort: 3 }).length);
+});
+
 test('minIndexCount is at most the length of any strip', () => {
     const bound = minIndexCount(triangles);
     assert.ok(bound > triangles.length / 3);
