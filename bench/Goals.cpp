@@ -125,14 +125,14 @@ std::vector<double> joinedRatios(const Results& results, std::string_view conten
     return ratios;
 }
 
-/// Indices of a contender to those that are proven necessary, on every real model.
-std::vector<double> indicesToBound(const Results& results, std::string_view contender) {
+/// Indices of a contender to those of another one, or to those proven necessary, on every real model with both.
+std::vector<double> indexRatios(const Results& results, std::string_view contender, std::string_view reference) {
     std::vector<double> ratios;
     for (const Measurement& measurement : results.all()) {
         const Stats* const own = measurement.find(contender);
-        const Stats* const bound = measurement.find(names::bound);
-        if (measurement.real && own != nullptr && bound != nullptr) {
-            ratios.push_back(static_cast<double>(own->output.indices) / static_cast<double>(bound->output.indices));
+        const Stats* const other = measurement.find(reference);
+        if (measurement.real && own != nullptr && other != nullptr) {
+            ratios.push_back(static_cast<double>(own->output.indices) / static_cast<double>(other->output.indices));
         }
     }
     return ratios;
@@ -149,12 +149,16 @@ void addBufferGoals(const Results& results, std::vector<Goal>& goals) {
         joinedRatios(results, names::degenerate2, &JoinedStrips::byDegenerates), 0.80, 0.93);
     add("indices at effort 3 joined by restart, to the best peer",
         joinedRatios(results, names::effort3, &JoinedStrips::byRestart), 0.84, 0.91);
-    const auto ofEffort3 = indicesToBound(results, names::effort3);
-    const auto ofEffort4 = indicesToBound(results, names::effort4);
+    const auto ofEffort3 = indexRatios(results, names::effort3, names::bound);
+    const auto ofEffort4 = indexRatios(results, names::effort4, names::bound);
     goals.push_back({withCount("indices at effort 3 to minIndexCount, geometric mean", ofEffort3), 1.025,
                      geometricMean(ofEffort3)});
     goals.push_back({withCount("indices at effort 4 with 60 us to minIndexCount, geometric mean", ofEffort4), 1.012,
                      geometricMean(ofEffort4)});
+    goals.push_back({"indices after 10 annealing passes to effort 2, geometric mean over the real models", 0.992,
+                     geometricMean(indexRatios(results, names::annealingTen, names::effort2))});
+    goals.push_back({"buildStripBuffer with 10 annealing passes to effort 2, geometric mean over the real models", 4.0,
+                     geometricMean(ratiosOf(results, "strips/", names::annealingTen, names::effort2, true))});
     const auto time3 = ratiosOf(results, "strips/", names::effort3, names::effort2, true);
     goals.push_back({"buildStripBuffer at effort 3, to effort 2, worst real model", 20.0, maxOf(time3)});
     add("buildStripBuffer at effort 1, to meshoptimizer",

@@ -54,6 +54,7 @@ inline constexpr const char* joined = "buildPrimitives, joinStrips";
 inline constexpr const char* effort0 = "buildStripBuffer, effort 0";
 inline constexpr const char* effort1 = "buildStripBuffer, effort 1";
 inline constexpr const char* effort2 = "buildStripBuffer, effort 2";
+inline constexpr const char* annealingTen = "effort 3, 10 annealing passes";
 inline constexpr const char* effort3 = "buildStripBuffer, effort 3";
 inline constexpr const char* effort4 = "buildStripBuffer, effort 4, 60 us";
 inline constexpr const char* degenerate2 = "buildStripBuffer, effort 2, degen.";

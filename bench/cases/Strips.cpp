@@ -25,6 +25,7 @@ Comparison compareStrips(const ModelPtr& model, const std::string& name) {
                              stripBufferContender(names::effort2, model, {.effort = 2})};
     const auto add = [&comparison](Contender contender) { comparison.contenders.push_back(std::move(contender)); };
     if (model->real) { // it takes long, and generated models show nothing else
+        add(stripBufferContender(names::annealingTen, model, {.effort = 3, .annealingPasses = 10}));
         add(stripBufferContender(names::effort3, model, {.effort = 3}));
     }
     add(stripBufferContender(names::degenerate2, model, {.effort = 2, .join = vexa::mesh::StripJoin::Degenerate}));
