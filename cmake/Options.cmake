@@ -20,7 +20,7 @@ set(VEXA_LOGGING_TARGET "" CACHE STRING
     "CMake target that defines logging::Logger::getBoostLogger; empty builds the default logger")
 set(VEXA_SANITIZE "" CACHE STRING "Sanitizers for all targets, for example address,undefined")
 set(VEXA_GOOGLETEST_SOURCE "" CACHE STRING "GoogleTest sources to build the tests with; empty uses an installed one")
-option(VEXA_COVERAGE "Record code coverage" OFF)
+option(VEXA_COVERAGE "Record code coverage, with clang++" OFF)
 
 if(PROJECT_IS_TOP_LEVEL)
     if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
@@ -32,8 +32,9 @@ if(PROJECT_IS_TOP_LEVEL)
         add_link_options(-fsanitize=${VEXA_SANITIZE})
     endif()
     if(VEXA_COVERAGE)
-        add_compile_options(--coverage)
-        add_link_options(--coverage)
+        # Counters are relocated for %c in LLVM_PROFILE_FILE, with which killed processes keep their counts.
+        add_compile_options(-fprofile-instr-generate -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
+        add_link_options(-fprofile-instr-generate)
     endif()
 endif()
 

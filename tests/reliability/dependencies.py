@@ -45,6 +45,7 @@ LICENCES = {
     'libc++-dev': 'Apache-2.0 with LLVM-exception', 'libc++abi-dev': 'Apache-2.0 with LLVM-exception', 'libboost-log-dev': 'BSL-1.0', 'nodejs': 'MIT', 'npm': 'Artistic-2.0',
     'clang': 'Apache-2.0 with LLVM-exception', 'clang-format': 'Apache-2.0 with LLVM-exception',
     'clang-tidy': 'Apache-2.0 with LLVM-exception', 'libclang-rt-14-dev': 'Apache-2.0 with LLVM-exception',
+    'llvm-14': 'Apache-2.0 with LLVM-exception',
     'libgtest-dev': 'BSD-3-clause', 'libgmock-dev': 'BSD-3-clause', 'googletest': 'BSD-3-clause', 'python3': 'PSF-2.0',
     'libcgal-dev': 'GPL-3+ and LGPL-3+', 'libcgal-demo': 'GPL-3+ and LGPL-3+', 'libopenmesh-dev': 'BSD-3-clause',
 }
