@@ -18,7 +18,6 @@ class PassObserver final : public detail::SearchObserver {
 public:
     explicit PassObserver(const StripOptions& options) : options_(options) {}
 
-    void onInvalidTriangle() override {}
     bool onPass(std::uint32_t number, std::int32_t cost, std::int32_t best, std::int32_t worst) override {
         return !options_.onPass ||
                options_.onPass({number, options_.iterations, static_cast<std::uint32_t>(cost),

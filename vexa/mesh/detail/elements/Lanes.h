@@ -314,7 +314,7 @@ void loadIntegerPairs(const unsigned char* pairs, FloatLanes& first, FloatLanes&
 #endif
 
 /// The selection of `shuffle`: two lanes of its first operand, then two of its second, from the last to the first.
-constexpr int lanesFrom(int fourth, int third, int second, int first) {
+consteval int lanesFrom(int fourth, int third, int second, int first) {
     return fourth << 6 | third << 4 | second << 2 | first;
 }
 

@@ -207,9 +207,6 @@ void SurfaceSearch::checkEdges() {
 } // namespace
 
 void findSurfaceFaults(const Surface& surface, const VertexRow* positions, FaultCollector& faults) {
-    if (!faults.wants(FaultSeverity::Warning)) {
-        return;
-    }
     SurfaceSearch search(surface, faults);
     search.checkTriangles(positions);
     search.checkEdges();

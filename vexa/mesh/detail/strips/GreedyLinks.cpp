@@ -15,13 +15,11 @@ class PollingObserver final : public SearchObserver {
 public:
     explicit PollingObserver(const Poll& poll) : poll_(poll) {}
 
-    void onInvalidTriangle() override {}
     void onWork() override {
         if (poll_) {
             poll_();
         }
     }
-    bool onPass(std::uint32_t, std::int32_t, std::int32_t, std::int32_t) override { return true; }
 
 private:
     const Poll& poll_;

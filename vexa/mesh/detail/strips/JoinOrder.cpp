@@ -58,12 +58,13 @@ private:
 
 /// Takes the next strip to join: one that suits no other parity first, so that the others remain for the rest.
 std::size_t DegenerateJoin::takeFor(bool isOdd) {
-    for (const Fit fit : {isOdd ? ODD_ONLY : EVEN_ONLY, EITHER, isOdd ? EVEN_ONLY : ODD_ONLY}) {
-        if (firstWith(fit) < strips_.size()) {
-            return next_[fit]++;
-        }
+    Fit fit = isOdd ? ODD_ONLY : EVEN_ONLY;
+    if (firstWith(fit) == strips_.size()) {
+        fit = firstWith(EITHER) < strips_.size() ? EITHER : isOdd ? EVEN_ONLY : ODD_ONLY;
     }
-    return strips_.size();
+    const std::size_t strip = firstWith(fit);
+    ++next_[fit];
+    return strip;
 }
 
 void DegenerateJoin::append(std::vector<unsigned int>& joined, std::size_t strip) {
@@ -98,10 +99,6 @@ std::vector<unsigned int> DegenerateJoin::join(const Poll& poll) {
 std::span<unsigned int> startEven(const WrittenStrip& strip) {
     const std::span<unsigned int> indices = strip.indices;
     if (!strip.startsOdd) {
-        return indices;
-    }
-    if (strip.fitsEither) {
-        std::swap(indices[1], indices[2]);
         return indices;
     }
     if (indices.size() % 2 != 0) {
@@ -156,7 +153,7 @@ std::uint64_t countIndices(std::span<const unsigned int> triangles, StripPartiti
             const bool isCountOdd = strip.indices.size() % 2 != 0;
             count += strip.indices.size();
             ++strips;
-            oddOnly += strip.startsOdd && !strip.fitsEither && !isCountOdd ? 1 : 0;
+            oddOnly += strip.startsOdd && !isCountOdd ? 1 : 0;
             changesParity |= isCountOdd;
         },
         poll);

@@ -24,7 +24,7 @@ struct LinkTables {
     std::uint8_t turn[8][4];
 };
 
-constexpr LinkTables makeLinkTables() {
+consteval LinkTables makeLinkTables() {
     LinkTables tables{};
     for (unsigned links = 0; links < 8; ++links) {
         tables.first[links] = noPlace;

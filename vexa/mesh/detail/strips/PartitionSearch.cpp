@@ -60,12 +60,8 @@ std::uint64_t leastOfLowerEfforts(const GreedyCounts& greedy, std::uint64_t tria
 /// The greedy indices, those for parity not counted, from which no strips of effort 1 need fewer than `enough`, which is
 /// not less than the number of triangles.
 std::uint64_t greedyCountFor(std::uint64_t enough, std::uint64_t triangleCount) {
-    GreedyCounts greedy;
-    greedy.fixed = (6 * (enough + maxSavingPerTriangle) - triangleCount) / 5;
-    while (leastOfTunnels(greedy, triangleCount) < enough) {
-        ++greedy.fixed;
-    }
-    return greedy.fixed;
+    // The saving is rounded down, which makes up for the rounding here: `leastOfTunnels` of the result is not less.
+    return (6 * (enough + maxSavingPerTriangle) - triangleCount) / 5;
 }
 
 class PartitionSearch {
@@ -297,7 +293,7 @@ std::uint64_t countLowerEfforts(std::span<const unsigned int> triangles, const S
     CompactGraph graph = graphOf(partition, poll);
     std::uint64_t maxExcess = noLimit;
     // The turns of irregular strips are not reliable, and plain strips may need no joint by degenerate triangles.
-    if (join == StripJoin::Restart && enough >= triangleCount && graph.isRegular()) {
+    if (join == StripJoin::Restart && graph.isRegular()) {
         maxExcess = greedyCountFor(enough, triangleCount) + 1 - triangleCount;
     }
     const StripSet strips = searchGreedily(graph, triangles, poll, maxExcess);

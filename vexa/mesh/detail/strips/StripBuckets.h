@@ -54,7 +54,6 @@ public:
         log.entries[log.end++] = triangle;
     }
     void erase(std::size_t, TriangleId) {}
-    void erase(const Pick&) {}
     void prefetch(TriangleId) const {}
 
     /// Finds the triangle that the next strip begins with; false when there is none.

@@ -21,7 +21,7 @@ public:
         for (std::size_t part = 1; part < parts; ++part) {
             // What is left must fit into the other parts.
             const std::size_t othersHold = (parts - part) * maxTriangles_;
-            const std::size_t lowest = std::max(begin + 1, count > othersHold ? count - othersHold : 0);
+            const std::size_t lowest = std::max(begin + 1, count - othersHold);
             const std::size_t highest = std::min(begin + maxTriangles_, count - 1);
             begin = findCut(exits, std::clamp(count * part / parts, lowest, highest), lowest, highest);
             partition_.cut(exits[begin - 1]);

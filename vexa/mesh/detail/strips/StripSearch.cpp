@@ -139,7 +139,9 @@ private:
 
     /// Makes a strip of an isolated triangle without reading its record, which would be a cache miss.
     bool takeAlone(const Pick& start) {
-        buckets_.erase(start);
+        if constexpr (Buckets::isRanked) {
+            buckets_.erase(start);
+        }
         graph_[start.triangle].state = stateInStrip;
         add(halfEdgeOf(start.triangle, 1));
         result_.cost += 3;

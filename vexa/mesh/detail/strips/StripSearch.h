@@ -15,13 +15,16 @@ class SearchObserver {
 public:
     virtual ~SearchObserver() = default;
     /// A free triangle came with a negative state.
-    virtual void onInvalidTriangle() = 0;
+    virtual void onInvalidTriangle() {}
     /// Called every few thousand triangles.
     virtual void onWork() {}
     /// One of several passes, counted from 1, has finished.
     ///
     /// \return false makes the next pass the last, which repeats the best so far and is not reported
-    virtual bool onPass(std::uint32_t number, std::int32_t cost, std::int32_t best, std::int32_t worst) = 0;
+    virtual bool onPass(std::uint32_t /*number*/, std::int32_t /*cost*/, std::int32_t /*best*/,
+                        std::int32_t /*worst*/) {
+        return true;
+    }
 };
 
 struct SearchOptions {

@@ -13,7 +13,7 @@ namespace vexa::mesh::detail {
 /// A strip's indices as its triangles follow one another, without a word on where it is put.
 struct WrittenStrip {
     std::span<unsigned int> indices; ///< with room for one more after the last; free to be changed
-    bool startsOdd;                  ///< its first triangle belongs at an odd position
+    bool startsOdd;                  ///< its first triangle belongs at an odd position; not where `fitsEither`
     bool fitsEither; ///< one or two triangles: exchanging the second and third index fits it to the other parity
     TriangleId triangleCount;
 };

@@ -17,7 +17,7 @@ struct LabelAcross {
     std::uint8_t label[64][4];
 };
 
-constexpr LabelAcross makeLabelAcross() {
+consteval LabelAcross makeLabelAcross() {
     LabelAcross table{};
     for (unsigned i = 0; i < 64; ++i) {
         const unsigned label = i >> 4;
