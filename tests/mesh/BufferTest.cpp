@@ -132,6 +132,13 @@ TEST(VectorBufferData, ShrinkingDropsTheTailForGood) {
     EXPECT_EQ(std::memcmp(data.getData(), "ab\0\0", 4), 0);
 }
 
+TEST(VectorBufferData, RefusesToGrowBeyondTheLargestVector) {
+    VectorBufferData data;
+    data.resize(3);
+    EXPECT_THROW(data.reserveFurther(std::numeric_limits<unsigned long>::max()), std::length_error);
+    EXPECT_EQ(data.getSizeInBytes(), 3U);
+}
+
 TEST(DefaultBuffer, ReturnsTheValuesItWasCreatedWith) {
     const auto data = std::make_shared<VectorBufferData>();
     DefaultBuffer buffer(UNSIGNED_SHORT, 5, 24, 7, data);

@@ -2,6 +2,8 @@
 
 #include <vexa/mesh/MakeMesh.h>
 #include <vexa/mesh/Views.h>
+#include <vexa/mesh/detail/DefaultAttributeBuffer.h>
+#include <vexa/mesh/detail/VectorBufferData.h>
 
 #include "support/Foreign.h"
 #include "support/Meshes.h"
@@ -16,6 +18,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <stdexcept>
 
 namespace {
 
@@ -115,6 +118,27 @@ TEST(FindFaults, ReportsRestartsAndRestsInLists) {
     EXPECT_THAT(names(*strip, FaultSeverity::Warning), ElementsAre("incomplete-primitive"));
 }
 
+TEST(FindFaults, ReportsRestsOfEveryType) {
+    const auto restOf = [](PrimitiveType type, const Indices& indices) {
+        return faultOf(*uncheckedMesh(type, indices, 4), FaultCode::IncompletePrimitive).has_value();
+    };
+    EXPECT_TRUE(restOf(LINES, {0, 1, 2}));
+    EXPECT_FALSE(restOf(LINES, {0, 1, 2, 3}));
+    EXPECT_TRUE(restOf(TRIANGLE_FAN, {0, 1}));
+    EXPECT_FALSE(restOf(TRIANGLE_FAN, {0, 1, 2}));
+    const MeshPtr unknown = Mesh::createDefault(static_cast<PrimitiveType>(7), UNSIGNED_INT);
+    unknown->addAttributeBuffer(positions(4));
+    unknown->getIndexBuffer()->resize(1);
+    EXPECT_FALSE(faultOf(*unknown, FaultCode::IncompletePrimitive)); // it is not known how many make a primitive
+}
+
+TEST(FindFaults, ReportsTrianglesOfAFanByTheirNumber) {
+    const auto fault = faultOf(*uncheckedMesh(TRIANGLE_FAN, {0, 1, 2, 2, 3}, 4), FaultCode::CollapsedTriangle);
+    ASSERT_TRUE(fault);
+    ASSERT_EQ(fault->total, 1U);
+    EXPECT_EQ(fault->sites[0].element, 1U);
+}
+
 TEST(FindFaults, ReportsValuesThatAreNotFiniteOrNotUnit) {
     const float infinity = std::numeric_limits<float>::infinity();
     const MeshPtr mesh = uncheckedMesh(POINTS, {0, 1, 2}, 3);
@@ -126,6 +150,48 @@ TEST(FindFaults, ReportsValuesThatAreNotFiniteOrNotUnit) {
     const auto unit = faultOf(*mesh, FaultCode::NonUnitNormal);
     EXPECT_EQ(unit->text, "1 of 3 normals are not of length 1, first 5 of vertex 1");
     EXPECT_EQ(faultOf(*mesh, FaultCode::NonUnitNormal, {.unitTolerance = 1e-6F})->total, 2U);
+}
+
+TEST(FindFaults, ReportsASingleValueThatIsNotFinite) {
+    const MeshPtr mesh = uncheckedMesh(TRIANGLES, tetrahedron, 4);
+    elementsOf<glm::vec3>(*mesh->getAttributeBuffer("position"))[2].y = std::numeric_limits<float>::infinity();
+    const auto fault = faultOf(*mesh, FaultCode::NonFiniteValue);
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(fault->text, "1 component of attribute \"position\" is not finite, first of vertex 2");
+}
+
+TEST(FindFaults, ChecksTheLengthsOfNormalsOfThreeFloatsForWarningsOnly) {
+    const MeshPtr mesh = uncheckedMesh(TRIANGLES, tetrahedron, 4);
+    mesh->addAttributeBuffer(makeAttribute("normal", std::vector<glm::vec4>(4, glm::vec4(3))));
+    EXPECT_FALSE(faultOf(*mesh, FaultCode::NonUnitNormal));
+    mesh->addAttributeBuffer(makeAttribute("normal", std::vector<glm::vec3>(4, glm::vec3(3))));
+    EXPECT_TRUE(faultOf(*mesh, FaultCode::NonUnitNormal));
+    EXPECT_FALSE(faultOf(*mesh, FaultCode::NonUnitNormal, {.minSeverity = FaultSeverity::Error}));
+}
+
+/// Whether a triangle on one line is found by these positions.
+bool findsFlat(const AttributeBuffers& attributes) {
+    return faultOf(*makeMesh(TRIANGLES, nullptr, attributes), FaultCode::ZeroAreaTriangle).has_value();
+}
+
+TEST(FindFaults, MeasuresTrianglesByTheFirstPositionsOfThreeFloatsForAllVertices) {
+    const auto flat = makeAttribute("position", std::vector<glm::vec3>{{0, 0, 0}, {1, 0, 0}, {2, 0, 0}});
+    EXPECT_TRUE(findsFlat({flat}));
+    EXPECT_TRUE(findsFlat({flat, positions(3)}));
+    EXPECT_FALSE(findsFlat({positions(3), flat}));
+    EXPECT_FALSE(findsFlat({makeAttribute<glm::vec2>("position", 3)}));
+    EXPECT_FALSE(findsFlat({positions(3), makeAttribute<float>("uv", 3)}));
+    const MeshPtr tooFew = makeMesh(TRIANGLES, nullptr, {makeAttribute<glm::vec2>("position", 3)});
+    tooFew->addAttributeBuffer(makeAttribute<glm::vec3>("position", 1));
+    EXPECT_FALSE(faultOf(*tooFew, FaultCode::ZeroAreaTriangle));
+}
+
+TEST(FindFaults, CountsVerticesByTheFirstAttributeWithoutPositions) {
+    const MeshPtr mesh = makeMesh(POINTS, nullptr, {makeAttribute<float>("uv", 3)});
+    mesh->addAttributeBuffer(makeAttribute<float>("w", 2));
+    const auto fault = faultOf(*mesh, FaultCode::UnequalElementCounts);
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(fault->text, "attribute \"w\" has 2 elements for 3 vertices");
 }
 
 TEST(FindFaults, ReportsTrianglesWithoutAnArea) {
@@ -179,6 +245,49 @@ TEST(FindFaults, ReportsElementsThatOverlapWithoutReadingThem) {
     EXPECT_EQ(faults[0].code, FaultCode::SizeOverflow);
     EXPECT_EQ(faults[0].text,
               "attribute \"normal\" has elements of 12 bytes at offset 7, which do not fit a stride of 8 bytes");
+}
+
+TEST(FindFaults, FindsCollapsedTrianglesWithoutPositions) {
+    const MeshPtr mesh = makeMesh(TRIANGLES, Indices{0, 1, 2, 1, 1, 2}, {makeAttribute<float>("uv", 3)});
+    const auto fault = faultOf(*mesh, FaultCode::CollapsedTriangle);
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(fault->total, 1U);
+    EXPECT_FALSE(faultOf(*mesh, FaultCode::ZeroAreaTriangle));
+}
+
+TEST(FindFaults, ReportsElementsWhoseOffsetExceedsTheStride) {
+    const auto data = std::make_shared<detail::VectorBufferData>();
+    data->resize(48);
+    const MeshPtr mesh = uncheckedMesh(TRIANGLES, tetrahedron, 4);
+    mesh->addAttributeBuffer(std::make_shared<detail::DefaultAttributeBuffer>(FLOAT, 2, 12, 8, data, "uv"));
+    const auto fault = faultOf(*mesh, FaultCode::SizeOverflow);
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(fault->text,
+              "attribute \"uv\" has elements of 8 bytes at offset 8, which do not fit a stride of 12 bytes");
+}
+
+/// Floats, each of which takes 8 bytes.
+class SpacedFloats : public vexa::test::ForeignAttributeBuffer {
+public:
+    SpacedFloats() : ForeignAttributeBuffer(FLOAT, 1, "uv") {}
+    unsigned long getElementSizeInBytes() const override { return 8; }
+    unsigned long getElementStrideInBytes() const override { return 16; }
+    void getElement(unsigned long /*index*/, void* /*destination*/) const override { throw std::logic_error("read"); }
+};
+
+TEST(FindFaults, DoesNotReadElementsThatAreMoreThanTheirComponents) {
+    const auto floats = std::make_shared<SpacedFloats>();
+    floats->resize(4);
+    const MeshPtr mesh = uncheckedMesh(TRIANGLES, tetrahedron, 4);
+    mesh->addAttributeBuffer(floats);
+    EXPECT_THAT(findFaults(*mesh), IsEmpty());
+}
+
+TEST(FindFaults, ForeignIndicesRestartAsOwnOnesDo) {
+    const MeshPtr own = uncheckedMesh(TRIANGLE_STRIP, {0, 1, 2, restartIndex, 3}, 4);
+    const MeshPtr foreign = makeMesh(TRIANGLE_STRIP, vexa::test::foreignCopy(*own->getIndexBuffer()), {positions(4)});
+    EXPECT_EQ(names(*foreign), names(*own));
+    EXPECT_FALSE(faultOf(*foreign, FaultCode::IndexOutOfRange));
 }
 
 TEST(FindFaults, ReportsMoreVerticesThanIndicesCanTellApart) {

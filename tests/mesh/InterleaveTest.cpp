@@ -89,6 +89,8 @@ TEST(Interleave, AlignsComponentsAndTheStride) {
 TEST(Interleave, RefusesWhatDoesNotBelongTogether) {
     EXPECT_EQ(messageOf([] { interleave({zeros("a", 1)}, {.alignment = 12}); }),
               "interleave: an alignment of 12 bytes is not a power of two");
+    EXPECT_EQ(messageOf([] { interleave({zeros("a", 1)}, {.alignment = 0}); }),
+              "interleave: an alignment of 0 bytes is not a power of two");
     EXPECT_THAT(messageOf([] {
                     interleave({zeros("a", 1), zeros("b", 2)});
                 }),

@@ -210,6 +210,81 @@ TEST(MergeMeshes, NamesTheInstanceThatDoesNotFit) {
     EXPECT_EQ(mergeMeshes(instancesOf({shorts, shorts}))->getAttributeBuffer(0)->getElementCount(), 6U);
 }
 
+TEST(MergeMeshes, RefusesAnUnknownPrimitiveType) {
+    const MeshPtr unknown = Mesh::createDefault(static_cast<PrimitiveType>(7), UNSIGNED_INT);
+    EXPECT_THAT(messageOf([&] { mergeMeshes(instancesOf({unknown})); }),
+                HasSubstr("mergeMeshes: instance 0: its primitive type is "));
+}
+
+TEST(MergeMeshes, RefusesMoreVerticesThan32BitsTellApart) {
+    const MeshPtr half = makeMesh(POINTS, nullptr, {std::make_shared<vexa::test::TooManyPositions>(0x80000000UL)});
+    EXPECT_EQ(
+        messageOf<std::length_error>([&] {
+            mergeMeshes(instancesOf({half, half}));
+        }),
+        "mergeMeshes: instance 1: with it there are 4294967296 vertices, which need indices of more than 32 bits; "
+        "merge fewer meshes");
+}
+
+TEST(MergeMeshes, WithoutAttributesMergesNothing) {
+    const MeshPtr bare = makeMesh(POINTS, nullptr, {});
+    EXPECT_EQ(mergeMeshes(instancesOf({bare, bare}))->getNumAttributeBuffers(), 0U);
+    EXPECT_EQ(mergedRanges(instancesOf({bare, bare}))[1].vertexCount, 0U);
+}
+
+TEST(MergeMeshes, PlacesTangentsOfThreeOrFourFloatsOnly) {
+    const auto merged = [](const std::shared_ptr<AttributeBuffer>& tangents) {
+        mergeMeshes(instancesOf({makeMesh(POINTS, nullptr, {positions(1), tangents})}, mirror()));
+    };
+    EXPECT_NO_THROW(merged(makeAttribute("tangent", std::vector{glm::vec3(1, 0, 0)})));
+    EXPECT_NO_THROW(merged(makeAttribute("tangent", std::vector{glm::vec4(1, 0, 0, 1)})));
+    EXPECT_THAT(messageOf([&] { merged(makeAttribute<glm::vec2>("tangent", 1)); }),
+                HasSubstr("its attribute 1 (\"tangent\") has 2 components of the type \"float\" and cannot be placed; "
+                          "make it four floats"));
+    EXPECT_THAT(messageOf([] {
+                    mergeMeshes(
+                        instancesOf({makeMesh(POINTS, nullptr, {makeAttribute<glm::vec4>("position", 1)})}, mirror()));
+                }),
+                HasSubstr("make it three floats"));
+}
+
+TEST(MergeMeshes, RefusesAnotherNumberOfComponents) {
+    const auto mesh = [](const std::shared_ptr<AttributeBuffer>& uv) { return makeMesh(POINTS, nullptr, {uv}); };
+    EXPECT_THAT(messageOf([&] {
+                    mergeMeshes(instancesOf(
+                        {mesh(makeAttribute<glm::vec2>("uv", 1)), mesh(makeAttribute<glm::vec3>("uv", 1))}));
+                }),
+                HasSubstr("instance 1: its attribute 0 (\"uv\") has 3 components of the type \"float\", and that of a "
+                          "preceding mesh 2 components"));
+}
+
+TEST(MergeMeshes, NamesAnAttributeThatIsMissingInTheMiddle) {
+    const auto uv = makeAttribute<glm::vec2>("uv", 3);
+    const MeshPtr both = makeMesh(POINTS, nullptr, {uv, positions(3)});
+    const MeshPtr last = makeMesh(POINTS, nullptr, {positions(3)});
+    EXPECT_THAT(messageOf([&] {
+                    mergeMeshes(instancesOf({both, last}));
+                }),
+                HasSubstr("instance 1: it lacks the attribute \"uv\", which others have"));
+}
+
+TEST(MergeMeshes, GivesIndicesToAListThatIsFlippedOrNextToOneWithThem) {
+    const MeshPtr loose = makeMesh(TRIANGLES, nullptr, {positions(3)});
+    const std::vector<MeshInstance> mixed{{loose, glm::mat4(1)}, {meshOf(TRIANGLES, {2, 1, 0}, 3), mirror()}};
+    EXPECT_THAT(indicesOf(mergeMeshes(mixed)), ElementsAre(0, 1, 2, 5, 3, 4));
+}
+
+TEST(MergeMeshes, RefusesRestartsInMirroredLists) {
+    for (const bool asTriangles : {false, true}) {
+        EXPECT_EQ(messageOf([&] {
+                      mergeMeshes(instancesOf({meshOf(TRIANGLES, {0, 1, restartIndex}, 3)}, mirror()),
+                                  {.asTriangles = asTriangles});
+                  }),
+                  "mergeMeshes: instance 0: index 2 restarts a primitive, which a list of " +
+                      getStringForPrimitiveType(TRIANGLES) + " does not need");
+    }
+}
+
 TEST(MergeMeshes, RefusesTypesAndRestartsThatDoNotMakeTriangles) {
     const auto fault = [](const MeshPtr& mesh) {
         return messageOf([&] { mergeMeshes(instancesOf({mesh}), {.asTriangles = true}); });
@@ -345,6 +420,34 @@ TEST(ExtractRange, RefusesRangesOutsideOfTheMesh) {
               "extractRange: index 2 at 2 refers to a vertex outside of the range");
 }
 
+TEST(ExtractRange, RefusesRangesThatBeginBeyondTheMesh) {
+    const MeshPtr mesh = meshOf(TRIANGLES, {0, 1, 2}, 3);
+    EXPECT_EQ(messageOf([&] {
+                  extractRange(*mesh, {4, 0, 0, 0});
+              }),
+              "extractRange: 0 vertices from 4 are not within the 3 of the mesh");
+    EXPECT_EQ(messageOf([&] {
+                  extractRange(*mesh, {0, 0, 1, 3});
+              }),
+              "extractRange: 3 indices from 1 are not within the 3 of the mesh");
+    EXPECT_EQ(messageOf([] {
+                  extractRange(*makeMesh(POINTS, nullptr, {}), {0, 1, 0, 0});
+              }),
+              "extractRange: 1 vertices from 0 are not within the 0 of the mesh");
+}
+
+TEST(ExtractRange, MayBeEmpty) {
+    const MeshPtr range = extractRange(*meshOf(TRIANGLES, {0, 1, 2}, 3), {1, 0, 3, 0});
+    EXPECT_EQ(range->getAttributeBuffer("position")->getElementCount(), 0U);
+    EXPECT_EQ(range->getIndexBuffer()->getElementCount(), 0U);
+}
+
+TEST(ExtractRange, KeepsRestarts) {
+    const MeshPtr mesh = meshOf(TRIANGLE_STRIP, {0, 1, 2, 3, 4, 5, restartIndex, 5, 4, 3}, 6);
+    const MeshPtr range = extractRange(*mesh, {3, 3, 3, 7});
+    EXPECT_THAT(indicesOf(range), ElementsAre(0, 1, 2, restartIndex, 2, 1, 0));
+}
+
 TEST(SplitMesh, PartsFitTheirIndicesAndHoldAllTriangles) {
     const Indices triangles = meshes::damaged(meshes::grid(40, 30), 3);
     const std::size_t vertexCount = 1 + *std::max_element(triangles.begin(), triangles.end());
@@ -370,6 +473,41 @@ TEST(SplitMesh, LimitsTheTrianglesOfAPart) {
         sizes.push_back(indicesOf(part).size() / 3);
     }
     EXPECT_THAT(sizes, ElementsAre(20, 20, 10));
+}
+
+TEST(SplitMesh, KeepsTheTypeOfTheIndices) {
+    const Indices triangles = meshes::grid(20, 20);
+    const auto sizes = [&](ComponentType type, IndexWidth width) {
+        const auto indices = IndexBuffer::createDefault(type);
+        indices->resize(triangles.size());
+        for (std::size_t i = 0; i < triangles.size(); ++i) {
+            indices->setElement(i, triangles[i]);
+        }
+        std::size_t most = 0;
+        for (const MeshPtr& part : splitMesh(*makeMesh(TRIANGLES, indices, {positions(441)}), {.indexWidth = width})) {
+            EXPECT_EQ(part->getIndexBuffer()->getComponentType(), width == IndexWidth::Keep ? type : UNSIGNED_SHORT);
+            most = std::max(most, static_cast<std::size_t>(part->getAttributeBuffer(0)->getElementCount()));
+        }
+        return most;
+    };
+    for (const ComponentType type : {SHORT, UNSIGNED_SHORT, INT, UNSIGNED_INT}) {
+        EXPECT_EQ(sizes(type, IndexWidth::Keep), 441U);
+        EXPECT_EQ(sizes(type, IndexWidth::Narrowest), 441U);
+    }
+}
+
+TEST(SplitMesh, KeepsSignedBytes) {
+    const auto indices = IndexBuffer::createDefault(BYTE);
+    assign(*indices, meshes::grid(7, 7));
+    const MeshPtr mesh = makeMesh(TRIANGLES, indices, {positions(64)});
+    const auto parts = splitMesh(*mesh, {.indexWidth = IndexWidth::Keep});
+    ASSERT_EQ(parts.size(), 1U);
+    EXPECT_EQ(parts[0]->getIndexBuffer()->getComponentType(), BYTE);
+    EXPECT_EQ(indicesOf(parts[0]), meshes::grid(7, 7));
+}
+
+TEST(SplitMesh, OfAMeshWithoutAttributesIsNothing) {
+    EXPECT_THAT(splitMesh(*makeMesh(TRIANGLES, Indices{}, {})), IsEmpty());
 }
 
 TEST(SplitMesh, MeshThatFitsStaysWhole) {

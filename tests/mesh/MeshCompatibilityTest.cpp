@@ -93,6 +93,11 @@ TEST(MeshesAreCompatible, LogsNothingUnlessAsked) {
     const LogCapture capture;
     EXPECT_FALSE(Mesh::meshesAreCompatible(meshOf({zeros("a", 1)}), meshOf({}), false));
     EXPECT_FALSE(Mesh::meshesAreCompatible(meshOf({zeros("a", 1)}), meshOf({zeros("b", 1)}), false));
+    for (const auto& other : {AttributeBuffer::createDefaultVec2f("a"), AttributeBuffer::createDefault(INT, 3, "a")}) {
+        EXPECT_FALSE(Mesh::meshesAreCompatible(meshOf({zeros("a", 1)}), meshOf({other}), false));
+    }
+    const MeshPtr points = Mesh::createDefault(POINTS, UNSIGNED_INT);
+    EXPECT_FALSE(Mesh::meshesAreCompatible(meshOf({}), points, false));
     EXPECT_TRUE(capture.records().empty());
 }
 

@@ -147,6 +147,12 @@ TEST(IsValid, ReadsForeignIndicesInOrderUpToTheFirstWrongOne) {
     EXPECT_EQ(*calls, (Calls{"indices.getElementCount", "indices.getElement 0", "indices.getElement 1"}));
 }
 
+TEST(IsValid, AcceptsForeignIndicesInRange) {
+    const MeshPtr mesh = meshOf({zeros("position", 3)});
+    mesh->setIndexBuffer(foreignCopy(*indexBuffer(UNSIGNED_INT, {2, 0, 1})));
+    EXPECT_EQ(faultOf(mesh), "");
+}
+
 TEST(IsValid, ReadsAMeshThroughItsInterface) {
     const auto calls = std::make_shared<Calls>();
     const auto mesh = std::make_shared<ForeignMesh>(TRIANGLES, "mesh", calls);

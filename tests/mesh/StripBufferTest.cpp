@@ -3,6 +3,7 @@
 #include "support/Messages.h"
 
 #include <vexa/mesh/StripBuffer.h>
+#include <vexa/mesh/Strips.h>
 
 #include <gtest/gtest.h>
 
@@ -160,6 +161,23 @@ TEST(StripBuffer, OrderedForTheVertexCacheMissesLess) {
     EXPECT_LT(10 * ordered, 9 * plain);
 }
 
+TEST(StripBuffer, OrdersManyStripsAtAVertexForTheVertexCache) {
+    const Indices mesh = meshes::hub(200);
+    EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, {.forVertexCache = true})), canonicalTriangles(mesh));
+}
+
+TEST(StripBuffer, OrdersALargeMeshForTheVertexCache) {
+    const Indices mesh = meshes::grid(100, 90);
+    EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, {.effort = 2, .forVertexCache = true})), canonicalTriangles(mesh));
+}
+
+TEST(StripBuffer, LimitsStripsInTheOrderForTheVertexCacheToo) {
+    const StripBufferOptions options{.maxTriangles = 3, .forVertexCache = true};
+    for (const IndexedPrimitive& strip : buildStrips(meshes::grid(20, 20), options)) {
+        EXPECT_LE(toTriangles(strip.type, strip.indices).size(), 9U);
+    }
+}
+
 TEST(StripBuffer, OrdersVerticesWithGapsForTheVertexCache) {
     const Indices mesh = meshes::shifted(meshes::grid(6, 6), 4'000'000'000U);
     EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, {.forVertexCache = true})), canonicalTriangles(mesh));
@@ -269,6 +287,29 @@ TEST(StripBuffer, StoppedAtAnyTimeStillHoldsEveryTriangle) {
                 << static_cast<int>(last) << ", " << threads << " threads";
         }
     }
+}
+
+TEST(StripBuffer, StoppedDuringAnnealingStillHoldsEveryTriangle) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(40, 30), 5), 2);
+    unsigned calls = 0;
+    const auto goesOn = [&](const StripProgress& progress) {
+        return progress.phase != StripPhase::Annealing || ++calls < 2;
+    };
+    EXPECT_EQ(
+        canonicalStrip(buildStripBuffer(mesh, {.effort = 4, .microsecondsPerTriangle = 10000, .onProgress = goesOn})),
+        canonicalTriangles(mesh));
+    EXPECT_EQ(calls, 2U);
+}
+
+TEST(StripBuffer, StoppedAfterAnnealingStillHoldsEveryTriangle) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(40, 30), 5), 2);
+    bool isAnnealed = false;
+    const auto goesOn = [&](const StripProgress& progress) {
+        isAnnealed |= progress.phase == StripPhase::Annealing;
+        return !isAnnealed || progress.phase == StripPhase::Annealing;
+    };
+    EXPECT_EQ(canonicalStrip(buildStripBuffer(mesh, {.effort = 3, .onProgress = goesOn})), canonicalTriangles(mesh));
+    EXPECT_TRUE(isAnnealed);
 }
 
 TEST(StripBuffer, StoppedBeforeAnnealingReturnsTheStripsOfEffortTwo) {

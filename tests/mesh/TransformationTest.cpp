@@ -2,6 +2,7 @@
 
 #include <vexa/mesh/MakeMesh.h>
 #include <vexa/mesh/Strips.h>
+#include <vexa/mesh/Triangles.h>
 #include <vexa/mesh/Views.h>
 #include <vexa/mesh/detail/DefaultAttributeBuffer.h>
 #include <vexa/mesh/detail/VectorBufferData.h>
@@ -241,6 +242,23 @@ TEST(PlaceMesh, RefusesOtherAttributesThanFloatsAndChangesNothing) {
     EXPECT_THROW(placeMesh(*mesh, glm::mat4(1.0F)), std::invalid_argument);
 }
 
+TEST(PlaceMesh, RefusesTangentsOfTwoFloats) {
+    const MeshPtr mesh = makeMesh(POINTS, nullptr, {makeAttribute<glm::vec2>("tangent", 1)});
+    EXPECT_THAT(messageOf([&] { placeMesh(*mesh, scaling(2, 2, 2)); }), HasSubstr("it must have three or four floats"));
+}
+
+TEST(PlaceMesh, LeavesOtherAttributes) {
+    const MeshPtr mesh = makeMesh(POINTS, nullptr, {makeAttribute("uv", std::vector{glm::vec3(1, 2, 3)})});
+    placeMesh(*mesh, scaling(2, 2, 2));
+    EXPECT_EQ(toElements<glm::vec3>(*mesh->getAttributeBuffer(0))[0], glm::vec3(1, 2, 3));
+}
+
+TEST(PlaceMesh, KeepingLengthsUnderAFlatteningTurnsNormalsToThePlane) {
+    const MeshPtr mesh = makeMesh(POINTS, nullptr, {makeAttribute("normal", std::vector{glm::vec3(0, 0, 1)})});
+    placeMesh(*mesh, scaling(1, 1, 0), {.normals = NormalLength::Keep});
+    EXPECT_EQ(toElements<glm::vec3>(*mesh->getAttributeBuffer(0))[0], glm::vec3(0, 0, 1));
+}
+
 TEST(PlaceMesh, RefusesEmptyPointersAndChangesNothing) {
     const MeshPtr mesh = makeMesh(POINTS, nullptr, {makeAttribute("position", std::vector{glm::vec3(1)})});
     mesh->addAttributeBuffer(nullptr);
@@ -328,6 +346,28 @@ TEST(FlipWinding, GivesIndicesToAMeshWithoutThem) {
     flipWinding(*mesh);
     EXPECT_EQ(mesh->getIndexBuffer()->getComponentType(), UNSIGNED_SHORT);
     EXPECT_THAT(toIndices(*mesh->getIndexBuffer()), ElementsAre(0, 2, 1, 3, 5, 4));
+}
+
+TEST(FlipWinding, GivesWideIndicesToManyVertices) {
+    const MeshPtr mesh = makeMesh(TRIANGLES, nullptr, {makeAttribute<glm::vec3>("position", 65538)});
+    flipWinding(*mesh);
+    EXPECT_EQ(mesh->getIndexBuffer()->getComponentType(), UNSIGNED_INT);
+    EXPECT_EQ(toIndices(*mesh->getIndexBuffer()).back(), 65536U);
+}
+
+TEST(FlipWinding, RefusesMoreVerticesThan32BitsTellApart) {
+    const MeshPtr mesh =
+        makeMesh(TRIANGLES, nullptr, {std::make_shared<vexa::test::TooManyPositions>(restartIndex + 1UL)});
+    EXPECT_EQ(messageOf<std::length_error>([&] { flipWinding(*mesh); }),
+              "flipWinding: 4294967296 vertices need more than 32 bits an index; split the mesh");
+    EXPECT_EQ(mesh->getIndexBuffer(), nullptr);
+}
+
+TEST(PlaceMesh, TurnsTheWindingOfFansInAMirror) {
+    const MeshPtr fan = makeMesh(TRIANGLE_FAN, Indices{0, 1, 2}, {makeAttribute("position", randomVectors(3, 2))});
+    const Indices before = toTriangles(*fan);
+    placeMesh(*fan, scaling(2, 2, -2));
+    EXPECT_EQ(toTriangles(*fan), (Indices{before[0], before[2], before[1]}));
 }
 
 TEST(FlipWinding, RefusesMeshesWithoutTriangles) {

@@ -119,6 +119,13 @@ TEST(TrianglesOf, RefuseWhatDoesNotContainTriangles) {
     EXPECT_THROW(toTriangles(*makeMesh(LINE_LOOP, Indices{}, {})), std::invalid_argument);
 }
 
+TEST(TrianglesOf, RefuseMoreVerticesThan32BitsTellApart) {
+    const auto mesh =
+        makeMesh(TRIANGLES, nullptr, {std::make_shared<vexa::test::TooManyPositions>(restartIndex + 1UL)});
+    EXPECT_EQ(messageOf<std::length_error>([&] { trianglesOf(*mesh); }),
+              "trianglesOf: 4294967296 vertices without indices do not fit 32 bits");
+}
+
 TEST(ToTriangles, AcceptForeignBuffers) {
     const auto indices = foreignCopy(*indexBuffer(UNSIGNED_BYTE, {0, 1, 2, 255, 2, 1, 3}));
     const auto mesh = makeMesh(TRIANGLE_STRIP, indices, {zeros("position", 4)});

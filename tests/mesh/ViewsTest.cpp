@@ -146,6 +146,45 @@ TEST(StridedElementsOf, RefusesElementsThatOverlapOrExceedTheStorage) {
     EXPECT_THROW(stridedElementsOf<glm::vec2>(*attributeAt(data, 2, 14, 6)), std::invalid_argument);
 }
 
+TEST(StridedElementsOf, RefusesAnOffsetBeyondTheStorage) {
+    const auto data = eightFloats<detail::VectorBufferData>();
+    EXPECT_THAT(messageOf([&] { stridedElementsOf<float>(*attributeAt(data, 1, 32, 36)); }),
+                HasSubstr("1 elements at offset 36 and stride 32, which exceed its storage of 32 bytes"));
+    EXPECT_THAT(messageOf([&] { assign(*attributeAt(data, 1, 4, 8), std::array{1.0F}); }),
+                HasSubstr("exceed the stride of 4"));
+}
+
+TEST(StridedElementsOf, RefusesAStrideThatIsNotAligned) {
+    const auto data = eightFloats<detail::VectorBufferData>();
+    EXPECT_THAT(messageOf([&] { stridedElementsOf<float>(*attributeAt(data, 1, 6, 0)); }),
+                HasSubstr("is not aligned for the C++ type"));
+}
+
+TEST(ToElements, ReadsElementsOfEverySizeWithGaps) {
+    const auto data = eightFloats<detail::VectorBufferData>();
+    EXPECT_THAT(toElements<glm::vec4>(*attributeAt(data, 4, 16, 0)),
+                ElementsAre(glm::vec4(0, 1, 2, 3), glm::vec4(4, 5, 6, 7)));
+    data->resize(48);
+    EXPECT_EQ(toElements<glm::vec4>(*attributeAt(data, 4, 24, 8))[0], glm::vec4(2, 3, 4, 5));
+}
+
+TEST(ToElements, ReadsSignedIntegers) {
+    const auto bytes = vexa::test::attribute<std::array<signed char, 2>>(BYTE, 2, "uv", {{{-1, 2}}});
+    EXPECT_THAT((toElements<std::array<signed char, 2>>(*bytes)), ElementsAre(std::array<signed char, 2>{-1, 2}));
+    const auto shorts = vexa::test::attribute<std::array<short, 2>>(SHORT, 2, "uv", {{{-1, 300}}});
+    EXPECT_THAT((toElements<std::array<short, 2>>(*shorts)), ElementsAre(std::array<short, 2>{-1, 300}));
+}
+
+TEST(ToElements, NamesAnUnknownTypeByItsNumber) {
+    vexa::test::ForeignAttributeBuffer unknown(static_cast<ComponentType>(9), 2, "uv");
+    EXPECT_THAT(messageOf([&] { toElements<glm::vec2>(unknown); }), HasSubstr("2 x unknown type 9, not of 2 x float"));
+}
+
+TEST(ElementsOf, LeavesOutEmptyPointersFromTheNamesThereAre) {
+    const auto mesh = meshOf({vec3f("position", {}), nullptr, vec3f("normal", {})});
+    EXPECT_THAT(messageOf([&] { elementsOf<float>(*mesh, "uv"); }), HasSubstr("it has \"position\", \"normal\""));
+}
+
 TEST(Views, RefuseStorageThatIsNotAligned) {
     const auto data = eightFloats<ForeignData>(); // at an odd address
     const auto buffer = attributeAt(data, 1, 4, 0);

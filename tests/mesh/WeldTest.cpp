@@ -164,6 +164,16 @@ TEST(Weld, NearVerticesAreThoseOfAPlainSearch) {
     }
 }
 
+TEST(Weld, ToleranceLeavesVerticesApartThatDifferOtherwise) {
+    const MeshPtr mesh = soupOf(Positions(3));
+    mesh->addAttributeBuffer(makeAttribute("uv", std::vector<float>{1, 2, 1}));
+    EXPECT_THAT(weld(*mesh, {.tolerance = 0.5}).remap, ElementsAre(0, 1, 0));
+}
+
+TEST(Weld, OfAMeshWithoutAttributesIsEmpty) {
+    EXPECT_TRUE(weld(*makeMesh(TRIANGLES, nullptr, {})).remap.empty());
+}
+
 TEST(Weld, RefusesOptionsThatCannotApply) {
     const MeshPtr mesh = soupOf(Positions(3));
     const auto fault = [&](const WeldOptions& options) { return messageOf([&] { weld(*mesh, options); }); };
@@ -171,6 +181,7 @@ TEST(Weld, RefusesOptionsThatCannotApply) {
     EXPECT_EQ(messageOf([] { weld(*makeMesh(POINTS, nullptr, {makeAttribute<float>("uv", 2)}), {.tolerance = 1}); }),
               "weld: the mesh lacks the attribute \"position\", to which the tolerance applies");
     EXPECT_EQ(fault({.tolerance = -1}), "weld: the tolerance -1.000000 is not a distance; use a finite number from 0");
+    EXPECT_EQ(fault({.tolerance = INFINITY}), "weld: the tolerance inf is not a distance; use a finite number from 0");
     const MeshPtr narrow = makeMesh(POINTS, nullptr, {makeAttribute<glm::vec2>("position", 2)});
     EXPECT_EQ(messageOf([&] { weld(*narrow, {.tolerance = 1}); }),
               "weld: the attribute \"position\" is not three floats, which a tolerance needs");

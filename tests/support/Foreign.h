@@ -48,8 +48,12 @@ private:
 /// Positions of a number that indices of 32 bits cannot reach. None can be read.
 class TooManyPositions : public ForeignAttributeBuffer {
 public:
-    TooManyPositions() : ForeignAttributeBuffer(mesh::FLOAT, 3, "position") {}
-    unsigned long getElementCount() const override { return 0xffffffffUL; }
+    explicit TooManyPositions(unsigned long count = 0xffffffffUL)
+        : ForeignAttributeBuffer(mesh::FLOAT, 3, "position"), count_(count) {}
+    unsigned long getElementCount() const override { return count_; }
+
+private:
+    unsigned long count_;
 };
 
 /// Holds 64-bit indices, whatever its component type says.

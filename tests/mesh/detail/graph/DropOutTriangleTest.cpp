@@ -112,4 +112,22 @@ TEST(DropOutTriangle, FindsATriangleOfNegativeStateInBucket3) {
     EXPECT_EQ(buckets.waiting(), " |  |  | 1 2");
 }
 
+TEST(DropOutTriangle, FindsATriangleOfAStateAboveThreeInBucket3) {
+    Buckets buckets(meshes::scattered(2));
+    move(buckets[1], buckets.lists[0], buckets.lists[3]);
+    buckets[1].state = 4;
+    buckets.dropOut(1);
+    EXPECT_EQ(buckets.waiting(), "0 |  |  | ");
+}
+
+TEST(DropOutTriangle, OneThatWasSplitOffOccupiesItsEdges) {
+    Buckets buckets({0, 1, 2, 1, 0, 3, 0, 1, 4});
+    Triangle& splitOff = *buckets.claimedTriangles.first;
+    ASSERT_EQ(splitOff.state, Triangle::splitOff);
+    move(splitOff, buckets.claimedTriangles, buckets.lists[3]);
+    buckets.dropOutTriangle(splitOff, buckets.lists.data());
+    EXPECT_EQ(splitOff.state, Triangle::inStrip);
+    EXPECT_EQ(buckets.lists[3].first, nullptr);
+}
+
 } // namespace

@@ -60,6 +60,16 @@ TEST(Tunnel, ReturnsHowManyIndicesItSaved) {
     }
 }
 
+TEST(Tunnel, EndsAfterFewStepsWithWhatItHasSaved) {
+    const Indices mesh = meshes::shuffled(meshes::sphere(40, 30), 1);
+    for (const int steps : {1, 2, 3, 5, 8}) {
+        StripPartition partition = cutGreedily(mesh);
+        const std::uint64_t before = countExtraIndices(partition);
+        const std::uint64_t saved = tunnel(partition, {2, steps, noLimit});
+        EXPECT_EQ(countExtraIndices(partition), before - saved) << steps;
+    }
+}
+
 TEST(Tunnel, ClosesNoLoops) {
     for (const auto& mesh : meshes::suite()) {
         StripPartition partition = cutGreedily(mesh.indices);

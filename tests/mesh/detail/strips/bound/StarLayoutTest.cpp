@@ -1,6 +1,9 @@
 #include "support/Meshes.h"
 
 #include <gtest/gtest.h>
+#include <vexa/mesh/detail/strips/EdgePairing.h>
+#include <vexa/mesh/detail/strips/PatchGroups.h>
+#include <vexa/mesh/detail/strips/StripPartition.h>
 #include <vexa/mesh/detail/strips/bound/StarLayout.h>
 
 #include <algorithm>
@@ -110,6 +113,30 @@ TEST(ListStars, CountsGroupsOfPartsThatShareVertices) {
     EXPECT_EQ(starsOf(meshes::hub(3)).groupCount(), 1u);
     EXPECT_EQ(starsOf(meshes::scattered(3)).groupCount(), 3u);
     EXPECT_EQ(starsOf(meshes::joined(meshes::chain(4), meshes::shifted(meshes::hub(2), 50))).groupCount(), 2u);
+}
+
+TEST(StarLayout, RunsEndWhenStopped) {
+    using namespace vexa::mesh::detail;
+    const meshes::Indices mesh = meshes::sphere(20, 12);
+    const StripPartition partition(pairEdges(mesh), mesh);
+    WorkTeam alone;
+    for (const std::uint32_t patchSize : {2U, 40U, 4096U}) {
+        const PatchGroups groups(partition, patchSize, alone, {});
+        LargeVector<HalfEdgeId> corners;
+        const StarLayout layout = listStars(partition, groups, corners, [] { return true; });
+        for (const bool isForth : {true, false}) {
+            std::uint32_t visited = 0;
+            const auto visit = [&](StarRun run, unsigned) { visited += run.end - run.begin; };
+            std::uint32_t asked = 0;
+            ASSERT_TRUE(layout.forEachRun(alone, isForth, visit, [&] { return ++asked != 0; }));
+            EXPECT_EQ(visited, layout.starCount());
+            for (std::uint32_t last = asked; last > 0; --last) {
+                asked = 0;
+                EXPECT_FALSE(layout.forEachRun(alone, isForth, visit, [&] { return ++asked < last; }));
+                EXPECT_EQ(asked, last);
+            }
+        }
+    }
 }
 
 } // namespace

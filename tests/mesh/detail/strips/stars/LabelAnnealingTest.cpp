@@ -46,6 +46,33 @@ TEST(AnnealLabels, RelabelsStarsOfSeveralPatchesToo) {
     EXPECT_LT(4 * anneal(partition, 1, 0, 1, 2), mesh.size() / 3);
 }
 
+TEST(AnnealLabels, LeavesTheLinksWhenStopped) {
+    const std::function<bool(const vexa::mesh::StripProgress&)> stop = [](const auto&) { return false; };
+    for (const std::uint32_t patchSize : {2U, 4096U}) {
+        for (const unsigned sweeps : {0U, 8U}) {
+            StripPartition partition = partitionOf(meshes::sphere(20, 12));
+            labelByLinks(partition);
+            StripMonitor monitor(stop);
+            WorkTeam alone;
+            EXPECT_FALSE(annealLabels(partition, {1.5, 1, sweeps, false, [](std::uint32_t) { return 0.0; }, patchSize},
+                                      alone, monitor));
+            EXPECT_EQ(countExtraIndices(partition), countExtraIndices(partitionOf(meshes::sphere(20, 12))));
+        }
+    }
+}
+
+TEST(AnnealLabels, LeavesTheLinksWhenStoppedWhileCostsAreSplit) {
+    unsigned calls = 0;
+    const std::function<bool(const vexa::mesh::StripProgress&)> goesOn = [&](const auto&) { return ++calls < 2; };
+    StripPartition partition = partitionOf(meshes::sphere(20, 12));
+    labelByLinks(partition);
+    StripMonitor monitor(goesOn);
+    WorkTeam alone;
+    // So many sweeps take longer than the monitor waits between two calls.
+    EXPECT_FALSE(annealLabels(partition, {1.5, 1, 1000000, false, [](std::uint32_t) { return 0.0; }}, alone, monitor));
+    EXPECT_EQ(calls, 2U);
+}
+
 TEST(AnnealLabels, DependsOnTheSeedOnly) {
     const Indices mesh = meshes::damaged(meshes::sphere(40, 30), 5);
     const auto linksAfter = [&mesh](std::uint32_t seed) {
