@@ -8,12 +8,14 @@
 #include "vexa/mesh/detail/strips/LargeVector.h"
 #include "vexa/mesh/detail/strips/ParityRepair.h"
 #include "vexa/mesh/detail/strips/PatchOrder.h"
+#include "vexa/mesh/detail/strips/StripChoice.h"
 #include "vexa/mesh/detail/strips/StripLengths.h"
 #include "vexa/mesh/detail/strips/Tunnelling.h"
 #include "vexa/mesh/detail/strips/flow/ChargeCancelling.h"
 #include "vexa/mesh/detail/strips/flow/FanGraph.h"
 #include "vexa/mesh/detail/strips/flow/Labels.h"
 #include "vexa/mesh/detail/strips/stars/LabelAnnealing.h"
+#include "vexa/mesh/detail/strips/stars/PatchAnnealing.h"
 
 #include <algorithm>
 #include <chrono>
@@ -99,9 +101,11 @@ private:
     FoundPartition searchByTunnels();
     FoundPartition searchByFlow(unsigned effort);
     void linkByFlow(StripPartition& partition);
+    void lengthenStrips(StripPartition& partition, StripMonitor& monitor) const;
     void extendStrips(StripPartition& partition);
     void anneal(StripPartition& partition, unsigned sweeps, const std::function<double(std::uint32_t)>& cooling);
     void annealUntil(StripPartition& partition, Clock::time_point start);
+    void annealPatches(StripPartition& partition, const std::function<double()>& done);
 
     std::uint64_t count(StripPartition& partition) const;
     void keepBetter(StripPartition& partition, const LinkSnapshot& earlier) const;
@@ -218,9 +222,13 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     return {std::move(partition), least};
 }
 
+void PartitionSearch::lengthenStrips(StripPartition& partition, StripMonitor& monitor) const {
+    tunnel(partition, {1, 100, noLimit}, stripCost_, monitor);
+    tunnel(partition, {2, 200, noLimit}, stripCost_, monitor);
+}
+
 void PartitionSearch::extendStrips(StripPartition& partition) {
-    tunnel(partition, {1, 100, noLimit}, stripCost_, monitor_);
-    tunnel(partition, {2, 200, noLimit}, stripCost_, monitor_);
+    lengthenStrips(partition, monitor_);
     monitor_.endPass(StripChange::Tunnelling, partition);
 }
 
@@ -263,7 +271,43 @@ void PartitionSearch::annealUntil(StripPartition& partition, Clock::time_point s
     // A sweep takes about a sixth of a microsecond a triangle, so that they have a small part of the time.
     constexpr double maxSweeps = 48;
     const auto sweeps = static_cast<unsigned>(std::clamp<double>(left * 1e6 / partition.count(), minSweeps, maxSweeps));
-    anneal(partition, sweeps, [begin, left](std::uint32_t) { return Seconds(Clock::now() - begin).count() / left; });
+    // The first half of it whole, the second half patch by patch.
+    const double half = left / 2;
+    anneal(partition, sweeps, [begin, half](std::uint32_t) { return Seconds(Clock::now() - begin).count() / half; });
+    annealPatches(partition, [begin, left] { return Seconds(Clock::now() - begin).count() / left; });
+}
+
+/// Anneals patches again and again, and keeps the strips around each if they are better.
+///
+/// \param done part of the time that has passed
+void PartitionSearch::annealPatches(StripPartition& partition, const std::function<double()>& done) {
+    if (monitor_.isStopped()) {
+        return;
+    }
+    monitor_.startPhase(StripPhase::Annealing, 0.9);
+    cutLoops(partition, monitor_.poller());
+    const LinkSnapshot first(partition);
+    const bool isRestart = options_.join == StripJoin::Restart;
+    PatchAnnealing patches(isRestart ? 1.5 : 2.0, options_.seed, team_);
+    StripChoice choice(options_.join);
+    // Rounds do not know how far all of them are.
+    std::function<bool(const StripProgress&)> onProgress;
+    if (options_.onProgress) {
+        onProgress = [&](const StripProgress&) { return monitor_.poll(std::min(done(), 1.0), 1); };
+    }
+    StripMonitor monitor(onProgress);
+    while (done() < 1 && !monitor.isStopped()) {
+        const LinkSnapshot earlier(partition);
+        patches.run(partition, monitor.poller());
+        cutLoops(partition, monitor.poller());
+        lengthenStrips(partition, monitor);
+        if (isRestart) {
+            repairParity(partition, monitor);
+        }
+        choice.keepBetter(partition, earlier, monitor.poller());
+    }
+    monitor_.endPass(StripChange::Annealing, partition);
+    keepBetter(partition, first);
 }
 
 void PartitionSearch::linkByFlow(StripPartition& partition) {

@@ -123,6 +123,7 @@ class LinkSnapshot {
 public:
     explicit LinkSnapshot(const StripPartition& partition);
     void restore(StripPartition& partition) const;
+    [[nodiscard]] EdgeSet links(TriangleId triangle) const { return links_[triangle]; }
 
 private:
     std::vector<EdgeSet> links_;

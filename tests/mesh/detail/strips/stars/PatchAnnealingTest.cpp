@@ -1,0 +1,99 @@
+#include "support/Meshes.h"
+
+#include <gtest/gtest.h>
+#include <vexa/mesh/detail/strips/EdgePairing.h>
+#include <vexa/mesh/detail/strips/StripPartition.h>
+#include <vexa/mesh/detail/strips/flow/Labels.h>
+#include <vexa/mesh/detail/strips/stars/PatchAnnealing.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+using namespace vexa::mesh::detail;
+using meshes::Indices;
+
+StripPartition partitionOf(const Indices& mesh) {
+    return {pairEdges(mesh), mesh};
+}
+
+std::vector<EdgeSet> linksOf(const StripPartition& partition) {
+    std::vector<EdgeSet> links;
+    for (TriangleId id = 0; id < partition.count(); ++id) {
+        links.push_back(partition.links(id));
+    }
+    return links;
+}
+
+std::vector<EdgeSet> linksAfter(const Indices& mesh, std::uint32_t seed, unsigned threads, int rounds = 5) {
+    StripPartition partition = partitionOf(mesh);
+    WorkTeam team(threads);
+    PatchAnnealing patches(1.5, seed, team);
+    for (int round = 0; round < rounds; ++round) {
+        patches.run(partition, {}, 64);
+    }
+    return linksOf(partition);
+}
+
+TEST(PatchAnnealing, LinksTrianglesOverTwoEdgesAtMost) {
+    for (const Indices& mesh : {meshes::damaged(meshes::sphere(40, 30), 5), meshes::pairs(20), meshes::closedFan(50)}) {
+        StripPartition partition = partitionOf(mesh);
+        WorkTeam alone;
+        PatchAnnealing patches(1.5, 1, alone);
+        for (int round = 0; round < 9; ++round) {
+            patches.run(partition, {}, 16);
+        }
+        for (TriangleId id = 0; id < partition.count(); ++id) {
+            if (partition.isCollapsed(id)) {
+                continue;
+            }
+            ASSERT_LE(partition.linkCount(id), 2U) << mesh.size();
+            for (std::uint32_t place = 0; place < 3; ++place) {
+                const HalfEdgeId side = halfEdgeOf(id, place);
+                ASSERT_TRUE(!partition.isLinked(side) || partition.twin(side) != partition.border()) << mesh.size();
+                ASSERT_TRUE(!partition.isLinked(side) || partition.isLinked(partition.twin(side))) << mesh.size();
+            }
+        }
+    }
+}
+
+TEST(PatchAnnealing, ChangesAPartOfTheMeshAtATime) {
+    StripPartition partition = partitionOf(meshes::sphere(60, 40));
+    WorkTeam alone;
+    PatchAnnealing patches(1.5, 1, alone);
+    patches.run(partition, {}, 64);
+    std::size_t changed = 0;
+    for (const EdgeSet links : linksOf(partition)) {
+        changed += links != 0 ? 1 : 0;
+    }
+    EXPECT_GT(changed, 0U);
+    EXPECT_LT(changed, partition.count() / 2);
+}
+
+TEST(PatchAnnealing, ReachesAllOfTheMeshInTime) {
+    std::size_t left = 0;
+    for (const EdgeSet links : linksAfter(meshes::sphere(30, 20), 1, 1, 100)) {
+        left += links == 0 ? 1 : 0;
+    }
+    EXPECT_LT(left, 20U);
+}
+
+TEST(PatchAnnealing, DependsOnTheSeedOnly) {
+    const Indices mesh = meshes::damaged(meshes::sphere(40, 30), 5);
+    EXPECT_EQ(linksAfter(mesh, 1, 1), linksAfter(mesh, 1, 2));
+    EXPECT_NE(linksAfter(mesh, 1, 1), linksAfter(mesh, 2, 1));
+}
+
+TEST(PatchAnnealing, PollsWhileItRuns) {
+    StripPartition partition = partitionOf(meshes::sphere(200, 200));
+    WorkTeam alone;
+    PatchAnnealing patches(1.5, 1, alone);
+    patches.run(partition, {});
+    int polls = 0;
+    patches.run(partition, [&polls] { ++polls; });
+    EXPECT_GE(polls, 10);
+}
+
+} // namespace
