@@ -80,6 +80,13 @@ TEST(MinIndexCount, RisesWithMoreSweeps) {
     EXPECT_LT(bound(1), bound(16));
 }
 
+// Sweeps visit patches of 4,096 triangles first and then what lies between them.
+TEST(MinIndexCount, RisesWithMoreSweepsOverSeveralPatches) {
+    const Indices mesh = meshes::sphere(100, 100);
+    const auto bound = [&](unsigned sweeps) { return minIndexCount(mesh, StripJoin::Restart, {sweeps, {}}); };
+    EXPECT_LT(bound(1), bound(4));
+}
+
 TEST(MinIndexCount, DoesNotDependOnTheNumberOfThreads) {
     const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(250, 120), 3), 4);
     const std::uint64_t alone = minIndexCount(mesh, StripJoin::Restart);

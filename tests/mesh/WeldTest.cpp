@@ -77,6 +77,9 @@ TEST(Weld, AcceptsHugeAndTinyTolerances) {
     const float large = 3e38F;
     EXPECT_THAT(weld(*soupOf({{0, 0, 0}, {large, 0, 0}, {-large, 0, 0}}), {.tolerance = 1e300}).remap,
                 ElementsAre(0, 0, 0));
+    // The position in units of such a tolerance is a negative zero.
+    const float tiny = std::numeric_limits<float>::denorm_min();
+    EXPECT_THAT(weld(*soupOf({{0, 0, 0}, {-tiny, 0, 0}}), {.tolerance = 1e300}).remap, ElementsAre(0, 0));
     const Positions near{{large, 0, 0}, {large, 0, 0}, {std::nextafter(large, 0.0F), 0, 0}};
     EXPECT_THAT(weld(*soupOf(near), {.tolerance = 1e-300}).remap, ElementsAre(0, 0, 1));
 }
