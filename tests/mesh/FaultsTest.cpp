@@ -19,12 +19,15 @@
 #include <optional>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
 using namespace vexa::mesh;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
+using testing::UnorderedElementsAre;
 using Indices = std::vector<unsigned int>;
 
 /// Vertices that are on no line with one another.
@@ -212,6 +215,16 @@ TEST(FindFaults, ReportsWindingAndEdgesOfMoreThanTwoTriangles) {
     const auto crowded = faultOf(*uncheckedMesh(TRIANGLES, meshes::book(5), 7), FaultCode::NonManifoldEdge);
     EXPECT_EQ(crowded->text, "1 edge has more than two triangles, first 0-1");
     EXPECT_EQ(crowded->sites[0].value, 1);
+}
+
+TEST(FindFaults, NamesBothVerticesOfEveryOpenEdge) {
+    const auto fault = faultOf(*uncheckedMesh(TRIANGLES, {0, 1, 2, 2, 1, 3}, 4), FaultCode::OpenBorder);
+    ASSERT_TRUE(fault);
+    std::vector<std::pair<std::uint64_t, double>> edges;
+    for (const FaultSite& site : fault->sites) {
+        edges.emplace_back(site.element, site.value);
+    }
+    EXPECT_THAT(edges, UnorderedElementsAre(Pair(0, 1), Pair(0, 2), Pair(1, 3), Pair(2, 3)));
 }
 
 TEST(FindFaults, ReportsIsolatedVertices) {
