@@ -25,11 +25,10 @@ void CutFlags::addTo(Flags& flags) {
               {.typeName = "0-4", .max = timedEffort});
     flags.add("--budget", budget_, "Time per triangle of the search at effort 4 (default: 10)",
               {.typeName = "MICROSECONDS", .min = 1, .max = max});
-    flags.add(
-        "--annealing-passes", annealingPasses_,
-        "Passes of the search at effort 3 (default: 88); 10 take 3 to 5 times as long as effort 2, for two thirds "
-        "of what 88 save",
-        {.typeName = "N", .min = 1, .max = max});
+    flags.add("--annealing-passes", annealingPasses_,
+              "Passes of the search at efforts 3 and 4 (default: 88); 10 take 3 to 5 times as long as effort 2, for "
+              "two thirds of what 88 save",
+              {.typeName = "N", .min = 1, .max = max});
     flags.add("--for-vertex-cache", forVertexCache_,
               "Short strips in an order that reuses transformed vertices, for more indices");
     flags.add("--max-strip", maxStrip_, "Most triangles of a strip", {.typeName = "N", .min = 1, .max = max});
