@@ -15,4 +15,15 @@ TEST(NarrowestIndexType, LeavesTheLargestValueOfEachTypeUnused) {
     EXPECT_EQ(narrowestIndexType({4294967294U}), mesh::UNSIGNED_INT);
 }
 
+TEST(FloatValues, HoldTheBytesOfTheirNumbers) {
+    const vexa::tool::AccessorData two = vexa::tool::floatValues("VEC2", {1, 2, 3, 4});
+    EXPECT_EQ(two.count, 2);
+    EXPECT_EQ(two.components, 2);
+    EXPECT_EQ(two.bytes.size(), 16);
+
+    const vexa::tool::AccessorData none = vexa::tool::floatValues("VEC3", {});
+    EXPECT_EQ(none.count, 0);
+    EXPECT_TRUE(none.bytes.empty());
+}
+
 } // namespace

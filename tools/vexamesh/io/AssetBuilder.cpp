@@ -79,8 +79,8 @@ AccessorData floatValues(const std::string& type, const std::vector<float>& valu
     data.type = type;
     data.components = type == "SCALAR" ? 1 : type == "VEC2" ? 2 : type == "VEC3" ? 3 : 4;
     data.count = values.size() / data.components;
-    data.bytes.resize(values.size() * sizeof(float));
-    std::memcpy(data.bytes.data(), values.data(), data.bytes.size());
+    const auto* bytes = reinterpret_cast<const unsigned char*>(values.data());
+    data.bytes.assign(bytes, bytes + values.size() * sizeof(float));
     return data;
 }
 

@@ -141,6 +141,10 @@ TEST_F(PlyReader, BrokenPlyIsRefused) {
     expectRefused("a.ply", "ply\nformat ascii 1.0\nend_heather\n", "its header has no line \"end_header\"");
     expectRefused("b.ply", "solid\n", "it does not begin with \"ply\"");
     expectRefused("g.ply", "ply\nformat ascii 1.0\nelephant vertex 4\nend_header\n", "has no element vertex");
+    expectRefused("i.ply",
+                  "ply\nformat ascii 1.0\nelement vertex 0\nproperty float x\nproperty float y\n"
+                  "property float z\nend_header\n",
+                  "holds no meshes");
     expectRefused("c.ply", plyQuad.substr(0, plyQuad.size() - 4),
                   "is cut off: the header announces 1 entries of the element face, 0 are there");
     std::string wrongIndex = plyQuad;
