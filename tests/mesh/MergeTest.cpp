@@ -274,6 +274,23 @@ TEST(MergeMeshes, GivesIndicesToAListThatIsFlippedOrNextToOneWithThem) {
     EXPECT_THAT(indicesOf(mergeMeshes(mixed)), ElementsAre(0, 1, 2, 5, 3, 4));
 }
 
+TEST(MergedRanges, CountTheVerticesOfAListWithoutIndicesNextToOneWithThem) {
+    const MeshPtr loose = makeMesh(TRIANGLES, nullptr, {positions(6)});
+    const auto ranges = mergedRanges(instancesOf({loose, meshOf(TRIANGLES, {2, 1, 0}, 3)}));
+    EXPECT_EQ(ranges[0].indexCount, 6U);
+    EXPECT_EQ(ranges[1].firstIndex, 6U);
+    EXPECT_EQ(ranges[1].indexCount, 3U);
+}
+
+TEST(MergeMeshes, RefusesRestartsInForeignLists) {
+    const MeshPtr own = meshOf(TRIANGLES, {0, 1, restartIndex}, 3);
+    const MeshPtr foreign = makeMesh(TRIANGLES, vexa::test::foreignCopy(*own->getIndexBuffer()), {positions(3)});
+    const auto fault = [](const MeshPtr& mesh) { return messageOf([&] { mergeMeshes(instancesOf({mesh})); }); };
+    EXPECT_EQ(fault(foreign), "mergeMeshes: instance 0: index 2 restarts a primitive, which a list of " +
+                                  getStringForPrimitiveType(TRIANGLES) + " does not need");
+    EXPECT_EQ(fault(foreign), fault(own));
+}
+
 TEST(MergeMeshes, RefusesRestartsInMirroredLists) {
     for (const bool asTriangles : {false, true}) {
         EXPECT_EQ(messageOf([&] {
