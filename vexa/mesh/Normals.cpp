@@ -14,8 +14,6 @@
 #include <glm/vec3.hpp>
 #include <numbers>
 #include <numeric>
-#include <stdexcept>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -181,10 +179,7 @@ MeshPtr computeNormals(const Mesh& mesh, const NormalOptions& options) {
     const std::vector<glm::vec3> groupNormals = normalsOf(surface, groups, options.weighting);
     const SplitVertices vertices(surface, groups);
     const std::size_t vertexCount = vertices.sources().size();
-    if (vertexCount >= restartIndex) {
-        throw std::length_error("computeNormals: splitting vertices makes " + std::to_string(vertexCount) +
-                                ", which need indices of more than 32 bits; split the mesh");
-    }
+    detail::checkVertexCount("computeNormals: with split vertices", vertexCount);
     std::vector<glm::vec3> normals(vertexCount, glm::vec3(0));
     for (std::size_t v = 0; v < vertexCount; ++v) {
         if (vertices.groupOf(v) != restartIndex) {

@@ -69,6 +69,13 @@ std::shared_ptr<AttributeBuffer> AttributeElements::pick(std::span<const std::ui
     return result;
 }
 
+void checkVertexCount(const char* caller, std::uint64_t vertexCount) {
+    if (vertexCount >= restartIndex) {
+        throw std::length_error(caller + (": " + std::to_string(vertexCount)) +
+                                " vertices need indices of more than 32 bits; split the mesh");
+    }
+}
+
 AttributeBuffers checkedAttributes(const char* caller, const Mesh& mesh) {
     AttributeBuffers attributes;
     for (unsigned long i = 0; i < mesh.getNumAttributeBuffers(); ++i) {
@@ -85,10 +92,7 @@ AttributeBuffers checkedAttributes(const char* caller, const Mesh& mesh) {
                  " elements, and attribute 0 (\"" + attributes.front()->getAttributeName() + "\") has " +
                  std::to_string(attributes.front()->getElementCount()) + "; give every vertex one element of each");
         }
-        if (count >= restartIndex) {
-            throw std::length_error(caller + (": " + std::to_string(count)) +
-                                    " vertices need indices of more than 32 bits; split the mesh");
-        }
+        checkVertexCount(caller, count);
     }
     return attributes;
 }

@@ -36,6 +36,10 @@ private:
     std::vector<unsigned char> copy_;
 };
 
+/// \param caller the beginning of the message
+/// \throw std::length_error 4294967295 vertices or more
+void checkVertexCount(const char* caller, std::uint64_t vertexCount);
+
 /// The attributes of a mesh, which must all have as many elements as it has vertices.
 ///
 /// \param caller name of the public function, with which the messages begin
