@@ -191,6 +191,19 @@ TEST(TransformAttrib, LeavesBytesBetweenElementsAlone) {
     EXPECT_EQ(std::memcmp(bytes + 32, before.data(), 4), 0);
 }
 
+TEST(TransformAttrib, CallsTheFunctionForElementsWithoutComponentsAndStoresNothing) {
+    const auto data = std::make_shared<detail::VectorBufferData>();
+    data->resize(36);
+    std::memset(data->getData(), 0x11, 36);
+    std::shared_ptr<AttributeBuffer> buffer =
+        std::make_shared<detail::DefaultAttributeBuffer>(FLOAT, 0UL, 12UL, 0UL, data, "a");
+    int calls = 0;
+    transformAttrib(buffer, [&calls](void*) { ++calls; });
+    EXPECT_EQ(calls, 3);
+    const auto* bytes = static_cast<const unsigned char*>(data->getData());
+    EXPECT_EQ(std::vector<unsigned char>(bytes, bytes + 36), std::vector<unsigned char>(36, 0x11));
+}
+
 TEST(TransformAttrib, GoesThroughAForeignStorageForEachElement) {
     std::shared_ptr<AttributeBuffer> buffer = AttributeBuffer::createDefaultVec3f("position");
     const auto data = std::make_shared<vexa::test::ForeignData>();

@@ -115,6 +115,17 @@ TEST(ConcatAttribs, KeepsElementsAppendedBeforeAnException) {
     EXPECT_EQ(elementsOf<Vec3>(*target), (std::vector<Vec3>{{1, 1, 1}, {2, 2, 2}, {0, 0, 0}, {0, 0, 0}}));
 }
 
+TEST(ConcatAttribs, AppendsElementsWithoutComponentsToAnEmptyStorage) {
+    const auto data = std::make_shared<detail::VectorBufferData>();
+    data->resize(36);
+    const auto source = std::make_shared<detail::DefaultAttributeBuffer>(FLOAT, 0UL, 12UL, 0UL, data, "a");
+    auto target = AttributeBuffer::createDefault(FLOAT, 0, "a");
+    int calls = 0;
+    concatAttribs(target, source, [&calls](void*) { ++calls; });
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(target->getElementCount(), 0u);
+}
+
 TEST(ConcatAttribs, DoublesABufferThatIsAppendedToItself) {
     auto buffer = vec3f("a", vexa::test::ordinaryVectors(100, 1));
     const std::vector<Vec3> before = elementsOf<Vec3>(*buffer);
