@@ -215,6 +215,21 @@ TEST(StripBuffer, TakesAnnealingOfNoTime) {
     EXPECT_LE(lengthAt(4), lengthAt(3));
 }
 
+TEST(StripBuffer, NeedsNoMoreIndicesWithTimeForEffort4ThanAtEffort3) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(16, 12), 3), 7);
+    const auto goesOn = [](const StripProgress&) { return true; };
+    for (const StripJoin join : {StripJoin::Restart, StripJoin::Degenerate}) {
+        const std::size_t expected = buildStripBuffer(mesh, {.effort = 3, .join = join}).size();
+        for (const bool isWatched : {false, true}) {
+            StripBufferOptions options{.effort = 4, .join = join, .microsecondsPerTriangle = 150};
+            options.onProgress = isWatched ? goesOn : options.onProgress;
+            const Indices strip = buildStripBuffer(mesh, options);
+            EXPECT_LE(strip.size(), expected) << isWatched;
+            EXPECT_EQ(canonicalStrip(strip), canonicalTriangles(mesh)) << isWatched;
+        }
+    }
+}
+
 TEST(StripBuffer, DependsOnTheSeedFromEffort3On) {
     const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(40, 30), 3), 7);
     const auto build = [&mesh](unsigned effort, std::uint32_t seed) {
@@ -299,6 +314,21 @@ TEST(StripBuffer, StoppedDuringAnnealingStillHoldsEveryTriangle) {
         canonicalStrip(buildStripBuffer(mesh, {.effort = 4, .microsecondsPerTriangle = 10000, .onProgress = goesOn})),
         canonicalTriangles(mesh));
     EXPECT_EQ(calls, 2U);
+}
+
+TEST(StripBuffer, StoppedWhilePatchesAreAnnealedNeedsNoMoreIndicesThanEffort3) {
+    const Indices mesh = meshes::shuffled(meshes::damaged(meshes::sphere(16, 12), 5), 2);
+    unsigned annealings = 0;
+    StripPhase last = StripPhase::Greedy;
+    const auto goesOn = [&](const StripProgress& progress) {
+        annealings += progress.phase == StripPhase::Annealing && last != StripPhase::Annealing ? 1 : 0;
+        last = progress.phase;
+        return annealings < 3;
+    };
+    // The third annealing is the one by patches, if there is time for it.
+    const Indices strip = buildStripBuffer(mesh, {.effort = 4, .microsecondsPerTriangle = 150, .onProgress = goesOn});
+    EXPECT_LE(strip.size(), buildStripBuffer(mesh, {.effort = 3}).size());
+    EXPECT_EQ(canonicalStrip(strip), canonicalTriangles(mesh));
 }
 
 TEST(StripBuffer, StoppedAfterAnnealingStillHoldsEveryTriangle) {
