@@ -16,11 +16,15 @@ using OnPassEnd = std::function<void(StripChange, StripPartition&)>;
 
 /// Reports how far a search is, and remembers that the caller wants it to end.
 class StripMonitor {
+    using Clock = std::chrono::steady_clock;
+
 public:
     /// \param onProgress, onPassEnd must outlive the monitor
+    /// \param interval              least time between two calls within a phase
     explicit StripMonitor(const std::function<bool(const StripProgress&)>& onProgress,
-                          const OnPassEnd* onPassEnd = nullptr)
-        : onProgress_(onProgress), onPassEnd_(onPassEnd) {}
+                          const OnPassEnd* onPassEnd = nullptr,
+                          Clock::duration interval = std::chrono::milliseconds(20))
+        : onProgress_(onProgress), onPassEnd_(onPassEnd), interval_(interval) {}
 
     /// Begins a phase that is about this share of the work still to come, and reports it.
     void startPhase(StripPhase phase, double share) {
@@ -37,7 +41,7 @@ public:
         if (!isStopped_ && onProgress_ && Clock::now() >= nextCall_) {
             fraction_ = std::max(fraction_, begin_ + (end_ - begin_) * done / total);
             isStopped_ = !onProgress_({phase_, fraction_});
-            nextCall_ = Clock::now() + interval;
+            nextCall_ = Clock::now() + interval_;
         }
         return !isStopped_;
     }
@@ -58,11 +62,9 @@ public:
     [[nodiscard]] bool isStopped() const { return isStopped_; }
 
 private:
-    using Clock = std::chrono::steady_clock;
-    static constexpr Clock::duration interval = std::chrono::milliseconds(20);
-
     const std::function<bool(const StripProgress&)>& onProgress_;
     const OnPassEnd* onPassEnd_;
+    Clock::duration interval_;
     StripPhase phase_ = StripPhase::Pairing;
     double begin_ = 0;
     double end_ = 0;

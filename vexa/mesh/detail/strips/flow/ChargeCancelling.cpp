@@ -79,17 +79,14 @@ private:
         const std::uint32_t charge = fans_.charge(fan);
         const std::uint32_t opposite = 3 - charge;
         const std::span<const FanId> neighbours = fans_.neighbours(fan);
-        std::size_t best = neighbours.size();
+        // There is one: options are counted exactly, or too low where they are many.
+        std::size_t best = 0;
         std::uint32_t fewest = manyOptions + 1;
         for (std::size_t i = 0; i < neighbours.size() && fewest > 1; ++i) {
             if (fans_.charge(neighbours[i]) == opposite && optionsOf(neighbours[i]) < fewest) {
                 fewest = optionsOf(neighbours[i]);
                 best = i;
             }
-        }
-        if (best == neighbours.size()) {
-            fans_.state(fan) = static_cast<std::uint8_t>(charge);
-            return;
         }
         const FanId partner = neighbours[best];
         flow_.move(fan, static_cast<std::uint32_t>(best), charge);
