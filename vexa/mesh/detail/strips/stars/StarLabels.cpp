@@ -76,13 +76,10 @@ bool StarLabels::pass(const StarOdds& odds, WorkTeam& team, StripMonitor& monito
     }
     constexpr std::size_t block = 1U << 14;
     const std::span<const Star> rest = stars_.group(groups.rest());
-    for (std::size_t i = 0; i < rest.size(); i += block) {
-        if (!goesOn()) {
-            return false;
-        }
+    for (std::size_t i = 0; i < rest.size() && goesOn(); i += block) {
         relabelAll(rest.subspan(i, std::min(block, rest.size() - i)), odds, groups.rest() + i);
     }
-    return true;
+    return !monitor.isStopped();
 }
 
 void StarLabels::passOverGroups(std::span<const std::uint32_t> groups, const StarOdds& odds, const Poll& poll) {
