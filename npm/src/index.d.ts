@@ -62,7 +62,7 @@ export function unstrip(strip: Indices, options?: { type?: IndexArrayType }): In
  */
 export function minIndexCount(triangles: Indices, options?: {
     join?: Join;
-    /** More take longer and prove more; 16 unless given. */
+    /** More take longer and prove more; 32 unless given. */
     sweeps?: number;
     /** As in `SearchOptions`; false returns the bound that is proven so far. */
     onProgress?: (fraction: number) => boolean | void;

@@ -109,7 +109,7 @@ export function unstrip(strip, options = {}) {
 export function minIndexCount(triangles, options = {}) {
     const indices = toIndices(triangles, 'triangles');
     const degenerate = isDegenerate(options.join ?? 'restart');
-    const sweeps = numberOf('sweeps', options.sweeps ?? 16, 0);
+    const sweeps = numberOf('sweeps', options.sweeps ?? 32, 0);
     return taking(() => {
         callWithProgress(options.onProgress, 'vexaMinIndexCount', indices, indices.length, degenerate ? 1 : 0, sweeps);
         return result(0, Float64Array)[0];

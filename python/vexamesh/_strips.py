@@ -132,7 +132,7 @@ def lower_bound(
     faces: npt.ArrayLike,
     join: Join = "restart",
     *,
-    sweeps: int = 16,
+    sweeps: int = 32,
     threads: int = 1,
     progress: Optional[Progress] = None,
 ) -> int:

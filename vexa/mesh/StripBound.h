@@ -12,7 +12,7 @@ namespace vexa::mesh {
 
 /// How `minIndexCount` searches for a high bound.
 struct BoundOptions {
-    unsigned sweeps = 16; ///< more of them take longer and never prove less by more than rounding; 64 prove little more
+    unsigned sweeps = 32; ///< more of them take longer and never prove less by more than rounding; 64 prove little more
     /// Called from the calling thread at least every 50 ms once the mesh is set up, with the part of the sweeps that is
     /// done, from 0 to 1; false ends the search, and the bound is what is proven so far. Whatever it throws leaves the
     /// function.
