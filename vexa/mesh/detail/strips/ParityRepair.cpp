@@ -92,16 +92,22 @@ bool ParityRepair::takeByCutting(HalfEdgeId exit, HalfEdgeId cut) {
         return false;
     }
     const int swapsBefore = swapAt(cut) + swapAt(kept) + (beyond != noHalfEdge ? swapAt(beyond) : 0);
-    const int repeatsBefore = countRepeats(end, taken);
-    partition_.cut(cut);
-    partition_.link(exit);
+    const auto take = [&] {
+        partition_.cut(cut);
+        partition_.link(exit);
+    };
+    take();
     const int moreSwaps = swapAt(exit) + swapAt(kept) + swapAt(endLink) - swapsBefore;
-    if (moreSwaps <= 0 && isOpen(exit) && moreSwaps + countRepeats(end, newEnd) < repeatsBefore) {
-        return true;
-    }
+    // Counting walks along the strips, and mostly there are more swaps.
+    const bool isPossible = moreSwaps <= 0 && isOpen(exit);
+    const int cost = isPossible ? moreSwaps + countRepeats(end, newEnd) : 0;
     partition_.cut(exit);
     partition_.link(cut);
-    return false;
+    if (!isPossible || cost >= countRepeats(end, taken)) {
+        return false;
+    }
+    take();
+    return true;
 }
 
 bool ParityRepair::extend(TriangleId end) {
