@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace {
@@ -75,12 +76,14 @@ TEST(StripChoice, NeverNeedsMoreIndicesThanEitherWay) {
         WorkTeam alone;
         PatchAnnealing patches(1.5, 1, alone);
         StripChoice choice(StripJoin::Restart);
+        const std::function<bool(const vexa::mesh::StripProgress&)> unobserved;
+        StripMonitor monitor(unobserved);
         for (int round = 0; round < 5; ++round) {
             const auto count = [&] { return countIndices(mesh, partition, StripJoin::Restart); };
             cutLoops(partition);
             const std::uint64_t before = count();
             const LinkSnapshot earlier(partition);
-            patches.run(partition, {}, 16);
+            patches.run(partition, monitor, 16);
             cutLoops(partition);
             const std::uint64_t annealed = count();
             choice.keepBetter(partition, earlier);

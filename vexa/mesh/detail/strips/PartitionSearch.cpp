@@ -103,7 +103,8 @@ private:
     void linkByFlow(StripPartition& partition);
     void lengthenStrips(StripPartition& partition, StripMonitor& monitor) const;
     void extendStrips(StripPartition& partition);
-    void anneal(StripPartition& partition, unsigned sweeps, const std::function<double(std::uint32_t)>& cooling);
+    void anneal(StripPartition& partition, unsigned sweeps, Heat heat,
+                const std::function<double(std::uint32_t)>& cooling);
     void annealUntil(StripPartition& partition, Clock::time_point start);
     void annealPatches(StripPartition& partition, const std::function<double()>& done);
 
@@ -199,7 +200,9 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     extendStrips(partition);
     if (effort >= 3) {
         const std::uint32_t passes = options_.annealingPasses == 0 ? defaultAnnealingPasses : options_.annealingPasses;
-        anneal(partition, passes < minPassesForSweeps ? 0 : minSweeps,
+        // Few passes do not make up for what heat undoes.
+        const bool isShort = passes < minPassesForSweeps;
+        anneal(partition, isShort ? 0 : minSweeps, isShort ? Heat::Low : Heat::Usual,
                [passes](std::uint32_t pass) { return static_cast<double>(pass) / passes; });
     }
     if (effort >= 4) {
@@ -233,7 +236,7 @@ void PartitionSearch::extendStrips(StripPartition& partition) {
 }
 
 /// Anneals the labels and keeps the links that come out if they are better.
-void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps,
+void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps, Heat heat,
                              const std::function<double(std::uint32_t)>& cooling) {
     monitor_.startPhase(StripPhase::Annealing, 0.9);
     if (monitor_.isStopped()) {
@@ -243,9 +246,8 @@ void PartitionSearch::anneal(StripPartition& partition, unsigned sweeps,
     labelByLinks(partition);
     const bool isRestart = options_.join == StripJoin::Restart;
     // Where charges are few and far apart, sweeps do not find the long ways between them.
-    if (!annealLabels(partition,
-                      {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, sweeps == 0, cooling}, team_,
-                      monitor_)) {
+    if (!annealLabels(partition, {isRestart ? 1.5 : 2.0, options_.seed, hasManyCharges_ ? sweeps : 0, heat, cooling},
+                      team_, monitor_)) {
         return;
     }
     cutLoops(partition, monitor_.poller());
@@ -273,7 +275,8 @@ void PartitionSearch::annealUntil(StripPartition& partition, Clock::time_point s
     const auto sweeps = static_cast<unsigned>(std::clamp<double>(left * 1e6 / partition.count(), minSweeps, maxSweeps));
     // The first half of it whole, the second half patch by patch.
     const double half = left / 2;
-    anneal(partition, sweeps, [begin, half](std::uint32_t) { return Seconds(Clock::now() - begin).count() / half; });
+    anneal(partition, sweeps, hasManyCharges_ ? Heat::Usual : Heat::High,
+           [begin, half](std::uint32_t) { return Seconds(Clock::now() - begin).count() / half; });
     annealPatches(partition, [begin, left] { return Seconds(Clock::now() - begin).count() / left; });
 }
 
@@ -298,7 +301,7 @@ void PartitionSearch::annealPatches(StripPartition& partition, const std::functi
     StripMonitor monitor(onProgress);
     while (done() < 1 && !monitor.isStopped()) {
         const LinkSnapshot earlier(partition);
-        patches.run(partition, monitor.poller());
+        patches.run(partition, monitor);
         cutLoops(partition, monitor.poller());
         lengthenStrips(partition, monitor);
         if (isRestart) {

@@ -20,12 +20,12 @@ StripPartition partitionOf(const Indices& mesh) {
 }
 
 std::uint64_t anneal(StripPartition& partition, std::uint32_t seed, unsigned sweeps, unsigned threads = 1,
-                     std::uint32_t patchSize = 4096) {
+                     std::uint32_t patchSize = 4096, Heat heat = Heat::Usual) {
     const std::function<bool(const vexa::mesh::StripProgress&)> nobody;
     StripMonitor monitor(nobody);
     labelByLinks(partition);
     WorkTeam team(threads);
-    annealLabels(partition, {1.5, seed, sweeps, false, [](std::uint32_t pass) { return pass / 40.0; }, patchSize}, team,
+    annealLabels(partition, {1.5, seed, sweeps, heat, [](std::uint32_t pass) { return pass / 40.0; }, patchSize}, team,
                  monitor);
     cutLoops(partition);
     return countExtraIndices(partition);
@@ -37,6 +37,26 @@ TEST(AnnealLabels, FindsFewIndicesFromNoLinks) {
     StripPartition split = partitionOf(mesh);
     EXPECT_LT(4 * anneal(given, 1, 0), mesh.size() / 3);
     EXPECT_LT(4 * anneal(split, 1, 8), mesh.size() / 3);
+}
+
+TEST(AnnealLabels, KeepsMoreOfTheFirstLabelsWhereItBeginsColder) {
+    const Indices mesh = meshes::sphere(40, 30);
+    const auto keptAt = [&mesh](Heat heat) {
+        StripPartition partition = partitionOf(mesh);
+        anneal(partition, 1, 0);
+        std::vector<EdgeSet> first;
+        for (TriangleId id = 0; id < partition.count(); ++id) {
+            first.push_back(partition.links(id));
+        }
+        anneal(partition, 2, 0, 1, 4096, heat);
+        std::uint32_t kept = 0;
+        for (TriangleId id = 0; id < partition.count(); ++id) {
+            kept += partition.links(id) == first[id] ? 1 : 0;
+        }
+        return kept;
+    };
+    EXPECT_GT(keptAt(Heat::Low), keptAt(Heat::Usual));
+    EXPECT_GT(keptAt(Heat::Usual), keptAt(Heat::High));
 }
 
 TEST(AnnealLabels, RelabelsStarsOfSeveralPatchesToo) {
@@ -54,7 +74,8 @@ TEST(AnnealLabels, LeavesTheLinksWhenStopped) {
             labelByLinks(partition);
             StripMonitor monitor(stop);
             WorkTeam alone;
-            EXPECT_FALSE(annealLabels(partition, {1.5, 1, sweeps, false, [](std::uint32_t) { return 0.0; }, patchSize},
+            EXPECT_FALSE(annealLabels(partition,
+                                      {1.5, 1, sweeps, Heat::Usual, [](std::uint32_t) { return 0.0; }, patchSize},
                                       alone, monitor));
             EXPECT_EQ(countExtraIndices(partition), countExtraIndices(partitionOf(meshes::sphere(20, 12))));
         }
@@ -69,7 +90,8 @@ TEST(AnnealLabels, LeavesTheLinksWhenStoppedWhileCostsAreSplit) {
     StripMonitor monitor(goesOn);
     WorkTeam alone;
     // So many sweeps take longer than the monitor waits between two calls.
-    EXPECT_FALSE(annealLabels(partition, {1.5, 1, 1000000, false, [](std::uint32_t) { return 0.0; }}, alone, monitor));
+    EXPECT_FALSE(
+        annealLabels(partition, {1.5, 1, 1000000, Heat::Usual, [](std::uint32_t) { return 0.0; }}, alone, monitor));
     EXPECT_EQ(calls, 2U);
 }
 

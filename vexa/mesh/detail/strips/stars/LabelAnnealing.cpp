@@ -16,11 +16,10 @@ namespace vexa::mesh::detail {
 namespace {
 
 /// Temperature after so much of the cooling: it falls geometrically.
-double temperatureAt(std::uint32_t step, std::uint32_t steps, bool isMild) {
-    // The last one is 0.22. Labels that are good already would be lost at the higher one.
-    const double hottest = isMild ? 0.4 : 0.6;
-    const double ratio = isMild ? 0.97434 : 0.95731;
-    double temperature = hottest;
+double temperatureAt(std::uint32_t step, std::uint32_t steps, Heat heat) {
+    // The last one is 0.22.
+    const double ratio = heat == Heat::Low ? 0.97434 : heat == Heat::Usual ? 0.95731 : 0.94807;
+    double temperature = heat == Heat::Low ? 0.4 : heat == Heat::Usual ? 0.6 : 0.75;
     for (std::uint32_t i = 0; i < step * 23 / std::max(1U, steps - 1); ++i) {
         temperature *= ratio;
     }
@@ -68,7 +67,7 @@ bool annealLabels(StripPartition& partition, const AnnealingOptions& options, Wo
         const std::uint32_t newStep = static_cast<std::uint32_t>(done * steps);
         if (newStep != step) {
             step = newStep;
-            odds.emplace(scale * temperatureAt(step, steps, isSplit || options.isShort), options.endCost);
+            odds.emplace(scale * temperatureAt(step, steps, isSplit ? Heat::Low : options.heat), options.endCost);
         }
         goesOn = labels.pass(*odds, team, monitor, done);
     }

@@ -25,32 +25,24 @@ void PatchAnnealing::divide(const StripPartition& partition, std::uint32_t patch
     groups_->release();
 }
 
-void PatchAnnealing::chooseGroups(std::uint32_t level) {
-    constexpr std::uint64_t onceIn = 3;
-    chosen_.clear();
-    for (std::uint32_t group = groups_->begin(level); group < groups_->begin(level + 1); ++group) {
-        if (random_.draw() % onceIn == 0) {
-            chosen_.push_back(group);
-        }
-    }
-    if (chosen_.empty()) {
-        chosen_.push_back(static_cast<std::uint32_t>(random_.draw() % groups_->rest()));
-    }
-}
-
-void PatchAnnealing::run(StripPartition& partition, const Poll& poll, std::uint32_t patchSize) {
+void PatchAnnealing::run(StripPartition& partition, StripMonitor& monitor, std::uint32_t patchSize) {
     constexpr std::uint32_t roundsPerDivision = 16;
     if (rounds_ % roundsPerDivision == 0) {
-        divide(partition, patchSize, poll);
+        divide(partition, patchSize, monitor.poller());
     }
-    chooseGroups(rounds_++ % PatchGroups::levels);
+    std::uint32_t level = rounds_++ % PatchGroups::levels;
+    if (groups_->begin(level) == groups_->rest()) {
+        level = 0; // All of the mesh is one patch.
+    }
     labelByLinks(partition);
-    labels_->load(partition, poll);
+    labels_->load(partition, monitor.poller());
     const std::vector<LabelCode> earlier = labels_->codes();
     for (const StarOdds& odds : odds_) {
-        labels_->passOverGroups(chosen_, odds, poll);
+        if (!labels_->passOverLevel(level, odds, team_, monitor)) {
+            break;
+        }
     }
-    labels_->linkChanged(partition, earlier, poll);
+    labels_->linkChanged(partition, earlier, monitor.poller());
 }
 
 } // namespace vexa::mesh::detail

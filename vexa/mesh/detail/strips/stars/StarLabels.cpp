@@ -66,11 +66,7 @@ bool StarLabels::pass(const StarOdds& odds, WorkTeam& team, StripMonitor& monito
     const auto goesOn = [&] { return monitor.poll(done, 1); };
     ++passCount_;
     for (std::uint32_t level = 0; level < PatchGroups::levels; ++level) {
-        const std::uint32_t begin = groups.begin(level);
-        const auto relabelGroup = [&](std::uint32_t i, unsigned) {
-            relabelAll(stars_.group(begin + i), odds, begin + i);
-        };
-        if (!team.forEach(groups.begin(level + 1) - begin, relabelGroup, goesOn)) {
+        if (!relabelLevel(level, odds, team, goesOn)) {
             return false;
         }
     }
@@ -82,14 +78,15 @@ bool StarLabels::pass(const StarOdds& odds, WorkTeam& team, StripMonitor& monito
     return !monitor.isStopped();
 }
 
-void StarLabels::passOverGroups(std::span<const std::uint32_t> groups, const StarOdds& odds, const Poll& poll) {
+bool StarLabels::passOverLevel(std::uint32_t level, const StarOdds& odds, WorkTeam& team, StripMonitor& monitor) {
     ++passCount_;
-    WorkMeter meter(poll);
-    for (const std::uint32_t group : groups) {
-        const std::span<const Star> stars = stars_.group(group);
-        relabelAll(stars, odds, group);
-        meter.add(stars.size());
-    }
+    return relabelLevel(level, odds, team, [&] { return monitor.poll(0, 1); });
+}
+
+bool StarLabels::relabelLevel(std::uint32_t level, const StarOdds& odds, WorkTeam& team, const GoesOn& goesOn) {
+    const std::uint32_t begin = stars_.groups().begin(level);
+    const auto relabelGroup = [&](std::uint32_t i, unsigned) { relabelAll(stars_.group(begin + i), odds, begin + i); };
+    return team.forEach(stars_.groups().begin(level + 1) - begin, relabelGroup, goesOn);
 }
 
 void StarLabels::link(StripPartition& partition, const Poll& poll) const {

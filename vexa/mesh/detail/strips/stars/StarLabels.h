@@ -43,8 +43,8 @@ public:
     /// Draws the labels of every star. Returns whether to go on.
     bool pass(const StarOdds& odds, WorkTeam& team, StripMonitor& monitor, double done);
 
-    /// Draws the labels of the stars in some groups.
-    void passOverGroups(std::span<const std::uint32_t> groups, const StarOdds& odds, const Poll& poll);
+    /// Draws the labels of the stars in the groups of one level only. Returns whether to go on.
+    bool passOverLevel(std::uint32_t level, const StarOdds& odds, WorkTeam& team, StripMonitor& monitor);
 
     /// Links all triangles as their labels want it.
     void link(StripPartition& partition, const Poll& poll) const;
@@ -57,6 +57,7 @@ private:
     [[nodiscard]] std::uint32_t labelFrom(HalfEdgeId halfEdge) const {
         return codes_[triangleOf(halfEdge)] >> 2 * placeOf(halfEdge) & 3U;
     }
+    bool relabelLevel(std::uint32_t level, const StarOdds& odds, WorkTeam& team, const GoesOn& goesOn);
     /// \param part number of this part of the pass, on which the random numbers depend
     void relabelAll(std::span<const Star> stars, const StarOdds& odds, std::uint64_t part);
     void relabel(const Star& star, const StarOdds& odds, FastRandom& random);
