@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <vector>
+
 namespace {
 
 namespace mesh = vexa::mesh;
@@ -19,7 +22,10 @@ TEST(FloatValues, HoldTheBytesOfTheirNumbers) {
     const vexa::tool::AccessorData two = vexa::tool::floatValues("VEC2", {1, 2, 3, 4});
     EXPECT_EQ(two.count, 2);
     EXPECT_EQ(two.components, 2);
-    EXPECT_EQ(two.bytes.size(), 16);
+    ASSERT_EQ(two.bytes.size(), 16U);
+    std::vector<float> numbers(4);
+    std::memcpy(numbers.data(), two.bytes.data(), two.bytes.size());
+    EXPECT_EQ(numbers, (std::vector<float>{1, 2, 3, 4}));
 
     const vexa::tool::AccessorData none = vexa::tool::floatValues("VEC3", {});
     EXPECT_EQ(none.count, 0);

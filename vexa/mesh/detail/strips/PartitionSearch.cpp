@@ -200,7 +200,7 @@ FoundPartition PartitionSearch::searchByFlow(unsigned effort) {
     extendStrips(partition);
     if (effort >= 3) {
         const std::uint32_t passes = options_.annealingPasses == 0 ? defaultAnnealingPasses : options_.annealingPasses;
-        // Few passes do not make up for what heat undoes.
+        // Too few passes do not make up for what a higher temperature undoes.
         const bool isShort = passes < minPassesForSweeps;
         anneal(partition, isShort ? 0 : minSweeps, isShort ? Heat::Low : Heat::Usual,
                [passes](std::uint32_t pass) { return static_cast<double>(pass) / passes; });

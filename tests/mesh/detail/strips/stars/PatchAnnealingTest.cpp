@@ -7,6 +7,7 @@
 #include <vexa/mesh/detail/strips/stars/PatchAnnealing.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <iterator>
@@ -43,6 +44,20 @@ std::vector<EdgeSet> linksAfter(const Indices& mesh, std::uint32_t seed, unsigne
     return linksOf(partition);
 }
 
+void expectLinked(const StripPartition& partition) {
+    for (TriangleId id = 0; id < partition.count(); ++id) {
+        if (partition.isCollapsed(id)) {
+            continue;
+        }
+        ASSERT_LE(partition.linkCount(id), 2U) << partition.count();
+        for (std::uint32_t place = 0; place < 3; ++place) {
+            const HalfEdgeId side = halfEdgeOf(id, place);
+            ASSERT_TRUE(!partition.isLinked(side) || partition.twin(side) != partition.border()) << partition.count();
+            ASSERT_TRUE(!partition.isLinked(side) || partition.isLinked(partition.twin(side))) << partition.count();
+        }
+    }
+}
+
 TEST(PatchAnnealing, LinksTrianglesOverTwoEdgesAtMost) {
     for (const Indices& mesh : {meshes::damaged(meshes::sphere(40, 30), 5), meshes::pairs(20), meshes::closedFan(50)}) {
         StripPartition partition = partitionOf(mesh);
@@ -52,17 +67,7 @@ TEST(PatchAnnealing, LinksTrianglesOverTwoEdgesAtMost) {
         for (int round = 0; round < 9; ++round) {
             patches.run(partition, monitor, 16);
         }
-        for (TriangleId id = 0; id < partition.count(); ++id) {
-            if (partition.isCollapsed(id)) {
-                continue;
-            }
-            ASSERT_LE(partition.linkCount(id), 2U) << mesh.size();
-            for (std::uint32_t place = 0; place < 3; ++place) {
-                const HalfEdgeId side = halfEdgeOf(id, place);
-                ASSERT_TRUE(!partition.isLinked(side) || partition.twin(side) != partition.border()) << mesh.size();
-                ASSERT_TRUE(!partition.isLinked(side) || partition.isLinked(partition.twin(side))) << mesh.size();
-            }
-        }
+        expectLinked(partition);
     }
 }
 
@@ -91,6 +96,19 @@ TEST(PatchAnnealing, DependsOnTheSeedOnly) {
     const Indices mesh = meshes::damaged(meshes::sphere(40, 30), 5);
     EXPECT_EQ(linksAfter(mesh, 1, 1), linksAfter(mesh, 1, 2));
     EXPECT_NE(linksAfter(mesh, 1, 1), linksAfter(mesh, 2, 1));
+}
+
+TEST(PatchAnnealing, LinksWhatItHasDrawnWhenStoppedHalfWay) {
+    StripPartition partition = partitionOf(meshes::sphere(60, 40));
+    WorkTeam alone;
+    PatchAnnealing patches(1.5, 1, alone);
+    int polls = 0;
+    const Observer goesOn = [&polls](const auto&) { return ++polls < 1000; };
+    StripMonitor monitor(goesOn, nullptr, {});
+    patches.run(partition, monitor, 64);
+    EXPECT_EQ(polls, 1000);
+    expectLinked(partition);
+    EXPECT_NE(linksOf(partition), linksOf(partitionOf(meshes::sphere(60, 40))));
 }
 
 TEST(PatchAnnealing, ChangesNothingWhenStopped) {

@@ -17,9 +17,15 @@ namespace {
 
 /// Temperature after so much of the cooling: it falls geometrically.
 double temperatureAt(std::uint32_t step, std::uint32_t steps, Heat heat) {
-    // The last one is 0.22.
-    const double ratio = heat == Heat::Low ? 0.97434 : heat == Heat::Usual ? 0.95731 : 0.94807;
-    double temperature = heat == Heat::Low ? 0.4 : heat == Heat::Usual ? 0.6 : 0.75;
+    struct Cooling {
+        double hottest;
+        double ratio;
+    };
+    // The last temperature is 0.22 in all of them.
+    const auto [hottest, ratio] = heat == Heat::Low     ? Cooling{0.4, 0.97434}
+                                  : heat == Heat::Usual ? Cooling{0.6, 0.95731}
+                                                        : Cooling{0.75, 0.94807};
+    double temperature = hottest;
     for (std::uint32_t i = 0; i < step * 23 / std::max(1U, steps - 1); ++i) {
         temperature *= ratio;
     }

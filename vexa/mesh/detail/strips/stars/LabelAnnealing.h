@@ -9,14 +9,14 @@
 
 namespace vexa::mesh::detail {
 
-/// Where the cooling begins: the hotter, the more of the first labels is undone, and the more passes make up for it.
+/// Where the cooling begins. More heat undoes more of the first labels, and takes more passes to pay off.
 enum class Heat { Low, Usual, High };
 
 struct AnnealingOptions {
     double endCost;     ///< indices for one end of a strip: half of what a strip costs
     std::uint32_t seed; ///< of the random numbers
     unsigned sweeps;    ///< of a cost split, the labels of which are tried as a start besides those given; 0: none
-    Heat heat;          ///< low in any case when the labels of the split are the start
+    Heat heat;          ///< low in any case if annealing starts from the labels of the split
     /// Returns how much of the cooling is done, from 0 to 1, given the number of passes made.
     std::function<double(std::uint32_t)> cooling;
     std::uint32_t patchSize = 4096; ///< triangles of a patch, on which one thread works

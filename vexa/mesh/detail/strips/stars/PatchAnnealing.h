@@ -23,7 +23,8 @@ public:
     /// \param team          must outlive the object
     PatchAnnealing(double endCost, std::uint32_t seed, WorkTeam& team);
 
-    /// Links the triangles within patches in another way. Closed loops may come out.
+    /// Links the triangles within patches in another way; rounds alternate between two divisions of the mesh. Closed
+    /// loops may come out. A round that the monitor's caller stops changes less.
     ///
     /// \param partition always the same one, whose links may have changed
     /// \param patchSize mean number of triangles of a patch

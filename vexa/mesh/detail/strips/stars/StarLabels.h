@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vexa/mesh/detail/strips/PatchGroups.h"
+#include "vexa/mesh/detail/strips/Polling.h"
 #include "vexa/mesh/detail/strips/StripMonitor.h"
 #include "vexa/mesh/detail/strips/StripPartition.h"
 #include "vexa/mesh/detail/strips/WorkTeam.h"
