@@ -83,7 +83,7 @@ TEST(Interleave, AlignsComponentsAndTheStride) {
     EXPECT_EQ(tight[2]->getElementStrideInBytes(), 6u);
     EXPECT_EQ(interleave({byte, byte}, {.alignment = 16})[1]->getElementStrideInBytes(), 32u);
     EXPECT_TRUE(interleave({}).empty());
-    EXPECT_EQ(interleave({makeAttribute<float>("a", 0)})[0]->getElementCount(), 0u);
+    EXPECT_EQ(interleave({makeAttribute<float>("a", 0), makeAttribute<float>("b", 0)})[1]->getElementCount(), 0u);
 }
 
 TEST(Interleave, RefusesWhatDoesNotBelongTogether) {
