@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstring>
-#include <cxxabi.h>
 #include <type_traits>
 #include <typeinfo>
 
@@ -108,7 +107,7 @@ TEST(HalfEdgeGraphLayout, GraphMembersHaveFixedOffsets) {
 }
 
 TEST(HalfEdgeGraphLayout, TheGraphHasNoBaseClass) {
-    EXPECT_EQ(typeid(typeid(HalfEdgeGraph)), typeid(abi::__class_type_info));
+    EXPECT_STREQ(typeid(typeid(HalfEdgeGraph)).name(), "N10__cxxabiv117__class_type_infoE");
 }
 
 TEST(HalfEdgeGraphLayout, OnlyTheDestructorIsVirtual) {

@@ -33,7 +33,7 @@ std::uint64_t countMissesPlainly(const Indices& indices, CacheModel model, std::
         if (index == restartIndex) {
             continue;
         }
-        const auto found = std::ranges::find(cache, index);
+        const auto found = std::find(cache.begin(), cache.end(), index);
         const bool isHit = found != cache.end();
         misses += isHit ? 0 : 1;
         if (isHit && model == CacheModel::Lru) {

@@ -356,6 +356,9 @@ TEST(FlipWinding, GivesWideIndicesToManyVertices) {
 }
 
 TEST(FlipWinding, RefusesMoreVerticesThan32BitsTellApart) {
+    if (sizeof(unsigned long) == 4) {
+        GTEST_SKIP() << "no mesh has as many";
+    }
     const MeshPtr mesh =
         makeMesh(TRIANGLES, nullptr, {std::make_shared<vexa::test::TooManyPositions>(restartIndex + 1UL)});
     EXPECT_EQ(messageOf<std::length_error>([&] { flipWinding(*mesh); }),

@@ -122,7 +122,7 @@ TEST(StridedElementsOf, IterateInBothDirections) {
     const StridedSpan<const float> elements = stridedElementsOf<float>(std::as_const(*buffer));
     EXPECT_EQ(std::accumulate(elements.begin(), elements.end(), 0.0F), 1 + 3 + 5 + 7);
     EXPECT_EQ(elements.end() - elements.begin(), 4);
-    EXPECT_EQ(*std::ranges::lower_bound(elements, 4.0F), 5.0F);
+    EXPECT_EQ(*std::lower_bound(elements.begin(), elements.end(), 4.0F), 5.0F);
     auto last = elements.end();
     EXPECT_EQ(*--last, 7.0F);
     EXPECT_EQ(last[-2], 3.0F);
@@ -349,7 +349,8 @@ TEST(AssignIndices, AndToIndicesAreInverse) {
     std::mt19937 engine(5);
     for (const auto& [type, limit] : {std::pair(UNSIGNED_BYTE, 255U), std::pair(UNSIGNED_SHORT, 65535U)}) {
         std::vector<unsigned int> indices(1000);
-        std::ranges::generate(indices, [&, n = limit] { return engine() % 9 == 0 ? restartIndex : engine() % n; });
+        std::generate(indices.begin(), indices.end(),
+                      [&, n = limit] { return engine() % 9 == 0 ? restartIndex : engine() % n; });
         const auto buffer = IndexBuffer::createDefault(type);
         assign(*buffer, indices);
         EXPECT_EQ(toIndices(*buffer), indices);

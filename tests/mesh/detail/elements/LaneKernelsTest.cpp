@@ -87,7 +87,7 @@ std::vector<std::string> results(const LaneKernels& kernels) {
         }
         Bytes packed(2 * count);
         kernels.packNormals(vectors.data(), packed.data(), count);
-        texts.push_back("packed " + std::string(packed.begin(), packed.end()));
+        texts.push_back("packed " + std::string(reinterpret_cast<const char*>(packed.data()), packed.size()));
         std::vector<float> unpacked(3 * count);
         kernels.unpackNormals(packed.data(), unpacked.data(), count);
         texts.push_back("unpacked " + describe(unpacked));
