@@ -81,7 +81,7 @@ std::size_t MaterialCopier::copyImage(const Document& document, std::size_t inde
     const Bytes& buffer = document.asset.buffers.at(view["buffer"].get<std::size_t>());
     const auto begin = buffer.begin() + view.value("byteOffset", std::ptrdiff_t{0});
     const Bytes content(begin, begin + view["byteLength"].get<std::ptrdiff_t>());
-    const auto [entry, isNew] = images_.try_emplace(std::string(content.begin(), content.end()), 0);
+    const auto [entry, isNew] = images_.try_emplace(content, 0);
     if (isNew) {
         entry->second = builder_.addData(content);
     }

@@ -30,7 +30,7 @@ private:
 
     AssetBuilder& builder_;
     std::map<std::pair<std::string, std::string>, std::size_t> copied_; ///< by array and text
-    std::map<std::string, std::size_t> images_;                         ///< buffer views by content
+    std::map<Bytes, std::size_t> images_;                               ///< buffer views by content
 };
 
 } // namespace vexa::tool

@@ -96,7 +96,7 @@ std::vector<std::string> results(const LaneKernels& kernels) {
               std::pair(kernels.octahedral16, 4UL)}) {
             Bytes codes(size * count);
             octahedral.encode(vectors.data(), codes.data(), count);
-            texts.push_back("codes " + std::string(codes.begin(), codes.end()));
+            texts.push_back("codes " + std::string(reinterpret_cast<const char*>(codes.data()), codes.size()));
             std::vector<float> decoded(3 * count);
             octahedral.decode(codes.data(), decoded.data(), count);
             texts.push_back("decoded " + describe(decoded));

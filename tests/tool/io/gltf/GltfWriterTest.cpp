@@ -26,7 +26,7 @@ TEST(SplitGltf, MakesTwoFilesThatJoinToTheSameBytes) {
     model.json["extras"] = {0.1, 1e300, -0.0, "\u00e4\"", 18446744073709551615U};
     const Bytes glb = written(model);
     const GltfFiles files = splitGltf(glb, "a b.bin");
-    const Json json = Json::parse(std::string(files.text.begin(), files.text.end()));
+    const Json json = Json::parse(files.text);
     EXPECT_EQ(json["buffers"][0]["uri"], "a%20b.bin");
     EXPECT_EQ(json["buffers"][0]["byteLength"], files.binary.size());
     EXPECT_EQ(joinGltf(files), glb);

@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "io/Files.h"
 #include "io/ModelDirectory.h"
+#include "io/import/TextLines.h"
 
 #include <algorithm>
 #include <cmath>
@@ -94,7 +95,7 @@ bool ObjMaterials::operator()(const std::string&, std::vector<Material>* materia
 void ObjMaterials::readLibrary(const std::string& name) {
     try {
         const Bytes content = readFile(ModelDirectory(directory_).resolve(withSlashes(name)));
-        std::istringstream stream(std::string(content.begin(), content.end()));
+        std::istringstream stream{std::string(textOf(content))};
         std::map<std::string, int> found;
         std::string warning;
         std::string error;
