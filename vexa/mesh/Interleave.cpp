@@ -58,7 +58,10 @@ AttributeBuffers interleave(const AttributeBuffers& attributes, const Interleave
     const BufferStorage storage = BufferStorage::copy({});
     AttributeBuffers interleaved = makeInterleaved(storage, stride, layout);
     interleaved.front()->resize(vertexCount);
-    for (std::size_t i = 0; vertexCount > 0 && i < layout.size(); ++i) {
+    if (vertexCount == 0) {
+        return interleaved; // There may be no memory to add offsets to.
+    }
+    for (std::size_t i = 0; i < layout.size(); ++i) {
         detail::copyElements(*attributes[i], storage.bytes().data() + layout[i].offsetInBytes, stride, vertexCount);
     }
     return interleaved;
