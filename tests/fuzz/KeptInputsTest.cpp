@@ -50,10 +50,11 @@ std::vector<Input> corpus(const std::filesystem::path& path) {
     std::vector<Input> inputs;
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) {
-        Input& input = inputs.emplace_back();
+        Input input;
         for (std::size_t i = 0; i < line.size(); i += 2) {
             input.push_back(static_cast<std::uint8_t>(std::stoul(line.substr(i, 2), nullptr, 16)));
         }
+        inputs.push_back(std::move(input));
     }
     return inputs;
 }
