@@ -15,7 +15,7 @@ struct CutInput {
     meshes::Indices mesh;
 
     CutInput(const std::uint8_t* data, std::size_t size) {
-        const auto take = [&]() -> std::uint8_t { return size == 0 ? 0 : (--size, *data++); };
+        const auto take = [&]() -> std::uint8_t { return size == 0 ? std::uint8_t{0} : (--size, *data++); };
         const std::uint8_t flags = take();
         parameters.buildStrips = (flags & 1U) == 0;
         parameters.buildFans = (flags & 2U) != 0;
