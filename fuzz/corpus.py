@@ -16,7 +16,7 @@ FOLDER = Path(__file__).resolve().parent
 
 def pack(directory, target):
     with tempfile.TemporaryDirectory() as minimal:
-        # How often code runs doesn't count, or there would be seven times as many.
+        # How often code runs doesn't count, or there would be several times as many.
         subprocess.run([directory / f'{target}Fuzz', '-merge=1', '-use_counters=0', '-timeout=20', '-rss_limit_mb=4096',
                         minimal, directory / 'corpus' / target], stderr=subprocess.DEVNULL, check=True)
         inputs = sorted((path.read_bytes() for path in Path(minimal).iterdir()), key=lambda one: (len(one), one))

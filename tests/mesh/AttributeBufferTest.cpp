@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
@@ -193,18 +194,23 @@ TEST(AttributeBuffer, PlacesElementsByStrideAndOffset) {
     const auto data = std::make_shared<VectorBufferData>();
     DefaultAttributeBuffer buffer(SHORT, 2, 10, 3, data, "a");
     buffer.resize(3);
-    const std::array<short, 2> value{0x0202, 0x0303}; // the same in any byte order
+    const std::array<short, 2> value{0x0102, 0x0304};
+    const auto first = std::bit_cast<std::array<unsigned char, 2>>(value[0]);
+    const auto last = std::bit_cast<std::array<unsigned char, 2>>(value[1]);
     buffer.setElement(1, value.data());
     const auto* bytes = static_cast<const unsigned char*>(data->getData());
     EXPECT_EQ(data->getSizeInBytes(), 30u);
-    EXPECT_EQ(bytes[13], 2);
-    EXPECT_EQ(bytes[16], 3);
+    EXPECT_EQ(bytes[13], first[0]);
+    EXPECT_EQ(bytes[14], first[1]);
+    EXPECT_EQ(bytes[15], last[0]);
+    EXPECT_EQ(bytes[16], last[1]);
     short second = 0;
     buffer.getComponent(1, 1, &second);
-    EXPECT_EQ(second, 0x0303);
+    EXPECT_EQ(second, 0x0304);
     buffer.setComponent(0, 1, &second);
     EXPECT_EQ(bytes[4], 0);
-    EXPECT_EQ(bytes[5], 3);
+    EXPECT_EQ(bytes[5], last[0]);
+    EXPECT_EQ(bytes[6], last[1]);
     std::array<short, 2> read{};
     buffer.getElement(1, read.data());
     EXPECT_EQ(read, value);

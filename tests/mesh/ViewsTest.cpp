@@ -123,6 +123,9 @@ TEST(StridedElementsOf, IterateInBothDirections) {
     EXPECT_EQ(std::accumulate(elements.begin(), elements.end(), 0.0F), 1 + 3 + 5 + 7);
     EXPECT_EQ(elements.end() - elements.begin(), 4);
     EXPECT_EQ(*std::lower_bound(elements.begin(), elements.end(), 4.0F), 5.0F);
+#ifdef __cpp_lib_ranges // not in libc++ 14
+    EXPECT_EQ(*std::ranges::lower_bound(elements, 4.0F), 5.0F);
+#endif
     auto last = elements.end();
     EXPECT_EQ(*--last, 7.0F);
     EXPECT_EQ(last[-2], 3.0F);
