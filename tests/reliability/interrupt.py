@@ -126,7 +126,7 @@ class Runs:
         for i in range(count):
             name = list(commands)[i % len(commands)]
             sent = SIGNALS[i // len(commands) % len(SIGNALS)]
-            is_old = i % 2 == 1
+            is_old = i // len(commands) % 2 == 1
             self.prepare(name, complete, is_old)
             moment = self.random.uniform(0, 1.1 * seconds[name])
             label = f'run {i}: {name}, {sent.name} after {moment:.3f} s'
