@@ -41,7 +41,7 @@ demo: ## build the tool and run it on a few models
 	cmake --build --preset release -j $(JOBS) --target vexamesh
 	sh tools/vexamesh/demo.sh build/release/tools/vexamesh/vexamesh build/demo
 
-test: ## build with g++ and clang++ and run every suite, also with sanitizers and checked iterators
+test: ## build with g++ and clang++ and run every suite, those of the library also with sanitizers and checked iterators
 	$(INSTALL_DEPENDENCIES) library tool python tests
 	$(call BUILD,release)
 	$(call BUILD,clang)
