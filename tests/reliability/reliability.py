@@ -76,7 +76,7 @@ CHECKS = [
           'build/release/tests/allocationTests', ('release',), 'all of it'),
     Check('interruption', 'SIGINT, SIGTERM and SIGKILL at random moments of `strip`, `strip -d`, `merge` and `report`; '
           'full devices, limits of file size, closed pipes',
-          f'python3 {SCRIPTS}/interrupt.py build/release/tools/vexamesh/vexamesh --runs 200', ('release',), '12 runs'),
+          f'python3 {SCRIPTS}/interrupt.py build/release/tools/vexamesh/vexamesh --runs 400', ('release',), '24 runs'),
     Check('hostile', 'Hostile files, of every format, made one by one',
           "VEXAMESH_LONG_TESTS=1 build/release/tests/tool/toolTests --gtest_filter='Hostile*:DamagedFile.*:BadInput.*'",
           ('release',), 'every fifth of the cut-off files, fewer of the wrong types'),
