@@ -7,8 +7,8 @@ Each change (a mutant) is compiled into a copy of the tree, then the library's s
 source, quick ones, and only if these pass the others. Results are appended to results.jsonl, so that an interrupted run
 continues where it ended; those of lines that no longer exist do not count. Further mutants are drawn in an order that
 looks random but is always the same, and does not depend on the other lines. Mutants that survived without a reason run
-again. survivors.json names those that no test can tell from the original, each with its reason. Exit code 1: another one
-survived; 3: fewer than N are recorded.
+again. survivors.json names those that no test can tell from the original, or only sanitizers, each with its reason. Exit
+code 1: another one survived; 3: fewer than N are recorded.
 """
 
 import argparse
@@ -261,7 +261,7 @@ def main():
             print(f"{mutant['file']}:{mutant['line']}: {mutant['operator']}: {mutant['from']}  =>  {mutant['to']}")
         return
     options.build.mkdir(parents=True, exist_ok=True)
-    known = {key(entry): entry['reason'] for entry in json.loads(KNOWN.read_text())}
+    known = {key(entry): entry for entry in json.loads(KNOWN.read_text())}
     commit = subprocess.run(['git', 'rev-parse', '--short', 'HEAD'], cwd=ROOT, stdout=subprocess.PIPE, text=True,
                             check=True).stdout.strip()
 
@@ -288,13 +288,14 @@ def main():
     for mutant in unexplained:
         print(f"survived: {mutant['file']}:{mutant['line']}: {mutant['from']}  =>  {mutant['to']}")
     killed = len(compiled) - len(survived)
-    share = 100 * killed / max(1, killed + len(unexplained))
+    unseen = sum(known.get(key(mutant), {}).get('seenBySanitizers', False) for mutant in survived)
+    share = 100 * killed / max(1, killed + unseen + len(unexplained))
     by_hash = sum('hashes' in outcome for _, outcome in compiled)
     if options.recorded:
         print(f"seconds: {sum(done[key(mutant)]['seconds'] for mutant, _ in outcomes)}")
     print(f'figure: {len(compiled)} of {options.count} mutants, {killed} killed ({by_hash} of them by the hashes of outputs, where no quick '
-          f'test failed), {len(survived) - len(unexplained)} equivalent, {len(unexplained)} others: '
-          f'{share:.1f} % of the non-equivalent killed')
+          f'test failed), {len(survived) - unseen - len(unexplained)} equivalent, {unseen} that only sanitizers notice, '
+          f'{len(unexplained)} others: {share:.1f} % of the non-equivalent killed')
     sys.exit(1 if unexplained else 3 if len(compiled) < options.count else 0)
 
 
