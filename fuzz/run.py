@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs fuzz targets from their seeds; new inputs stay in the build directory.
+"""Runs fuzz targets from their seeds and kept inputs; new inputs stay in the build directory.
 
 usage: run.py TARGETS_DIRECTORY [--seconds N] [--jobs N] [--record] [TARGET...]
        run.py --recorded [--seconds N]
