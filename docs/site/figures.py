@@ -202,7 +202,8 @@ def reliability(checks, results):
     parts = ['<ul class="checks">']
     for check in checks:
         result = results.get(check.name)
-        state, mark = ('not run yet', 'quiet') if result is None else ('passes', 'good') if result['passed'] else ('fails', 'bad')
+        state, mark = ('not run yet', 'quiet') if result is None else ('passes', 'good') if result['passed'] else (
+            ('incomplete', 'quiet') if result.get('incomplete') else ('fails', 'bad'))
         figure = '' if result is None else f'<p class="figure">{escaped(result["figure"])}</p>'
         measured = '' if result is None else f'{result["day"]}, commit {result["commit"]}, {result["seconds"]} s'
         notes = ' · '.join(filter(None, [measured, f'in <code>make test</code>: {escaped(check.short)}'.replace(
