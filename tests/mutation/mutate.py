@@ -288,13 +288,13 @@ def main():
     for mutant in unexplained:
         print(f"survived: {mutant['file']}:{mutant['line']}: {mutant['from']}  =>  {mutant['to']}")
     killed = len(compiled) - len(survived)
-    unseen = sum(known.get(key(mutant), {}).get('seenBySanitizers', False) for mutant in survived)
-    share = 100 * killed / max(1, killed + unseen + len(unexplained))
+    by_sanitizers = sum(known.get(key(mutant), {}).get('seenBySanitizers', False) for mutant in survived)
+    share = 100 * killed / max(1, killed + by_sanitizers + len(unexplained))
     by_hash = sum('hashes' in outcome for _, outcome in compiled)
     if options.recorded:
         print(f"seconds: {sum(done[key(mutant)]['seconds'] for mutant, _ in outcomes)}")
     print(f'figure: {len(compiled)} of {options.count} mutants, {killed} killed ({by_hash} of them by the hashes of outputs, where no quick '
-          f'test failed), {len(survived) - unseen - len(unexplained)} equivalent, {unseen} that only sanitizers notice, '
+          f'test failed), {len(survived) - by_sanitizers - len(unexplained)} equivalent, {by_sanitizers} that only sanitizers notice, '
           f'{len(unexplained)} others: {share:.1f} % of the non-equivalent killed')
     sys.exit(1 if unexplained else 3 if len(compiled) < options.count else 0)
 
